@@ -1,0 +1,24 @@
+# SPDX-License-Identifier: MIT
+# korvalite_bench: every bench/*.cpp, if Google Benchmark is there.
+set(bench_default OFF)
+if(NOT CMAKE_CROSSCOMPILING)
+    find_package(benchmark QUIET)
+    if(benchmark_FOUND)
+        set(bench_default ON)
+    endif()
+endif()
+option(KORVALITE_BENCH "Build the benchmarks (needs Google Benchmark)" ${bench_default})
+
+file(GLOB bench_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/bench/*.cpp")
+if(KORVALITE_BENCH AND bench_sources)
+    find_package(benchmark REQUIRED)
+    add_executable(korvalite_bench ${bench_sources})
+    target_include_directories(korvalite_bench PRIVATE
+        "${CMAKE_SOURCE_DIR}/bench" "${CMAKE_SOURCE_DIR}/tests")
+    target_link_libraries(korvalite_bench PRIVATE
+        korvalite_core project_warnings benchmark::benchmark)
+    target_compile_definitions(korvalite_bench PRIVATE
+        "KORVALITE_TOOL_PATH=\"$<TARGET_FILE:korvalite>\""
+        "KORVALITE_SOURCE_DIR=\"${CMAKE_SOURCE_DIR}\"")
+    add_dependencies(korvalite_bench korvalite)
+endif()

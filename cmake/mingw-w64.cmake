@@ -1,0 +1,16 @@
+# SPDX-License-Identifier: MIT
+# Cross build for 64-bit Windows. The "-posix" compilers are the ones whose library has std::thread.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+
+find_program(KORVALITE_MINGW_CXX
+    NAMES x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-g++ REQUIRED)
+find_program(KORVALITE_MINGW_RC NAMES x86_64-w64-mingw32-windres REQUIRED)
+set(CMAKE_CXX_COMPILER "${KORVALITE_MINGW_CXX}")
+set(CMAKE_RC_COMPILER "${KORVALITE_MINGW_RC}")
+
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)

@@ -1,0 +1,57 @@
+# SPDX-License-Identifier: MIT
+# korvalite_tests (every tests/**/*_test.cpp), and what replays or runs the fuzz targets.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/*_test.cpp")
+file(GLOB test_support CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/support/*.cpp")
+
+if(test_sources)
+    add_executable(korvalite_tests ${test_sources} ${test_support})
+    target_include_directories(korvalite_tests PRIVATE "${CMAKE_SOURCE_DIR}/tests")
+    target_link_libraries(korvalite_tests PRIVATE
+        korvalite_core project_warnings GTest::gtest_main)
+    target_compile_definitions(korvalite_tests PRIVATE
+        "KORVALITE_TOOL_PATH=\"$<TARGET_FILE:korvalite>\""
+        "KORVALITE_SOURCE_DIR=\"${CMAKE_SOURCE_DIR}\"")
+    # Tests of whole jobs start the executable.
+    add_dependencies(korvalite_tests korvalite)
+    gtest_discover_tests(korvalite_tests
+        DISCOVERY_MODE PRE_TEST
+        DISCOVERY_TIMEOUT 60
+        PROPERTIES TIMEOUT 900)
+endif()
+
+# tests/fuzz/fuzz_NAME.cpp: replay_NAME runs the target over tests/fuzz/corpus/NAME in every build;
+# the fuzz build also makes fuzz_NAME, which looks for new inputs.
+file(GLOB fuzz_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/fuzz/fuzz_*.cpp")
+foreach(fuzz_source IN LISTS fuzz_sources)
+    get_filename_component(fuzz_target "${fuzz_source}" NAME_WE)
+    string(REGEX REPLACE "^fuzz_" "" fuzz_name "${fuzz_target}")
+    set(corpus "${CMAKE_SOURCE_DIR}/tests/fuzz/corpus/${fuzz_name}")
+
+    if(KORVALITE_FUZZ)
+        add_executable(${fuzz_target} "${fuzz_source}")
+        target_include_directories(${fuzz_target} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
+        target_link_libraries(${fuzz_target} PRIVATE korvalite_core project_warnings)
+        target_link_options(${fuzz_target} PRIVATE -fsanitize=fuzzer)
+        # libFuzzer writes what it finds into its first folder, so that one lies in the build tree.
+        set(findings "${CMAKE_BINARY_DIR}/findings/${fuzz_name}")
+        file(MAKE_DIRECTORY "${findings}")
+        set(seed_folder "")
+        if(IS_DIRECTORY "${corpus}")
+            set(seed_folder "${corpus}")
+        endif()
+        add_test(NAME ${fuzz_target} COMMAND ${fuzz_target}
+            -max_total_time=10 -timeout=20 -rss_limit_mb=2048
+            "-artifact_prefix=${findings}/" "${findings}" ${seed_folder})
+    else()
+        add_executable(replay_${fuzz_name} "${fuzz_source}"
+            "${CMAKE_SOURCE_DIR}/tests/fuzz/replay_main.cpp")
+        target_include_directories(replay_${fuzz_name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
+        target_link_libraries(replay_${fuzz_name} PRIVATE korvalite_core project_warnings)
+        if(IS_DIRECTORY "${corpus}")
+            add_test(NAME replay_${fuzz_name} COMMAND replay_${fuzz_name} "${corpus}")
+        endif()
+    endif()
+endforeach()
