@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+#include "platform/platform.h"
+#include "shell/base/heap_string.h"
+#include "shell/entry_point.h"
+
+int main(int argc, char** argv) {
+    const std::string tail = korvalite::platform::commandTail(argc, argv);
+    return korvalite::runKorvalite(korvalite::HeapString(tail.c_str()));
+}

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+#include "platform/platform.h"
+
+#include <chrono>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace korvalite::platform {
+
+static_assert(sizeof(off_t) == 8, "build with -D_FILE_OFFSET_BITS=64: offsets are 64-bit");
+
+namespace {
+
+bool namesNothing(const char* path) { return path == nullptr || *path == '\0'; }
+
+void appendOnOneLine(std::string& line, const char* text) {
+    for (const char c : std::string_view(text != nullptr ? text : "")) {
+        if (c == '\n')
+            line += "\\n";
+        else
+            line += c;
+    }
+}
+
+} // namespace
+
+std::FILE* openFile(const char* path, const char* mode) {
+    if (namesNothing(path))
+        return nullptr;
+    std::FILE* file = std::fopen(path, mode);
+    if (file == nullptr)
+        return nullptr;
+    // The library opens a folder for reading and fails at the first read only; Windows refuses it.
+    struct stat status {};
+    if (fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode)) {
+        std::fclose(file);
+        return nullptr;
+    }
+    return file;
+}
+
+std::FILE* createExclusively(const char* path) {
+    if (namesNothing(path))
+        return nullptr;
+    const int descriptor = open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor < 0)
+        return nullptr;
+    std::FILE* file = fdopen(descriptor, "wb+");
+    if (file == nullptr) {
+        close(descriptor);
+        unlink(path);
+    }
+    return file;
+}
+
+bool seek(std::FILE* file, std::int64_t offset, int whence) {
+    return fseeko(file, offset, whence) == 0;
+}
+
+std::int64_t tell(std::FILE* file) { return ftello(file); }
+
+bool exists(const char* path) { return !namesNothing(path) && access(path, F_OK) == 0; }
+
+bool isRegularFile(const char* path) {
+    struct stat status {};
+    return !namesNothing(path) && stat(path, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool deleteFile(const char* path) { return !namesNothing(path) && unlink(path) == 0; }
+
+std::string currentDirectory() {
+    char buffer[512 + 1];
+    return getcwd(buffer, sizeof buffer) != nullptr ? std::string(buffer) : std::string();
+}
+
+void messageBox(const char* caption, const char* text) {
+    std::string line;
+    appendOnOneLine(line, caption);
+    line += '\t';
+    appendOnOneLine(line, text);
+    line += '\n';
+    // One call, so that the lines of several processes on one terminal do not mix.
+    std::fwrite(line.data(), 1, line.size(), stderr);
+    std::fflush(stderr);
+}
+
+bool counterFrequency(std::int64_t& ticksPerSecond) {
+    using Period = std::chrono::steady_clock::period;
+    static_assert(Period::num == 1, "the counter must tick a whole number of times a second");
+    ticksPerSecond = Period::den;
+    return true;
+}
+
+bool counterValue(std::int64_t& ticks) {
+    ticks = std::chrono::steady_clock::now().time_since_epoch().count();
+    return true;
+}
+
+std::int64_t clockMilliseconds() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+void sleepMilliseconds(int milliseconds) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+std::string commandTail(int argc, char** argv) {
+    std::string tail;
+    for (int i = 1; i < argc; ++i) {
+        if (i > 1)
+            tail += ' ';
+        tail += argv[i];
+    }
+    return tail;
+}
+
+} // namespace korvalite::platform

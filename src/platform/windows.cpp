@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+//
+// Every name goes through the wide calls, so that a path works whatever the system's code page is.
+#include "platform/platform.h"
+
+#include "platform/command_line.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <limits>
+#include <string_view>
+#include <sys/stat.h>
+#include <windows.h>
+
+namespace korvalite::platform {
+
+namespace {
+
+constexpr DWORD kRefuseBadBytes = MB_ERR_INVALID_CHARS;
+constexpr DWORD kReplaceBadBytes = 0;
+
+// UTF-16 of a UTF-8 text; empty for null, for "" and for a text that cannot be converted.
+std::wstring wide(const char* text, DWORD badBytes) {
+    if (text == nullptr || *text == '\0')
+        return {};
+    const int lengthWithZero = MultiByteToWideChar(CP_UTF8, badBytes, text, -1, nullptr, 0);
+    if (lengthWithZero <= 0)
+        return {};
+    std::wstring result(static_cast<std::size_t>(lengthWithZero), L'\0');
+    MultiByteToWideChar(CP_UTF8, badBytes, text, -1, result.data(), lengthWithZero);
+    result.pop_back();
+    return result;
+}
+
+// Two different broken names must not become one name with a replacement character in it.
+std::wstring widePath(const char* path) { return wide(path, kRefuseBadBytes); }
+
+std::string utf8(std::wstring_view text) {
+    if (text.empty() || text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        return {};
+    const int wideLength = static_cast<int>(text.size());
+    const int length =
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), wideLength, nullptr, 0, nullptr, nullptr);
+    if (length <= 0)
+        return {};
+    std::string result(static_cast<std::size_t>(length), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), wideLength, result.data(), length, nullptr,
+                        nullptr);
+    return result;
+}
+
+} // namespace
+
+std::FILE* openFile(const char* path, const char* mode) {
+    const std::wstring widened = widePath(path);
+    const std::wstring widenedMode = wide(mode, kRefuseBadBytes);
+    if (widened.empty() || widenedMode.empty())
+        return nullptr;
+    return _wfopen(widened.c_str(), widenedMode.c_str());
+}
+
+std::FILE* createExclusively(const char* path) {
+    const std::wstring widened = widePath(path);
+    if (widened.empty())
+        return nullptr;
+    const int descriptor =
+        _wopen(widened.c_str(), _O_RDWR | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT,
+               _S_IREAD | _S_IWRITE);
+    if (descriptor < 0)
+        return nullptr;
+    std::FILE* file = _fdopen(descriptor, "wb+");
+    if (file == nullptr) {
+        _close(descriptor);
+        DeleteFileW(widened.c_str());
+    }
+    return file;
+}
+
+bool seek(std::FILE* file, std::int64_t offset, int whence) {
+    return _fseeki64(file, offset, whence) == 0;
+}
+
+std::int64_t tell(std::FILE* file) { return _ftelli64(file); }
+
+bool exists(const char* path) {
+    const std::wstring widened = widePath(path);
+    return !widened.empty() && _waccess(widened.c_str(), 0) == 0;
+}
+
+bool isRegularFile(const char* path) {
+    const std::wstring widened = widePath(path);
+    struct _stat64 status {};
+    return !widened.empty() && _wstat64(widened.c_str(), &status) == 0 &&
+           (status.st_mode & _S_IFMT) == _S_IFREG;
+}
+
+bool deleteFile(const char* path) {
+    const std::wstring widened = widePath(path);
+    return !widened.empty() && DeleteFileW(widened.c_str()) != 0;
+}
+
+std::string currentDirectory() {
+    wchar_t buffer[512 + 1];
+    const DWORD length = GetCurrentDirectoryW(512 + 1, buffer);
+    if (length == 0 || length > 512)
+        return {};
+    std::string result = utf8(std::wstring_view(buffer, length));
+    return result.size() <= 512 ? result : std::string();
+}
+
+void messageBox(const char* caption, const char* text) {
+    MessageBoxW(nullptr, wide(text, kReplaceBadBytes).c_str(),
+                wide(caption, kReplaceBadBytes).c_str(), MB_OK);
+}
+
+bool counterFrequency(std::int64_t& ticksPerSecond) {
+    LARGE_INTEGER value{};
+    if (QueryPerformanceFrequency(&value) == 0)
+        return false;
+    ticksPerSecond = value.QuadPart;
+    return true;
+}
+
+bool counterValue(std::int64_t& ticks) {
+    LARGE_INTEGER value{};
+    if (QueryPerformanceCounter(&value) == 0)
+        return false;
+    ticks = value.QuadPart;
+    return true;
+}
+
+std::int64_t clockMilliseconds() { return static_cast<std::int64_t>(GetTickCount64()); }
+
+void sleepMilliseconds(int milliseconds) {
+    if (milliseconds > 0)
+        Sleep(static_cast<DWORD>(milliseconds));
+}
+
+std::string commandTail(int, char**) {
+    const std::string commandLine = utf8(GetCommandLineW());
+    return std::string(commandTailOf(commandLine));
+}
+
+} // namespace korvalite::platform
