@@ -190,6 +190,7 @@ TEST(Platform, ABoxTakesNullAsAnEmptyText) {
 
 std::string tailOf(std::vector<std::string> arguments) {
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
     const int count = static_cast<int>(pointers.size());
