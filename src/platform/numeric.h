@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+namespace korvalite {
+
+/// Toward zero. A number that does not fit, an infinite one and one that is not a number give
+/// INT32_MIN, on every processor and in every build.
+constexpr std::int32_t truncateToInt32(double value) {
+    if (value > -2147483649.0 && value < 2147483648.0) return static_cast<std::int32_t>(value);
+    return std::numeric_limits<std::int32_t>::min();
+}
+
+}  // namespace korvalite
