@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+//
+// The plain indexed mesh that readers fill, drivers decimate and writers write.
+//
+// A vertex or triangle that a collapse removes stays in its array with its active bit cleared;
+// records only ever move in the final reordering. A corner is an index into `triangles`: corner c
+// belongs to triangle c / 3. Indices are 32-bit, and -1 (kNone) means none.
+#pragma once
+
+#include "geometry/mesh_symmetry_cache.h"
+#include "geometry/vec3.h"
+#include "mesh/bit_array.h"
+
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace korvalite {
+
+inline constexpr std::int32_t kNone = -1;
+
+/// A `cost` of this value means not collapsible: such a vertex is never queued.
+inline constexpr float kNotCollapsible = std::numeric_limits<float>::max();
+
+struct VertexRecord {
+    float x = 0;
+    float y = 0;
+    float z = 0;
+    float cost = 0;  // of collapsing this vertex onto `partner`
+    // The vertex to collapse onto, kNone for none. Once collapsed, the vertex it fell onto.
+    std::int32_t partner = kNone;
+
+    [[nodiscard]] FloatVec3 position() const { return {x, y, z}; }
+    void setPosition(const FloatVec3& p) {
+        x = p.x;
+        y = p.y;
+        z = p.z;
+    }
+};
+static_assert(sizeof(VertexRecord) == 20, "20 bytes a vertex are part of the memory budget");
+
+struct UVCoord {
+    float u = 0;
+    float v = 0;
+};
+
+struct BoundingBox {
+    FloatVec3 min{0, 0, 0};
+    FloatVec3 max{-1, 0, 0};  // a maximum x below the minimum x marks the box empty
+
+    [[nodiscard]] bool isEmpty() const { return !(max.x >= min.x); }
+    /// sqrtf(dy*dy + dx*dx + dz*dz), in this order of summing.
+    [[nodiscard]] float diagonal() const;
+};
+
+struct DMesh {
+    std::vector<std::uint32_t> triangles;  // three vertex indices per triangle
+    BitArray triangleActive;
+    std::uint32_t numActiveTriangles = 0;
+
+    std::vector<VertexRecord> vertices;
+    BitArray vertexActive;
+    std::uint32_t numActiveVertices = 0;
+
+    // As read, one UV record per corner and no indices; welded, one index per corner.
+    std::vector<UVCoord> coordsUV;
+    std::vector<std::uint32_t> indicesUV;
+
+    std::uint32_t meshFormatVersion = 0;  // carried through the .kvm header
+
+    KRDMeshSymmetryCache symmetryCache;
+    std::int32_t symmetryAxis = kNone;  // 0 x, 1 y, 2 z
+    std::int32_t symmetryMode = -1;     // 0 off, 1 on the given axis, -1 search the axis
+
+    // Empty, or one entry per vertex record; another size turns the feature off where it is used.
+    std::vector<std::uint8_t> maskValues;
+    std::vector<std::uint32_t> vertexColors;  // bytes from the lowest: red, green, blue, mask
+
+    // Corner lists (mesh/corner_lists.h) and the bits derived from them; present while a driver
+    // runs.
+    std::vector<std::int32_t> vertexTriangleHead;
+    std::vector<std::int32_t> cornerNext;
+    std::vector<std::int32_t> uvCornerHead;
+    std::vector<std::int32_t> uvCornerNext;
+
+    BoundingBox boundingBox;
+
+    BitArray borderVertices;
+    BitArray uvSeamCoords;
+    BitArray uvSeamVertices;
+    BitArray uvSeamCorners;
+    float uvSeamAngle = 0.02F;
+
+    std::array<float, 6> headerFloats{0, 0, 0, 1, 1, 1};  // carried through the .kvm header
+    std::array<std::uint8_t, 4> headerFlags{};            // carried through the .kvm header
+
+    [[nodiscard]] std::int32_t vertexCount() const {
+        return static_cast<std::int32_t>(vertices.size());
+    }
+    [[nodiscard]] std::int32_t cornerCount() const {
+        return static_cast<std::int32_t>(triangles.size());
+    }
+    [[nodiscard]] std::int32_t triangleCount() const { return cornerCount() / 3; }
+
+    [[nodiscard]] bool hasMask() const {
+        return !maskValues.empty() && maskValues.size() == vertices.size();
+    }
+    [[nodiscard]] bool hasColors() const {
+        return !vertexColors.empty() && vertexColors.size() == vertices.size();
+    }
+};
+
+/// Sets the box around all of `vertices`, active or not; with no vertices it stays empty.
+void recomputeBoundingBox(DMesh& mesh);
+
+/// An empty box becomes the point; coordinates that are not a number never widen a box.
+void extendBoundingBox(BoundingBox& box, const FloatVec3& point);
+
+}  // namespace korvalite

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+//
+// The central object: the mesh being decimated, the settings of its job and all working state of
+// the decimation. The batch driver builds one per entry and destroys it when the entry is done.
+//
+// Plain data; every member is owned by value. Built and destroyed on the main thread.
+#pragma once
+
+#include "decimation/cost_queue.h"
+#include "decimation/quadric3d.h"
+#include "decimation/symmetry_plane_quadric.h"
+#include "formats/vsplit_list.h"
+#include "mesh/bit_array.h"
+#include "mesh/dmesh.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace korvalite {
+
+enum BorderModeValue : std::int32_t {
+    BORDER_MODE_NONE = 0,
+    BORDERMODE_PROTECT = 1,
+    BORDERMODE_FREEZE = 2,
+};
+
+enum MemSpeedTradeOffValue : std::int32_t {
+    MEMSPEED_TRADEOFF_HIGH_SPEED = 0,
+    MEMSPEED_TRADEOFF_LOW_MEM = 1,
+    MEMSPEED_TRADEOFF_LOW_MEM_MT = 2,
+    MEMSPEED_TRADEOFF_HEC = 3,
+    MEMSPEED_TRADEOFF_MELAX = 4,
+    MEMSPEED_TRADEOFF_AUTO = 5,
+};
+
+/// Texts of the log.
+const char* memSpeedTradeOffText(std::int32_t value);
+const char* borderModeText(std::int32_t value);
+
+/// Settings of the job. Those that no job key reaches are for direct users of the drivers.
+struct DecimationSettings {
+    bool UseAreaWeighting = true;
+    std::uint32_t TargetNumItem = 4;   // the count to reach
+    bool targetCountsVertices = true;  // else triangles
+    bool AvoidNormalReverse = true;
+    bool ProtectTopology = true;
+    bool handleSymmetry = false;  // the request; see m_handleSymmetry_internal
+    bool AllowFinishStep = false;
+    float colorWeight = 1.0F;
+    bool DoReorder = true;
+    bool useDegeneracySearch = true;      // see EvaluateEdgeCost
+    std::int32_t numPositionSamples = 8;  // see EvaluateEdgeCost; at least 1
+    bool recordVSplits = false;
+    bool tryStoreDoubleMat = true;  // see InitVerticesCost_LM
+    bool tryStoreFloatMat = true;
+    std::int32_t BorderMode = BORDERMODE_PROTECT;
+    std::int32_t MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
+    std::int32_t NumThread = 2;
+};
+
+struct ProgressiveMesh : DecimationSettings {
+    ProgressiveMesh() = default;
+    ProgressiveMesh(const ProgressiveMesh&) = delete;
+    ProgressiveMesh& operator=(const ProgressiveMesh&) = delete;
+
+    DMesh mesh;
+
+    // What the run really handles.
+    bool m_handleSymmetry_internal = false;
+    bool m_handleUVs_internal = false;
+    bool m_useVertexColors_internal = false;
+    double colorScale = 0;  // a colour byte times this is a length
+
+    bool finishStepStarted = false;
+    bool inFinishStep = false;
+
+    CostQueue costQueue{mesh};
+    std::vector<Quadric3D> triangleQuadrics;  // see AccumulateVertexQuadric
+    BitArray symmetryPaired;
+    BitArray symmetryInterior;
+    BitArray symmetrySlaves;
+    SymmetryPlaneQuadric symmetryPlaneQuadric;
+
+    // Results.
+    VSplitList vsplitList;
+    std::int32_t CurVtxSplitPos = kNone;  // records applied to the mesh as it stands
+    std::int32_t askedNumItem = kNone;
+    std::int32_t finalDecimNumItem = kNone;
+    std::int32_t decimationFinishTriangleCount = kNone;
+    bool IsReordered = false;  // each lower level is a prefix of the arrays
+    bool IsCleaned = false;    // the working state has been released
+
+    /// numActiveVertices or numActiveTriangles, as targetCountsVertices says.
+    [[nodiscard]] std::uint32_t activeCount() const {
+        return targetCountsVertices ? mesh.numActiveVertices : mesh.numActiveTriangles;
+    }
+    [[nodiscard]] bool isSymmetrySlave(std::int32_t vertex) const {
+        return m_handleSymmetry_internal && symmetrySlaves.Test(vertex);
+    }
+};
+
+/// Clears the DMesh and gives every setting its default.
+void ResetProgressiveMeshSettings(ProgressiveMesh& pm);
+
+/// Forgets an earlier run: counters to -1, result flags to false, symmetry bits freed, splits
+/// emptied.
+void ClearDecimationState(ProgressiveMesh& pm);
+
+}  // namespace korvalite

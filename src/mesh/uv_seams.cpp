@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+#include "mesh/uv_seams.h"
+
+#include "mesh/corner_lists.h"
+
+#include <cmath>
+
+namespace korvalite {
+
+namespace {
+
+constexpr std::uint32_t kUnassigned = 0xFFFFFFFFU;
+constexpr float kWeldDistanceSq = 1e-5F;
+
+UVCoord uvAt(const DMesh& mesh, std::int32_t uvIndex) {
+    return mesh.coordsUV[static_cast<std::size_t>(uvIndex)];
+}
+
+UVCoord direction(UVCoord to, UVCoord from) {
+    UVCoord d{to.u - from.u, to.v - from.v};
+    const float length = std::sqrt(d.u * d.u + d.v * d.v);
+    const double wide = static_cast<double>(length);
+    if (!(wide >= -1e-6 && wide <= 1e-6)) {
+        d.u /= length;
+        d.v /= length;
+    }
+    return d;
+}
+
+bool seamBends(const DMesh& mesh, std::int32_t u, std::int32_t a, std::int32_t b, double t) {
+    const UVCoord d1 = direction(uvAt(mesh, a), uvAt(mesh, u));
+    const UVCoord d2 = direction(uvAt(mesh, u), uvAt(mesh, b));
+    const float dot = d1.u * d2.u + d1.v * d2.v;
+    return 1.0 - t >= static_cast<double>(dot);
+}
+
+void markSeams(DMesh& mesh, IndexList& neighbours, IndexList& corners) {
+    const auto count = static_cast<std::int32_t>(mesh.coordsUV.size());
+    for (std::int32_t u = 0; u < count; ++u) {
+        GetUVCornersAndNeighbours(mesh, u, neighbours, corners);
+        if (neighbours.size() == corners.size()) continue;
+        mesh.uvSeamCoords.Set(u);
+        mesh.uvSeamVertices.Set(vertexAt(mesh, corners.front()));
+    }
+}
+
+void markSeamCorners(DMesh& mesh, IndexList& neighbours, IndexList& corners) {
+    const double t = mesh.uvSeamAngle == 0.0F ? static_cast<double>(-0.1F)
+                                              : static_cast<double>(mesh.uvSeamAngle);
+    IndexList onSeam;
+    const auto count = static_cast<std::int32_t>(mesh.coordsUV.size());
+    for (std::int32_t u = 0; u < count; ++u) {
+        if (!mesh.uvSeamCoords.Test(u)) continue;
+        GetUVCornersAndNeighbours(mesh, u, neighbours, corners);
+        if (neighbours.size() <= corners.size()) continue;
+        onSeam.clear();
+        for (const std::int32_t x : neighbours) {
+            if (mesh.uvSeamCoords.Test(x)) onSeam.push_back(x);
+        }
+        const bool isCorner = onSeam.size() == 1 || onSeam.size() >= 3 ||
+                              (onSeam.size() == 2 && seamBends(mesh, u, onSeam[0], onSeam[1], t));
+        if (isCorner) mesh.uvSeamCorners.Set(vertexAt(mesh, corners.front()));
+    }
+}
+
+/// Points the unassigned corners of one vertex, in ascending order, at the first record close
+/// enough, and marks the records that are no longer needed.
+void weldVertex(DMesh& mesh, const IndexList& corners, BitArray& duplicates) {
+    std::size_t unassigned = corners.size();
+    for (std::size_t i = 0; i < corners.size() && unassigned > 0; ++i) {
+        const auto a = static_cast<std::uint32_t>(corners[i]);
+        if (mesh.indicesUV[a] != kUnassigned) continue;
+        mesh.indicesUV[a] = a;
+        --unassigned;
+        for (std::size_t j = i + 1; j < corners.size(); ++j) {
+            const auto b = static_cast<std::uint32_t>(corners[j]);
+            if (mesh.indicesUV[b] != kUnassigned) continue;
+            const float du = mesh.coordsUV[a].u - mesh.coordsUV[b].u;
+            const float dv = mesh.coordsUV[a].v - mesh.coordsUV[b].v;
+            if (du * du + dv * dv < kWeldDistanceSq) {
+                duplicates.Set(b);
+                mesh.indicesUV[b] = a;
+                --unassigned;
+            }
+        }
+    }
+}
+
+/// Drops the marked records and renumbers the indices.
+void compactCoords(DMesh& mesh, const BitArray& duplicates) {
+    std::vector<std::uint32_t> newIndex(mesh.coordsUV.size());
+    std::vector<UVCoord> kept;
+    kept.reserve(mesh.coordsUV.size() - static_cast<std::size_t>(duplicates.CountSet()));
+    for (std::uint32_t i = 0; i < mesh.coordsUV.size(); ++i) {
+        if (duplicates.Test(i)) continue;
+        newIndex[i] = static_cast<std::uint32_t>(kept.size());
+        kept.push_back(mesh.coordsUV[i]);
+    }
+    mesh.coordsUV.swap(kept);
+    for (std::uint32_t& index : mesh.indicesUV)
+        index = newIndex[index];
+}
+
+}  // namespace
+
+void WeldCornerUVs(DMesh& mesh) {
+    if (!mesh.indicesUV.empty() || mesh.coordsUV.size() != mesh.triangles.size()) {
+        if (mesh.indicesUV.size() != mesh.triangles.size()) {
+            std::vector<std::uint32_t>().swap(mesh.indicesUV);
+            std::vector<UVCoord>().swap(mesh.coordsUV);
+        }
+        return;
+    }
+    BitArray duplicates;
+    duplicates.Reset(static_cast<std::int32_t>(mesh.coordsUV.size()));
+    mesh.indicesUV.assign(mesh.triangles.size(), kUnassigned);
+    IndexList corners;
+    for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
+        GetVertexCorners(mesh, vertex, corners);
+        std::sort(corners.begin(), corners.end());
+        weldVertex(mesh, corners, duplicates);
+    }
+    compactCoords(mesh, duplicates);
+}
+
+void ComputeUVSeams(DMesh& mesh) {
+    mesh.uvSeamCoords.Free();
+    mesh.uvSeamCoords.Resize(static_cast<std::int32_t>(mesh.coordsUV.size()), false);
+    for (BitArray* perVertex : {&mesh.uvSeamVertices, &mesh.uvSeamCorners}) {
+        perVertex->Free();
+        perVertex->Resize(mesh.vertexCount(), false);
+    }
+    IndexList neighbours;
+    IndexList corners;
+    markSeams(mesh, neighbours, corners);
+    markSeamCorners(mesh, neighbours, corners);
+}
+
+}  // namespace korvalite
