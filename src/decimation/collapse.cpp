@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: MIT
+#include "decimation/collapse.h"
+
+#include "mesh/progressive_mesh.h"
+
+#include <array>
+
+namespace korvalite {
+
+namespace {
+
+std::size_t at(std::int32_t index) {
+    return static_cast<std::size_t>(index);
+}
+
+std::array<std::int32_t, 3> triangleVertices(const DMesh& mesh, std::int32_t triangle) {
+    const std::size_t first = 3 * at(triangle);
+    return {static_cast<std::int32_t>(mesh.triangles[first]),
+            static_cast<std::int32_t>(mesh.triangles[first + 1]),
+            static_cast<std::int32_t>(mesh.triangles[first + 2])};
+}
+
+bool isDegenerate(const std::array<std::int32_t, 3>& t) {
+    return t[0] == t[1] || t[1] == t[2] || t[2] == t[0];
+}
+
+/// The triangles at v and w without those at both, which die in the collapse.
+void gatherMovedTriangles(const DMesh& mesh, const IndexList& cornersOfV, std::int32_t w,
+                          IndexList& triangles) {
+    triangles.clear();
+    for (const std::int32_t corner : cornersOfV)
+        triangles.push_back(corner / 3);
+    forEachCorner(mesh, w, [&](std::int32_t corner) {
+        const auto shared = std::find(triangles.begin(), triangles.end(), corner / 3);
+        if (shared == triangles.end()) {
+            triangles.push_back(corner / 3);
+        } else {
+            triangles.erase(shared);
+        }
+    });
+}
+
+bool turnsOver(const DMesh& mesh, std::int32_t triangle, std::int32_t v, std::int32_t w,
+               const FloatVec3& position) {
+    std::array<FloatVec3, 3> before;
+    std::array<FloatVec3, 3> after;
+    const auto vertices = triangleVertices(mesh, triangle);
+    for (std::size_t k = 0; k < 3; ++k) {
+        before[k] = mesh.vertices[at(vertices[k])].position();
+        after[k] = vertices[k] == v || vertices[k] == w ? position : before[k];
+    }
+    const FloatVec3 normalBefore = cross(before[1] - before[0], before[2] - before[0]);
+    const FloatVec3 normalAfter = cross(after[1] - after[0], after[2] - after[0]);
+    return 0.0F > dot(normalAfter, normalBefore);
+}
+
+bool anyNormalTurnsOver(const DMesh& mesh, const IndexList& cornersOfV, std::int32_t v,
+                        std::int32_t w, const FloatVec3& position, IndexList& triangles) {
+    gatherMovedTriangles(mesh, cornersOfV, w, triangles);
+    return std::any_of(triangles.begin(), triangles.end(), [&](std::int32_t triangle) {
+        return turnsOver(mesh, triangle, v, w, position);
+    });
+}
+
+void activateVertex(DMesh& mesh, std::int32_t vertex) {
+    mesh.vertexActive.Set(vertex);
+    ++mesh.numActiveVertices;
+}
+
+void deactivateVertex(DMesh& mesh, std::int32_t vertex) {
+    mesh.vertexActive.Clear(vertex);
+    --mesh.numActiveVertices;
+}
+
+void pushCorner(DMesh& mesh, std::int32_t vertex, std::int32_t corner) {
+    mesh.cornerNext[at(corner)] = mesh.vertexTriangleHead[at(vertex)];
+    mesh.vertexTriangleHead[at(vertex)] = corner;
+}
+
+/// All corners of v become corners of w, in front of w's own.
+void handOverCorners(DMesh& mesh, const IndexList& cornersOfV, std::int32_t v, std::int32_t w) {
+    for (const std::int32_t corner : cornersOfV) {
+        mesh.triangles[at(corner)] = static_cast<std::uint32_t>(w);
+    }
+    if (cornersOfV.empty()) return;
+    mesh.cornerNext[at(cornersOfV.back())] = mesh.vertexTriangleHead[at(w)];
+    mesh.vertexTriangleHead[at(w)] = mesh.vertexTriangleHead[at(v)];
+    mesh.vertexTriangleHead[at(v)] = kNone;
+}
+
+void removeOrphan(ProgressiveMesh& pm, std::int32_t vertex) {
+    if (!pm.mesh.vertexActive.Test(vertex)) return;
+    pm.costQueue.Remove(vertex);
+    deactivateVertex(pm.mesh, vertex);
+}
+
+/// Deactivates a degenerate triangle; true if that leaves one of its vertices without corners.
+bool removeTriangle(ProgressiveMesh& pm, std::int32_t triangle) {
+    DMesh& mesh = pm.mesh;
+    const auto vertices = triangleVertices(mesh, triangle);
+    mesh.triangleActive.Clear(triangle);
+    --mesh.numActiveTriangles;
+    for (std::size_t k = 0; k < 3; ++k) {
+        unlinkCorner(mesh.vertexTriangleHead[at(vertices[k])], mesh.cornerNext,
+                     3 * triangle + static_cast<std::int32_t>(k));
+    }
+    bool orphan = false;
+    for (std::size_t k = 0; k < 3; ++k) {
+        const bool seen =
+            (k > 0 && vertices[k] == vertices[0]) || (k > 1 && vertices[k] == vertices[1]);
+        if (seen || mesh.vertexTriangleHead[at(vertices[k])] != kNone) continue;
+        orphan = true;
+        if (!pm.ProtectTopology) removeOrphan(pm, vertices[k]);
+    }
+    return orphan;
+}
+
+/// Keeps the link of w a disc or half disc: a closed fan has as many corners as neighbours, an open
+/// one a corner less. Made on the state after the collapse, where the counts are simply w's own.
+CollapseResult testLink(const ProgressiveMesh& pm, std::int32_t w, bool borderV, bool borderW,
+                        CollapseRecord& record) {
+    GetVertexCornersAndNeighbours(pm.mesh, w, record.neighbours, record.ringCorners);
+    const auto neighbours = static_cast<std::int64_t>(record.neighbours.size());
+    const auto corners = static_cast<std::int64_t>(record.ringCorners.size());
+    if (borderV && borderW) {
+        const std::int64_t openings = neighbours - corners;
+        const bool refused = pm.inFinishStep ? openings > 1 : openings != 1;
+        return refused ? CollapseResult::RefusedBothBorder : CollapseResult::Done;
+    }
+    const std::int64_t allowed = borderV || borderW ? neighbours - 1 : neighbours;
+    return corners > allowed ? CollapseResult::Refused : CollapseResult::Done;
+}
+
+}  // namespace
+
+CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
+                            const FloatVec3& position, CollapseRecord& record,
+                            CollapseScratch& scratch) {
+    DMesh& mesh = pm.mesh;
+    VSplit& split = record.split;
+    GetVertexCorners(mesh, v, split.corners);
+    if (pm.AvoidNormalReverse &&
+        anyNormalTurnsOver(mesh, split.corners, v, w, position, scratch.movedTriangles)) {
+        split.corners.clear();
+        return CollapseResult::Refused;
+    }
+    deactivateVertex(mesh, v);
+    const bool borderV = mesh.borderVertices.Test(v);
+    const bool borderW = mesh.borderVertices.Test(w);
+    handOverCorners(mesh, split.corners, v, w);
+
+    bool orphan = false;
+    for (const std::int32_t corner : split.corners) {
+        const std::int32_t triangle = corner / 3;
+        // A triangle that named v twice is met twice, and is gone the second time.
+        if (!mesh.triangleActive.Test(triangle)) continue;
+        if (!isDegenerate(triangleVertices(mesh, triangle))) continue;
+        if (removeTriangle(pm, triangle)) orphan = true;
+        split.removedTriangles.push_back(triangle);
+    }
+    VertexRecord& survivor = mesh.vertices[at(w)];
+    split.vertex = v;
+    split.position = survivor.position();
+
+    CollapseResult result = CollapseResult::Done;
+    if (pm.ProtectTopology) {
+        result = orphan ? CollapseResult::Refused : testLink(pm, w, borderV, borderW, record);
+    }
+    record.flags = {true, borderW};
+    if (borderV) mesh.borderVertices.Set(w);
+    survivor.setPosition(position);
+    if (result != CollapseResult::Done) {
+        UndoCollapse(pm, v, w, split, record.flags);
+        record.flags.collapsed = false;
+    }
+    return result;
+}
+
+void UndoCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w, const VSplit& split,
+                  const CollapseFlags& flags) {
+    DMesh& mesh = pm.mesh;
+    mesh.borderVertices.Assign(w, flags.survivorWasBorder);
+    mesh.vertices[at(w)].setPosition(split.position);
+    for (const std::int32_t corner : split.corners) {
+        const std::int32_t triangle = corner / 3;
+        if (mesh.triangleActive.Test(triangle)) continue;
+        mesh.triangleActive.Set(triangle);
+        ++mesh.numActiveTriangles;
+        for (std::int32_t c = 3 * triangle; c < 3 * triangle + 3; ++c) {
+            const std::int32_t vertex = vertexAt(mesh, c);
+            if (!mesh.vertexActive.Test(vertex)) activateVertex(mesh, vertex);
+            pushCorner(mesh, vertex, c);
+        }
+    }
+    for (const std::int32_t corner : split.corners) {
+        mesh.triangles[at(corner)] = static_cast<std::uint32_t>(v);
+        unlinkCorner(mesh.vertexTriangleHead[at(w)], mesh.cornerNext, corner);
+        pushCorner(mesh, v, corner);
+    }
+    activateVertex(mesh, v);
+}
+
+}  // namespace korvalite

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+//
+// A half-edge collapse on the index arrays: v goes, w stays and moves. Carried out, tested on the
+// result, and undone if the test fails.
+//
+// Thread safety: none.
+#pragma once
+
+#include "decimation/vsplit.h"
+#include "mesh/corner_lists.h"
+
+#include <cstdint>
+
+namespace korvalite {
+
+struct ProgressiveMesh;
+
+enum class CollapseResult {
+    Done,
+    Refused,            // a normal would turn over, or w's link would be no disc
+    RefusedBothBorder,  // the link test between two border vertices
+};
+
+/// One collapse and what it leaves behind. Kept by the driver and used again, so that a collapse
+/// allocates nothing once the lists have grown.
+struct CollapseRecord {
+    VSplit split;
+    CollapseFlags flags;
+    // The ring of w after the collapse, as gathered by the link test; empty with ProtectTopology
+    // off, when there is no such test.
+    IndexList neighbours;
+    IndexList ringCorners;
+
+    void clear() {
+        split.clear();
+        flags = {};
+        neighbours.clear();
+        ringCorners.clear();
+    }
+};
+
+/// The scratch list of the normal test.
+struct CollapseScratch {
+    IndexList movedTriangles;
+};
+
+/// Collapses v onto w at `position`. Fills `record`, which must be clear. After a refusal nothing
+/// of the mesh has changed but the order of corner lists (and, with ProtectTopology off, nothing at
+/// all: no link test is made).
+CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
+                            const FloatVec3& position, CollapseRecord& record,
+                            CollapseScratch& scratch);
+
+/// Takes back a collapse that stands. The corner lists come back in another order, and vertices
+/// that the collapse took out of the queue are not queued again.
+void UndoCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w, const VSplit& split,
+                  const CollapseFlags& flags);
+
+}  // namespace korvalite

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+//
+// The vertices in order of cost, cheapest first, the lower index first among equals.
+//
+// Not a heap: log-scale buckets, each an intrusive list of vertices in no order, stand in front of
+// a small exact ordered set. Only the cheapest buckets are ever sorted: when the set runs dry the
+// next bucket is poured into it. Putting a vertex into a bucket takes constant time and allocates
+// nothing, which is what lets a mesh of many millions of vertices be queued.
+//
+// Keys are not stored: the queue reads each vertex's `cost` from its record. A cost never changes
+// while its vertex is queued: callers remove, change, then insert.
+//
+// Thread safety: none.
+#pragma once
+
+#include <cstdint>
+#include <memory_resource>
+#include <set>
+#include <vector>
+
+namespace korvalite {
+
+struct DMesh;
+
+/// Costs from here on belong to collapses that have been refused at least once.
+inline constexpr float kPenalizedCost = 1e10F;
+
+class CostQueue {
+public:
+    /// `mesh` gives the costs and the bounding box; it must outlive the queue.
+    explicit CostQueue(const DMesh& mesh);
+    CostQueue(const CostQueue&) = delete;
+    CostQueue& operator=(const CostQueue&) = delete;
+
+    /// Empties the queue, makes room for `vertexCount` vertices and fits the log scale to their
+    /// costs. Inserts nothing.
+    void Init(std::int32_t vertexCount);
+
+    /// No effect for a vertex that is not collapsible, nor for one that is queued already.
+    void Insert(std::int32_t vertex);
+
+    /// No effect for a vertex that is not queued.
+    void Remove(std::int32_t vertex);
+
+    [[nodiscard]] bool isQueued(std::int32_t vertex) const {
+        const auto v = static_cast<std::size_t>(vertex);
+        return backLinks_[v] != kNoBackLink || links_[v] != kNotQueued;
+    }
+
+    /// The cheapest vertex, not removed; -1 when the queue is empty. Pours buckets as needed.
+    std::int32_t Top();
+
+    /// Empties the queue for a rebuild; scale and current bucket stay.
+    void Clear();
+
+    /// Back to the state before Init; all storage is returned.
+    void Release();
+
+    [[nodiscard]] std::int32_t vertexCount() const { return vertexCount_; }
+    [[nodiscard]] double minCost() const { return minCost_; }
+    [[nodiscard]] double maxCost() const { return maxCost_; }
+    [[nodiscard]] double logRange() const { return logRange_; }
+    [[nodiscard]] std::int32_t bucketCount() const {
+        return static_cast<std::int32_t>(bucketHeads_.size());
+    }
+    [[nodiscard]] std::int32_t currentBucket() const { return currentBucket_; }
+    [[nodiscard]] std::int32_t bucketOf(float cost) const;
+
+private:
+    struct CheaperFirst {
+        const DMesh* mesh;
+        bool operator()(std::int32_t x, std::int32_t y) const;
+    };
+    using OrderedSet = std::pmr::set<std::int32_t, CheaperFirst>;
+
+    // links_[v] of a vertex that is in no bucket: out of the queue, in the set without a handle,
+    // or, from 0 up, in the set with the handle of that number.
+    static constexpr std::int32_t kNotQueued = -1;
+    static constexpr std::int32_t kNoHandle = -2;
+    // backLinks_[v] of a vertex in a bucket: the vertex in front of it, or kFirstBucket minus the
+    // bucket it is first in.
+    static constexpr std::int32_t kNoBackLink = -1;
+    static constexpr std::int32_t kFirstBucket = -2;
+    static constexpr std::size_t kHandleCapacity = 20000;
+
+    void fitScale();
+    void insertInSet(std::int32_t vertex);
+    void unlinkFromBucket(std::int32_t vertex);
+    OrderedSet::iterator takeHandle(std::int32_t vertex);
+
+    const DMesh& mesh_;
+    std::int32_t vertexCount_ = 0;
+    std::int32_t currentBucket_ = 0;  // the highest bucket poured so far
+    std::vector<std::int32_t> bucketHeads_;
+    std::vector<std::int32_t> links_;
+    std::vector<std::int32_t> backLinks_;
+    std::pmr::unsynchronized_pool_resource setNodes_;  // nodes are used again, not freed
+    OrderedSet orderedSet_;
+    // For removal without a search; a vertex that finds none left is searched for instead.
+    std::vector<OrderedSet::iterator> setHandles_;
+    double minCost_ = 1e-9;
+    double maxCost_ = 10.0;
+    double logRange_ = 5.0;  // decades
+};
+
+/// What a refusal makes of a cost: behind every real cost, and always above the old one, so that a
+/// refused vertex never stays in front.
+inline float penalizedCost(float cost) {
+    const float raised = cost * 100.0F + kPenalizedCost;
+    return raised > cost ? raised : kPenalizedCost;
+}
+
+/// Raises the cost of a refused vertex, queued or not, and moves it behind every real cost.
+void Penalize(DMesh& mesh, CostQueue& queue, std::int32_t vertex);
+
+}  // namespace korvalite

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: MIT
+#include "decimation/edge_cost.h"
+
+#include "geometry/linear_algebra.h"
+#include "mesh/progressive_mesh.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace korvalite {
+
+namespace {
+
+enum class Placement {
+    Solve,         // the quadric's minimum
+    KeepEndpoint,  // the endpoint that stands on a border or seam
+    Search,        // the best point of the edge
+};
+
+struct PlacementRule {
+    Placement placement;
+    std::int32_t endpoint;  // for KeepEndpoint
+};
+
+PlacementRule placementAt(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b, bool borderA,
+                          bool borderB) {
+    PlacementRule rule{Placement::Solve, borderA && !borderB ? a : b};
+    if (borderA != borderB) rule.placement = Placement::KeepEndpoint;
+    if (borderA && borderB) rule.placement = Placement::Search;
+    if (!pm.m_handleUVs_internal) return rule;
+
+    const bool seamA = pm.mesh.uvSeamVertices.Test(a);
+    const bool seamB = pm.mesh.uvSeamVertices.Test(b);
+    if (seamA && seamB) {
+        if (rule.placement == Placement::Solve) rule.placement = Placement::Search;
+    } else if (seamA) {
+        rule = {Placement::KeepEndpoint, a};
+    } else if (seamB) {
+        // The endpoint stays as the border chose it: a, if a alone is on a border.
+        rule.placement = Placement::KeepEndpoint;
+    }
+    return rule;
+}
+
+float errorAt(const Quadric3D& quadric, const FloatVec3& position) {
+    return static_cast<float>(evaluateQuadric(quadric, toDouble(position)));
+}
+
+void clampToZero(float& cost) {
+    if (0.0F > cost) cost = 0.0F;
+}
+
+/// Takes the first best of the points between a and b, if it beats the cost in hand.
+void searchAlongEdge(const ProgressiveMesh& pm, EdgeEvaluation& result, const FloatVec3& a,
+                     const FloatVec3& b, const Quadric3D& quadric) {
+    for (std::int32_t i = 0; i <= pm.numPositionSamples; ++i) {
+        const float t = static_cast<float>(i) / static_cast<float>(pm.numPositionSamples);
+        const float s = 1.0F - t;
+        const FloatVec3 candidate{s * a.x + t * b.x, s * a.y + t * b.y, s * a.z + t * b.z};
+        const double error = evaluateQuadric(quadric, toDouble(candidate));
+        if (static_cast<double>(result.cost) > error) {
+            result.cost = static_cast<float>(error);
+            result.position = candidate;
+        }
+    }
+    clampToZero(result.cost);
+}
+
+/// Not the determinant, though close to one: the measure of degeneracy that the metric has always
+/// been tuned with.
+double degeneracy(const Quadric3D& quadric) {
+    const auto& q = quadric.q;
+    return q[0] * q[3] * q[5] - q[4] * q[4] - q[1] * q[1] * q[5] - q[2] * q[4] +
+           q[1] * q[2] * q[4] - q[2] * q[3];
+}
+
+/// The quadric's minimum; false if the search is to go on from the result, because there is no
+/// minimum or because it is not to be trusted.
+bool solve(const ProgressiveMesh& pm, EdgeEvaluation& result, const Quadric3D& quadric) {
+    const auto& q = quadric.q;
+    const Matrix3 matrix{q[0], q[1], q[2], q[1], q[3], q[4], q[2], q[4], q[5]};
+    Matrix3 inverse;
+    if (!invert3(inverse.data(), matrix.data())) {
+        result.cost = kNotCollapsible;
+        return false;
+    }
+    const DoubleVec3 minimum{-(inverse[0] * q[6] + inverse[1] * q[7] + inverse[2] * q[8]),
+                             -(inverse[3] * q[6] + inverse[4] * q[7] + inverse[5] * q[8]),
+                             -(inverse[6] * q[6] + inverse[7] * q[7] + inverse[8] * q[8])};
+    result.position = toFloat(minimum);
+    result.cost = errorAt(quadric, result.position);
+    clampToZero(result.cost);
+    return !(pm.useDegeneracySearch && std::abs(degeneracy(quadric)) < 0.001);
+}
+
+/// The mask slows the decimation down where its values are low, and 0 forbids it.
+void applyMask(const DMesh& mesh, float& cost, std::int32_t a, std::int32_t b) {
+    if (!mesh.hasMask()) return;
+    const std::uint8_t lower = std::min(mesh.maskValues[static_cast<std::size_t>(a)],
+                                        mesh.maskValues[static_cast<std::size_t>(b)]);
+    const float lack = 255.0F - static_cast<float>(lower);
+    if (lower == 0) {
+        cost = kNotCollapsible;
+    } else if (lower <= 4) {
+        cost *= (lack * 100.0F + 1.0F + 250.0F - 232.75F) - 25000.0F;
+    } else if (lower <= 9) {
+        cost *= (lack + 1.0F) - 232.75F;
+    } else {
+        cost *= lack / 20.0F + 1.0F;
+    }
+}
+
+DoubleVec3 rowProduct(const Matrix3& m, const std::array<double, 3>& v) {
+    return {m[0] * v[0] + m[1] * v[1] + m[2] * v[2], m[3] * v[0] + m[4] * v[1] + m[5] * v[2],
+            m[6] * v[0] + m[7] * v[1] + m[8] * v[2]};
+}
+
+DoubleVec3 columnProduct(const Matrix3& m, const std::array<double, 3>& v) {
+    return {m[0] * v[0] + m[3] * v[1] + m[6] * v[2], m[1] * v[0] + m[4] * v[1] + m[7] * v[2],
+            m[2] * v[0] + m[5] * v[1] + m[8] * v[2]};
+}
+
+/// A value that is not a number (no colour weight) leaves the channel as it is.
+void takeChannel(std::uint8_t& channel, double value) {
+    if (value >= 255.0) {
+        channel = 255;
+    } else if (value <= 0.0) {
+        channel = 0;
+    } else if (!std::isnan(value)) {
+        channel = static_cast<std::uint8_t>(value);
+    }
+}
+
+void solveColor(const ProgressiveMesh& pm, EdgeEvaluation& result, const ColorQuadric& quadric) {
+    Matrix3 P;
+    Matrix3 R;
+    Matrix3 T;
+    if (!quadric.InvertBlocks(P, R, T)) {
+        result.cost = kNotCollapsible;
+        return;
+    }
+    const DoubleVec3 px = rowProduct(P, quadric.b1) + rowProduct(R, quadric.b2);
+    const DoubleVec3 ps = columnProduct(R, quadric.b1) + rowProduct(T, quadric.b2);
+    const DoubleVec3 x{-px.x, -px.y, -px.z};
+    const DoubleVec3 s{-ps.x, -ps.y, -ps.z};
+    result.position = toFloat(x);
+    result.cost = static_cast<float>(quadric.Evaluate(x, s));
+    takeChannel(result.color[0], s.x / pm.colorScale);
+    takeChannel(result.color[1], s.y / pm.colorScale);
+    takeChannel(result.color[2], s.z / pm.colorScale);
+    clampToZero(result.cost);
+}
+
+}  // namespace
+
+void EvaluateEdgeCost(const ProgressiveMesh& pm, EdgeEvaluation& result, std::int32_t a,
+                      std::int32_t b, const Quadric3D& quadric) {
+    const DMesh& mesh = pm.mesh;
+    const bool borderA = mesh.borderVertices.Test(a);
+    const bool borderB = mesh.borderVertices.Test(b);
+    if (pm.BorderMode == BORDERMODE_FREEZE && (borderA || borderB)) {
+        result.cost = kNotCollapsible;
+        return;
+    }
+    const PlacementRule rule = placementAt(pm, a, b, borderA, borderB);
+    bool search = rule.placement == Placement::Search;
+    if (rule.placement == Placement::KeepEndpoint) {
+        result.position = mesh.vertices[static_cast<std::size_t>(rule.endpoint)].position();
+        result.cost = errorAt(quadric, result.position);
+    } else if (search) {
+        result.cost = kNotCollapsible;
+    } else {
+        search = !solve(pm, result, quadric);
+    }
+    if (search) {
+        searchAlongEdge(pm, result, mesh.vertices[static_cast<std::size_t>(a)].position(),
+                        mesh.vertices[static_cast<std::size_t>(b)].position(), quadric);
+    }
+    applyMask(mesh, result.cost, a, b);
+}
+
+void EvaluateEdgeCostColor(const ProgressiveMesh& pm, EdgeEvaluation& result, std::int32_t a,
+                           std::int32_t b, const ColorQuadric& quadric) {
+    const DMesh& mesh = pm.mesh;
+    const bool border = mesh.borderVertices.Test(a) || mesh.borderVertices.Test(b);
+    if (pm.BorderMode == BORDERMODE_FREEZE && border) {
+        result.cost = kNotCollapsible;
+        return;
+    }
+    const bool seam =
+        pm.m_handleUVs_internal && (mesh.uvSeamVertices.Test(a) || mesh.uvSeamVertices.Test(b));
+    if (seam || border) {
+        result.cost = kNotCollapsible;
+    } else {
+        solveColor(pm, result, quadric);
+    }
+    applyMask(mesh, result.cost, a, b);
+}
+
+}  // namespace korvalite

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+#include "decimation/symmetric_collapse.h"
+
+#include "decimation/metric.h"
+#include "mesh/corner_lists.h"
+#include "mesh/progressive_mesh.h"
+
+namespace korvalite {
+
+namespace {
+
+// A mesh this small has no room for a mirrored pair.
+constexpr std::uint32_t kFewestTriangles = 8;
+
+/// Clears, in `eroded`, the ring of every vertex whose bit in `bits` is clear.
+void erode(const DMesh& mesh, const BitArray& bits, BitArray& eroded) {
+    eroded.Assign(bits);
+    for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
+        if (bits.Test(vertex)) continue;
+        forEachCorner(mesh, vertex, [&](std::int32_t corner) {
+            eroded.Clear(vertexAt(mesh, nextCorner(corner)));
+            eroded.Clear(vertexAt(mesh, previousCorner(corner)));
+        });
+    }
+}
+
+FloatVec3 ontoPlane(const DMesh& mesh, const FloatVec3& position) {
+    FloatVec3 projected;
+    transformPoint(projected, mesh.symmetryCache.planeProjection, position);
+    return projected;
+}
+
+/// Both ends of the collapse are paired. False refuses it.
+template <typename Metric>
+bool checkPairedCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
+                         EdgeEvaluation& evaluation, SymmetricCollapse& mirror) {
+    const DMesh& mesh = pm.mesh;
+    const bool vOnPlane = mirror.mirrorV == v;
+    const bool wOnPlane = mirror.mirrorW == w;
+    // A vertex of the plane can collapse only onto a vertex of the plane.
+    if (vOnPlane && !wOnPlane) return false;
+
+    const bool ontoOwnMirror = w == mirror.mirrorV;
+    mirror.mirrorOntoPlane = wOnPlane || ontoOwnMirror;
+    mirror.doMirror = !(wOnPlane && vOnPlane) && !ontoOwnMirror &&
+                      mesh.vertexActive.Test(mirror.mirrorV) &&
+                      mesh.vertexActive.Test(mirror.mirrorW);
+    if (!AreVerticesAdjacent(mesh, mirror.mirrorV, mirror.mirrorW)) {
+        mirror.doMirror = false;
+        return true;
+    }
+    if (mirror.mirrorOntoPlane) {
+        evaluation.position = ontoPlane(mesh, evaluation.position);
+        mirror.evaluation = evaluation;
+        mirror.positionFixed = true;
+    } else {
+        mirror.evaluation = evaluateCollapse<Metric>(pm, mirror.mirrorV, mirror.mirrorW);
+        if (mirror.evaluation.cost == kNotCollapsible) {
+            mirror.doMirror = false;
+            return true;
+        }
+    }
+    return mesh.numActiveTriangles >= kFewestTriangles;
+}
+
+}  // namespace
+
+void BuildSymmetrySlaves(ProgressiveMesh& pm) {
+    const DMesh& mesh = pm.mesh;
+    const auto& pairing = mesh.symmetryCache.pairing;
+    pm.symmetryPaired.Reset(mesh.vertexCount());
+    for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
+        if (pairing[static_cast<std::size_t>(vertex)] != kNone) pm.symmetryPaired.Set(vertex);
+    }
+    BitArray onceEroded;
+    erode(mesh, pm.symmetryPaired, onceEroded);
+    erode(mesh, onceEroded, pm.symmetryInterior);
+
+    pm.symmetrySlaves.Reset(mesh.vertexCount());
+    for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
+        if (pm.symmetryInterior.Test(vertex) &&
+            pairing[static_cast<std::size_t>(vertex)] != vertex &&
+            mesh.symmetryCache.secondSide.Test(vertex)) {
+            pm.symmetrySlaves.Set(vertex);
+        }
+    }
+}
+
+template <typename Metric>
+bool CheckSymmetricCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
+                            EdgeEvaluation& evaluation, SymmetricCollapse& mirror) {
+    const auto& pairing = pm.mesh.symmetryCache.pairing;
+    mirror = {};
+    mirror.mirrorV = pairing[static_cast<std::size_t>(v)];
+    mirror.mirrorW = pairing[static_cast<std::size_t>(w)];
+    if (mirror.mirrorV != kNone && mirror.mirrorW != kNone) {
+        return checkPairedCollapse<Metric>(pm, v, w, evaluation, mirror);
+    }
+    if (mirror.mirrorW != kNone) {
+        // w does not move, so that its mirror image keeps its place.
+        evaluation.position = pm.mesh.vertices[static_cast<std::size_t>(w)].position();
+        return true;
+    }
+    // A paired vertex may not collapse onto an unpaired one.
+    return mirror.mirrorV == kNone;
+}
+
+template bool CheckSymmetricCollapse<PlainMetric>(const ProgressiveMesh&, std::int32_t,
+                                                  std::int32_t, EdgeEvaluation&,
+                                                  SymmetricCollapse&);
+template bool CheckSymmetricCollapse<ColorMetric>(const ProgressiveMesh&, std::int32_t,
+                                                  std::int32_t, EdgeEvaluation&,
+                                                  SymmetricCollapse&);
+
+}  // namespace korvalite

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+#include "decimation/triangle_quadrics.h"
+
+#include "geometry/linear_algebra.h"
+#include "mesh/progressive_mesh.h"
+
+#include <array>
+#include <cmath>
+
+namespace korvalite {
+
+namespace {
+
+const VertexRecord& cornerVertex(const DMesh& mesh, std::int32_t triangle, std::size_t corner) {
+    return mesh.vertices[mesh.triangles[3 * static_cast<std::size_t>(triangle) + corner]];
+}
+
+/// Divides n by its length, unless that is as good as zero; returns the weight, 1 in that case.
+double normalize(DoubleVec3& n) {
+    const double length = std::sqrt(dot(n, n));
+    if (-1e-24 < length && length < 1e-24) return 1.0;
+    n = {n.x / length, n.y / length, n.z / length};
+    return length;
+}
+
+double colorChannel(std::uint32_t color, unsigned channel) {
+    return static_cast<double>((color >> (8 * channel)) & 0xFFU);
+}
+
+/// The linear function w over space that has the given values at the corners and none along the
+/// normal: gradient and offset, from the inverse of the corners' matrix.
+std::array<double, 4> linearFunction(const std::array<double, 16>& inverse, const DoubleVec3& w) {
+    std::array<double, 4> function;
+    for (std::size_t j = 0; j < 4; ++j) {
+        function[j] =
+            w.x * inverse[j] + w.y * inverse[4 + j] + w.z * inverse[8 + j] + 0.0 * inverse[12 + j];
+    }
+    return function;
+}
+
+void addColorChannel(ColorQuadric& quadric, std::size_t channel, const std::array<double, 4>& f) {
+    const double gx = f[0];
+    const double gy = f[1];
+    const double gz = f[2];
+    const double d = f[3];
+    const std::array<double, 6> outer{gx * gx, gx * gy, gx * gz, gy * gy, gy * gz, gz * gz};
+    for (std::size_t i = 0; i < outer.size(); ++i)
+        quadric.A[i] += outer[i];
+    for (std::size_t r = 0; r < 3; ++r) {
+        quadric.G[r + 3 * channel] = -f[r];
+        quadric.b1[r] += d * f[r];
+    }
+    quadric.b2[channel] = -d;
+    quadric.c += d * d;
+}
+
+}  // namespace
+
+Quadric3D ComputeTriangleQuadric(const ProgressiveMesh& pm, std::int32_t triangle) {
+    const DoubleVec3 p0 = toDouble(cornerVertex(pm.mesh, triangle, 0).position());
+    const DoubleVec3 p1 = toDouble(cornerVertex(pm.mesh, triangle, 1).position());
+    const DoubleVec3 p2 = toDouble(cornerVertex(pm.mesh, triangle, 2).position());
+    DoubleVec3 n = cross(p1 - p0, p2 - p0);
+    const double weight = normalize(n);
+    Quadric3D quadric = planeQuadric(n.x, n.y, n.z, -dot(n, p0));
+    if (pm.UseAreaWeighting) quadric *= weight;
+    return quadric;
+}
+
+Quadric3DFloat ComputeTriangleQuadricFloat(const ProgressiveMesh& pm, std::int32_t triangle) {
+    const FloatVec3 p0 = cornerVertex(pm.mesh, triangle, 0).position();
+    const FloatVec3 p1 = cornerVertex(pm.mesh, triangle, 1).position();
+    const FloatVec3 p2 = cornerVertex(pm.mesh, triangle, 2).position();
+    FloatVec3 n = cross(p1 - p0, p2 - p0);
+    const float length = std::sqrt(dot(n, n));
+    if (length != 0.0F) {
+        const DoubleVec3 wide = toDouble(n);
+        const auto divisor = static_cast<double>(length);
+        n = toFloat({wide.x / divisor, wide.y / divisor, wide.z / divisor});
+    }
+    Quadric3DFloat quadric = planeQuadric(n.x, n.y, n.z, -dot(n, p0));
+    if (pm.UseAreaWeighting) quadric *= length;
+    return quadric;
+}
+
+ColorQuadric ComputeTriangleColorQuadric(const ProgressiveMesh& pm, std::int32_t triangle) {
+    const DMesh& mesh = pm.mesh;
+    const DoubleVec3 p = toDouble(cornerVertex(mesh, triangle, 0).position());
+    const DoubleVec3 q = toDouble(cornerVertex(mesh, triangle, 1).position());
+    const DoubleVec3 r = toDouble(cornerVertex(mesh, triangle, 2).position());
+    DoubleVec3 n = cross(q - p, r - p);
+    normalize(n);
+
+    ColorQuadric quadric(planeQuadric(n.x, n.y, n.z, -dot(n, p)));
+    const std::array<double, 16> corners{p.x, q.x, r.x, n.x, p.y, q.y, r.y, n.y,
+                                         p.z, q.z, r.z, n.z, 1.0, 1.0, 1.0, 0.0};
+    std::array<double, 16> inverse;
+    if (!invert4d(inverse.data(), corners.data())) {
+        quadric.C = 0.0;
+        return quadric;
+    }
+    std::array<std::uint32_t, 3> colors;
+    for (std::size_t k = 0; k < 3; ++k) {
+        colors[k] = mesh.vertexColors[mesh.triangles[3 * static_cast<std::size_t>(triangle) + k]];
+    }
+    for (unsigned channel = 0; channel < 3; ++channel) {
+        const DoubleVec3 w{colorChannel(colors[0], channel) * pm.colorScale,
+                           colorChannel(colors[1], channel) * pm.colorScale,
+                           colorChannel(colors[2], channel) * pm.colorScale};
+        addColorChannel(quadric, channel, linearFunction(inverse, w));
+    }
+    return quadric;
+}
+
+}  // namespace korvalite

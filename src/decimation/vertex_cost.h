@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "mesh/corner_lists.h"
+#include "mesh/progressive_mesh.h"
+
+#include <cstdint>
+
+namespace korvalite {
+
+/// The seam rule: of two vertices on a UV seam, one that ends, branches or bends it must not slide
+/// away along the seam, nor another onto it.
+inline bool isHeldBySeam(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b) {
+    const DMesh& mesh = pm.mesh;
+    return pm.m_handleUVs_internal && mesh.uvSeamVertices.Test(a) && mesh.uvSeamVertices.Test(b) &&
+           (mesh.uvSeamCorners.Test(a) || mesh.uvSeamCorners.Test(b));
+}
+
+/// Ranks one vertex against its ring with the plain metric and writes its `cost` and `partner`; the
+/// first best neighbour wins. The vertex must not be queued.
+///
+/// The neighbours' quadric is summed up over the ring and not cleared in between, so that later
+/// neighbours look dearer than they are. `ring` is scratch.
+void RecomputeVertexCost(ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring);
+
+}  // namespace korvalite
