@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: MIT
+#include "lowmem/neighbour_costs.h"
+
+#include "decimation/metric.h"
+#include "decimation/vertex_cost.h"
+
+namespace korvalite {
+
+namespace {
+
+std::size_t at(std::int32_t index) {
+    return static_cast<std::size_t>(index);
+}
+
+template <typename Metric>
+class NeighbourCostUpdate {
+public:
+    NeighbourCostUpdate(ProgressiveMesh& pm, NeighbourhoodScratch<Metric>& scratch)
+        : pm_(pm), mesh_(pm.mesh), s_(scratch) {}
+
+    void run(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
+        gatherRing(kept, ringCorners, neighbours);
+        gatherOuterRing();
+        sumQuadrics();
+        unqueueRing();
+        gatherEdges();
+        evaluateEdges();
+        applyCosts();
+        queueRing();
+        resetMarks();
+    }
+
+private:
+    using Scratch = NeighbourhoodScratch<Metric>;
+
+    /// False if no slot is left.
+    bool giveSlot(std::int32_t vertex) {
+        if (s_.localVertices.size() >= Scratch::kNoSlot) return false;
+        s_.vertexSlot[at(vertex)] = static_cast<std::uint16_t>(s_.localVertices.size());
+        s_.localVertices.push_back(vertex);
+        return true;
+    }
+
+    void listTriangle(std::int32_t triangle) {
+        s_.localTriangles.push_back(triangle);
+        s_.triangleMark.Set(triangle);
+    }
+
+    void gatherRing(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
+        s_.localVertices.clear();
+        s_.localTriangles.clear();
+        const IndexList* corners = &ringCorners;
+        if (ringCorners.empty()) {
+            GetVertexCorners(mesh_, kept, s_.corners);
+            corners = &s_.corners;
+        }
+        const IndexList* ring = &neighbours;
+        if (neighbours.empty()) {
+            GetVertexNeighbours(mesh_, kept, s_.ring);
+            ring = &s_.ring;
+        }
+        for (const std::int32_t corner : *corners)
+            listTriangle(corner / 3);
+        giveSlot(kept);
+        for (const std::int32_t vertex : *ring)
+            giveSlot(vertex);
+        ringEnd_ = s_.localVertices.size();
+    }
+
+    void gatherOuterRing() {
+        s_.ringNeighbours.clear();
+        s_.ringNeighboursEnd.clear();
+        for (std::size_t slot = 1; slot < ringEnd_; ++slot) {
+            GetVertexNeighbours(mesh_, s_.localVertices[slot], s_.neighbours);
+            s_.ringNeighbours.insert(s_.ringNeighbours.end(), s_.neighbours.begin(),
+                                     s_.neighbours.end());
+            s_.ringNeighboursEnd.push_back(s_.ringNeighbours.size());
+        }
+        for (const std::int32_t x : s_.ringNeighbours) {
+            if (s_.vertexSlot[at(x)] != Scratch::kNoSlot || !giveSlot(x)) continue;
+            forEachCorner(mesh_, x, [&](std::int32_t corner) {
+                if (!s_.triangleMark.Test(corner / 3)) listTriangle(corner / 3);
+            });
+        }
+    }
+
+    /// A ring vertex misses a triangle that touches neither the kept vertex nor the outer ring:
+    /// such triangles are never listed, and the costs have always been without them.
+    void sumQuadrics() {
+        s_.slotQuadrics.assign(s_.localVertices.size(), {});
+        for (const std::int32_t triangle : s_.localTriangles) {
+            const typename Metric::Quadric quadric = Metric::triangleQuadric(pm_, triangle);
+            for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
+                const std::uint16_t slot = s_.vertexSlot[at(vertexAt(mesh_, corner))];
+                if (slot != Scratch::kNoSlot) s_.slotQuadrics[slot] += quadric;
+            }
+        }
+    }
+
+    void unqueueRing() {
+        for (std::size_t slot = 0; slot < ringEnd_; ++slot) {
+            const std::int32_t vertex = s_.localVertices[slot];
+            pm_.costQueue.Remove(vertex);
+            mesh_.vertices[at(vertex)].cost = kNotCollapsible;
+            mesh_.vertices[at(vertex)].partner = kNone;
+        }
+    }
+
+    void gatherEdges() {
+        s_.edges.clear();
+        std::size_t next = 0;
+        for (std::size_t slot = 1; slot < ringEnd_; ++slot) {
+            const std::int32_t w = s_.localVertices[slot];
+            const std::uint16_t slotW = s_.vertexSlot[at(w)];
+            const bool mayRankW = !pm_.isSymmetrySlave(w);
+            for (; next < s_.ringNeighboursEnd[slot - 1]; ++next) {
+                const std::int32_t x = s_.ringNeighbours[next];
+                const std::uint16_t slotX = s_.vertexSlot[at(x)];
+                // Inside the ring an edge is taken from its lower end.
+                const bool takenFromX = slotX >= 1 && slotX < ringEnd_ && x < w;
+                const bool mayRankX = !pm_.isSymmetrySlave(x);
+                if (x == w || slotX == Scratch::kNoSlot || takenFromX) continue;
+                if ((!mayRankW && !mayRankX) || isHeldBySeam(pm_, w, x)) continue;
+                // The outer ring keeps its costs.
+                s_.edges.push_back({w, x, slotW, slotX, mayRankW, mayRankX && slotX < ringEnd_});
+            }
+        }
+    }
+
+    void evaluateEdges() {
+        s_.edgeCosts.resize(s_.edges.size());
+        EdgeEvaluation result;
+        for (std::size_t i = 0; i < s_.edges.size(); ++i) {
+            const RingEdge& edge = s_.edges[i];
+            Metric::evaluateEdge(pm_, result, edge.w, edge.x,
+                                 s_.slotQuadrics[edge.slotW] + s_.slotQuadrics[edge.slotX]);
+            s_.edgeCosts[i] = result.cost;
+        }
+    }
+
+    void rank(std::int32_t vertex, std::int32_t partner, float cost) {
+        VertexRecord& record = mesh_.vertices[at(vertex)];
+        if (record.cost > cost) {
+            record.cost = cost;
+            record.partner = partner;
+        }
+    }
+
+    void applyCosts() {
+        for (std::size_t i = 0; i < s_.edges.size(); ++i) {
+            const RingEdge& edge = s_.edges[i];
+            if (edge.mayRankW) rank(edge.w, edge.x, s_.edgeCosts[i]);
+            if (edge.mayRankX) rank(edge.x, edge.w, s_.edgeCosts[i]);
+        }
+    }
+
+    void queueRing() {
+        for (std::size_t slot = 0; slot < ringEnd_; ++slot) {
+            const std::int32_t vertex = s_.localVertices[slot];
+            if (!pm_.isSymmetrySlave(vertex)) pm_.costQueue.Insert(vertex);
+        }
+    }
+
+    void resetMarks() {
+        for (const std::int32_t vertex : s_.localVertices) {
+            s_.vertexSlot[at(vertex)] = Scratch::kNoSlot;
+        }
+        for (const std::int32_t triangle : s_.localTriangles)
+            s_.triangleMark.Clear(triangle);
+    }
+
+    ProgressiveMesh& pm_;
+    DMesh& mesh_;
+    Scratch& s_;
+    std::size_t ringEnd_ = 0;  // slots below are the kept vertex and its ring
+};
+
+void appendIfAbsent(IndexList& list, std::int32_t item) {
+    if (!contains(list, item)) list.push_back(item);
+}
+
+}  // namespace
+
+template <typename Metric>
+void NeighbourhoodScratch<Metric>::prepare(const DMesh& mesh) {
+    vertexSlot.assign(mesh.vertices.size(), kNoSlot);
+    triangleMark.Free();
+    triangleMark.Resize(mesh.triangleCount(), false);
+}
+
+template <typename Metric>
+void UpdateNeighbourCosts_LM(ProgressiveMesh& pm, std::int32_t kept, const IndexList& ringCorners,
+                             const IndexList& neighbours, NeighbourhoodScratch<Metric>& scratch) {
+    NeighbourCostUpdate<Metric>(pm, scratch).run(kept, ringCorners, neighbours);
+}
+
+template struct NeighbourhoodScratch<PlainMetric>;
+template struct NeighbourhoodScratch<ColorMetric>;
+template void UpdateNeighbourCosts_LM(ProgressiveMesh&, std::int32_t, const IndexList&,
+                                      const IndexList&, NeighbourhoodScratch<PlainMetric>&);
+template void UpdateNeighbourCosts_LM(ProgressiveMesh&, std::int32_t, const IndexList&,
+                                      const IndexList&, NeighbourhoodScratch<ColorMetric>&);
+
+void RefreshRingCosts_LM(ProgressiveMesh& pm, const VSplit& split) {
+    IndexList around;
+    for (const std::int32_t corner : split.corners) {
+        appendIfAbsent(around, vertexAt(pm.mesh, nextCorner(corner)));
+        appendIfAbsent(around, vertexAt(pm.mesh, previousCorner(corner)));
+    }
+    IndexList ring;
+    for (const std::int32_t vertex : around) {
+        if (!pm.mesh.vertexActive.Test(vertex)) continue;
+        pm.costQueue.Remove(vertex);
+        RecomputeVertexCost(pm, vertex, ring);
+        pm.costQueue.Insert(vertex);
+    }
+}
+
+}  // namespace korvalite

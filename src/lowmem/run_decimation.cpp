@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#include "lowmem/run_decimation.h"
+
+#include "decimation/reorder.h"
+#include "lowmem/low_memory_driver.h"
+#include "mesh/progressive_mesh.h"
+#include "shell/base/debug_log.h"
+#include "shell/base/progress_channel.h"
+
+#include <new>
+
+namespace korvalite {
+
+namespace {
+
+constexpr int kSuccess = 0;
+constexpr int kOutOfMemory = 2;
+
+int runDriver(ProgressiveMesh& pm) {
+    // A job that asks for several threads gets the same work done on one.
+    const bool lowMemory = pm.MemSpeedTradeOff == MEMSPEED_TRADEOFF_LOW_MEM ||
+                           pm.MemSpeedTradeOff == MEMSPEED_TRADEOFF_LOW_MEM_MT;
+    if (!lowMemory) return kSuccess;
+    pm.m_useVertexColors_internal = pm.mesh.vertexColors.size() == pm.mesh.vertices.size();
+    return pm.m_useVertexColors_internal ? doDecimation_LM<ColorMetric>(pm)
+                                         : doDecimation_LM<PlainMetric>(pm);
+}
+
+}  // namespace
+
+int RunDecimation(ProgressiveMesh& pm) {
+    try {
+        pm.askedNumItem = static_cast<std::int32_t>(pm.TargetNumItem);
+        const int result = runDriver(pm);
+        pm.finalDecimNumItem = static_cast<std::int32_t>(pm.activeCount());
+        DebugLog("    m_handleSymmetry_internal=%s");
+        DebugLog("    m_handleUVs_internal=%s");
+        DebugLog("    m_useVertexColors_internal=%s");
+        DebugLog("    useMask=%s");
+        DebugLog("  EdgeCollapse step done : %d vtx -> %d vtx !");
+        DebugLog("  starting reordering step");
+        progressChannel().BeginSubTask("reordering", -1);
+        ReorderAndClean(pm, pm.DoReorder);
+        progressChannel().EndSubTask();
+        DebugLog("  reordering done");
+        return result;
+    } catch (const std::bad_alloc&) {
+        DebugLog(" *** NOT_ENOUGH_MEMORY ERROR !!! *****");
+        progressChannel().EndMainTask();
+        return kOutOfMemory;
+    }
+}
+
+}  // namespace korvalite
