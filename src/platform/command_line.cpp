@@ -8,16 +8,17 @@ namespace korvalite::platform {
 namespace {
 
 // Unsigned, because the bytes of a UTF-8 name are above 127 and no white space.
-bool isWhiteSpace(char c) { return static_cast<unsigned char>(c) < 33; }
+bool isWhiteSpace(char c) {
+    return static_cast<unsigned char>(c) < 33;
+}
 
-} // namespace
+}  // namespace
 
 std::string_view commandTailOf(std::string_view rawCommandLine) {
     std::size_t at = 0;
     bool quoted = false;
     while (at < rawCommandLine.size() && (quoted || !isWhiteSpace(rawCommandLine[at]))) {
-        if (rawCommandLine[at] == '"')
-            quoted = !quoted;
+        if (rawCommandLine[at] == '"') quoted = !quoted;
         ++at;
     }
     while (at < rawCommandLine.size() && isWhiteSpace(rawCommandLine[at]))
@@ -25,4 +26,4 @@ std::string_view commandTailOf(std::string_view rawCommandLine) {
     return rawCommandLine.substr(at);
 }
 
-} // namespace korvalite::platform
+}  // namespace korvalite::platform

@@ -10,4 +10,4 @@ namespace korvalite::platform {
 // The tail is neither split nor unquoted nor trimmed at its end. The result views the argument.
 std::string_view commandTailOf(std::string_view rawCommandLine);
 
-} // namespace korvalite::platform
+}  // namespace korvalite::platform

@@ -66,4 +66,4 @@ private:
     bool writeFailed_ = false;
 };
 
-} // namespace korvalite::platform
+}  // namespace korvalite::platform

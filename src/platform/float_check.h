@@ -30,4 +30,4 @@ static_assert(std::endian::native == std::endian::little,
 static_assert(CHAR_BIT == 8 && sizeof(int) == 4 && sizeof(std::int64_t) == 8);
 static_assert(sizeof(void*) == 8, "meshes of tens of millions of triangles need 64-bit addresses");
 
-} // namespace korvalite::platform
+}  // namespace korvalite::platform

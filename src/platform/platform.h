@@ -59,4 +59,4 @@ void sleepMilliseconds(int milliseconds);
 // it is the one argument unchanged, or several joined by one blank each.
 std::string commandTail(int argc, char** argv);
 
-} // namespace korvalite::platform
+}  // namespace korvalite::platform

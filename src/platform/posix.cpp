@@ -14,7 +14,9 @@ static_assert(sizeof(off_t) == 8, "build with -D_FILE_OFFSET_BITS=64: offsets ar
 
 namespace {
 
-bool namesNothing(const char* path) { return path == nullptr || *path == '\0'; }
+bool namesNothing(const char* path) {
+    return path == nullptr || *path == '\0';
+}
 
 void appendOnOneLine(std::string& line, const char* text) {
     for (const char c : std::string_view(text != nullptr ? text : "")) {
@@ -25,14 +27,12 @@ void appendOnOneLine(std::string& line, const char* text) {
     }
 }
 
-} // namespace
+}  // namespace
 
 std::FILE* openFile(const char* path, const char* mode) {
-    if (namesNothing(path))
-        return nullptr;
+    if (namesNothing(path)) return nullptr;
     std::FILE* file = std::fopen(path, mode);
-    if (file == nullptr)
-        return nullptr;
+    if (file == nullptr) return nullptr;
     // The library opens a folder for reading and fails at the first read only; Windows refuses it.
     struct stat status {};
     if (fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode)) {
@@ -43,11 +43,9 @@ std::FILE* openFile(const char* path, const char* mode) {
 }
 
 std::FILE* createExclusively(const char* path) {
-    if (namesNothing(path))
-        return nullptr;
+    if (namesNothing(path)) return nullptr;
     const int descriptor = open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (descriptor < 0)
-        return nullptr;
+    if (descriptor < 0) return nullptr;
     std::FILE* file = fdopen(descriptor, "wb+");
     if (file == nullptr) {
         close(descriptor);
@@ -60,16 +58,22 @@ bool seek(std::FILE* file, std::int64_t offset, int whence) {
     return fseeko(file, offset, whence) == 0;
 }
 
-std::int64_t tell(std::FILE* file) { return ftello(file); }
+std::int64_t tell(std::FILE* file) {
+    return ftello(file);
+}
 
-bool exists(const char* path) { return !namesNothing(path) && access(path, F_OK) == 0; }
+bool exists(const char* path) {
+    return !namesNothing(path) && access(path, F_OK) == 0;
+}
 
 bool isRegularFile(const char* path) {
     struct stat status {};
     return !namesNothing(path) && stat(path, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-bool deleteFile(const char* path) { return !namesNothing(path) && unlink(path) == 0; }
+bool deleteFile(const char* path) {
+    return !namesNothing(path) && unlink(path) == 0;
+}
 
 std::string currentDirectory() {
     char buffer[512 + 1];
@@ -111,11 +115,10 @@ void sleepMilliseconds(int milliseconds) {
 std::string commandTail(int argc, char** argv) {
     std::string tail;
     for (int i = 1; i < argc; ++i) {
-        if (i > 1)
-            tail += ' ';
+        if (i > 1) tail += ' ';
         tail += argv[i];
     }
     return tail;
 }
 
-} // namespace korvalite::platform
+}  // namespace korvalite::platform

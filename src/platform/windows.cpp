@@ -21,11 +21,9 @@ constexpr DWORD kReplaceBadBytes = 0;
 
 // UTF-16 of a UTF-8 text; empty for null, for "" and for a text that cannot be converted.
 std::wstring wide(const char* text, DWORD badBytes) {
-    if (text == nullptr || *text == '\0')
-        return {};
+    if (text == nullptr || *text == '\0') return {};
     const int lengthWithZero = MultiByteToWideChar(CP_UTF8, badBytes, text, -1, nullptr, 0);
-    if (lengthWithZero <= 0)
-        return {};
+    if (lengthWithZero <= 0) return {};
     std::wstring result(static_cast<std::size_t>(lengthWithZero), L'\0');
     MultiByteToWideChar(CP_UTF8, badBytes, text, -1, result.data(), lengthWithZero);
     result.pop_back();
@@ -33,7 +31,9 @@ std::wstring wide(const char* text, DWORD badBytes) {
 }
 
 // Two different broken names must not become one name with a replacement character in it.
-std::wstring widePath(const char* path) { return wide(path, kRefuseBadBytes); }
+std::wstring widePath(const char* path) {
+    return wide(path, kRefuseBadBytes);
+}
 
 std::string utf8(std::wstring_view text) {
     if (text.empty() || text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
@@ -41,33 +41,29 @@ std::string utf8(std::wstring_view text) {
     const int wideLength = static_cast<int>(text.size());
     const int length =
         WideCharToMultiByte(CP_UTF8, 0, text.data(), wideLength, nullptr, 0, nullptr, nullptr);
-    if (length <= 0)
-        return {};
+    if (length <= 0) return {};
     std::string result(static_cast<std::size_t>(length), '\0');
     WideCharToMultiByte(CP_UTF8, 0, text.data(), wideLength, result.data(), length, nullptr,
                         nullptr);
     return result;
 }
 
-} // namespace
+}  // namespace
 
 std::FILE* openFile(const char* path, const char* mode) {
     const std::wstring widened = widePath(path);
     const std::wstring widenedMode = wide(mode, kRefuseBadBytes);
-    if (widened.empty() || widenedMode.empty())
-        return nullptr;
+    if (widened.empty() || widenedMode.empty()) return nullptr;
     return _wfopen(widened.c_str(), widenedMode.c_str());
 }
 
 std::FILE* createExclusively(const char* path) {
     const std::wstring widened = widePath(path);
-    if (widened.empty())
-        return nullptr;
+    if (widened.empty()) return nullptr;
     const int descriptor =
         _wopen(widened.c_str(), _O_RDWR | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT,
                _S_IREAD | _S_IWRITE);
-    if (descriptor < 0)
-        return nullptr;
+    if (descriptor < 0) return nullptr;
     std::FILE* file = _fdopen(descriptor, "wb+");
     if (file == nullptr) {
         _close(descriptor);
@@ -80,7 +76,9 @@ bool seek(std::FILE* file, std::int64_t offset, int whence) {
     return _fseeki64(file, offset, whence) == 0;
 }
 
-std::int64_t tell(std::FILE* file) { return _ftelli64(file); }
+std::int64_t tell(std::FILE* file) {
+    return _ftelli64(file);
+}
 
 bool exists(const char* path) {
     const std::wstring widened = widePath(path);
@@ -102,8 +100,7 @@ bool deleteFile(const char* path) {
 std::string currentDirectory() {
     wchar_t buffer[512 + 1];
     const DWORD length = GetCurrentDirectoryW(512 + 1, buffer);
-    if (length == 0 || length > 512)
-        return {};
+    if (length == 0 || length > 512) return {};
     std::string result = utf8(std::wstring_view(buffer, length));
     return result.size() <= 512 ? result : std::string();
 }
@@ -115,25 +112,24 @@ void messageBox(const char* caption, const char* text) {
 
 bool counterFrequency(std::int64_t& ticksPerSecond) {
     LARGE_INTEGER value{};
-    if (QueryPerformanceFrequency(&value) == 0)
-        return false;
+    if (QueryPerformanceFrequency(&value) == 0) return false;
     ticksPerSecond = value.QuadPart;
     return true;
 }
 
 bool counterValue(std::int64_t& ticks) {
     LARGE_INTEGER value{};
-    if (QueryPerformanceCounter(&value) == 0)
-        return false;
+    if (QueryPerformanceCounter(&value) == 0) return false;
     ticks = value.QuadPart;
     return true;
 }
 
-std::int64_t clockMilliseconds() { return static_cast<std::int64_t>(GetTickCount64()); }
+std::int64_t clockMilliseconds() {
+    return static_cast<std::int64_t>(GetTickCount64());
+}
 
 void sleepMilliseconds(int milliseconds) {
-    if (milliseconds > 0)
-        Sleep(static_cast<DWORD>(milliseconds));
+    if (milliseconds > 0) Sleep(static_cast<DWORD>(milliseconds));
 }
 
 std::string commandTail(int, char**) {
@@ -141,4 +137,4 @@ std::string commandTail(int, char**) {
     return std::string(commandTailOf(commandLine));
 }
 
-} // namespace korvalite::platform
+}  // namespace korvalite::platform

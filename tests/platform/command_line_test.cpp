@@ -55,5 +55,5 @@ TEST(CommandLine, AnEmptyNameLeavesTheTailBehindTheFirstWhiteSpace) {
     EXPECT_EQ(commandTailOf("\"\" scene.kvc"), "scene.kvc");
 }
 
-} // namespace
-} // namespace korvalite::platform
+}  // namespace
+}  // namespace korvalite::platform

@@ -78,7 +78,7 @@ TEST(File, MovingHandsTheStreamOverAndLeavesTheSourceClosed) {
     std::FILE* stream = first.stream();
     File second = std::move(first);
     EXPECT_EQ(second.stream(), stream);
-    EXPECT_FALSE(first.isOpen()); // NOLINT(bugprone-use-after-move)
+    EXPECT_FALSE(first.isOpen());  // NOLINT(bugprone-use-after-move)
     File third;
     third = std::move(second);
     EXPECT_EQ(third.stream(), stream);
@@ -172,7 +172,9 @@ TEST(File, WritingToAFileOpenForReadingFails) {
 #ifndef _WIN32
 
 // A device that takes no byte, as a full disk does.
-File openFullDisk() { return File::open("/dev/full", "wb"); }
+File openFullDisk() {
+    return File::open("/dev/full", "wb");
+}
 
 TEST(File, AFullDiskShowsAtFlush) {
     File file = openFullDisk();
@@ -239,5 +241,5 @@ TEST(File, BytesLeftOfAPipeIsUnknown) {
 
 #endif
 
-} // namespace
-} // namespace korvalite::platform
+}  // namespace
+}  // namespace korvalite::platform

@@ -215,5 +215,5 @@ TEST(Platform, WithoutArgumentsTheTailIsEmpty) {
 
 #endif
 
-} // namespace
-} // namespace korvalite::platform
+}  // namespace
+}  // namespace korvalite::platform

@@ -56,4 +56,4 @@ inline std::string readWhole(const std::string& path) {
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-} // namespace korvalite::test
+}  // namespace korvalite::test
