@@ -1,0 +1,333 @@
+// SPDX-License-Identifier: MIT
+#include "formats/vok_reader.h"
+
+#include "shell/base/debug_log.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <vector>
+
+namespace korvalite {
+
+namespace {
+
+constexpr std::int64_t kMaxCorners = std::numeric_limits<std::int32_t>::max();
+
+constexpr std::int32_t kNotSplit = -1;
+
+struct Face4 {
+    std::array<std::uint32_t, 4> vertices{};
+
+    [[nodiscard]] bool isTriangle() const { return vertices[3] == kVokNoFourthVertex; }
+};
+static_assert(sizeof(Face4) == 16);
+
+struct Face4UVs {
+    std::array<UVCoord, 4> corners;
+};
+static_assert(sizeof(Face4UVs) == 32 && sizeof(UVCoord) == 8);
+
+using MRGBBytes = std::array<std::uint8_t, 4>;
+
+// The corners of a face's triangles; a triangle has the first three only. The diagonal of a quad is
+// always the one between corners 0 and 2.
+constexpr std::array<std::size_t, 6> kSplitCorners{0, 1, 2, 0, 2, 3};
+
+constexpr std::size_t cornersAfterSplit(bool isTriangle) {
+    return isTriangle ? 3 : 6;
+}
+
+// The walk over one file.
+struct VokWalk {
+    platform::File& file;
+    DMesh& mesh;
+    std::int64_t bytesBeyondFile;  // that may still be asked for
+    BitArray triangleMarkers;      // of the last face list: which faces were triangles
+    std::int32_t splitTriangleCount = kNotSplit;
+};
+
+enum class WalkStep {
+    NextBlock,
+    End,      // nothing more to read; what was read stands
+    Refused,  // the file asks for what it must not get
+};
+
+// The block's number of elements: a negative one is none.
+std::int64_t elementCount(const VokBlockHeader& header) {
+    return std::max(static_cast<std::int32_t>(header.Count), 0);
+}
+
+std::uint32_t payloadBytes(const VokBlockHeader& header) {
+    return header.Size - kVokBlockHeaderBytes;
+}
+
+// Grows to exactly `count`: no array of a mesh has room to spare. What is there already stays.
+template <typename T>
+void resizeExactly(std::vector<T>& items, std::int64_t count) {
+    items.reserve(static_cast<std::size_t>(count));
+    items.resize(static_cast<std::size_t>(count));
+}
+
+// Whether a block may take so many bytes for its elements. What its size does not promise comes out
+// of the allowance of the whole file; what it promises is read, or is seen to be missing here.
+bool mayTake(VokWalk& walk, const VokBlockHeader& header, std::int64_t byteCount) {
+    const std::int64_t promised = std::min(byteCount, std::int64_t{payloadBytes(header)});
+    walk.bytesBeyondFile -= byteCount - promised;
+    if (walk.bytesBeyondFile < 0) return false;
+    return promised <= walk.bytesBeyondFile ||
+           promised - walk.bytesBeyondFile <= walk.file.bytesLeft();
+}
+
+// Reads the payload over `items`. What does not fit is skipped, and items that it does not reach
+// stay as they are. True if the file holds the whole payload.
+template <typename T>
+bool readPayload(platform::File& file, const VokBlockHeader& header, std::vector<T>& items) {
+    const std::size_t payload = payloadBytes(header);
+    const std::size_t wanted = std::min(payload, items.size() * sizeof(T));
+    if (file.read(items.data(), wanted) != wanted) return false;
+    if (wanted == payload) return true;
+    const auto surplus = static_cast<std::int64_t>(payload - wanted);
+    const bool isThere = file.bytesLeft() >= surplus;
+    return file.seek(surplus, SEEK_CUR) && isThere;
+}
+
+// A zero-filled temporary of `count` elements, for the payloads that are converted.
+template <typename T>
+std::vector<T> zeroed(std::int64_t count) {
+    return std::vector<T>(static_cast<std::size_t>(count));
+}
+
+WalkStep readPointList(VokWalk& walk, const VokBlockHeader& header) {
+    const std::int64_t count = elementCount(header);
+    if (!mayTake(walk, header, count * std::int64_t{sizeof(FloatVec3)})) return WalkStep::Refused;
+    resizeExactly(walk.mesh.vertices, count);
+    auto points = zeroed<FloatVec3>(count);
+    readPayload(walk.file, header, points);
+    for (std::size_t i = 0; i < points.size(); ++i)
+        walk.mesh.vertices[i].setPosition(points[i]);
+    DebugLog("   - Vertex blocs OK [%d vtx].");
+    return WalkStep::NextBlock;
+}
+
+WalkStep readFace3List(VokWalk& walk, const VokBlockHeader& header) {
+    const std::int64_t corners = elementCount(header) * 3;
+    if (corners > kMaxCorners || !mayTake(walk, header, corners * 4)) return WalkStep::Refused;
+    resizeExactly(walk.mesh.triangles, corners);
+    readPayload(walk.file, header, walk.mesh.triangles);
+    DebugLog("   - Face3 blocs OK [%d Tri].");
+    return WalkStep::NextBlock;
+}
+
+std::int64_t countSplitTriangles(const std::vector<Face4>& faces) {
+    std::int64_t count = 0;
+    for (const Face4& face : faces)
+        count += face.isTriangle() ? 1 : 2;
+    return count;
+}
+
+void splitFaces(VokWalk& walk, const std::vector<Face4>& faces) {
+    std::size_t to = 0;
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+        if (faces[i].isTriangle()) walk.triangleMarkers.Set(static_cast<std::uint32_t>(i));
+        for (std::size_t k = 0; k < cornersAfterSplit(faces[i].isTriangle()); ++k)
+            walk.mesh.triangles[to++] = faces[i].vertices[kSplitCorners[k]];
+    }
+}
+
+WalkStep readFace4List(VokWalk& walk, const VokBlockHeader& header) {
+    const std::int64_t count = elementCount(header);
+    if (!mayTake(walk, header, count * std::int64_t{sizeof(Face4)})) return WalkStep::Refused;
+    walk.triangleMarkers.Free();
+    walk.triangleMarkers.Reset(static_cast<std::int32_t>(count));
+    auto faces = zeroed<Face4>(count);
+    if (readPayload(walk.file, header, faces)) {
+        const std::int64_t triangles = countSplitTriangles(faces);
+        if (triangles * 3 > kMaxCorners) return WalkStep::Refused;
+        walk.splitTriangleCount = static_cast<std::int32_t>(triangles);
+        resizeExactly(walk.mesh.triangles, triangles * 3);
+        splitFaces(walk, faces);
+    }
+    DebugLog("   - Face4 blocs OK [%d Fac].");
+    return WalkStep::NextBlock;
+}
+
+WalkStep readUV3List(VokWalk& walk, const VokBlockHeader& header) {
+    const std::int64_t corners = elementCount(header) * 3;
+    if (corners > kMaxCorners || !mayTake(walk, header, corners * std::int64_t{sizeof(UVCoord)}))
+        return WalkStep::Refused;
+    resizeExactly(walk.mesh.coordsUV, corners);
+    readPayload(walk.file, header, walk.mesh.coordsUV);
+    DebugLog("   - UV3 bloc OK. [%d tri]");
+    return WalkStep::NextBlock;
+}
+
+// The faces may be fewer or more than those that were split, or others: the list of triangles
+// decides how many pairs there are.
+void splitFaceUVs(VokWalk& walk, const std::vector<Face4UVs>& faces) {
+    std::vector<UVCoord>& coordsUV = walk.mesh.coordsUV;
+    std::size_t to = 0;
+    for (std::size_t i = 0; i < faces.size() && to < coordsUV.size(); ++i) {
+        const bool isTriangle = walk.triangleMarkers.Test(static_cast<std::uint32_t>(i));
+        const std::size_t count = std::min(cornersAfterSplit(isTriangle), coordsUV.size() - to);
+        for (std::size_t k = 0; k < count; ++k)
+            coordsUV[to++] = faces[i].corners[kSplitCorners[k]];
+    }
+}
+
+WalkStep readUV4List(VokWalk& walk, const VokBlockHeader& header) {
+    const std::int64_t count = elementCount(header);
+    const std::int64_t corners = std::max(walk.splitTriangleCount, 0) * std::int64_t{3};
+    // Of a quad's four pairs come six: up to twice its bytes are in order.
+    const std::int64_t result = corners * std::int64_t{sizeof(UVCoord)} / 2;
+    if (!mayTake(walk, header, std::max(count * std::int64_t{sizeof(Face4UVs)}, result)))
+        return WalkStep::Refused;
+    auto faces = zeroed<Face4UVs>(count);
+    if (readPayload(walk.file, header, faces) && walk.splitTriangleCount != kNotSplit) {
+        resizeExactly(walk.mesh.coordsUV, corners);
+        splitFaceUVs(walk, faces);
+    }
+    DebugLog("   - UV4 bloc OK. [%d face]");
+    return WalkStep::NextBlock;
+}
+
+WalkStep readMaskList(VokWalk& walk, const VokBlockHeader& header) {
+    const std::int64_t count = elementCount(header);
+    if (!mayTake(walk, header, count)) return WalkStep::Refused;
+    resizeExactly(walk.mesh.maskValues, count);
+    readPayload(walk.file, header, walk.mesh.maskValues);
+    DebugLog("   - Mask bloc OK. [%d mask]");
+    return WalkStep::NextBlock;
+}
+
+WalkStep readMask16List(VokWalk& walk, const VokBlockHeader& header) {
+    const std::int64_t count = elementCount(header);
+    if (!mayTake(walk, header, count * 2)) return WalkStep::Refused;
+    auto values = zeroed<std::uint16_t>(count);
+    readPayload(walk.file, header, values);
+    DebugLog("   - Mask16 bloc OK. [%d mask]");
+    resizeExactly(walk.mesh.maskValues, count);
+    for (std::size_t i = 0; i < values.size(); ++i)
+        walk.mesh.maskValues[i] = static_cast<std::uint8_t>(values[i] >> 8U);
+    return WalkStep::NextBlock;
+}
+
+// Red in the lowest byte, then green, blue and mask.
+std::uint32_t colorOf(const MRGBBytes& bytes) {
+    return std::uint32_t{bytes[2]} | std::uint32_t{bytes[1]} << 8U |
+           std::uint32_t{bytes[0]} << 16U | std::uint32_t{bytes[3]} << 24U;
+}
+
+WalkStep readMRGBList(VokWalk& walk, const VokBlockHeader& header) {
+    const std::int64_t count = elementCount(header);
+    if (!mayTake(walk, header, count * std::int64_t{sizeof(MRGBBytes)})) return WalkStep::Refused;
+    auto colors = zeroed<MRGBBytes>(count);
+    readPayload(walk.file, header, colors);
+    resizeExactly(walk.mesh.vertexColors, count);
+    for (std::size_t i = 0; i < colors.size(); ++i)
+        walk.mesh.vertexColors[i] = colorOf(colors[i]);
+    DebugLog("   - MRGB bloc OK. [%d colors]");
+    return WalkStep::NextBlock;
+}
+
+WalkStep skipPayload(VokWalk& walk, const VokBlockHeader& header) {
+    const bool skipped = walk.file.seek(std::int64_t{payloadBytes(header)}, SEEK_CUR);
+    return skipped ? WalkStep::NextBlock : WalkStep::End;
+}
+
+// The blocks that have a payload.
+WalkStep readBlock(VokWalk& walk, const VokBlockHeader& header) {
+    switch (header.Tag) {
+    case Vok_TAG_POINT_LIST: return readPointList(walk, header);
+    case Vok_TAG_FACE3_LIST: return readFace3List(walk, header);
+    case Vok_TAG_FACE4_LIST: return readFace4List(walk, header);
+    case Vok_TAG_UV3_LIST: return readUV3List(walk, header);
+    case Vok_TAG_UV4_LIST: return readUV4List(walk, header);
+    case Vok_TAG_MASK_LIST: return readMaskList(walk, header);
+    case Vok_TAG_MASK16_LIST: return readMask16List(walk, header);
+    case Vok_TAG_MRGB_LIST: return readMRGBList(walk, header);
+    case Vok_TAG_FLAGS: DebugLog("   - Flags bloc skipped!"); return skipPayload(walk, header);
+    case Vok_TAG_POINT_LIST_DOUBLE:
+        DebugLog("   - PointList in Double bloc skipped!");
+        return skipPayload(walk, header);
+    default: return skipPayload(walk, header);
+    }
+}
+
+WalkStep walkBlock(VokWalk& walk) {
+    VokBlockHeader header;
+    if (!readVokBlockHeader(walk.file, header)) return WalkStep::End;
+    switch (header.Tag) {
+    case Vok_TAG_END: return WalkStep::End;
+    case Vok_TAG_UV_GROUP:
+    case Vok_TAG_MASK_GROUP:
+    case Vok_TAG_COLOR_GROUP:
+        // Pure markers, unlike the other groups: the next header is expected right behind.
+        return WalkStep::NextBlock;
+    default: break;
+    }
+    // Such a block would lie inside its own header.
+    if (header.Size < kVokBlockHeaderBytes) return WalkStep::End;
+    return readBlock(walk, header);
+}
+
+void activateAll(DMesh& mesh) {
+    mesh.vertexActive.Free();
+    mesh.vertexActive.Resize(mesh.vertexCount(), true);
+    mesh.numActiveVertices = static_cast<std::uint32_t>(mesh.vertexCount());
+    mesh.triangleActive.Free();
+    mesh.triangleActive.Resize(mesh.triangleCount(), true);
+    mesh.numActiveTriangles = static_cast<std::uint32_t>(mesh.triangleCount());
+}
+
+}  // namespace
+
+bool importDMesh(const HeapString& path, DMesh& mesh, std::int64_t bytesBeyondFile) {
+    DebugLog(" START importDMesh from Vok: %s");
+    platform::File file = platform::File::open(path.c_str(), "rb");
+    if (!file) {
+        DebugLog("*** ERROR when opening Vok file ***");
+        return false;
+    }
+    if (!readVokFileHeader(file)) {
+        DebugLog("*** ERROR when reading Vok file header ***");
+        return false;
+    }
+    VokWalk walk{file, mesh, bytesBeyondFile, {}};
+    WalkStep step = WalkStep::NextBlock;
+    while (step == WalkStep::NextBlock)
+        step = walkBlock(walk);
+    if (step == WalkStep::Refused) return false;
+
+    activateAll(mesh);
+    recomputeBoundingBox(mesh);
+    DebugLog(" END importDMesh from Vok...");
+    return true;
+}
+
+bool readVokFileHeader(platform::File& file) {
+    VokFileHeader header;
+    const std::size_t got = file.read(header.magic.data(), header.magic.size()) +
+                            file.read(header.reserved.data(), header.reserved.size());
+    return got == kVokFileHeaderBytes && header.magic == kVokMagic;
+}
+
+bool readVokBlockHeader(platform::File& file, VokBlockHeader& header) {
+    std::size_t got = file.read(&header.Tag, sizeof header.Tag);
+    got += file.read(&header.Size, sizeof header.Size);
+    got += file.read(&header.Count, sizeof header.Count);
+    got += file.read(&header.reserved, sizeof header.reserved);
+    return got == kVokBlockHeaderBytes;
+}
+
+void dropUniformMask(DMesh& mesh) {
+    std::vector<std::uint8_t>& mask = mesh.maskValues;
+    const auto differsFromFirst = [&](std::uint8_t value) { return value != mask.front(); };
+    if (std::none_of(mask.begin(), mask.end(), differsFromFirst))
+        std::vector<std::uint8_t>().swap(mask);
+}
+
+}  // namespace korvalite

@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: MIT
+#include "formats/vok_writer.h"
+
+#include "platform/platform.h"
+#include "shell/base/debug_log.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <vector>
+
+namespace korvalite {
+
+namespace {
+
+// Gathers elements of a few bytes into large writes. Remembers failure, so that flush() tells
+// whether all went out.
+class ElementWriter {
+public:
+    explicit ElementWriter(platform::File& file) : file_(file), bytes_(kBytes) {}
+
+    template <typename T, std::size_t N>
+    void put(const std::array<T, N>& element) {
+        constexpr std::size_t size = sizeof(T) * N;
+        if (size > bytes_.size() - used_) flush();
+        std::memcpy(bytes_.data() + used_, element.data(), size);
+        used_ += size;
+    }
+
+    bool flush() {
+        good_ = good_ && file_.write(bytes_.data(), used_);
+        used_ = 0;
+        return good_;
+    }
+
+private:
+    static constexpr std::size_t kBytes = 65536;
+
+    platform::File& file_;
+    std::vector<unsigned char> bytes_;
+    std::size_t used_ = 0;
+    bool good_ = true;
+};
+
+// One file being written. Counts are of what is active.
+struct VokExport {
+    platform::File& file;
+    const DMesh& mesh;
+    ElementWriter elements;
+    std::uint32_t vertexCount;
+    std::uint32_t triangleCount;
+    std::vector<std::int32_t> newIndices;  // by vertex record; kNone for a dead one
+};
+
+bool beginBlock(VokExport& out, VokTag tag, std::uint32_t count, std::uint32_t elementBytes) {
+    // Above 4 GiB the size wraps.
+    const std::uint32_t size = count * elementBytes + kVokBlockHeaderBytes;
+    return writeVokBlockHeader(out.file, {tag, size, count, 0});
+}
+
+template <typename Visit>
+void forEachActiveVertex(const DMesh& mesh, Visit visit) {
+    const std::int32_t end = std::min(mesh.vertexActive.count(), mesh.vertexCount());
+    for (std::int32_t i = 0; i < end; ++i) {
+        if (mesh.vertexActive.Test(i)) visit(static_cast<std::size_t>(i));
+    }
+}
+
+/// Visits the first corner of each.
+template <typename Visit>
+void forEachActiveTriangle(const DMesh& mesh, Visit visit) {
+    const std::int32_t end = std::min(mesh.triangleActive.count(), mesh.triangleCount());
+    for (std::int32_t t = 0; t < end; ++t) {
+        if (mesh.triangleActive.Test(t)) visit(static_cast<std::size_t>(t) * 3);
+    }
+}
+
+// An index that leads nowhere gives the default instead.
+template <typename T>
+T itemOr(const std::vector<T>& items, std::uint32_t index, T otherwise) {
+    return index < items.size() ? items[index] : otherwise;
+}
+
+bool writeFlags(VokExport& out) {
+    if (!beginBlock(out, Vok_TAG_FLAGS, 1, 4)) return false;
+    out.elements.put(std::array<std::uint32_t, 1>{0});
+    DebugLog("   - Flags bloc written!");
+    return out.elements.flush();
+}
+
+bool writePoints(VokExport& out) {
+    if (!beginBlock(out, Vok_TAG_POINT_LIST, out.vertexCount, 12)) return false;
+    out.newIndices.assign(out.mesh.vertices.size(), kNone);
+    std::int32_t newIndex = 0;
+    forEachActiveVertex(out.mesh, [&](std::size_t i) {
+        const VertexRecord& vertex = out.mesh.vertices[i];
+        out.elements.put(std::array{vertex.x, vertex.y, vertex.z});
+        out.newIndices[i] = newIndex++;
+    });
+    DebugLog("   - Vertices bloc written!");
+    return out.elements.flush();
+}
+
+bool writeTriangles(VokExport& out) {
+    if (!beginBlock(out, Vok_TAG_FACE3_LIST, out.triangleCount, 12)) return false;
+    forEachActiveTriangle(out.mesh, [&](std::size_t corner) {
+        std::array<std::int32_t, 3> indices;
+        for (std::size_t k = 0; k < 3; ++k)
+            indices[k] = itemOr(out.newIndices, out.mesh.triangles[corner + k], kNone);
+        out.elements.put(indices);
+    });
+    DebugLog("   - Triangles bloc written (Vok_TAG_FACE3_LIST)!");
+    return out.elements.flush();
+}
+
+// Per corner again, as the host has them.
+bool writeUVs(VokExport& out) {
+    if (out.mesh.indicesUV.size() != out.mesh.triangles.size()) return true;
+    if (!beginBlock(out, Vok_TAG_UV3_LIST, out.triangleCount, 24)) return false;
+    forEachActiveTriangle(out.mesh, [&](std::size_t corner) {
+        std::array<UVCoord, 3> uvs;
+        for (std::size_t k = 0; k < 3; ++k)
+            uvs[k] = itemOr(out.mesh.coordsUV, out.mesh.indicesUV[corner + k], UVCoord{});
+        out.elements.put(uvs);
+    });
+    DebugLog("   - UVs3 bloc written !");
+    return out.elements.flush();
+}
+
+bool writeMask(VokExport& out) {
+    if (out.mesh.maskValues.size() != out.mesh.vertices.size()) return true;
+    if (!beginBlock(out, Vok_TAG_MASK_LIST, out.vertexCount, 1)) return false;
+    forEachActiveVertex(
+        out.mesh, [&](std::size_t i) { out.elements.put(std::array{out.mesh.maskValues[i]}); });
+    DebugLog("   - Mask bloc written!");
+    return out.elements.flush();
+}
+
+// Blue, green, red, and 0: the mask byte of a colour stays behind.
+std::array<std::uint8_t, 4> fileColorOf(std::uint32_t color) {
+    return {static_cast<std::uint8_t>(color >> 16U), static_cast<std::uint8_t>(color >> 8U),
+            static_cast<std::uint8_t>(color), 0};
+}
+
+bool writeColors(VokExport& out) {
+    if (out.mesh.vertexColors.size() != out.mesh.vertices.size()) return true;
+    if (!beginBlock(out, Vok_TAG_MRGB_LIST, out.vertexCount, 4)) return false;
+    forEachActiveVertex(
+        out.mesh, [&](std::size_t i) { out.elements.put(fileColorOf(out.mesh.vertexColors[i])); });
+    DebugLog("   - VtxColors bloc written!");
+    return out.elements.flush();
+}
+
+bool writeEnd(VokExport& out) {
+    if (!beginBlock(out, Vok_TAG_END, 0, 0)) return false;
+    DebugLog("   - EndOfFile bloc written !");
+    return true;
+}
+
+bool writeVokFile(platform::File& file, const DMesh& mesh) {
+    if (!writeVokFileHeader(file)) return false;
+    DebugLog("   - FileHeader written!");
+    VokExport out{file,
+                  mesh,
+                  ElementWriter(file),
+                  static_cast<std::uint32_t>(mesh.vertexActive.CountSet()),
+                  static_cast<std::uint32_t>(mesh.triangleActive.CountSet()),
+                  {}};
+    return writeFlags(out) && writePoints(out) && writeTriangles(out) && writeUVs(out) &&
+           writeMask(out) && writeColors(out) && writeEnd(out);
+}
+
+}  // namespace
+
+bool exportDMesh(const HeapString& path, const DMesh& mesh) {
+    DebugLog(" START exportDMesh in Vok: %s");
+    platform::File file = platform::File::open(path.c_str(), "wb");
+    const bool opened = file.isOpen();
+    const bool written = writeVokFile(file, mesh);
+    // A full disk may show only here.
+    if (file.close() && written) return true;
+    DebugLog("   - **** ERROR in Vok Export ****");
+    if (opened && platform::isRegularFile(path.c_str())) platform::deleteFile(path.c_str());
+    return false;
+}
+
+bool writeVokFileHeader(platform::File& file) {
+    const VokFileHeader header;
+    return file.write(header.magic.data(), header.magic.size()) &&
+           file.write(header.reserved.data(), header.reserved.size());
+}
+
+bool writeVokBlockHeader(platform::File& file, const VokBlockHeader& header) {
+    return file.write(&header.Tag, sizeof header.Tag) &&
+           file.write(&header.Size, sizeof header.Size) &&
+           file.write(&header.Count, sizeof header.Count) &&
+           file.write(&header.reserved, sizeof header.reserved);
+}
+
+}  // namespace korvalite

@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: MIT
+#include "formats/vsplit_list.h"
+
+#include <algorithm>
+
+namespace korvalite {
+
+namespace {
+
+constexpr std::size_t kWordBytes = sizeof(std::uint32_t);
+constexpr std::uint32_t kPageBytes = 100000;
+
+// Room is made ahead for this many records at most; a page that never fills grows as it goes.
+constexpr std::uint32_t kMaxReservedRecords = 4096;
+
+// Words asked from a .kvm file at a time.
+constexpr std::size_t kReadWords = 65536;
+
+constexpr std::uint32_t nominalRecordBytes(VSplitFormat format) {
+    return (format.hasUVs ? 244U : 204U) + (format.hasColors ? 4U : 0U);
+}
+
+std::uint32_t recordsPerPageFor(std::uint32_t wanted, VSplitFormat format, std::uint32_t vertices) {
+    if (wanted == 0) return kPageBytes / nominalRecordBytes(format) + 1;
+    if (wanted == VSplitList::kAllRecords) return std::max(vertices, vertices + 1);
+    return wanted;
+}
+
+// Finds where each record of a page begins, and gives the place of the length word behind the last;
+// 0 if the words do not hold the page to its end.
+std::size_t findRecords(std::span<const std::uint32_t> page, VSplitFormat format,
+                        std::vector<std::size_t>& starts) {
+    starts.clear();
+    if (page.empty()) return 0;
+    std::size_t at = 1;
+    for (std::uint32_t left = page[0]; left > 0; --left) {
+        const std::uint64_t length = measureVSplit(page.subspan(at), format);
+        if (length > page.size() - at) return 0;
+        starts.push_back(at);
+        at += static_cast<std::size_t>(length);
+    }
+    return at < page.size() ? at : 0;
+}
+
+// The comparison is one of signed numbers; a list has no more than 2^31 - 1 positions.
+std::uint32_t recordsToLoad(std::uint32_t total, std::int32_t limit) {
+    if (limit != VSplitList::kNoLimit && limit < static_cast<std::int32_t>(total))
+        return static_cast<std::uint32_t>(std::max(limit, 0));
+    return std::min(total, std::uint32_t{std::numeric_limits<std::int32_t>::max()});
+}
+
+}  // namespace
+
+void VSplitList::open(VSplitFormat format, std::uint32_t vertexCount,
+                      std::uint32_t appendsBetweenSpills) {
+    if (isOpen_) return;
+    start(format, recordsPerPageFor(pageCapacity, format, vertexCount));
+    const std::uint32_t records = std::min(recordsPerPage_, kMaxReservedRecords);
+    reserveRecords(records + std::min(appendsBetweenSpills, kMaxReservedRecords));
+}
+
+void VSplitList::start(VSplitFormat format, std::uint32_t recordsPerPage) {
+    isOpen_ = true;
+    format_ = format;
+    recordsPerPage_ = recordsPerPage;
+    numVtxSplit_ = 0;
+    pageFirst_ = 0;
+    pageOffset_ = 0;
+    clearPage();
+    store_.open();
+}
+
+void VSplitList::reserveRecords(std::uint32_t count) {
+    recordStarts_.reserve(count);
+    // Two words more than the records: the count in front and the length behind.
+    pageWords_.reserve(std::size_t{count} * nominalRecordBytes(format_) / kWordBytes + 2);
+}
+
+void VSplitList::clearPage() {
+    pageWords_.assign(1, 0);
+    recordStarts_.clear();
+    dirty_ = false;
+}
+
+void VSplitList::close() {
+    if (!isOpen_) return;
+    isOpen_ = false;
+    store_.close();
+    numVtxSplit_ = 0;
+    pageFirst_ = 0;
+    pageOffset_ = 0;
+    dirty_ = false;
+    std::vector<std::uint32_t>().swap(pageWords_);
+    std::vector<std::size_t>().swap(recordStarts_);
+    std::vector<std::uint32_t>().swap(incomingWords_);
+    std::vector<std::size_t>().swap(incomingStarts_);
+}
+
+std::int64_t VSplitList::pageBytes() const {
+    return isOpen_ ? static_cast<std::int64_t>((pageWords_.size() + 1) * kWordBytes) : 0;
+}
+
+void VSplitList::append(const VSplit& split) {
+    if (!isLastPage()) (void)ensureLoaded(static_cast<std::int32_t>(numVtxSplit_ - 1));
+    const std::size_t begin = pageWords_.size();
+    appendVSplit(pageWords_, split, format_);
+    recordStarts_.push_back(begin);
+    ++numVtxSplit_;
+    dirty_ = true;
+}
+
+void VSplitList::spillIfFull() {
+    if (pageCount() < recordsPerPage_ || !isLastPage()) return;
+    writePageIfDirty();
+    pageFirst_ += static_cast<std::int32_t>(pageCount());
+    pageOffset_ += pageBytes();
+    clearPage();
+}
+
+void VSplitList::writePageIfDirty() {
+    if (!dirty_ || recordStarts_.empty()) return;
+    pageWords_[0] = pageCount();
+    pageWords_.push_back(static_cast<std::uint32_t>(pageBytes()));
+    store_.put(pageOffset_, pageWords_);
+    pageWords_.pop_back();
+    dirty_ = false;
+}
+
+VSplitView VSplitList::ensureLoaded(std::int32_t position) {
+    while (position >= pageEnd()) {
+        writePageIfDirty();
+        if (!loadNextPage()) return blankRecord();
+    }
+    while (position < pageFirst_) {
+        writePageIfDirty();
+        if (!(position == 0 ? loadFirstPage() : loadPreviousPage())) return blankRecord();
+    }
+    const auto inPage = static_cast<std::size_t>(position - pageFirst_);
+    return {pageWords_.data() + recordStarts_[inPage], format_};
+}
+
+bool VSplitList::loadNextPage() {
+    const std::int64_t next = pageEnd();
+    // Pages are much alike: a little more than this one takes is mostly the whole of the next.
+    const std::size_t expectedWords = pageWords_.size() + pageWords_.size() / 4 + 256;
+    if (!loadPage(pageOffset_ + pageBytes(), expectedWords)) return false;
+    pageFirst_ = static_cast<std::int32_t>(next);
+    return true;
+}
+
+bool VSplitList::loadPreviousPage() {
+    const std::int64_t length = store_.lengthOfPageBefore(pageOffset_);
+    if (length <= 0 || length > pageOffset_) return false;
+    if (!loadPage(pageOffset_ - length, static_cast<std::size_t>(length) / kWordBytes))
+        return false;
+    pageFirst_ -= static_cast<std::int32_t>(pageCount());
+    return true;
+}
+
+bool VSplitList::loadFirstPage() {
+    if (!loadPage(0, kPageBytes / kWordBytes)) return false;
+    pageFirst_ = 0;
+    return true;
+}
+
+// The page at an offset becomes the one in memory, all but pageFirst_. If it cannot be read, the
+// present one stays.
+bool VSplitList::loadPage(std::int64_t offset, std::size_t expectedWords) {
+    incomingWords_.clear();
+    std::size_t end = 0;
+    for (std::size_t wanted = expectedWords; end == 0; wanted = incomingWords_.size()) {
+        const std::size_t had = incomingWords_.size();
+        incomingWords_.resize(had + wanted);
+        const std::size_t got = store_.read(offset + static_cast<std::int64_t>(had * kWordBytes),
+                                            std::span(incomingWords_).subspan(had));
+        incomingWords_.resize(had + got);
+        end = findRecords(incomingWords_, format_, incomingStarts_);
+        if (end == 0 && got < wanted) return false;
+    }
+    if (incomingStarts_.empty()) return false;
+    incomingWords_.resize(end);
+    pageWords_.swap(incomingWords_);
+    recordStarts_.swap(incomingStarts_);
+    pageOffset_ = offset;
+    return true;
+}
+
+VSplitView VSplitList::blankRecord() {
+    blank_.fill(0);
+    VSplitView record(blank_.data(), format_);
+    record.setVertex(kNone);
+    return record;
+}
+
+bool VSplitList::saveTo(platform::File& file) {
+    bool written = file.write(&numVtxSplit_, sizeof numVtxSplit_);
+    for (auto i = static_cast<std::int32_t>(numVtxSplit_) - 1; i >= 0 && written; --i) {
+        const std::span<const std::uint32_t> words = ensureLoaded(i).words();
+        written = file.write(words.data(), words.size_bytes());
+    }
+    return written;
+}
+
+bool VSplitList::loadFrom(platform::File& file, VSplitFormat format, std::int32_t limit) {
+    std::uint32_t total = 0;
+    const bool hasTotal = file.read(&total, sizeof total) == sizeof total;
+    const std::uint32_t wanted = hasTotal ? recordsToLoad(total, limit) : 0;
+
+    close();
+    start(format, wanted + 1);
+    readRecords(file, wanted);
+    numVtxSplit_ = pageCount();
+    dirty_ = true;
+    return hasTotal && pageCount() == wanted;
+}
+
+// Fills the page with up to `wanted` records of a .kvm file, taking no more room than the rest of
+// the file can fill.
+void VSplitList::readRecords(platform::File& file, std::uint32_t wanted) {
+    const std::int64_t bytesLeft = std::max(file.bytesLeft(), std::int64_t{0});
+    auto unread = static_cast<std::uint64_t>(bytesLeft) / kWordBytes;
+    const std::uint64_t most = std::min<std::uint64_t>(wanted, unread / minVSplitWords(format_));
+    const std::uint64_t nominalWords = most * nominalRecordBytes(format_) / kWordBytes;
+    recordStarts_.reserve(static_cast<std::size_t>(most));
+    pageWords_.reserve(static_cast<std::size_t>(std::min(unread, nominalWords)) + 2);
+
+    std::size_t at = 1;
+    while (recordStarts_.size() < most) {
+        const std::size_t inMemory = pageWords_.size() - at;
+        const std::uint64_t length = measureVSplit(std::span(pageWords_).subspan(at), format_);
+        if (length <= inMemory) {
+            recordStarts_.push_back(at);
+            at += static_cast<std::size_t>(length);
+            continue;
+        }
+        if (length - inMemory > unread) break;
+        const auto asked = static_cast<std::size_t>(std::min<std::uint64_t>(unread, kReadWords));
+        pageWords_.resize(at + inMemory + asked);
+        const std::size_t got =
+            file.read(pageWords_.data() + at + inMemory, asked * kWordBytes) / kWordBytes;
+        pageWords_.resize(at + inMemory + got);
+        unread = got == asked ? unread - got : 0;
+    }
+    pageWords_.resize(at);
+    reverseRecords();
+}
+
+// The order of the records in the page, in place: the words of all records backward, and then each
+// record's own words forward again.
+void VSplitList::reverseRecords() {
+    const std::size_t end = pageWords_.size();
+    std::reverse(pageWords_.begin() + 1, pageWords_.end());
+    for (std::size_t k = 0; k < recordStarts_.size(); ++k) {
+        const std::size_t recordEnd = k + 1 < recordStarts_.size() ? recordStarts_[k + 1] : end;
+        const std::size_t newEnd = end - recordStarts_[k] + 1;
+        const std::size_t newStart = end - recordEnd + 1;
+        std::reverse(pageWords_.begin() + static_cast<std::ptrdiff_t>(newStart),
+                     pageWords_.begin() + static_cast<std::ptrdiff_t>(newEnd));
+        recordStarts_[k] = newStart;
+    }
+    std::reverse(recordStarts_.begin(), recordStarts_.end());
+}
+
+}  // namespace korvalite

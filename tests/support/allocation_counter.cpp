@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+//
+// Replaces the allocation functions of the test program, array forms too: those of a sanitizer
+// would not call the plain ones. Over-aligned types are not counted.
+#include "support/allocation_counter.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<std::uint64_t> allocations{0};
+
+}  // namespace
+
+namespace korvalite::test {
+
+std::uint64_t AllocationCounter::total() {
+    return allocations.load(std::memory_order_relaxed);
+}
+
+}  // namespace korvalite::test
+
+void* operator new(std::size_t size) {
+    allocations.fetch_add(1, std::memory_order_relaxed);
+    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
+    throw std::bad_alloc();
+}
+
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+
+namespace korvalite::test {
+
+// Counts the allocations that the whole process makes through operator new while it lives:
+//
+//   const AllocationCounter counter;
+//   workInTheSteadyState();
+//   EXPECT_EQ(counter.count(), 0U);
+//
+// Evaluate count() before anything else that may allocate, a failing expectation among them.
+class AllocationCounter {
+public:
+    AllocationCounter() : atStart_(total()) {}
+
+    std::uint64_t count() const { return total() - atStart_; }
+
+private:
+    static std::uint64_t total();
+
+    std::uint64_t atStart_;
+};
+
+}  // namespace korvalite::test
