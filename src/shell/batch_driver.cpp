@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#include "shell/batch_driver.h"
+
+#include "decimation/level_update.h"
+#include "lowmem/run_decimation.h"
+#include "mesh/progressive_mesh.h"
+#include "platform/platform.h"
+#include "shell/base/debug_log.h"
+#include "shell/base/job_paths.h"
+#include "shell/base/progress_channel.h"
+#include "shell/duplicate_inputs.h"
+#include "shell/load_input.h"
+#include "shell/save_output.h"
+#include "shell/target_count.h"
+
+namespace korvalite {
+
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kFailed = 1;  // nothing was done: the files do not fit the kind
+constexpr int kOutOfMemory = 2;
+
+void deleteInputIfAsked(const BatchSettings& settings) {
+    if (settings.DeleteInputFile && !settings.InputFile.empty())
+        platform::deleteFile(settings.InputFile.c_str());
+}
+
+/// Whether two inputs have one name. The user has seen it then, and the inputs have been deleted.
+bool refuseDuplicateInputs(const std::forward_list<BatchEntry>& entries) {
+    const std::string lines = duplicateInputLines(entries);
+    if (lines.empty()) return false;
+    for (const BatchEntry& entry : entries)
+        deleteInputIfAsked(entry.settings);
+    const std::string text =
+        "Several Subforms have the same name in this tool:\n" + lines +
+        "Please, change these Subform names and ensure all Subforms have unique names!";
+    platform::messageBox("Cannot preprocess this Tool!", text.c_str());
+    return true;
+}
+
+void nameCurrentMesh(const HeapString& inputFile) {
+    HeapString name = inputFile.GetFileBaseName();
+    if (name.EndsWith(".I")) name.cutAt(name.length() - 2);
+    SetCurrentMeshName(name);
+}
+
+std::int32_t kindOf(const BatchEntry& entry, const EntryFiles& files) {
+    std::int32_t kind = entry.kind;
+    if (kind != kBatchKindUnset) return kind;
+    if (files.inputMeshLoaded && files.outputIsProgressive) kind = kBuildProgressiveMesh;
+    if (files.inputMeshLoaded && files.outputIsMesh) kind = kDecimateMesh;
+    if (files.inputProgressiveLoaded && files.outputIsMesh) kind = kDecimateProgressiveMesh;
+    return kind;
+}
+
+int decimate(ProgressiveMesh& pm, std::int32_t target) {
+    // A negative target becomes a huge one, so that nothing is decimated.
+    pm.TargetNumItem = static_cast<std::uint32_t>(target);
+    pm.targetCountsVertices = true;
+    pm.recordVSplits = true;
+    const int result = RunDecimation(pm);
+    if (result == kDone) pm.CurVtxSplitPos = static_cast<std::int32_t>(pm.vsplitList.NumVtxSplit());
+    return result;
+}
+
+int changeLevel(ProgressiveMesh& pm, std::int32_t target) {
+    pm.targetCountsVertices = true;
+    return updateMeshAtLevel(pm, target);
+}
+
+int work(const BatchEntry& entry, const EntryFiles& files, ProgressiveMesh& pm) {
+    const std::int32_t kind = kindOf(entry, files);
+    const BatchSettings& settings = entry.settings;
+    const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertices.size());
+    if (kind == kBuildProgressiveMesh && files.inputMeshLoaded && files.outputIsProgressive)
+        return decimate(pm, settings.ProgressiveMeshMinNum);
+    if (kind == kDecimateMesh && files.inputMeshLoaded && files.outputIsMesh)
+        return decimate(pm, targetVertexCount(settings, vertexCount));
+    if (kind == kDecimateProgressiveMesh && files.inputProgressiveLoaded && files.outputIsMesh)
+        return changeLevel(pm, targetVertexCount(settings, vertexCount));
+    return kFailed;
+}
+
+void save(const HeapString& outputFile, ProgressiveMesh& pm, std::int32_t versionCode) {
+    progressChannel().BeginSubTask("Writing file to disk", -1);
+    SaveOutput(outputFile, pm, versionCode);
+    progressChannel().EndSubTask();
+}
+
+/// One text stands for all failures but a real lack of memory, and differs from it by its dash.
+void showFailure(int result, const HeapString& inputFile) {
+    const char* reason =
+        result == kOutOfMemory ? "Not Enough Memory For " : "- Not Enough Memory For ";
+    const HeapString text = reason + inputFile;
+    platform::messageBox("Korvalite", text.c_str());
+}
+
+void performBatch(const BatchEntry& entry, std::int32_t versionCode) {
+    const BatchSettings& settings = entry.settings;
+    ProgressChannel& progress = progressChannel();
+    ProgressiveMesh pm;
+    nameCurrentMesh(settings.InputFile);
+
+    progress.BeginMainTask(CurrentMeshName());
+    progress.BeginSubTask("Read mesh file", -1);
+    const EntryFiles files = LoadInputInProgMesh(settings, pm);
+    progress.EndSubTask();
+
+    const int result = work(entry, files, pm);
+    if (result == kDone)
+        save(settings.OutputFile, pm, versionCode);
+    else
+        showFailure(result, settings.InputFile);
+    progress.EndMainTask();
+    deleteInputIfAsked(settings);
+}
+
+}  // namespace
+
+void PerformAllBatch(const JobConfig& job) {
+    if (refuseDuplicateInputs(job.batchList)) return;
+    for (const BatchEntry& entry : job.batchList) {
+        DebugLog("ONE BATCH ...");
+        if (progressChannel().stopAllRequested()) return;
+        performBatch(entry, job.versionCode);
+    }
+}
+
+}  // namespace korvalite

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#include "shell/duplicate_inputs.h"
+
+#include <unordered_set>
+
+namespace korvalite {
+
+namespace {
+
+std::string folded(const HeapString& path) {
+    std::string text(path.view());
+    for (char& c : text)
+        c = static_cast<char>(foldCase(c));
+    return text;
+}
+
+// The last dot counts even in a folder's name: "a.b/c" is shown as "a".
+std::string_view shownName(const HeapString& path) {
+    const std::string_view text = path.view().substr(0, path.view().rfind('.'));
+    return text.substr(text.find_last_of("/\\") + 1);
+}
+
+}  // namespace
+
+std::string duplicateInputLines(const std::forward_list<BatchEntry>& entries) {
+    std::unordered_set<std::string> seen;
+    std::string lines;
+    for (const BatchEntry& entry : entries) {
+        if (seen.insert(folded(entry.settings.InputFile)).second) continue;
+        lines += "   - ";
+        lines += shownName(entry.settings.InputFile);
+        lines += '\n';
+    }
+    return lines;
+}
+
+}  // namespace korvalite

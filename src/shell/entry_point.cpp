@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#include "shell/entry_point.h"
+
+#include "platform/platform.h"
+#include "shell/base/debug_log.h"
+#include "shell/base/job_paths.h"
+#include "shell/base/progress_channel.h"
+#include "shell/batch_driver.h"
+#include "shell/job_file.h"
+
+namespace korvalite {
+
+namespace {
+
+constexpr const char* kJobSuffix = ".kvc";
+constexpr std::int32_t kJobSuffixLength = 4;
+
+/// Byte by byte: "job.KVC" is no job file.
+bool isJobPath(const HeapString& path) {
+    const std::int32_t start = path.length() - kJobSuffixLength;
+    return start >= 0 && CompareExact(path.c_str() + start, kJobSuffix) == 0;
+}
+
+/// False if the path is refused or cannot be read; the job has its defaults then.
+bool readJob(const HeapString& path, JobConfig& job) {
+    ResetJobConfig(job);
+    if (!isJobPath(path) || !LoadJobFile(path, job)) return false;
+    job.batchList.reverse();
+    DebugLog("CONFIG PARSED!");
+    return true;
+}
+
+/// A path without a separator stays whole, and then names no folder.
+HeapString directoryOf(const HeapString& path) {
+    HeapString directory = path;
+    directory.cutAt(path.FindLastOf("/\\"));
+    return directory;
+}
+
+void keepTempFiles(JobConfig& job) {
+    job.DeleteConfigFile = false;
+    for (BatchEntry& entry : job.batchList)
+        entry.settings.DeleteInputFile = false;
+}
+
+void openProgressChannel(const JobConfig& job, const HeapString& markerPath) {
+    progressChannel().setEnabled(true);
+    if (job.UseProgressBar) {
+        progressChannel().openFile(markerPath);
+    } else {
+        progressChannel().openWithoutFile();
+        platform::deleteFile(markerPath.c_str());
+    }
+}
+
+void runJob(JobConfig& job, const HeapString& jobPath, const HeapString& markerPath) {
+    SetJobDirectory(directoryOf(jobPath));
+    if (job.KeepTempFiles) keepTempFiles(job);
+    openProgressChannel(job, markerPath);
+    DebugLog("Before Perform All Batch");
+    PerformAllBatch(job);
+    DebugLog("After Perform All Batch");
+    progressChannel().Close();
+}
+
+}  // namespace
+
+int runKorvalite(const HeapString& commandTail) {
+    DebugLog(HeapString("CmdLine=") + commandTail);
+    const HeapString& jobPath = commandTail;
+    const HeapString markerPath = jobPath + ".running";
+
+    JobConfig job;
+    if (readJob(jobPath, job)) runJob(job, jobPath, markerPath);
+
+    if (job.DeleteConfigFile) platform::deleteFile(jobPath.c_str());
+    platform::deleteFile(markerPath.c_str());
+    return 0;
+}
+
+}  // namespace korvalite

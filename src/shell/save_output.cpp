@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#include "shell/save_output.h"
+
+#include "formats/vok_writer.h"
+#include "mesh/progressive_mesh.h"
+#include "shell/base/debug_log.h"
+
+namespace korvalite {
+
+namespace {
+
+using Writer = bool (*)(const HeapString& path, ProgressiveMesh& pm, std::int32_t versionCode);
+
+bool writeVok(const HeapString& path, ProgressiveMesh& pm, std::int32_t) {
+    DebugLog("SaveOutput : .Vok file.");
+    return exportDMesh(path, pm.mesh);
+}
+
+// An accepted suffix without a writer: the host may ask for the decimation alone.
+bool writeNothing(const HeapString&, ProgressiveMesh&, std::int32_t) {
+    return true;
+}
+
+struct OutputFormat {
+    const char* suffix;
+    OutputKind kind;
+    Writer write;
+};
+
+constexpr OutputFormat kOutputFormats[] = {
+    {".Vok", OutputKind::Mesh, writeVok},
+    {".stl", OutputKind::Mesh, writeNothing},
+};
+
+const OutputFormat* formatOf(const HeapString& path) {
+    for (const OutputFormat& format : kOutputFormats)
+        if (path.EndsWith(format.suffix)) return &format;
+    return nullptr;
+}
+
+}  // namespace
+
+OutputKind outputKindOf(const HeapString& path) {
+    const OutputFormat* format = formatOf(path);
+    return format != nullptr ? format->kind : OutputKind::None;
+}
+
+bool SaveOutput(const HeapString& path, ProgressiveMesh& pm, std::int32_t versionCode) {
+    const OutputFormat* format = formatOf(path);
+    return format == nullptr || format->write(path, pm, versionCode);
+}
+
+}  // namespace korvalite
