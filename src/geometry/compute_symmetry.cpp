@@ -15,12 +15,11 @@ constexpr float kFixedRatio = 0.01F;
 
 /// In larger meshes neighbours stand closer, and a match must be closer too.
 float toleranceRatio(std::size_t vertexCount) {
-    if (vertexCount <= kLargestWithFixedRatio)
-        return kFixedRatio;
+    if (vertexCount <= kLargestWithFixedRatio) return kFixedRatio;
     return 100.0F / static_cast<float>(vertexCount);
 }
 
-} // namespace
+}  // namespace
 
 void computeSymmetry(DMesh& mesh) {
     KRDMeshSymmetryCache& cache = mesh.symmetryCache;
@@ -28,8 +27,7 @@ void computeSymmetry(DMesh& mesh) {
     cache.planeNormal = {};
     cache.planePoint = {};
     cache.reset();
-    if (mesh.symmetryMode == 0)
-        return;
+    if (mesh.symmetryMode == 0) return;
 
     cache.computeTolerance(mesh, toleranceRatio(mesh.vertices.size()));
     if (mesh.symmetryMode == -1) {
@@ -39,4 +37,4 @@ void computeSymmetry(DMesh& mesh) {
     }
 }
 
-} // namespace korvalite
+}  // namespace korvalite

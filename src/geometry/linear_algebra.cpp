@@ -12,44 +12,40 @@ namespace {
 constexpr double kShortestAxis = 1e-7;
 constexpr double kShortestNormalizable = 1e-24;
 
-float length(const FloatVec3& v) { return std::sqrt(dot(v, v)); }
+float length(const FloatVec3& v) {
+    return std::sqrt(dot(v, v));
+}
 
-} // namespace
+}  // namespace
 
 void normalize3f(FloatVec3& out, const FloatVec3& v) {
     const float len = length(v);
-    if (len == 0.0F)
-        return;
+    if (len == 0.0F) return;
     out = {v.x / len, v.y / len, v.z / len};
 }
 
 double normalize3fInPlace(FloatVec3& v) {
     const DoubleVec3 wide = toDouble(v);
     const double len = std::sqrt(dot(wide, wide));
-    if (len == 0.0)
-        return 0.0;
+    if (len == 0.0) return 0.0;
     v = toFloat({wide.x / len, wide.y / len, wide.z / len});
     return len;
 }
 
 double normalize3d(DoubleVec3& v) {
     const double len = std::sqrt(dot(v, v));
-    if (-kShortestNormalizable < len && len < kShortestNormalizable)
-        return 1.0;
+    if (-kShortestNormalizable < len && len < kShortestNormalizable) return 1.0;
     v = {v.x / len, v.y / len, v.z / len};
     return len;
 }
 
 double angleBetween(const FloatVec3& a, const FloatVec3& b) {
     const double lengths = static_cast<double>(length(a)) * static_cast<double>(length(b));
-    if (lengths == 0.0)
-        return 0.0;
+    if (lengths == 0.0) return 0.0;
     const double cosine = static_cast<double>(dot(a, b)) / lengths;
     // Rounding can put the cosine of parallel vectors outside the domain of acos.
-    if (cosine <= -1.0)
-        return std::numbers::pi;
-    if (cosine >= 1.0)
-        return 0.0;
+    if (cosine <= -1.0) return std::numbers::pi;
+    if (cosine >= 1.0) return 0.0;
     return std::acos(cosine);
 }
 
@@ -67,8 +63,7 @@ void multiply3(double out[9], const double a[9], const double b[9]) {
 bool invert4f(float out[16], const float in[16]) {
     double wide[16];
     std::transform(in, in + 16, wide, [](float e) { return static_cast<double>(e); });
-    if (!invert4d(wide, wide))
-        return false;
+    if (!invert4d(wide, wide)) return false;
     std::transform(wide, wide + 16, out, [](double e) { return static_cast<float>(e); });
     return true;
 }
@@ -100,11 +95,11 @@ void quaternionToMatrix(float m[16], const Quaternion& q) {
     const double yw = product(q.y, q.w);
     const double zw = product(q.z, q.w);
 
-    const float rotation[16] = {diagonal(q.x), sum(yx, zw),   sum(zx, -yw),  0.0F, //
-                                sum(yx, -zw),  diagonal(q.y), sum(zy, xw),   0.0F, //
-                                sum(zx, yw),   sum(zy, -xw),  diagonal(q.z), 0.0F, //
+    const float rotation[16] = {diagonal(q.x), sum(yx, zw),   sum(zx, -yw),  0.0F,  //
+                                sum(yx, -zw),  diagonal(q.y), sum(zy, xw),   0.0F,  //
+                                sum(zx, yw),   sum(zy, -xw),  diagonal(q.z), 0.0F,  //
                                 0.0F,          0.0F,          0.0F,          1.0F};
     std::copy_n(rotation, 16, m);
 }
 
-} // namespace korvalite
+}  // namespace korvalite

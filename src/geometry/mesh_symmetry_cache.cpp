@@ -54,12 +54,10 @@ DetectedAxis findBestAxis(KRDMeshSymmetryCache& cache, const DMesh& mesh, const 
     float bestRatio = 0.0F;
     for (int axis = 0; axis < 3; ++axis) {
         MirrorPairs pairs;
-        if (!pairVertices(pairs, mesh, axis, centre, cache.tolerance))
-            continue;
+        if (!pairVertices(pairs, mesh, axis, centre, cache.tolerance)) continue;
         const float ratio = ratioOf(pairs);
         setComponent(cache.axisRatios, axis, ratio);
-        if (ratio > kAcceptedAtOnce)
-            return {axis, std::move(pairs)};
+        if (ratio > kAcceptedAtOnce) return {axis, std::move(pairs)};
         if (ratio > kLeastAccepted && ratio > bestRatio) {
             bestRatio = ratio;
             best = {axis, std::move(pairs)};
@@ -68,7 +66,7 @@ DetectedAxis findBestAxis(KRDMeshSymmetryCache& cache, const DMesh& mesh, const 
     return best;
 }
 
-} // namespace
+}  // namespace
 
 void KRDMeshSymmetryCache::reset() {
     std::vector<std::int32_t>().swap(pairing);
@@ -79,16 +77,14 @@ void KRDMeshSymmetryCache::reset() {
 }
 
 bool KRDMeshSymmetryCache::isValidFor() const {
-    if (mesh == nullptr)
-        return false;
+    if (mesh == nullptr) return false;
     return mesh->vertices.empty() || pairing.size() == mesh->vertices.size();
 }
 
 void KRDMeshSymmetryCache::computeTolerance(const DMesh& forMesh, float ratio) {
     const FloatVec3 extent = forMesh.boundingBox.max - forMesh.boundingBox.min;
     tolerance = std::sqrt(dot(extent, extent)) * ratio;
-    if (tolerance < kSmallestTolerance)
-        tolerance = kSmallestTolerance;
+    if (tolerance < kSmallestTolerance) tolerance = kSmallestTolerance;
 }
 
 bool KRDMeshSymmetryCache::detectSymmetry(const DMesh& forMesh) {
@@ -129,8 +125,7 @@ FloatVec3 symmetryCentre(const BoundingBox& box) {
 void buildTransforms(Transform& planeProjection, Transform& mirrorTransform,
                      const FloatVec3& normal, const FloatVec3& point) {
     for (int axis = 0; axis < 3; ++axis) {
-        if (!equal(normal, unitAxis(axis)))
-            continue;
+        if (!equal(normal, unitAxis(axis))) continue;
         FloatVec3 factors{1.0F, 1.0F, 1.0F};
         setComponent(factors, axis, -1.0F);
         mirrorTransform.scaleAbout(factors, point);
@@ -143,8 +138,7 @@ void buildTransforms(Transform& planeProjection, Transform& mirrorTransform,
     Transform turn;
     turn.rotationBetweenAbout(unitAxis(0), normal, {}, point);
     Transform back;
-    if (!invertTransform(back, turn))
-        return;
+    if (!invertTransform(back, turn)) return;
     const auto scaledAlongNormal = [&](Transform& out, float factor) {
         Transform alongX;
         alongX.scale({factor, 1.0F, 1.0F});
@@ -156,4 +150,4 @@ void buildTransforms(Transform& planeProjection, Transform& mirrorTransform,
     scaledAlongNormal(mirrorTransform, -1.0F);
 }
 
-} // namespace korvalite
+}  // namespace korvalite

@@ -18,17 +18,16 @@ constexpr double kCellsPerReach = 4.0;
 constexpr double kReachMargin = 1.001;
 
 // Coordinates beyond this many cells share the outermost one.
-constexpr double kOutermostCell = 4611686018427387904.0; // 2^62
+constexpr double kOutermostCell = 4611686018427387904.0;  // 2^62
 
-} // namespace
+}  // namespace
 
 MirrorCandidates::MirrorCandidates(float reach)
     : reach_(std::min(static_cast<double>(reach), kFarthestReach) * kReachMargin),
       cellSize_(reach_ * kCellsPerReach) {}
 
 void MirrorCandidates::add(std::int32_t place, const PlanePosition& position) {
-    if (!position.isFinite())
-        return;
+    if (!position.isFinite()) return;
     entries_.push_back({cellKey(cellIndex(position.a), cellIndex(position.b)), place});
 }
 
@@ -58,4 +57,4 @@ std::int32_t MirrorCandidates::lastEntry(std::uint32_t cell, std::int32_t highes
     return static_cast<std::int32_t>(end - entries_.begin()) - 1;
 }
 
-} // namespace korvalite
+}  // namespace korvalite

@@ -23,13 +23,13 @@ constexpr float kNearExactDivisor = 200.0F;
 constexpr int kWalkedCandidates = 64;
 
 struct SortedVertex {
-    float key; // the coordinate on the axis
+    float key;  // the coordinate on the axis
     std::int32_t vertex;
 };
 
 struct SortedVertices {
     std::vector<SortedVertex> places;
-    std::int32_t numberedCount = 0; // places whose coordinate is a number
+    std::int32_t numberedCount = 0;  // places whose coordinate is a number
 };
 
 /// Ascending by coordinate, then by index. Coordinates that are not a number have no place in an
@@ -41,8 +41,7 @@ SortedVertices sortAlong(const std::vector<VertexRecord>& vertices, int axis) {
         std::int32_t vertex = 0;
         for (const VertexRecord& record : vertices) {
             const float key = component(record.position(), axis);
-            if (std::isnan(key) != numbers)
-                sorted.places.push_back({key, vertex});
+            if (std::isnan(key) != numbers) sorted.places.push_back({key, vertex});
             ++vertex;
         }
     };
@@ -59,15 +58,19 @@ SortedVertices sortAlong(const std::vector<VertexRecord>& vertices, int axis) {
 /// The candidate that a walk down the places would take: the first near-exact one, else the
 /// nearest within tolerance, the first of equals. Candidates may be offered in any order.
 struct BestCandidate {
-    float nearExact; // squared distances
+    float nearExact;  // squared distances
     float distance;
     std::int32_t place = kNone;
     bool isNearExact = false;
 
+    /// Whether nothing below this place can be better.
+    [[nodiscard]] bool isFinalBelow(std::int32_t candidate) const {
+        return isNearExact && candidate <= place;
+    }
+
     void offer(std::int32_t candidate, float squaredDistance) {
         if (nearExact > squaredDistance) {
-            if (!isNearExact || candidate > place)
-                place = candidate;
+            if (!isNearExact || candidate > place) place = candidate;
             isNearExact = true;
         } else if (!isNearExact &&
                    (distance > squaredDistance ||
@@ -94,16 +97,13 @@ public:
             const bool unpaired = pairing(at(place).vertex) == kNone;
             if (!(key > centre_)) {
                 const std::int32_t mirror = unpaired ? findMirror(place) : kNone;
-                if (mirror != kNone)
-                    take(place, mirror);
+                if (mirror != kNone) take(place, mirror);
                 continue;
             }
             firstAbove = std::min(firstAbove, place);
-            if (!unpaired)
-                continue;
+            if (!unpaired) continue;
             // Beyond the band of the plane: the lower side has been used up.
-            if (key > centre_ + tolerance_)
-                break;
+            if (key > centre_ + tolerance_) break;
             take(place, place);
         }
         for (std::int32_t place = firstAbove; place < placeCount; ++place) {
@@ -134,8 +134,7 @@ private:
     [[nodiscard]] std::int32_t findMirror(std::int32_t place) {
         const float target = mirrored(at(place).key);
         // No distance to such a target is below any tolerance, nor any distance below 0.
-        if (!std::isfinite(target) || !(tolerance_ > 0.0F))
-            return kNone;
+        if (!std::isfinite(target) || !(tolerance_ > 0.0F)) return kNone;
 
         // Targets fall as the sweep rises, so what is passed here is passed for good.
         high_ = unpaired_.atOrBelow(high_);
@@ -150,22 +149,17 @@ private:
 
         std::int32_t candidate = high_;
         for (int walked = 0; walked < kWalkedCandidates; ++walked) {
-            if (candidate < 0 || lowest > at(candidate).key)
-                return best.place;
+            if (candidate < 0 || lowest > at(candidate).key) return best.place;
             best.offer(candidate, squaredDistance(from, at(candidate)));
-            if (best.isNearExact)
-                return best.place;
+            if (best.isNearExact) return best.place;
             candidate = unpaired_.atOrBelow(candidate - 1);
         }
-        if (candidate < 0 || !planePosition(from).isFinite())
-            return best.place;
+        if (candidate < 0 || !planePosition(from).isFinite()) return best.place;
         candidates().visit(planePosition(from), candidate, [&](std::int32_t w) {
-            if (lowest > at(w).key)
-                return CandidateVerdict::Leave;
-            if (pairing(at(w).vertex) != kNone)
-                return CandidateVerdict::Remove;
+            if (lowest > at(w).key) return CandidateVerdict::Leave;
+            if (pairing(at(w).vertex) != kNone) return CandidateVerdict::Remove;
             best.offer(w, squaredDistance(from, at(w)));
-            return CandidateVerdict::Keep;
+            return best.isFinalBelow(w) ? CandidateVerdict::Leave : CandidateVerdict::Keep;
         });
         return best.place;
     }
@@ -187,8 +181,7 @@ private:
         if (!candidates_) {
             candidates_.emplace(tolerance_);
             for (std::int32_t place = high_; place >= 0; place = unpaired_.atOrBelow(place - 1)) {
-                if (centre_ - tolerance_ > at(place).key)
-                    break;
+                if (centre_ - tolerance_ > at(place).key) break;
                 candidates_->add(place, planePosition(position(at(place).vertex)));
             }
             candidates_->finish();
@@ -203,16 +196,15 @@ private:
     float tolerance_;
     SortedVertices sorted_;
     RemainingPlaces unpaired_;
-    std::int32_t high_; // no candidate stands above this place
+    std::int32_t high_;  // no candidate stands above this place
     std::optional<MirrorCandidates> candidates_;
 };
 
-} // namespace
+}  // namespace
 
 bool pairVertices(MirrorPairs& pairs, const DMesh& mesh, int axis, const FloatVec3& centre,
                   float tolerance) {
-    if (mesh.vertices.empty())
-        return false;
+    if (mesh.vertices.empty()) return false;
     pairs.pairing.assign(mesh.vertices.size(), kNone);
     pairs.secondSide.Reset(mesh.vertexCount());
     pairs.pairedCount = 0;
@@ -220,4 +212,4 @@ bool pairVertices(MirrorPairs& pairs, const DMesh& mesh, int axis, const FloatVe
     return true;
 }
 
-} // namespace korvalite
+}  // namespace korvalite

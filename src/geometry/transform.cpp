@@ -19,8 +19,7 @@ constexpr int kFirstKindThatScaleKeeps = 5;
 constexpr double kQuarterTurn = static_cast<double>(1.57079637F);
 
 void markScaledOrMoved(Transform& transform) {
-    if (transform.kind < kFirstKindThatScaleKeeps)
-        transform.kind = TRANSFORM_AFFINE;
+    if (transform.kind < kFirstKindThatScaleKeeps) transform.kind = TRANSFORM_AFFINE;
 }
 
 FloatVec3 translation(const Transform& transform) {
@@ -33,7 +32,9 @@ void setTranslation(Transform& transform, const FloatVec3& t) {
     transform.m[14] = t.z;
 }
 
-FloatVec3 negated(const FloatVec3& v) { return {-v.x, -v.y, -v.z}; }
+FloatVec3 negated(const FloatVec3& v) {
+    return {-v.x, -v.y, -v.z};
+}
 
 /// v through the 3x3 block alone.
 FloatVec3 turned(const Transform& transform, const FloatVec3& v) {
@@ -47,26 +48,25 @@ FloatVec3 perpendicular(const FloatVec3& v) {
     const float x = std::fabs(v.x);
     const float y = std::fabs(v.y);
     const float z = std::fabs(v.z);
-    if (x <= y && x <= z)
-        return cross(v, {1, 0, 0});
-    if (y <= z)
-        return cross(v, {0, 1, 0});
+    if (x <= y && x <= z) return cross(v, {1, 0, 0});
+    if (y <= z) return cross(v, {0, 1, 0});
     return cross(v, {0, 0, 1});
 }
 
 Quaternion halfTurnAbout(const FloatVec3& axis) {
     const double length = static_cast<double>(std::sqrt(dot(axis, axis)));
-    if (length < kShortestPerpendicular)
-        return {1, 0, 0, 0};
+    if (length < kShortestPerpendicular) return {1, 0, 0, 0};
     const DoubleVec3 wide = toDouble(axis);
     const double s = std::sin(kQuarterTurn) / length;
     return {static_cast<float>(std::cos(kQuarterTurn)), static_cast<float>(s * wide.x),
             static_cast<float>(s * wide.y), static_cast<float>(s * wide.z)};
 }
 
-} // namespace
+}  // namespace
 
-void Transform::setIdentity() { *this = Transform{}; }
+void Transform::setIdentity() {
+    *this = Transform{};
+}
 
 void Transform::setElements(const float elements[16]) {
     std::copy_n(elements, 16, m);
@@ -108,8 +108,7 @@ void Transform::rotationBetween(const FloatVec3& from, const FloatVec3& to) {
         return;
     }
     const bool opposite = angle > std::numbers::pi / 2;
-    if (!opposite)
-        return;
+    if (!opposite) return;
     quaternionToMatrix(m, halfTurnAbout(perpendicular(from)));
     kind = TRANSFORM_ROTATION;
 }
@@ -137,8 +136,7 @@ void multiply4(float out[16], const float a[16], const float b[16]) {
 bool invertTransform(Transform& out, const Transform& transform) {
     if (transform.kind != TRANSFORM_TRANSLATION && transform.kind != TRANSFORM_ROTATION) {
         float elements[16];
-        if (!invert4f(elements, transform.m))
-            return false;
+        if (!invert4f(elements, transform.m)) return false;
         out.setElements(elements);
         return true;
     }
@@ -168,4 +166,4 @@ void transformPoint(FloatVec3& out, const Transform& transform, const FloatVec3&
     out = toFloat({column(0) / w, column(1) / w, column(2) / w});
 }
 
-} // namespace korvalite
+}  // namespace korvalite

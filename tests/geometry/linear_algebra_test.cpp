@@ -48,7 +48,7 @@ TEST(Normalize3f, LengthZeroLeavesTheResult) {
 }
 
 TEST(Normalize3fInPlace, ReturnsTheLengthInDouble) {
-    FloatVec3 v{1e-30F, 0, 0}; // whose square is 0 in single precision
+    FloatVec3 v{1e-30F, 0, 0};  // whose square is 0 in single precision
     EXPECT_EQ(normalize3fInPlace(v), static_cast<double>(1e-30F));
     expectEqual(v, {1, 0, 0});
 }
@@ -90,7 +90,9 @@ TEST(AngleBetween, ZeroVectorGivesZero) {
     EXPECT_EQ(angleBetween({1, 0, 0}, {0, 0, 0}), 0.0);
 }
 
-TEST(AngleBetween, RightAngle) { EXPECT_EQ(angleBetween({0, 2, 0}, {5, 0, 0}), std::acos(0.0)); }
+TEST(AngleBetween, RightAngle) {
+    EXPECT_EQ(angleBetween({0, 2, 0}, {5, 0, 0}), std::acos(0.0));
+}
 
 TEST(Multiply3, SecondOperandActsFirst) {
     const std::array<double, 9> a{1, 2, 3, 4, 5, 6, 7, 8, 10};
@@ -127,20 +129,20 @@ TEST(QuaternionToMatrix, EveryElementOfAnyQuaternion) {
     // 2, 3, 5, 7: all products differ, and nothing is rounded. Not of unit length, and so taken.
     std::array<float, 16> m{};
     quaternionToMatrix(m.data(), {2, 3, 5, 7});
-    const std::array<float, 16> expected{25, 58, 22,  0, //
-                                         2,  57, 82,  0, //
-                                         62, 58, 105, 0, //
+    const std::array<float, 16> expected{25, 58, 22,  0,  //
+                                         2,  57, 82,  0,  //
+                                         62, 58, 105, 0,  //
                                          0,  0,  0,   1};
     EXPECT_EQ(m, expected);
 }
 
 TEST(QuaternionToMatrix, ProductsAreRoundedBeforeTheyAreSummed) {
-    const float e = 1.0F + 0x1p-12F; // whose square needs one bit more than a float has
+    const float e = 1.0F + 0x1p-12F;  // whose square needs one bit more than a float has
     std::array<float, 16> m{};
     quaternionToMatrix(m.data(), {0, e, 0, 0});
     EXPECT_EQ(m[0], static_cast<float>(static_cast<double>(e * e) * 2.0 - 1.0));
     EXPECT_EQ(m[5], -1.0F);
 }
 
-} // namespace
-} // namespace korvalite
+}  // namespace
+}  // namespace korvalite

@@ -31,18 +31,15 @@ bool invertStepByStep(std::array<double, n * n>& out, const std::array<double, n
     }
     for (std::size_t c = 0; c < n; ++c) {
         for (std::size_t i = n - 1; i > c; --i) {
-            if (std::fabs(r[i][c]) > std::fabs(r[i - 1][c]))
-                std::swap(r[i], r[i - 1]);
+            if (std::fabs(r[i][c]) > std::fabs(r[i - 1][c])) std::swap(r[i], r[i - 1]);
         }
-        if (r[c][c] == 0.0)
-            return false;
+        if (r[c][c] == 0.0) return false;
         for (std::size_t i = c + 1; i < n; ++i) {
             const double factor = r[i][c] / r[c][c];
             for (std::size_t k = c + 1; k < n; ++k)
                 r[i][k] -= factor * r[c][k];
             for (std::size_t k = n; k < 2 * n; ++k) {
-                if (r[c][k] != 0.0)
-                    r[i][k] -= factor * r[c][k];
+                if (r[c][k] != 0.0) r[i][k] -= factor * r[c][k];
             }
         }
     }
@@ -71,8 +68,7 @@ bool invert(std::array<double, 16>& out, const std::array<double, 16>& in) {
 
 /// Bit for bit, but any two values that are not numbers are the same.
 bool sameBits(double a, double b) {
-    if (std::isnan(a) || std::isnan(b))
-        return std::isnan(a) && std::isnan(b);
+    if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
     return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
@@ -88,18 +84,13 @@ std::array<double, n * n> drawMatrix(std::mt19937& random, int flavour) {
 
     std::array<double, n * n> m{};
     for (double& e : m) {
-        if (flavour == 0)
-            e = normal(random);
-        if (flavour == 1)
-            e = small(random); // singular and tied ones abound
-        if (flavour == 2)
-            e = std::ldexp(normal(random), exponent(random));
-        if (flavour == 3)
-            e = oneIn(random) == 0 ? kOdd[random() % kOdd.size()] : small(random);
-        if (flavour == 4)
-            e = normal(random);
+        if (flavour == 0) e = normal(random);
+        if (flavour == 1) e = small(random);  // singular and tied ones abound
+        if (flavour == 2) e = std::ldexp(normal(random), exponent(random));
+        if (flavour == 3) e = oneIn(random) == 0 ? kOdd[random() % kOdd.size()] : small(random);
+        if (flavour == 4) e = normal(random);
     }
-    if (flavour == 4) { // two equal rows
+    if (flavour == 4) {  // two equal rows
         const std::size_t from = index(random);
         const std::size_t to = index(random);
         for (std::size_t c = 0; c < n; ++c)
@@ -131,9 +122,13 @@ void expectSameAsStepByStep() {
     EXPECT_GT(refused, 1000);
 }
 
-TEST(Invert3, GivesTheBitsOfThePlainMethod) { expectSameAsStepByStep<3>(); }
+TEST(Invert3, GivesTheBitsOfThePlainMethod) {
+    expectSameAsStepByStep<3>();
+}
 
-TEST(Invert4d, GivesTheBitsOfThePlainMethod) { expectSameAsStepByStep<4>(); }
+TEST(Invert4d, GivesTheBitsOfThePlainMethod) {
+    expectSameAsStepByStep<4>();
+}
 
 template <std::size_t n>
 void expectProductWithInverseIsIdentity() {
@@ -144,7 +139,7 @@ void expectProductWithInverseIsIdentity() {
         for (double& e : in)
             e = element(random);
         for (std::size_t i = 0; i < n; ++i)
-            in[n * i + i] += 4.0; // well away from singular
+            in[n * i + i] += 4.0;  // well away from singular
         std::array<double, n * n> inverse{};
         ASSERT_TRUE(invert(inverse, in));
         for (std::size_t r = 0; r < n; ++r) {
@@ -158,9 +153,13 @@ void expectProductWithInverseIsIdentity() {
     }
 }
 
-TEST(Invert3, ProductWithTheInverseIsTheIdentity) { expectProductWithInverseIsIdentity<3>(); }
+TEST(Invert3, ProductWithTheInverseIsTheIdentity) {
+    expectProductWithInverseIsIdentity<3>();
+}
 
-TEST(Invert4d, ProductWithTheInverseIsTheIdentity) { expectProductWithInverseIsIdentity<4>(); }
+TEST(Invert4d, ProductWithTheInverseIsTheIdentity) {
+    expectProductWithInverseIsIdentity<4>();
+}
 
 TEST(Invert3, KnownInverse) {
     const std::array<double, 9> in{2, 0, 0, 0, 0, 4, 1, 8, 0};
@@ -223,7 +222,7 @@ TEST(Invert4d, PivotOf1e300thInverts) {
 TEST(Invert4d, TieInColumnZeroKeepsTheUpperRow) {
     const std::array<double, 16> in{0.1, 1.7, 0.3, 0.9, 0.7, 0.2,  1.1, 0.6,
                                     2,   0.3, 0.7, 1.3, -2,  0.11, 0.4, 0.7};
-    std::array<double, 16> swappedByHand = in; // what swapping on a tie would work on
+    std::array<double, 16> swappedByHand = in;  // what swapping on a tie would work on
     std::swap_ranges(swappedByHand.begin() + 8, swappedByHand.begin() + 12,
                      swappedByHand.begin() + 12);
     std::array<double, 16> out{};
@@ -277,5 +276,5 @@ TEST(Invert4f, WorksInDoubleAndNarrowsLast) {
     }
 }
 
-} // namespace
-} // namespace korvalite
+}  // namespace
+}  // namespace korvalite

@@ -135,7 +135,7 @@ TEST(RotationBetween, TakesOneDirectionToTheOtherAndKeepsLengths) {
 
 TEST(RotationBetweenAbout, PivotGoesToOffset) {
     Transform t;
-    t.scale({9, 9, 9}); // forgotten
+    t.scale({9, 9, 9});  // forgotten
     t.rotationBetweenAbout({1, 0, 0}, {0, 1, 0}, {1, 1, 1}, {5, 6, 7});
     EXPECT_EQ(t.kind, TRANSFORM_ROTATION);
     expectNear(apply(t, {1, 1, 1}), {5, 6, 7}, 1e-5F);
@@ -159,7 +159,7 @@ TEST(Multiply4, SecondOperandActsFirst) {
     expectEqual(apply(out, {0, 0, 0}), {2, 0, 0});
     multiply4(out.m, move.m, doubled.m);
     expectEqual(apply(out, {1, 0, 0}), {3, 0, 0});
-    multiply4(doubled.m, move.m, doubled.m); // in place
+    multiply4(doubled.m, move.m, doubled.m);  // in place
     expectSameMatrix(doubled, out);
 }
 
@@ -219,5 +219,5 @@ TEST(TransformPoint, ResultMayBeTheOperand) {
     expectEqual(p, expected);
 }
 
-} // namespace
-} // namespace korvalite
+}  // namespace
+}  // namespace korvalite

@@ -1,0 +1,341 @@
+// SPDX-License-Identifier: MIT
+#include "geometry/mirror_pairs.h"
+
+#include "mesh/dmesh.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kTolerance = 0.01F;
+
+using Indices = std::vector<std::int32_t>;
+
+DMesh cloud(const std::vector<FloatVec3>& points) {
+    DMesh mesh;
+    for (const FloatVec3& p : points) {
+        VertexRecord record;
+        record.setPosition(p);
+        mesh.vertices.push_back(record);
+    }
+    return mesh;
+}
+
+MirrorPairs pairAcrossX(const std::vector<FloatVec3>& points, float tolerance = kTolerance) {
+    MirrorPairs pairs;
+    EXPECT_TRUE(pairVertices(pairs, cloud(points), 0, {0, 0, 0}, tolerance));
+    return pairs;
+}
+
+Indices secondSideOf(const MirrorPairs& pairs) {
+    Indices vertices;
+    for (std::int32_t v = 0; v < pairs.secondSide.count(); ++v) {
+        if (pairs.secondSide.Test(v)) vertices.push_back(v);
+    }
+    return vertices;
+}
+
+void expectSymmetric(const MirrorPairs& pairs) {
+    std::int32_t paired = 0;
+    for (std::size_t v = 0; v < pairs.pairing.size(); ++v) {
+        const std::int32_t mirror = pairs.pairing[v];
+        if (mirror == -1) continue;
+        ++paired;
+        ASSERT_LT(static_cast<std::size_t>(mirror), pairs.pairing.size());
+        ASSERT_EQ(pairs.pairing[static_cast<std::size_t>(mirror)], static_cast<std::int32_t>(v));
+    }
+    EXPECT_EQ(pairs.pairedCount, paired);
+}
+
+/// The sweep step by step, walking every candidate. REQUIRES: finite coordinates along the axis.
+MirrorPairs pairByWalking(const DMesh& mesh, int axis, const FloatVec3& centre, float t) {
+    const auto x = [&](std::int32_t v) {
+        return component(mesh.vertices[static_cast<std::size_t>(v)].position(), axis);
+    };
+    const auto n = mesh.vertexCount();
+    const float c = component(centre, axis);
+    Indices s(mesh.vertices.size());
+    std::iota(s.begin(), s.end(), 0);
+    std::stable_sort(s.begin(), s.end(), [&](auto a, auto b) { return x(a) < x(b); });
+
+    MirrorPairs result;
+    result.pairing.assign(s.size(), -1);
+    result.secondSide.Reset(n);
+    const auto pairing = [&](std::int32_t v) -> std::int32_t& {
+        return result.pairing[static_cast<std::size_t>(v)];
+    };
+    std::int32_t high = n - 1;
+    std::int32_t firstAbove = n;
+    for (std::int32_t i = 0; i < n; ++i) {
+        const std::int32_t v = s[static_cast<std::size_t>(i)];
+        if (x(v) > c) {
+            if (firstAbove == n) firstAbove = i;
+            if (pairing(v) != -1) continue;
+            if (x(v) > c + t) break;
+            pairing(v) = v;
+            result.pairedCount += 1;
+            continue;
+        }
+        if (pairing(v) != -1) continue;
+        const float target = 2.0F * c - x(v);
+        float bestDistance = t * t;
+        std::int32_t best = -1;
+        std::int32_t firstHit = -1;
+        for (std::int32_t j = high; j >= 0; --j) {
+            const std::int32_t w = s[static_cast<std::size_t>(j)];
+            if (pairing(w) != -1 || x(w) > target + t) continue;
+            if (target - t > x(w)) break;
+            if (firstHit == -1) firstHit = j;
+            FloatVec3 m = mesh.vertices[static_cast<std::size_t>(w)].position();
+            setComponent(m, axis, 2.0F * c - x(w));
+            const FloatVec3 off = mesh.vertices[static_cast<std::size_t>(v)].position() - m;
+            const float d = dot(off, off);
+            if ((t / 200.0F) * (t / 200.0F) > d) {
+                best = w;
+                break;
+            }
+            if (bestDistance > d) {
+                bestDistance = d;
+                best = w;
+            }
+        }
+        if (best != -1) {
+            pairing(v) = best;
+            pairing(best) = v;
+            result.pairedCount += best == v ? 1 : 2;
+        }
+        if (firstHit != -1) high = firstHit;
+    }
+    for (std::int32_t k = firstAbove; k < n; ++k) {
+        result.secondSide.Set(s[static_cast<std::size_t>(k)]);
+    }
+    return result;
+}
+
+TEST(PairVertices, NoVerticesReturnFalse) {
+    MirrorPairs pairs;
+    EXPECT_FALSE(pairVertices(pairs, DMesh{}, 0, {0, 0, 0}, kTolerance));
+}
+
+TEST(PairVertices, TwoMirroredVerticesPairAndTheUpperOneIsOnTheSecondSide) {
+    const MirrorPairs pairs = pairAcrossX({{1, 2, 3}, {-1, 2, 3}});
+    EXPECT_EQ(pairs.pairing, (Indices{1, 0}));
+    EXPECT_EQ(pairs.pairedCount, 2);
+    EXPECT_EQ(secondSideOf(pairs), (Indices{0}));
+}
+
+TEST(PairVertices, EveryAxisUsesItsOwnCoordinateAndCentre) {
+    const DMesh mesh = cloud({{5, 1, 3}, {5, 1, 7}, {5, 6, 3}, {9, 1, 3}});
+    const std::array<Indices, 3> expected{Indices{3, -1, -1, 0}, Indices{2, -1, 0, -1},
+                                          Indices{1, 0, -1, -1}};
+    for (int axis = 0; axis < 3; ++axis) {
+        MirrorPairs pairs;
+        ASSERT_TRUE(pairVertices(pairs, mesh, axis, {7, 3.5F, 5}, kTolerance));
+        EXPECT_EQ(pairs.pairing, expected[static_cast<std::size_t>(axis)]) << "axis " << axis;
+    }
+}
+
+TEST(PairVertices, VertexJustAboveThePlaneWithoutPartnerPairsWithItself) {
+    const MirrorPairs pairs = pairAcrossX({{kTolerance / 2, 0, 0}});
+    EXPECT_EQ(pairs.pairing, (Indices{0}));
+    EXPECT_EQ(pairs.pairedCount, 1);
+    EXPECT_EQ(secondSideOf(pairs), (Indices{0}));
+}
+
+TEST(PairVertices, VertexOnOrJustBelowThePlanePairsWithItself) {
+    const MirrorPairs pairs = pairAcrossX({{0, 0, 0}, {-kTolerance / 3, 5, 0}});
+    EXPECT_EQ(pairs.pairing, (Indices{0, 1}));
+    EXPECT_EQ(pairs.pairedCount, 2);
+    EXPECT_TRUE(secondSideOf(pairs).empty());
+}
+
+TEST(PairVertices, VertexBeyondTheBandEndsTheWalkAndAllAboveStayUnpaired) {
+    const MirrorPairs pairs = pairAcrossX(
+        {{-3, 0, 0}, {kTolerance / 2, 9, 0}, {2 * kTolerance, 0, 0}, {1, 0, 0}, {3, 0, 0}});
+    EXPECT_EQ(pairs.pairing, (Indices{4, 1, -1, -1, 0}));
+    EXPECT_EQ(pairs.pairedCount, 3);
+    EXPECT_EQ(secondSideOf(pairs), (Indices{1, 2, 3, 4}));
+}
+
+TEST(PairVertices, NearestWithinToleranceWinsWhereNoneIsNearExact) {
+    const float t = kTolerance;
+    const MirrorPairs pairs =
+        pairAcrossX({{-1, 0, 0}, {1, 0.8F * t, 0}, {1, 0.5F * t, 0}, {1, 0.9F * t, 0}});
+    EXPECT_EQ(pairs.pairing, (Indices{2, -1, 0, -1}));
+}
+
+TEST(PairVertices, FirstNearExactImageWinsOverAnExactOneFurtherDown) {
+    const float nearExact = kTolerance / 400.0F;
+    // The walk comes from above, so the highest index of equal coordinates is met first.
+    const MirrorPairs pairs = pairAcrossX({{-1, 0, 0}, {1, 0, 0}, {1, nearExact, 0}});
+    EXPECT_EQ(pairs.pairing, (Indices{2, -1, 0}));
+}
+
+TEST(PairVertices, DistanceOfExactlyTheToleranceDoesNotMatch) {
+    const MirrorPairs pairs = pairAcrossX({{-1, 0, 0}, {1, 0.25F, 0}}, 0.25F);
+    EXPECT_EQ(pairs.pairing, (Indices{-1, -1}));
+}
+
+TEST(PairVertices, EqualCoordinatesGoByAscendingIndex) {
+    const MirrorPairs pairs =
+        pairAcrossX({{1, 0, 0}, {-1, 0, 0}, {1, 0, 0}, {-1, 0, 0}, {1, 0, 0}});
+    EXPECT_EQ(pairs.pairing, (Indices{-1, 4, 3, 2, 1}));
+}
+
+TEST(PairVertices, ZerosOfEitherSignAreEqual) {
+    const MirrorPairs pairs = pairAcrossX({{0.0F, 0, 0}, {-0.0F, 0, 0}, {0.0F, 0, 0}});
+    EXPECT_EQ(pairs.pairing, (Indices{2, 1, 0}));
+}
+
+TEST(PairVertices, AllInOnePointPairWithEachOtherAndTheMiddleWithItself) {
+    const std::size_t n = 200001;
+    MirrorPairs pairs;
+    ASSERT_TRUE(
+        pairVertices(pairs, cloud(std::vector<FloatVec3>(n, {1, 2, 3})), 1, {1, 2, 3}, 1e-19F));
+    EXPECT_EQ(pairs.pairedCount, 200001);
+    EXPECT_EQ(pairs.pairing[0], 200000);
+    EXPECT_EQ(pairs.pairing[100000], 100000);
+    expectSymmetric(pairs);
+}
+
+// Coordinates are drawn from a coarse grid, with noise on some, so that ties, several candidates
+// within tolerance, and bands with more candidates than are walked one by one all abound.
+TEST(PairVertices, FindsWhatWalkingAllCandidatesFinds) {
+    std::mt19937 random(11);
+    std::int32_t pairedInAll = 0;
+    for (int round = 0; round < 400; ++round) {
+        const int steps = 1 << (round % 6);
+        const float noise = round % 3 == 0 ? 0.0F : 0.02F;
+        std::uniform_int_distribution<int> step(-steps, steps);
+        std::uniform_real_distribution<float> jitter(-noise, noise + 1e-9F);
+        std::vector<FloatVec3> points;
+        for (int i = 0; i < 50 + 4 * round; ++i) {
+            const auto draw = [&] {
+                return static_cast<float>(step(random)) / static_cast<float>(steps) +
+                       jitter(random);
+            };
+            points.push_back({draw(), draw(), draw()});
+            if (i % 2 == 0) points.push_back({-points.back().x, points.back().y, draw()});
+        }
+        const float tolerance = std::array{0.005F, 0.03F, 0.2F, 3.0F}[random() % 4];
+        const DMesh mesh = cloud(points);
+        const int axis = round % 3;
+        const FloatVec3 centre{0.01F, 0, 0};
+        MirrorPairs pairs;
+        ASSERT_TRUE(pairVertices(pairs, mesh, axis, centre, tolerance));
+        const MirrorPairs expected = pairByWalking(mesh, axis, centre, tolerance);
+        ASSERT_EQ(pairs.pairing, expected.pairing) << "round " << round;
+        ASSERT_EQ(pairs.pairedCount, expected.pairedCount);
+        ASSERT_EQ(secondSideOf(pairs), secondSideOf(expected));
+        expectSymmetric(pairs);
+        pairedInAll += pairs.pairedCount;
+    }
+    EXPECT_GT(pairedInAll, 50000);
+}
+
+TEST(PairVertices, MirroredCloudPairsCompletely) {
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> coordinate(0.1F, 1.0F);
+    std::vector<FloatVec3> points;
+    for (int i = 0; i < 20000; ++i) {
+        const FloatVec3 p{coordinate(random), coordinate(random), coordinate(random)};
+        points.push_back(p);
+        points.push_back({-p.x, p.y, p.z});
+    }
+    std::shuffle(points.begin(), points.end(), random);
+    const MirrorPairs pairs = pairAcrossX(points, 1e-5F);
+    EXPECT_EQ(pairs.pairedCount, 40000);
+    expectSymmetric(pairs);
+    for (std::size_t v = 0; v < points.size(); ++v) {
+        const FloatVec3& mirror = points[static_cast<std::size_t>(pairs.pairing[v])];
+        ASSERT_NEAR(mirror.x, -points[v].x, 1e-5F);
+        ASSERT_NEAR(mirror.y, points[v].y, 1e-5F);
+        ASSERT_EQ(pairs.secondSide.Test(static_cast<std::int32_t>(v)), points[v].x > 0);
+    }
+}
+
+// A box with flat sides: each side's vertices share one coordinate. Walking all of them for each
+// would take 10^10 steps.
+TEST(PairVertices, FlatSidesDoNotCostTheSquareOfTheirVertices) {
+    std::vector<FloatVec3> points;
+    for (const float x : {-1.0F, 1.0F}) {
+        for (int i = 0; i < 400; ++i) {
+            for (int j = 0; j < 400; ++j) {
+                points.push_back({x, static_cast<float>(i), static_cast<float>(j)});
+            }
+        }
+    }
+    const MirrorPairs pairs = pairAcrossX(points, 0.05F);
+    EXPECT_EQ(pairs.pairedCount, 320000);
+    EXPECT_EQ(pairs.pairing[0], 160000);
+    EXPECT_EQ(pairs.pairing[12345], 160000 + 12345);
+}
+
+// Unpaired vertices at the top of the band keep every search from starting below the paired ones.
+TEST(PairVertices, PiledUpVerticesUnderUnpairedOnesDoNotCostTheirSquare) {
+    std::vector<FloatVec3> points(300000, FloatVec3{0, 0, 0});
+    for (int i = 0; i < 200; ++i)
+        points.push_back({0.001F, 1.0F + static_cast<float>(i), 0});
+    const MirrorPairs pairs = pairAcrossX(points, 0.01F);
+    EXPECT_EQ(pairs.pairedCount, 300200);
+    expectSymmetric(pairs);
+}
+
+TEST(PairVertices, CoordinatesThatAreNotFiniteStayUnpairedAndLeaveTheRestAlone) {
+    const MirrorPairs pairs = pairAcrossX({{kNaN, 0, 0},
+                                           {-1, 0, 0},
+                                           {kInfinity, 0, 0},
+                                           {-kInfinity, 0, 0},
+                                           {1, 0, 0},
+                                           {-2, kNaN, 0},
+                                           {2, kNaN, 0},
+                                           {-3, 0, kInfinity},
+                                           {3, 0, kInfinity},
+                                           {kNaN, kNaN, kNaN}});
+    EXPECT_EQ(pairs.pairing, (Indices{-1, 4, -1, -1, 1, -1, -1, -1, -1, -1}));
+}
+
+TEST(PairVertices, AnyFloatsEndWithASymmetricPairing) {
+    constexpr std::array kOdd{kNaN, kInfinity, -kInfinity, 3e38F, -3e38F, 1e30F, 1e-45F, -0.0F,
+                              0.0F, 1.0F,      -1.0F,      1e19F, -1e19F, 0.5F,  -0.5F,  2e38F};
+    constexpr std::array kTolerances{kNaN,   kInfinity, 0.0F,  -1.0F, 1e-19F,
+                                     1e-45F, 0.1F,      1e20F, 3e38F};
+    std::mt19937 random(17);
+    const auto draw = [&] { return kOdd[random() % kOdd.size()]; };
+    for (int round = 0; round < 3000; ++round) {
+        std::vector<FloatVec3> points(1 + random() % 400);
+        for (FloatVec3& p : points)
+            p = {draw(), draw(), draw()};
+        MirrorPairs pairs;
+        ASSERT_TRUE(pairVertices(pairs, cloud(points), round % 3, {draw(), draw(), draw()},
+                                 kTolerances[random() % kTolerances.size()]));
+        ASSERT_EQ(pairs.pairing.size(), points.size());
+        expectSymmetric(pairs);
+    }
+}
+
+TEST(PairVertices, ManyNaNsDoNotCostTheirSquare) {
+    std::vector<FloatVec3> points(200000, FloatVec3{kNaN, 0, 0});
+    for (int i = 0; i < 200000; ++i)
+        points.push_back({static_cast<float>(i), 0, 0});
+    MirrorPairs pairs;
+    ASSERT_TRUE(pairVertices(pairs, cloud(points), 0, {99999.5F, 0, 0}, 0.01F));
+    EXPECT_EQ(pairs.pairedCount, 200000);
+    ASSERT_TRUE(pairVertices(pairs, cloud(points), 0, {kNaN, 0, 0}, kNaN));
+    EXPECT_EQ(pairs.pairedCount, 0);
+}
+
+}  // namespace
+}  // namespace korvalite
