@@ -64,11 +64,11 @@ public:
     void spillIfFull();
 
     /// The record at a list position. REQUIRES: 0 <= position < NumVtxSplit(). The view is valid
-    /// until the next call of a member that is not const; after a change through it, call
-    /// markDirty() first. A record that the scratch file has lost is blank.
+    /// until the next append, spillIfFull, ensureLoaded, saveTo or close. A record that the scratch
+    /// file has lost is blank.
     [[nodiscard]] VSplitView ensureLoaded(std::int32_t position);
 
-    /// The record last asked for has been changed.
+    /// The record last asked for has been or is about to be changed.
     void markDirty() { dirty_ = true; }
 
     /// Writes the count and all records, newest first: the last section of a .kvm file. False if a

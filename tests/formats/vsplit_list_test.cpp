@@ -1,0 +1,616 @@
+// SPDX-License-Identifier: MIT
+#include "formats/vsplit_list.h"
+
+#include "formats/vsplit_samples.h"
+#include "platform/platform.h"
+#include "shell/base/job_paths.h"
+#include "support/allocation_counter.h"
+#include "support/full_disk.h"
+#include "support/scratch_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+using test::kAllFormats;
+using test::ScratchFolder;
+using test::VSplitSamples;
+using test::wordsOf;
+
+// Each test has its own job folder.
+class VSplitListTest : public testing::Test {
+protected:
+    void SetUp() override { SetJobDirectory(folder.path().c_str()); }
+    void TearDown() override { SetJobDirectory(HeapString()); }
+
+    std::size_t filesInFolder() const {
+        const std::filesystem::directory_iterator files(test::pathOfUtf8(folder.path()));
+        return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+    }
+    platform::File reopened(const char8_t* name) const {
+        return platform::File::open((folder / name).c_str(), "rb");
+    }
+
+    ScratchFolder folder;
+    VSplitSamples samples;
+};
+
+constexpr std::uint32_t kManyVertices = 100000;
+
+void appendAll(VSplitList& list, const std::vector<VSplit>& splits) {
+    for (const VSplit& split : splits) {
+        list.append(split);
+        list.spillIfFull();
+    }
+}
+
+// The first position whose record is not that of the model; -1 if there is none.
+std::int64_t firstDifference(VSplitList& list, const std::vector<VSplit>& model,
+                             VSplitFormat format) {
+    if (list.NumVtxSplit() != model.size()) return static_cast<std::int64_t>(model.size());
+    for (std::size_t i = 0; i < model.size(); ++i) {
+        if (wordsOf(list.ensureLoaded(static_cast<std::int32_t>(i))) != wordsOf(model[i], format))
+            return static_cast<std::int64_t>(i);
+    }
+    return -1;
+}
+
+std::size_t recordBytes(const std::vector<VSplit>& splits, VSplitFormat format) {
+    std::size_t words = 0;
+    for (const VSplit& split : splits)
+        words += wordsOf(split, format).size();
+    return words * 4;
+}
+
+// What the level update does to a record.
+void exchangePosition(VSplitList& list, std::vector<VSplit>& model, std::int32_t i, FloatVec3 p) {
+    VSplitView view = list.ensureLoaded(i);
+    list.markDirty();
+    view.setPosition(p);
+    model[static_cast<std::size_t>(i)].position = p;
+}
+
+TEST_F(VSplitListTest, ComputedPageCapacityFollowsTheFormat) {
+    const std::uint32_t expected[] = {491, 481, 410, 404};
+    for (std::size_t i = 0; i < 4; ++i) {
+        VSplitList list;
+        list.open(kAllFormats[i], kManyVertices, 2);
+        EXPECT_EQ(list.recordsPerPage(), expected[i]);
+        EXPECT_EQ(list.pageCapacity, 0U);
+    }
+}
+
+TEST_F(VSplitListTest, PageCapacityForAllRecordsExceedsTheVertices) {
+    VSplitList list;
+    list.pageCapacity = VSplitList::kAllRecords;
+    list.open({}, 700, 2);
+    EXPECT_EQ(list.recordsPerPage(), 701U);
+    appendAll(list, samples.next(700));
+    EXPECT_EQ(list.pageCount(), 700U);
+    list.close();
+    list.open({}, 0xFFFFFFFF, 2);
+    EXPECT_EQ(list.recordsPerPage(), 0xFFFFFFFF);
+}
+
+TEST_F(VSplitListTest, OpenTwiceKeepsTheRecords) {
+    VSplitList list;
+    list.open({}, kManyVertices, 2);
+    list.append(samples.next());
+    list.open({true, true}, kManyVertices, 2);
+    EXPECT_EQ(list.NumVtxSplit(), 1U);
+    EXPECT_TRUE(list.isOpen());
+}
+
+TEST_F(VSplitListTest, ShortListLeavesItsFileEmptyAndCloseDeletesIt) {
+    VSplitList list;
+    list.open({}, kManyVertices, 2);
+    const std::string path = list.path().c_str();
+    EXPECT_EQ(path, folder / u8"VSplitList.data");
+    appendAll(list, samples.next(490));
+    EXPECT_EQ(std::filesystem::file_size(test::pathOfUtf8(path)), 0U);
+    EXPECT_EQ(list.pageOffset(), 0);
+    EXPECT_TRUE(list.dirty());
+    list.close();
+    EXPECT_FALSE(platform::exists(path.c_str()));
+    EXPECT_TRUE(list.path().isNull());
+    EXPECT_EQ(list.NumVtxSplit(), 0U);
+    EXPECT_EQ(list.pageBytes(), 0);
+    list.close();
+}
+
+TEST_F(VSplitListTest, DestructionDeletesTheFile) {
+    {
+        VSplitList list;
+        list.open({}, kManyVertices, 2);
+        EXPECT_EQ(filesInFolder(), 1U);
+    }
+    EXPECT_EQ(filesInFolder(), 0U);
+}
+
+TEST_F(VSplitListTest, FullPageSpillsAndLeavesAnEmptyOne) {
+    const VSplitFormat format{true, false};
+    const auto splits = samples.next(481);
+    VSplitList list;
+    list.open(format, kManyVertices, 2);
+    EXPECT_EQ(list.pageBytes(), 8) << "a page of no records";
+    for (const VSplit& split : splits) {
+        EXPECT_EQ(list.pageFirst(), 0);
+        list.append(split);
+    }
+    const auto length = static_cast<std::int64_t>(8 + recordBytes(splits, format));
+    EXPECT_EQ(list.pageBytes(), length);
+    list.spillIfFull();
+    EXPECT_EQ(list.pageCount(), 0U);
+    EXPECT_EQ(list.pageFirst(), 481);
+    EXPECT_EQ(list.pageOffset(), length);
+    EXPECT_EQ(list.pageBytes(), 8);
+    EXPECT_FALSE(list.dirty());
+    EXPECT_EQ(list.NumVtxSplit(), 481U);
+}
+
+TEST_F(VSplitListTest, PageThatIsNotFullStays) {
+    VSplitList list;
+    list.pageCapacity = 3;
+    list.open({}, kManyVertices, 2);
+    appendAll(list, samples.next(2));
+    EXPECT_EQ(list.pageCount(), 2U);
+    // A mirrored pair may overfill it.
+    list.append(samples.next());
+    list.append(samples.next());
+    list.spillIfFull();
+    EXPECT_EQ(list.pageFirst(), 4);
+}
+
+TEST_F(VSplitListTest, ScratchFileHoldsPagesWithTheirLengths) {
+    for (const VSplitFormat format : kAllFormats) {
+        const auto splits = samples.next(7);
+        VSplitList list;
+        list.pageCapacity = 3;
+        list.open(format, kManyVertices, 2);
+        appendAll(list, splits);
+
+        std::vector<std::uint32_t> expected;
+        for (std::size_t page = 0; page < 2; ++page) {
+            const std::size_t begin = expected.size();
+            expected.push_back(3);
+            for (std::size_t i = page * 3; i < page * 3 + 3; ++i) {
+                const auto words = wordsOf(splits[i], format);
+                expected.insert(expected.end(), words.begin(), words.end());
+            }
+            expected.push_back(static_cast<std::uint32_t>((expected.size() + 1 - begin) * 4));
+        }
+        EXPECT_EQ(test::readWhole(list.path().c_str()), test::bytesOf(expected));
+    }
+}
+
+TEST_F(VSplitListTest, EveryPageCapacityGivesTheSameRecords) {
+    for (const VSplitFormat format : kAllFormats) {
+        const auto splits = samples.next(1300);
+        for (const std::uint32_t capacity : {1U, 2U, 7U, 0U, 1300U, VSplitList::kAllRecords}) {
+            VSplitList list;
+            list.pageCapacity = capacity;
+            list.open(format, kManyVertices, 2);
+            appendAll(list, splits);
+            EXPECT_EQ(firstDifference(list, splits, format), -1) << capacity;
+        }
+    }
+}
+
+TEST_F(VSplitListTest, WalksAndChangesGiveWhatAPlainListGives) {
+    for (const VSplitFormat format : kAllFormats) {
+        auto model = samples.next(2500);
+        VSplitList list;
+        list.open(format, kManyVertices, 2);
+        appendAll(list, model);
+        const auto count = static_cast<std::int32_t>(model.size());
+        for (int round = 0; round < 6; ++round) {
+            for (std::int32_t i = count - 1; i >= round * 300; --i)
+                exchangePosition(list, model, i, samples.position());
+            for (std::int32_t i = round * 300; i < count - round * 100; ++i)
+                exchangePosition(list, model, i, samples.position());
+        }
+        EXPECT_EQ(firstDifference(list, model, format), -1);
+    }
+}
+
+TEST_F(VSplitListTest, RandomAccessAndChangesGiveWhatAPlainListGives) {
+    const VSplitFormat format{true, true};
+    auto model = samples.next(1500);
+    VSplitList list;
+    list.pageCapacity = 50;
+    list.open(format, kManyVertices, 2);
+    appendAll(list, model);
+    for (int k = 0; k < 5000; ++k) {
+        const std::int32_t i = samples.number(1500);
+        const auto at = static_cast<std::size_t>(i);
+        VSplitView view = list.ensureLoaded(i);
+        ASSERT_EQ(wordsOf(view), wordsOf(model[at], format));
+        if (k % 3 != 0) continue;
+        view.setSavedColor(model[at].savedColor = static_cast<std::uint32_t>(k));
+        if (view.savedUVCount() > 0) view.setSavedUV(0, model[at].savedUVs[0] = {1, 2});
+        list.markDirty();
+    }
+    EXPECT_EQ(firstDifference(list, model, format), -1);
+}
+
+TEST_F(VSplitListTest, PositionZeroIsLoadedDirectly) {
+    VSplitList list;
+    list.pageCapacity = 2;
+    const auto splits = samples.next(9);
+    list.open({}, kManyVertices, 2);
+    appendAll(list, splits);
+    EXPECT_EQ(wordsOf(list.ensureLoaded(0)), wordsOf(splits[0], {}));
+    EXPECT_EQ(list.pageOffset(), 0);
+    EXPECT_EQ(list.pageFirst(), 0);
+    EXPECT_EQ(list.pageCount(), 2U);
+}
+
+TEST_F(VSplitListTest, PageOnlyReadIsNotWritten) {
+    VSplitList list;
+    list.pageCapacity = 2;
+    list.open({}, kManyVertices, 2);
+    appendAll(list, samples.next(6));
+    (void)list.ensureLoaded(1);
+    EXPECT_FALSE(list.dirty());
+    list.markDirty();
+    EXPECT_TRUE(list.dirty());
+    (void)list.ensureLoaded(5);
+    EXPECT_FALSE(list.dirty());
+}
+
+TEST_F(VSplitListTest, AppendAfterAccessGoesBehindTheLastRecord) {
+    for (const std::size_t count : {5U, 6U}) {
+        auto model = samples.next(count);
+        VSplitList list;
+        list.pageCapacity = 3;
+        list.open({}, kManyVertices, 2);
+        appendAll(list, model);
+        for (int k = 0; k < 10; ++k) {
+            (void)list.ensureLoaded(k % 2);
+            list.spillIfFull();
+            model.push_back(samples.next());
+            list.append(model.back());
+            if (k % 3 == 0) list.spillIfFull();
+        }
+        EXPECT_EQ(firstDifference(list, model, {}), -1);
+    }
+}
+
+TEST_F(VSplitListTest, AppendAndSpillAllocateNothingInTheSteadyState) {
+    for (const VSplitFormat format : kAllFormats) {
+        const auto splits = samples.next(2000);
+        VSplitList list;
+        list.open(format, kManyVertices, 2);
+        const test::AllocationCounter counter;
+        appendAll(list, splits);
+        const auto count = counter.count();
+        EXPECT_GT(list.pageFirst(), 1500);
+        EXPECT_EQ(count, 0U);
+    }
+}
+
+TEST_F(VSplitListTest, TwoListsInOneFolderShareNoFile) {
+    const auto first = samples.next(10);
+    const auto second = samples.next(10);
+    VSplitList a;
+    VSplitList b;
+    a.pageCapacity = b.pageCapacity = 2;
+    a.open({}, kManyVertices, 2);
+    b.open({}, kManyVertices, 2);
+    EXPECT_EQ(std::string(b.path().c_str()), folder / u8"VSplitList1.data");
+    appendAll(a, first);
+    appendAll(b, second);
+    EXPECT_EQ(firstDifference(a, first, {}), -1);
+    a.close();
+    EXPECT_EQ(firstDifference(b, second, {}), -1);
+    b.close();
+    EXPECT_EQ(filesInFolder(), 0U);
+}
+
+TEST_F(VSplitListTest, FolderOfThatNameIsPassedOver) {
+    std::filesystem::create_directory(test::pathOfUtf8(folder / u8"VSplitList.data"));
+    VSplitList list;
+    list.open({}, kManyVertices, 2);
+    EXPECT_EQ(std::string(list.path().c_str()), folder / u8"VSplitList1.data");
+}
+
+TEST_F(VSplitListTest, WithoutAFolderThePagesStayInMemory) {
+    SetJobDirectory((folder / u8"missing").c_str());
+    const VSplitFormat format{false, true};
+    auto model = samples.next(300);
+    VSplitList list;
+    list.pageCapacity = 7;
+    list.open(format, kManyVertices, 2);
+    EXPECT_TRUE(list.path().isNull());
+    appendAll(list, model);
+    for (int k = 0; k < 1000; ++k)
+        exchangePosition(list, model, samples.number(300), samples.position());
+    EXPECT_EQ(firstDifference(list, model, format), -1);
+    list.close();
+    EXPECT_EQ(filesInFolder(), 0U);
+}
+
+#ifndef _WIN32
+TEST_F(VSplitListTest, FullDiskKeepsPagesInMemory) {
+    const VSplitFormat format{true, true};
+    for (const std::size_t room : {0U, 1U, 5000U, 30000U}) {
+        auto model = samples.next(400);
+        VSplitList list;
+        list.pageCapacity = 9;
+        list.open(format, kManyVertices, 2);
+        std::int64_t difference = 0;
+        {
+            const test::FullDisk disk(room);
+            appendAll(list, model);
+            for (int k = 0; k < 500; ++k)
+                exchangePosition(list, model, samples.number(400), samples.position());
+            difference = firstDifference(list, model, format);
+        }
+        EXPECT_EQ(difference, -1) << room;
+        // With room again, nothing that is on disk is taken for what is in memory.
+        for (int k = 0; k < 500; ++k)
+            exchangePosition(list, model, samples.number(400), samples.position());
+        EXPECT_EQ(firstDifference(list, model, format), -1) << room;
+    }
+}
+
+TEST_F(VSplitListTest, DiskThatFillsUpLaterKeepsWhatItHas) {
+    auto model = samples.next(200);
+    VSplitList list;
+    list.pageCapacity = 5;
+    list.open({}, kManyVertices, 2);
+    appendAll(list, {model.begin(), model.begin() + 100});
+    std::int64_t difference = 0;
+    {
+        const test::FullDisk disk(1000);
+        for (std::size_t i = 100; i < 200; ++i) {
+            list.append(model[i]);
+            list.spillIfFull();
+        }
+        for (int k = 0; k < 500; ++k)
+            exchangePosition(list, model, samples.number(200), samples.position());
+        difference = firstDifference(list, model, {});
+    }
+    EXPECT_EQ(difference, -1);
+}
+
+TEST_F(VSplitListTest, LostScratchFileGivesBlankRecordsAndNoCrash) {
+    for (const VSplitFormat format : kAllFormats) {
+        VSplitList list;
+        list.pageCapacity = 5;
+        list.open(format, kManyVertices, 2);
+        appendAll(list, samples.next(53));
+        std::filesystem::resize_file(test::pathOfUtf8(list.path().c_str()), 2000);
+        std::size_t blank = 0;
+        for (const std::int32_t i : {52, 30, 0, 4, 20, 47, 1}) {
+            const VSplitView view = list.ensureLoaded(i);
+            if (view.vertex() != kNone) continue;
+            ++blank;
+            EXPECT_TRUE(view.corners().empty());
+            EXPECT_TRUE(view.removedTriangles().empty());
+            EXPECT_EQ(view.savedUVCount(), 0U);
+            EXPECT_TRUE(view.cornerUVIndices().empty());
+            EXPECT_TRUE(view.uvIndexPairWords().empty());
+        }
+        EXPECT_GT(blank, 0U);
+        EXPECT_LT(blank, 7U);
+    }
+}
+
+TEST_F(VSplitListTest, GarbageInTheScratchFileIsNeverFollowed) {
+    for (const char fill : {'\0', '\x01', '\x08', '\xFF'}) {
+        VSplitList list;
+        list.pageCapacity = 5;
+        list.open({true, true}, kManyVertices, 2);
+        appendAll(list, samples.next(53));
+        const auto size = std::filesystem::file_size(test::pathOfUtf8(list.path().c_str()));
+        test::writeWhole(list.path().c_str(), std::string(size, fill));
+        for (const std::int32_t i : {52, 30, 0, 4, 20, 47, 1})
+            (void)list.ensureLoaded(i);
+    }
+}
+#endif
+
+TEST_F(VSplitListTest, SavedNewestFirst) {
+    const VSplitFormat format{true, true};
+    const auto splits = samples.next(10);
+    VSplitList list;
+    list.pageCapacity = 3;
+    list.open(format, kManyVertices, 2);
+    appendAll(list, splits);
+    const std::string path = folder / u8"splits";
+    platform::File out = platform::File::open(path.c_str(), "wb");
+    EXPECT_TRUE(list.saveTo(out));
+    EXPECT_TRUE(out.close());
+
+    std::vector<std::uint32_t> expected{10};
+    for (std::size_t i = splits.size(); i-- > 0;) {
+        const auto words = wordsOf(splits[i], format);
+        expected.insert(expected.end(), words.begin(), words.end());
+    }
+    EXPECT_EQ(test::readWhole(path), test::bytesOf(expected));
+}
+
+TEST_F(VSplitListTest, NoSplitsAreSavedAsFourZeroBytes) {
+    VSplitList list;
+    const std::string path = folder / u8"splits";
+    for (const bool isOpen : {false, true}) {
+        if (isOpen) list.open({}, kManyVertices, 2);
+        platform::File out = platform::File::open(path.c_str(), "wb");
+        EXPECT_TRUE(list.saveTo(out));
+        out.close();
+        EXPECT_EQ(test::readWhole(path), std::string(4, '\0'));
+    }
+}
+
+class VSplitListLoad : public VSplitListTest {
+protected:
+    void SetUp() override {
+        VSplitListTest::SetUp();
+        splits = samples.next(kCount);
+        bytes = test::bytesOf({kCount});
+        for (std::size_t i = kCount; i-- > 0;) {
+            bytes += test::bytesOf(wordsOf(splits[i], format));
+            ends.push_back(bytes.size());
+        }
+    }
+    bool load(VSplitList& list, const std::string& from, std::int32_t limit = -1) const {
+        // Something stands in front, as in a .kvm file.
+        test::writeWhole(folder / u8"splits", "front" + from);
+        platform::File file = reopened(u8"splits");
+        file.seek(5, SEEK_SET);
+        return list.loadFrom(file, format, limit);
+    }
+    std::vector<VSplit> newest(std::size_t count) const {
+        return {splits.end() - static_cast<std::ptrdiff_t>(count), splits.end()};
+    }
+
+    static constexpr std::uint32_t kCount = 30;
+    VSplitFormat format{true, true};
+    std::vector<VSplit> splits;
+    std::string bytes;
+    std::vector<std::size_t> ends;  // of each record in `bytes`
+};
+
+TEST_F(VSplitListLoad, WithoutLimitAllRecordsAreAtTheirPositions) {
+    VSplitList list;
+    list.pageCapacity = 2;
+    EXPECT_TRUE(load(list, bytes));
+    EXPECT_EQ(firstDifference(list, splits, format), -1);
+    EXPECT_TRUE(list.isOpen());
+    EXPECT_TRUE(list.dirty());
+    EXPECT_EQ(list.pageCount(), kCount) << "all in one page";
+    EXPECT_EQ(list.recordsPerPage(), kCount + 1);
+    EXPECT_EQ(list.pageBytes(), static_cast<std::int64_t>(8 + recordBytes(splits, format)));
+}
+
+TEST_F(VSplitListLoad, SavedAndLoadedOverManyChunksIsTheSame) {
+    for (const VSplitFormat some : kAllFormats) {
+        format = some;
+        const auto model = samples.next(5000);
+        VSplitList list;
+        list.open(format, kManyVertices, 2);
+        appendAll(list, model);
+        platform::File out = platform::File::open((folder / u8"many").c_str(), "wb");
+        EXPECT_TRUE(list.saveTo(out));
+        out.close();
+        for (const std::int32_t limit : {-1, 0, 1, 4000}) {
+            VSplitList loaded;
+            platform::File in = reopened(u8"many");
+            EXPECT_TRUE(loaded.loadFrom(in, format, limit));
+            const auto kept = limit < 0 ? 5000 : limit;
+            EXPECT_EQ(firstDifference(loaded, {model.end() - kept, model.end()}, format), -1);
+        }
+    }
+}
+
+TEST_F(VSplitListLoad, LimitKeepsTheNewest) {
+    for (const std::int32_t limit : {1, 7, 29, 30}) {
+        VSplitList list;
+        EXPECT_TRUE(load(list, bytes, limit));
+        EXPECT_EQ(firstDifference(list, newest(static_cast<std::size_t>(limit)), format), -1);
+    }
+}
+
+TEST_F(VSplitListLoad, LimitZeroReadsNone) {
+    VSplitList list;
+    EXPECT_TRUE(load(list, bytes, 0));
+    EXPECT_EQ(list.NumVtxSplit(), 0U);
+    EXPECT_TRUE(list.isOpen());
+    EXPECT_EQ(list.pageBytes(), 8);
+}
+
+TEST_F(VSplitListLoad, LimitAboveTheTotalReadsAll) {
+    VSplitList list;
+    EXPECT_TRUE(load(list, bytes, 31));
+    EXPECT_EQ(list.NumVtxSplit(), kCount);
+    EXPECT_TRUE(load(list, bytes, 0x7FFFFFFF));
+    EXPECT_EQ(firstDifference(list, splits, format), -1);
+}
+
+TEST_F(VSplitListLoad, ReplacesAnOpenList) {
+    VSplitList list;
+    list.open({}, kManyVertices, 2);
+    appendAll(list, samples.next(600));
+    EXPECT_TRUE(load(list, bytes));
+    EXPECT_EQ(firstDifference(list, splits, format), -1);
+    list.close();
+    EXPECT_EQ(filesInFolder(), 1U) << "the saved file alone";
+}
+
+TEST_F(VSplitListLoad, LoadedListCanGrowAndSpill) {
+    VSplitList list;
+    EXPECT_TRUE(load(list, bytes));
+    auto model = splits;
+    for (const VSplit& split : samples.next(40)) {
+        model.push_back(split);
+        list.append(split);
+        list.spillIfFull();
+    }
+    EXPECT_GT(list.pageFirst(), 0);
+    EXPECT_EQ(firstDifference(list, model, format), -1);
+}
+
+TEST_F(VSplitListLoad, TruncationAtEveryByteKeepsTheWholeRecords) {
+    for (std::size_t length = 0; length < bytes.size(); ++length) {
+        std::size_t whole = 0;
+        while (ends[whole] <= length)
+            ++whole;
+        VSplitList list;
+        EXPECT_FALSE(load(list, bytes.substr(0, length))) << length;
+        ASSERT_EQ(list.NumVtxSplit(), whole) << length;
+        EXPECT_EQ(firstDifference(list, newest(whole), format), -1) << length;
+    }
+}
+
+TEST_F(VSplitListLoad, HostileTotalsTakeWhatIsThere) {
+    for (const std::uint32_t total : {31U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        const std::string hostile = test::bytesOf({total}) + bytes.substr(4);
+        VSplitList list;
+        EXPECT_FALSE(load(list, hostile));
+        EXPECT_EQ(firstDifference(list, splits, format), -1) << total;
+    }
+}
+
+TEST_F(VSplitListLoad, HostileListCountEndsTheReading) {
+    for (const std::uint32_t count : {0x00FFFFFFU, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+        std::string hostile = bytes;
+        // The corners' count of the third record.
+        hostile.replace(ends[1] + 16, 4, test::bytesOf({count}));
+        VSplitList list;
+        EXPECT_FALSE(load(list, hostile));
+        EXPECT_EQ(firstDifference(list, newest(2), format), -1);
+    }
+}
+
+TEST_F(VSplitListLoad, EveryWordAsAHostileCountIsSurvived) {
+    for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
+        for (const std::uint32_t value : {0U, 1U, 100U, 0xFFFFFFFFU}) {
+            std::string hostile = bytes;
+            hostile.replace(at, 4, test::bytesOf({value}));
+            VSplitList list;
+            load(list, hostile);
+            std::size_t length = 8;
+            for (std::uint32_t i = 0; i < list.NumVtxSplit(); ++i)
+                length += list.ensureLoaded(static_cast<std::int32_t>(i)).words().size_bytes();
+            ASSERT_EQ(list.pageBytes(), static_cast<std::int64_t>(length)) << at;
+        }
+    }
+}
+
+TEST_F(VSplitListLoad, ClosedFileGivesAnEmptyList) {
+    VSplitList list;
+    platform::File closed;
+    EXPECT_FALSE(list.loadFrom(closed, format, -1));
+    EXPECT_EQ(list.NumVtxSplit(), 0U);
+    EXPECT_FALSE(list.saveTo(closed));
+}
+
+}  // namespace
+}  // namespace korvalite
