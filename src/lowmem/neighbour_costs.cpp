@@ -3,6 +3,9 @@
 
 #include "decimation/metric.h"
 #include "decimation/vertex_cost.h"
+#include "platform/prefetch.h"
+
+#include <span>
 
 namespace korvalite {
 
@@ -44,6 +47,9 @@ private:
     void listTriangle(std::int32_t triangle) {
         s_.localTriangles.push_back(triangle);
         s_.triangleMark.Set(triangle);
+        for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
+            prefetch(&mesh_.vertices[mesh_.triangles[at(corner)]]);
+        }
     }
 
     void gatherRing(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
@@ -65,6 +71,7 @@ private:
         for (const std::int32_t vertex : *ring)
             giveSlot(vertex);
         ringEnd_ = s_.localVertices.size();
+        warmVertexCorners(mesh_, std::span(s_.localVertices).subspan(1, ringEnd_ - 1), s_.cursors);
     }
 
     void gatherOuterRing() {
@@ -77,7 +84,11 @@ private:
             s_.ringNeighboursEnd.push_back(s_.ringNeighbours.size());
         }
         for (const std::int32_t x : s_.ringNeighbours) {
-            if (s_.vertexSlot[at(x)] != Scratch::kNoSlot || !giveSlot(x)) continue;
+            if (s_.vertexSlot[at(x)] == Scratch::kNoSlot) giveSlot(x);
+        }
+        const auto outerRing = std::span(s_.localVertices).subspan(ringEnd_);
+        warmVertexCorners(mesh_, outerRing, s_.cursors);
+        for (const std::int32_t x : outerRing) {
             forEachCorner(mesh_, x, [&](std::int32_t corner) {
                 if (!s_.triangleMark.Test(corner / 3)) listTriangle(corner / 3);
             });

@@ -43,6 +43,7 @@ struct NeighbourhoodScratch {
     IndexList neighbours;
     IndexList ringNeighbours;                    // of all ring vertices, one after the other
     std::vector<std::size_t> ringNeighboursEnd;  // where those of each end
+    IndexList cursors;                           // of warmVertexCorners
     std::vector<RingEdge> edges;
     std::vector<float> edgeCosts;
 

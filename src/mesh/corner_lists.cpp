@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "mesh/corner_lists.h"
 
+#include "platform/prefetch.h"
+
+#include <numeric>
+
 namespace korvalite {
 
 namespace {
@@ -25,15 +29,42 @@ void walk(const std::vector<std::int32_t>& head, const std::vector<std::int32_t>
     }
 }
 
-void appendIfAbsent(IndexList& list, std::uint32_t item) {
-    const auto index = static_cast<std::int32_t>(item);
-    if (!contains(list, index)) list.push_back(index);
+// Up to here a linear search is the fastest; a hub of thousands of triangles needs another way.
+constexpr std::size_t kLongestSearchedRing = 64;
+
+/// Keeps the first of equal items, in order.
+void keepFirstOfEach(IndexList& items) {
+    std::vector<std::size_t> places(items.size());
+    std::iota(places.begin(), places.end(), std::size_t{0});
+    const auto sameItem = [&](std::size_t a, std::size_t b) { return items[a] == items[b]; };
+    std::sort(places.begin(), places.end(), [&](std::size_t a, std::size_t b) {
+        return items[a] != items[b] ? items[a] < items[b] : a < b;
+    });
+    places.erase(std::unique(places.begin(), places.end(), sameItem), places.end());
+    std::sort(places.begin(), places.end());
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        items[i] = items[places[i]];
+    }
+    items.resize(places.size());
 }
 
-void appendRing(const std::vector<std::uint32_t>& itemOfCorner, std::int32_t corner,
+void appendNeighbour(IndexList& neighbours, std::uint32_t item) {
+    const auto index = static_cast<std::int32_t>(item);
+    if (neighbours.size() > kLongestSearchedRing || !contains(neighbours, index)) {
+        neighbours.push_back(index);
+    }
+}
+
+/// Gathers the distinct items at the other corners of the triangles on a corner list.
+void gatherRing(const std::vector<std::int32_t>& head, const std::vector<std::int32_t>& next,
+                const std::vector<std::uint32_t>& itemOfCorner, std::int32_t item,
                 IndexList& neighbours) {
-    appendIfAbsent(neighbours, itemOfCorner[static_cast<std::size_t>(nextCorner(corner))]);
-    appendIfAbsent(neighbours, itemOfCorner[static_cast<std::size_t>(previousCorner(corner))]);
+    neighbours.clear();
+    walk(head, next, item, [&](std::int32_t corner) {
+        appendNeighbour(neighbours, itemOfCorner[static_cast<std::size_t>(nextCorner(corner))]);
+        appendNeighbour(neighbours, itemOfCorner[static_cast<std::size_t>(previousCorner(corner))]);
+    });
+    if (neighbours.size() > kLongestSearchedRing) keepFirstOfEach(neighbours);
 }
 
 }  // namespace
@@ -65,17 +96,13 @@ void GetVertexCorners(const DMesh& mesh, std::int32_t vertex, IndexList& corners
 }
 
 void GetVertexNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neighbours) {
-    neighbours.clear();
-    walk(mesh.vertexTriangleHead, mesh.cornerNext, vertex,
-         [&](std::int32_t corner) { appendRing(mesh.triangles, corner, neighbours); });
+    gatherRing(mesh.vertexTriangleHead, mesh.cornerNext, mesh.triangles, vertex, neighbours);
 }
 
 void GetVertexCornersAndNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neighbours,
                                    IndexList& corners) {
     GetVertexCorners(mesh, vertex, corners);
-    neighbours.clear();
-    for (const std::int32_t corner : corners)
-        appendRing(mesh.triangles, corner, neighbours);
+    GetVertexNeighbours(mesh, vertex, neighbours);
 }
 
 void GetUVCorners(const DMesh& mesh, std::int32_t uvIndex, IndexList& corners) {
@@ -87,9 +114,28 @@ void GetUVCorners(const DMesh& mesh, std::int32_t uvIndex, IndexList& corners) {
 void GetUVCornersAndNeighbours(const DMesh& mesh, std::int32_t uvIndex, IndexList& neighbours,
                                IndexList& corners) {
     GetUVCorners(mesh, uvIndex, corners);
-    neighbours.clear();
-    for (const std::int32_t corner : corners)
-        appendRing(mesh.indicesUV, corner, neighbours);
+    gatherRing(mesh.uvCornerHead, mesh.uvCornerNext, mesh.indicesUV, uvIndex, neighbours);
+}
+
+void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices,
+                       IndexList& cursors) {
+    for (const std::int32_t vertex : vertices) {
+        prefetch(&mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]);
+        prefetch(&mesh.vertices[static_cast<std::size_t>(vertex)]);
+    }
+    cursors.clear();
+    for (const std::int32_t vertex : vertices) {
+        cursors.push_back(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]);
+    }
+    while (!cursors.empty()) {
+        std::size_t left = 0;
+        for (const std::int32_t corner : cursors) {
+            if (corner == kNone) continue;
+            prefetch(&mesh.triangles[static_cast<std::size_t>(corner)]);
+            cursors[left++] = mesh.cornerNext[static_cast<std::size_t>(corner)];
+        }
+        cursors.resize(left);
+    }
 }
 
 bool AreVerticesAdjacent(const DMesh& mesh, std::int32_t a, std::int32_t b) {

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace korvalite {
@@ -55,6 +56,12 @@ void GetVertexCornersAndNeighbours(const DMesh& mesh, std::int32_t vertex, Index
 void GetUVCorners(const DMesh& mesh, std::int32_t uvIndex, IndexList& corners);
 void GetUVCornersAndNeighbours(const DMesh& mesh, std::int32_t uvIndex, IndexList& neighbours,
                                IndexList& corners);
+
+/// Touches the corner lists and triangles of several vertices ahead of their use. A list is a chain
+/// of loads that wait for each other, and in a large mesh nearly every one misses the cache; walked
+/// side by side, the misses of different lists overlap. `cursors` is scratch.
+void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices,
+                       IndexList& cursors);
 
 /// True if a triangle at `a` also holds `b`.
 bool AreVerticesAdjacent(const DMesh& mesh, std::int32_t a, std::int32_t b);

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+namespace korvalite {
+
+/// A hint that the cache line at `address` will be read soon; any address is allowed.
+inline void prefetch([[maybe_unused]] const void* address) {
+#if defined(__GNUC__)
+    __builtin_prefetch(address);
+#endif
+}
+
+}  // namespace korvalite
