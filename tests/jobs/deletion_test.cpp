@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+//
+// Which files are gone after a run.
+#include "jobs/job_run.h"
+
+namespace korvalite::test {
+namespace {
+
+using Names = std::set<std::string>;
+
+class DeletionTest : public JobTest {
+protected:
+    DeletionTest() {
+        writeMesh("a.Vok");
+        writeMarker();
+    }
+};
+
+TEST_F(DeletionTest, ByDefaultOnlyTheMarkerGoes) {
+    runJob(entry("a.Vok", "out.Vok"));
+    EXPECT_EQ(files(), (Names{"a.Vok", "out.Vok", "scene.kvc"}));
+    EXPECT_EQ(errors_, "");
+}
+
+TEST_F(DeletionTest, WithTheProgressBarTheMarkerGoesToo) {
+    runJob("UseProgressBar=1\n" + entry("a.Vok", "out.Vok"));
+    EXPECT_EQ(files(), (Names{"a.Vok", "out.Vok", "scene.kvc"}));
+}
+
+TEST_F(DeletionTest, TheJobGoesIfItSaysSo) {
+    runJob("DeleteConfigFile=1\n" + entry("a.Vok", "out.Vok"));
+    EXPECT_EQ(files(), (Names{"a.Vok", "out.Vok"}));
+}
+
+TEST_F(DeletionTest, TheInputGoesIfItsEntrySaysSo) {
+    writeMesh("b.Vok");
+    runJob(entry("a.Vok", "out.Vok", "DeleteInputFile=1") + entry("b.Vok", "out2.Vok"));
+    EXPECT_EQ(files(), (Names{"b.Vok", "out.Vok", "out2.Vok", "scene.kvc"}));
+}
+
+TEST_F(DeletionTest, KeepTempFilesKeepsJobAndInputsButNotTheMarker) {
+    runJob("DeleteConfigFile=1\nKeepTempFiles=1\n" +
+           entry("a.Vok", "out.Vok", "DeleteInputFile=1"));
+    EXPECT_EQ(files(), (Names{"a.Vok", "out.Vok", "scene.kvc"}));
+}
+
+TEST_F(DeletionTest, TheInputOfAFailedEntryGoesAsWell) {
+    writeWhole(in("bad.Vok"), "no mesh");
+    runJob(entry("bad.Vok", "out.Vok", "DeleteInputFile=1"));
+    EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc"}));
+    EXPECT_EQ(errors_, failureBox(in("bad.Vok")));
+}
+
+TEST_F(DeletionTest, AMissingInputThatIsToBeDeletedIsNoError) {
+    runJob(entry("none.Vok", "out.Vok", "DeleteInputFile=1"));
+    EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc"}));
+}
+
+TEST_F(DeletionTest, AClashDeletesTheInputsOfAllEntriesThatSaySo) {
+    writeMesh("b.Vok");
+    writeMesh("c.Vok");
+    runJob("DeleteConfigFile=1\n" + entry("a.Vok", "out.Vok", "DeleteInputFile=1") +
+           entry("a.Vok", "out2.Vok") + entry("b.Vok", "out3.Vok", "DeleteInputFile=1") +
+           entry("c.Vok", "out4.Vok"));
+    EXPECT_EQ(files(), Names{"c.Vok"});
+}
+
+TEST_F(DeletionTest, AClashWithKeepTempFilesDeletesNoInput) {
+    runJob("KeepTempFiles=1\n" + entry("a.Vok", "out.Vok", "DeleteInputFile=1") +
+           entry("a.Vok", "out2.Vok"));
+    EXPECT_TRUE(exists("a.Vok"));
+    EXPECT_FALSE(exists("out.Vok"));
+}
+
+TEST_F(DeletionTest, AJobWithAnotherSuffixIsRefusedAndStays) {
+    for (const char* name : {"scene.KVC", "scene.txt", "scene.kvc.bak"}) {
+        writeWhole(in(name), "DeleteConfigFile=1\n" + entry("a.Vok", "out.Vok", "DeleteInputFile"));
+        writeWhole(in(std::string(name) + ".running"), ProgressImage::opened().bytes());
+        run(in(name));
+        EXPECT_TRUE(exists(name));
+        EXPECT_FALSE(exists(std::string(name) + ".running"));
+    }
+    EXPECT_TRUE(exists("a.Vok"));
+    EXPECT_FALSE(exists("out.Vok"));
+    EXPECT_EQ(errors_, "");
+}
+
+TEST_F(DeletionTest, APathInQuotesIsRefused) {
+    writeJob("DeleteConfigFile=1\n" + entry("a.Vok", "out.Vok"));
+    run('"' + job_ + '"');
+    EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc", "scene.kvc.running"}));
+}
+
+TEST_F(DeletionTest, AMissingJobLosesItsMarkerInSilence) {
+    run();
+    EXPECT_EQ(files(), Names{"a.Vok"});
+    EXPECT_EQ(errors_, "");
+}
+
+TEST_F(DeletionTest, AnEmptyJobLosesItsMarkerInSilence) {
+    runJob("");
+    EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc"}));
+    EXPECT_EQ(errors_, "");
+}
+
+TEST_F(DeletionTest, AJobWithoutEntriesObeysDeleteConfigFile) {
+    runJob("DeleteConfigFile=1\n");
+    EXPECT_EQ(files(), Names{"a.Vok"});
+}
+
+TEST_F(DeletionTest, WithoutAPathTheMarkerOfTheCurrentFolderGoes) {
+    writeWhole(in(".running"), "");
+    run("", folder_.path());
+    EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc.running"}));
+}
+
+TEST_F(DeletionTest, AJobThatIsNamedBySuffixAloneIsOpened) {
+    writeWhole(in(".kvc"), "DeleteConfigFile=1\n" + entry("a.Vok", "out.Vok"));
+    run(".kvc", folder_.path());
+    EXPECT_EQ(files(), (Names{"a.Vok", "out.Vok", "scene.kvc.running"}));
+}
+
+TEST_F(DeletionTest, AMarkerThatIsAFolderStays) {
+    std::filesystem::remove(pathOfUtf8(marker_));
+    std::filesystem::create_directory(pathOfUtf8(marker_));
+    runJob("UseProgressBar=1\n" + entry("a.Vok", "out.Vok"));
+    EXPECT_TRUE(exists("scene.kvc.running"));
+    EXPECT_TRUE(exists("out.Vok"));
+}
+
+}  // namespace
+}  // namespace korvalite::test
