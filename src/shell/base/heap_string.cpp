@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "shell/base/heap_string.h"
 
+#include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace korvalite {
 
@@ -11,8 +11,7 @@ namespace {
 std::unique_ptr<char[]> joined(std::string_view left, std::string_view right) {
     const std::size_t size = left.size() + right.size();
     auto text = std::make_unique<char[]>(size + 1);
-    std::memcpy(text.get(), left.data(), left.size());
-    if (!right.empty()) std::memcpy(text.get() + left.size(), right.data(), right.size());
+    std::copy(right.begin(), right.end(), std::copy(left.begin(), left.end(), text.get()));
     return text;
 }
 
@@ -89,7 +88,7 @@ bool HeapString::EnsureSuffix(const char* suffix) {
 
 HeapString HeapString::GetFileBaseName() const {
     std::string_view name = view();
-    name.remove_prefix(static_cast<std::size_t>(FindLastOf("/\\") + 1));
+    name.remove_prefix(name.find_last_of("/\\") + 1);
     name = name.substr(0, name.rfind('.'));
     return name.empty() ? HeapString() : HeapString(name);
 }
