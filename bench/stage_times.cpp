@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "stage_times.h"
+
+#include "decimation/metric.h"
+#include "decimation/reorder.h"
+#include "formats/vok_reader.h"
+#include "formats/vok_writer.h"
+#include "lowmem/low_memory_driver.h"
+#include "mesh/progressive_mesh.h"
+#include "shell/base/job_paths.h"
+#include "shell/load_input.h"
+#include "shell/target_count.h"
+
+#include <cstdio>
+#include <ctime>
+
+namespace korvalite::bench {
+
+namespace {
+
+/// Prints the processor time that a stage took, when it is over.
+class Stage {
+public:
+    explicit Stage(const char* name) : name_(name) {}
+    ~Stage() {
+        const double taken = static_cast<double>(std::clock() - begin_) / CLOCKS_PER_SEC;
+        std::printf(" %s=%.4f", name_, taken);
+    }
+    Stage(const Stage&) = delete;
+    Stage& operator=(const Stage&) = delete;
+
+private:
+    const char* name_;
+    std::clock_t begin_ = std::clock();
+};
+
+void decimateInStages(ProgressiveMesh& pm) {
+    {
+        const Stage stage("analyse");
+        doDecimationInit_LM<PlainMetric>(pm);
+    }
+    {
+        const Stage stage("collapse");
+        doDecimationLoop_LM<PlainMetric>(pm);
+    }
+    {
+        const Stage stage("reorder");
+        ReorderAndClean(pm, pm.DoReorder);
+    }
+}
+
+}  // namespace
+
+bool printStageTimes(const char* input, const char* output, float percent) {
+    SetJobDirectory(".");
+    BatchSettings settings;
+    settings.DecimationTargetPourcent = percent;
+    ProgressiveMesh pm;
+    {
+        const Stage stage("read");
+        if (!importDMesh(input, pm.mesh)) return false;
+    }
+    applySettings(settings, pm);
+    const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertices.size());
+    pm.TargetNumItem = static_cast<std::uint32_t>(targetVertexCount(settings, vertexCount));
+    std::printf(" vertices=%u triangles=%d", vertexCount, pm.mesh.triangleCount());
+    decimateInStages(pm);
+    std::printf(" collapses=%u", pm.vsplitList.NumVtxSplit());
+    bool written = false;
+    {
+        const Stage stage("write");
+        written = exportDMesh(output, pm.mesh);
+    }
+    std::printf("\n");
+    return written;
+}
+
+}  // namespace korvalite::bench
