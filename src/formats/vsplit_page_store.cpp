@@ -33,8 +33,8 @@ void VSplitPageStore::open() {
         else
             candidate = IncrementFileName(candidate);
     }
-    // Pages come and go in one piece. A buffer would only hold on to bytes that a full disk has
-    // refused, and make every later seek fail on them.
+    // Pages come and go in one piece. A buffer would gain nothing, and could hold on to bytes that
+    // a full disk has refused and put them in the way of later reads.
     if (file_) std::setvbuf(file_.stream(), nullptr, _IONBF, 0);
 }
 

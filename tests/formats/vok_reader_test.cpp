@@ -397,6 +397,15 @@ TEST(VokReader, EnormousCountFailsInsteadOfTakingMemory) {
     }
 }
 
+TEST(VokReader, MoreCornersThanAnIndexCanNameFail) {
+    const ScratchFolder folder;
+    for (const std::uint32_t tag : {20003U, 25002U}) {
+        const std::string path = VokBuilder().block(tag, 16, 715827883).writeTo(folder);
+        DMesh mesh;
+        EXPECT_FALSE(importDMesh(path.c_str(), mesh, std::int64_t{1} << 50U)) << tag;
+    }
+}
+
 TEST(VokReader, AllowanceBeyondTheFileIsOneForAllBlocks) {
     const ScratchFolder folder;
     VokBuilder vok;
