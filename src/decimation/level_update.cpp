@@ -70,25 +70,31 @@ void restoreUVs(DMesh& mesh, VSplitView& split) {
     }
 }
 
-/// Takes back the record at CurVtxSplitPos - 1: v comes back out of w.
-void applySplit(ProgressiveMesh& pm) {
+/// Takes back the record at CurVtxSplitPos - 1: v comes back out of w. False, with nothing done,
+/// for a record that the scratch file has lost.
+bool applySplit(ProgressiveMesh& pm) {
     DMesh& mesh = pm.mesh;
-    --pm.CurVtxSplitPos;
-    VSplitView split = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos);
-    pm.vsplitList.markDirty();
+    VSplitView split = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos - 1);
     const std::int32_t v = split.vertex();
+    if (v == kNone) return false;
+    pm.vsplitList.markDirty();
+    --pm.CurVtxSplitPos;
     const std::int32_t w = mesh.vertices[at(v)].partner;
     activateVertex(mesh, v);
     restoreCorners(mesh, split, v);
     exchangePosition(mesh, w, split);
     exchangeColor(pm, w, split);
     if (pm.m_handleUVs_internal) restoreUVs(mesh, split);
+    return true;
 }
 
-void applyNextCollapse(ProgressiveMesh& pm) {
+/// The same for the collapse at CurVtxSplitPos.
+bool applyNextCollapse(ProgressiveMesh& pm) {
     const std::int32_t v = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos).vertex();
+    if (v == kNone) return false;
     ++pm.CurVtxSplitPos;
     ApplyCollapse(pm, v, pm.mesh.vertices[at(v)].partner);
+    return true;
 }
 
 void moveToLevel(ProgressiveMesh& pm, std::int64_t target) {
@@ -101,15 +107,16 @@ void moveToLevel(ProgressiveMesh& pm, std::int64_t target) {
             static_cast<std::int32_t>(total - std::abs(activeCount(pm) - target)));
     };
     const auto recordCount = static_cast<std::int64_t>(pm.vsplitList.NumVtxSplit());
+    if (pm.CurVtxSplitPos < 0 || pm.CurVtxSplitPos > recordCount) return;
     if (activeCount(pm) >= target) {
         while (activeCount(pm) > target && pm.CurVtxSplitPos < recordCount) {
             report();
-            applyNextCollapse(pm);
+            if (!applyNextCollapse(pm)) return;
         }
     } else {
         while (activeCount(pm) < target && pm.CurVtxSplitPos > 0) {
             report();
-            applySplit(pm);
+            if (!applySplit(pm)) return;
         }
     }
 }

@@ -57,6 +57,7 @@ Renumbering numberByLevel(ProgressiveMesh& pm) {
     const auto recordCount = static_cast<std::int32_t>(pm.vsplitList.NumVtxSplit());
     for (std::int32_t i = 0; i < recordCount; ++i) {
         const VSplitView split = pm.vsplitList.ensureLoaded(i);
+        if (split.vertex() == kNone) continue;  // lost with the scratch file
         numbering.vertexMap[at(split.vertex())] = nextVertex--;
         for (const std::int32_t triangle : split.removedTriangles()) {
             numbering.triangleMap[at(triangle)] = nextTriangle--;
@@ -92,6 +93,7 @@ void renumberSplits(VSplitList& splits, const Renumbering& numbering) {
     const auto recordCount = static_cast<std::int32_t>(splits.NumVtxSplit());
     for (std::int32_t i = 0; i < recordCount; ++i) {
         VSplitView split = splits.ensureLoaded(i);
+        if (split.vertex() == kNone) continue;
         splits.markDirty();
         split.setVertex(numbering.vertexMap[at(split.vertex())]);
         for (std::int32_t& corner : split.corners())

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "shell/load_input.h"
 
+#include "formats/kvm_reader.h"
 #include "formats/vok_reader.h"
 #include "mesh/mesh_check.h"
 #include "mesh/progressive_mesh.h"
 #include "shell/base/debug_log.h"
 #include "shell/save_output.h"
+#include "shell/target_count.h"
 
 #include <cmath>
 
@@ -17,6 +19,20 @@ bool loadVok(const HeapString& path, DMesh& mesh) {
     DebugLog("START LoadInputInProgMesh : loading Vok file...");
     if (!importDMesh(path, mesh) || !canBeDecimated(mesh)) return false;
     dropUniformMask(mesh);
+    return true;
+}
+
+/// No more than what the target needs is read.
+bool loadKvm(const BatchSettings& settings, ProgressiveMesh& pm) {
+    DebugLog("START LoadInputInProgMesh : loading .kvm file...");
+    ProgMeshHeader header;
+    if (!readProgMeshFileHeader(settings.InputFile, header)) return false;
+    const std::int32_t wanted = targetVertexCount(settings, header.OriginalVertexCount);
+    if (loadProgressiveMesh(pm, settings.InputFile, wanted) != 0) return false;
+    DebugLog("    #VtxTotal=%d");
+    DebugLog("    #ActiveVtx=%d");
+    DebugLog("    HasMask=%s");
+    DebugLog("    HasColor=%s");
     return true;
 }
 
@@ -42,6 +58,8 @@ EntryFiles LoadInputInProgMesh(const BatchSettings& settings, ProgressiveMesh& p
     files.outputIsMesh = output == OutputKind::Mesh;
     if (settings.InputFile.EndsWith(".Vok"))
         files.inputMeshLoaded = loadVok(settings.InputFile, pm.mesh);
+    else if (settings.InputFile.EndsWith(".kvm"))
+        files.inputProgressiveLoaded = loadKvm(settings, pm);
     applySettings(settings, pm);
     return files;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "shell/save_output.h"
 
+#include "formats/kvm_writer.h"
 #include "formats/vok_writer.h"
 #include "mesh/progressive_mesh.h"
 #include "shell/base/debug_log.h"
@@ -10,6 +11,11 @@ namespace korvalite {
 namespace {
 
 using Writer = bool (*)(const HeapString& path, ProgressiveMesh& pm, std::int32_t versionCode);
+
+bool writeKvm(const HeapString& path, ProgressiveMesh& pm, std::int32_t) {
+    DebugLog("SaveOutput : .kvm file.");
+    return saveProgressiveMesh(pm, path) == 0;
+}
 
 bool writeVok(const HeapString& path, ProgressiveMesh& pm, std::int32_t) {
     DebugLog("SaveOutput : .Vok file.");
@@ -28,6 +34,7 @@ struct OutputFormat {
 };
 
 constexpr OutputFormat kOutputFormats[] = {
+    {".kvm", OutputKind::Progressive, writeKvm},
     {".Vok", OutputKind::Mesh, writeVok},
     {".stl", OutputKind::Mesh, writeNothing},
 };

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+//
+// The 99 bytes at the front of a .kvm file: a ProgressiveMesh frozen on disk. Little-endian fields
+// without padding, which is why they are read and written one by one and never as an image of the
+// structure. docs/file-formats.md has every byte.
+#pragma once
+
+#include "platform/file.h"
+
+#include <array>
+#include <cstdint>
+
+namespace korvalite {
+
+struct ProgressiveMesh;
+
+inline constexpr std::int64_t kProgMeshHeaderBytes = 99;
+
+struct ProgMeshHeader {
+    std::uint32_t headerReserved = 0;
+    std::uint32_t meshFormatVersion = 0;
+    std::array<float, 6> headerFloats{};
+    std::array<bool, 4> headerFlags{};
+    std::int32_t MemSpeedTradeOff = 0;
+    std::int32_t BorderMode = 0;
+    std::uint32_t TargetNumItem = 0;
+    std::int32_t askedNumItem = 0;
+    std::int32_t finalDecimNumItem = 0;
+    std::int32_t CurVtxSplitPos = 0;  // the list position of the saved level
+    std::uint32_t NumVtxSplit = 0;
+    std::int32_t decimationFinishTriangleCount = 0;
+    bool ProtectTopology = false;
+    bool AllowFinishStep = false;
+    bool UseAreaWeighting = false;
+    bool UseVertexColor_Internal = false;
+    bool IsReordered = false;
+    bool IsCleaned = false;
+    bool HandleUVs_Internal = false;
+    std::uint32_t OriginalTriangleCount = 0;
+    std::uint32_t OriginalVertexCount = 0;
+    std::uint32_t OriginalIndicesUVCount = 0;
+    std::uint32_t OriginalCoordsUVCount = 0;
+    std::uint32_t OriginalColorCount = 0;
+    std::uint32_t OriginalMaskCount = 0;
+};
+
+/// The file holds more than its header: only the two low-memory drivers leave a complete one.
+bool hasBody(const ProgMeshHeader& header);
+
+void fillProgMeshHeader(ProgMeshHeader& header, const ProgressiveMesh& pm);
+
+/// All of the header but the counts, which belong to the arrays. The list of splits counts itself.
+void applyProgMeshHeader(const ProgMeshHeader& header, ProgressiveMesh& pm);
+
+/// Always 0. What a short file lacks stays as it was; nothing happens with a closed file. A read
+/// turns any non-zero byte field into 1.
+int writeProgMeshHeader(const ProgMeshHeader& header, platform::File& file);
+int readProgMeshHeader(ProgMeshHeader& header, platform::File& file);
+
+}  // namespace korvalite

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include "formats/kvm_reader.h"
+
+#include "formats/kvm_check.h"
+#include "formats/kvm_sections.h"
+#include "mesh/progressive_mesh.h"
+#include "shell/base/debug_log.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace korvalite {
+
+namespace {
+
+constexpr int kLoaded = 0;
+constexpr int kNotLoaded = 1;
+
+void logHeader() {
+    DebugLog(" ProgMesh Header:");
+    DebugLog("  MemSpeedTradeOff = %s");
+    DebugLog("  BorderMode = %s");
+    DebugLog("  TargetNumItem = %d (asked=%d,  finalDecim=%d)");
+    DebugLog("  CurVtxSplitPos = %d");
+    DebugLog("  NumVtxSplit = %d");
+    DebugLog("  ProtectTopology = %d");
+    DebugLog("  AllowFinishStep = %d");
+    DebugLog("  UseAreaWeighting = %d");
+    DebugLog("  UseVertexColor_Internal = %d");
+    DebugLog("  IsReordered = %d");
+    DebugLog("  IsCleaned = %d");
+    DebugLog("  HandleUVs_Internal = %d");
+    DebugLog("  OriginalTriangleCount = %d");
+    DebugLog("  OriginalVertexCount = %d");
+    DebugLog("  OriginalIndicesUVCount = %d");
+    DebugLog("  OriginalCoordsUVCount = %d");
+    DebugLog("  OriginalColorCount = %d");
+    DebugLog("  OriginalMaskCount = %d");
+}
+
+void sizeArrays(const ProgMeshHeader& header, DMesh& mesh) {
+    mesh.triangles.resize(std::size_t{header.OriginalTriangleCount} * 3);
+    mesh.vertices.resize(header.OriginalVertexCount, VertexRecord{0, 0, 0, 0, 0});
+    mesh.indicesUV.resize(header.OriginalIndicesUVCount);
+    mesh.coordsUV.resize(header.OriginalCoordsUVCount);
+    mesh.vertexColors.resize(header.OriginalColorCount);
+    mesh.maskValues.resize(header.OriginalMaskCount);
+}
+
+template <typename Item>
+void readAll(platform::File& file, std::vector<Item>& items) {
+    file.read(items.data(), items.size() * sizeof(Item));
+}
+
+void readVertices(platform::File& file, std::vector<VertexRecord>& vertices, std::size_t count) {
+    std::vector<KvmVertex> buffer(std::min(count, kKvmVerticesAtOnce));
+    for (std::size_t first = 0; first < count; first += kKvmVerticesAtOnce) {
+        const std::size_t wanted = std::min(kKvmVerticesAtOnce, count - first);
+        const std::size_t got = file.read(buffer.data(), wanted * sizeof(KvmVertex));
+        for (std::size_t i = 0; i < got / sizeof(KvmVertex); ++i) {
+            VertexRecord& vertex = vertices[first + i];
+            vertex.setPosition({buffer[i].x, buffer[i].y, buffer[i].z});
+            vertex.partner = buffer[i].partner;
+        }
+    }
+}
+
+/// False if the bits are not one per item.
+bool readActivity(platform::File& file, BitArray& bits, std::uint32_t& numActive,
+                  std::size_t itemCount) {
+    std::uint32_t count = 0;
+    if (file.read(&count, sizeof count) != sizeof count || count != itemCount) return false;
+    bits.Free();
+    bits.Resize(static_cast<std::int32_t>(count), false);
+    return file.read(bits.data(), bits.byteCount()) == bits.byteCount() &&
+           file.read(&numActive, sizeof numActive) == sizeof numActive;
+}
+
+/// How much of the vertices and splits a load takes, in vertices.
+struct LoadRange {
+    bool partial = false;
+    std::int64_t baseVertices = 0;  // of the coarsest level
+    std::int64_t readVertices = 0;
+
+    /// Of the newest splits; -1 for all.
+    [[nodiscard]] std::int32_t splitLimit() const {
+        return partial ? static_cast<std::int32_t>(readVertices - baseVertices) : -1;
+    }
+};
+
+LoadRange chooseRange(const ProgMeshHeader& header, std::int32_t wantedVertices) {
+    const std::int64_t all = header.OriginalVertexCount;
+    if (wantedVertices <= 0 || !header.IsReordered) return {false, 0, all};
+    const std::int64_t base = std::max<std::int64_t>(all - header.NumVtxSplit, 0);
+    return {true, base, std::clamp<std::int64_t>(wantedVertices, base, all)};
+}
+
+bool readBody(platform::File& file, const ProgMeshHeader& header, const LoadRange& range,
+              ProgressiveMesh& pm) {
+    DMesh& mesh = pm.mesh;
+    readAll(file, mesh.triangles);
+    DebugLog("   - triangles read (#tri=%d)");
+    const auto readCount = static_cast<std::size_t>(range.readVertices);
+    readVertices(file, mesh.vertices, readCount);
+    const std::size_t passedOver = (mesh.vertices.size() - readCount) * sizeof(KvmVertex);
+    file.seek(static_cast<std::int64_t>(passedOver), SEEK_CUR);
+    DebugLog(range.partial ? "   - partial vertices read (#vtxRead=%d / #vtx=%d)"
+                           : "   - vertices read (#Vtx=%d) (NOT PARTIAL !)");
+    if (!readActivity(file, mesh.triangleActive, mesh.numActiveTriangles,
+                      mesh.triangles.size() / 3) ||
+        !readActivity(file, mesh.vertexActive, mesh.numActiveVertices, mesh.vertices.size())) {
+        return false;
+    }
+    DebugLog("   - vertices/triange activity read");
+    readAll(file, mesh.vertexColors);
+    DebugLog("   - color32 read (#=%d)");
+    readAll(file, mesh.maskValues);
+    DebugLog("   - mask read (#=%d)");
+    readAll(file, mesh.indicesUV);
+    DebugLog("   - indicesUV read (#=%d)");
+    readAll(file, mesh.coordsUV);
+    DebugLog("   - coordsUV read (#=%d)");
+
+    pm.vsplitList.loadFrom(file, {pm.m_useVertexColors_internal, pm.m_handleUVs_internal},
+                           range.splitLimit());
+    // The records that were left behind had the lowest positions, so that all others moved down.
+    const std::int64_t leftBehind =
+        std::int64_t{header.NumVtxSplit} - std::int64_t{pm.vsplitList.NumVtxSplit()};
+    pm.CurVtxSplitPos = static_cast<std::int32_t>(pm.CurVtxSplitPos - leftBehind);
+    DebugLog(range.partial ? "   - vtxSplitList partially read (#=%d / total=%d)"
+                           : "   - vtxSplitList Totally read (#=%d)");
+    return true;
+}
+
+}  // namespace
+
+bool readProgMeshFileHeader(const HeapString& path, ProgMeshHeader& header) {
+    platform::File file = platform::File::open(path.c_str(), "rb");
+    if (!file) return false;
+    readProgMeshHeader(header, file);
+    return true;
+}
+
+int loadProgressiveMesh(ProgressiveMesh& pm, const HeapString& path, std::int32_t wantedVertices) {
+    ResetProgressiveMeshSettings(pm);
+    ClearDecimationState(pm);
+    DebugLog("Loading ProgressiveMesh (%s)");
+    platform::File file = platform::File::open(path.c_str(), "rb");
+    if (!file) return kNotLoaded;
+    ProgMeshHeader header;
+    readProgMeshHeader(header, file);
+    logHeader();
+    if (!couldFill(header, file.bytesLeft())) return kNotLoaded;
+    applyProgMeshHeader(header, pm);
+    sizeArrays(header, pm.mesh);
+    if (hasBody(header)) {
+        const LoadRange range = chooseRange(header, wantedVertices);
+        if (range.partial) DebugLog("   Partial Load !");
+        if (!readBody(file, header, range, pm) || !canChangeLevel(pm)) return kNotLoaded;
+    }
+    recomputeBoundingBox(pm.mesh);
+    return kLoaded;
+}
+
+}  // namespace korvalite

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+//
+// What reader and writer of the .kvm file share beside the header.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace korvalite {
+
+/// A vertex on disk: `cost` is not stored.
+struct KvmVertex {
+    float x = 0;
+    float y = 0;
+    float z = 0;
+    std::int32_t partner = 0;
+};
+static_assert(sizeof(KvmVertex) == 16);
+
+/// Vertices pass through a buffer of this many.
+inline constexpr std::size_t kKvmVerticesAtOnce = 4096;
+
+}  // namespace korvalite

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "formats/kvm_writer.h"
+
+#include "formats/kvm_header.h"
+#include "formats/kvm_sections.h"
+#include "mesh/progressive_mesh.h"
+#include "shell/base/debug_log.h"
+
+#include <algorithm>
+
+namespace korvalite {
+
+namespace {
+
+template <typename Item>
+void writeAll(platform::File& file, const std::vector<Item>& items) {
+    file.write(items.data(), items.size() * sizeof(Item));
+}
+
+void writeVertices(platform::File& file, const std::vector<VertexRecord>& vertices) {
+    std::vector<KvmVertex> buffer;
+    for (std::size_t first = 0; first < vertices.size(); first += kKvmVerticesAtOnce) {
+        const std::size_t end = std::min(first + kKvmVerticesAtOnce, vertices.size());
+        buffer.clear();
+        for (std::size_t i = first; i < end; ++i) {
+            const VertexRecord& vertex = vertices[i];
+            buffer.push_back({vertex.x, vertex.y, vertex.z, vertex.partner});
+        }
+        writeAll(file, buffer);
+    }
+}
+
+void writeActivity(platform::File& file, const BitArray& bits, std::uint32_t numActive) {
+    const std::int32_t count = bits.count();
+    file.write(&count, sizeof count);
+    file.write(bits.data(), bits.byteCount());
+    file.write(&numActive, sizeof numActive);
+}
+
+void writeBody(platform::File& file, ProgressiveMesh& pm) {
+    const DMesh& mesh = pm.mesh;
+    writeAll(file, mesh.triangles);
+    DebugLog("   - triangles saved (#tri=%d)");
+    writeVertices(file, mesh.vertices);
+    DebugLog("   - vertices+costs saved (#vtx=%d)");
+    writeActivity(file, mesh.triangleActive, mesh.numActiveTriangles);
+    writeActivity(file, mesh.vertexActive, mesh.numActiveVertices);
+    DebugLog("   - tri/vtx activity saved");
+    writeAll(file, mesh.vertexColors);
+    DebugLog("   - vtx color saved (#=%d)");
+    writeAll(file, mesh.maskValues);
+    DebugLog("   - mask saved (#=%d)");
+    writeAll(file, mesh.indicesUV);
+    DebugLog("   - indicesUV saved (#=%d)");
+    writeAll(file, mesh.coordsUV);
+    DebugLog("   - coordsUV saved (#=%d)");
+    pm.vsplitList.saveTo(file);
+    DebugLog("   - vtxSplitlist saved!");
+}
+
+}  // namespace
+
+int saveProgressiveMesh(ProgressiveMesh& pm, const HeapString& path) {
+    DebugLog("Saving ProgressiveMesh %s");
+    platform::File file = platform::File::open(path.c_str(), "wb");
+    if (!file) return 1;
+    ProgMeshHeader header;
+    fillProgMeshHeader(header, pm);
+    if (const int result = writeProgMeshHeader(header, file); result != 0) return result;
+    if (hasBody(header)) writeBody(file, pm);
+    return 0;
+}
+
+}  // namespace korvalite
