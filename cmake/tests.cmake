@@ -66,4 +66,6 @@ find_package(Python3 QUIET COMPONENTS Interpreter)
 if(Python3_FOUND)
     add_test(NAME include_layers
         COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/check_layers")
+    add_test(NAME documentation_links
+        COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/check_readme" --links)
 endif()

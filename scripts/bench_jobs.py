@@ -2,15 +2,18 @@
 # SPDX-License-Identifier: MIT
 """Decimates synthetic meshes of growing size and prints what each costs. See scripts/bench.
 
-Usage: scripts/bench_jobs.py TOOL BENCH [--quick] [--repeat N]    from the root of the repository
+Usage: scripts/bench_jobs.py TOOL BENCH [--quick] [--repeat N] [--write-docs]
+from the root of the repository.
 
 Every measurement is a process of its own. What a collapse costs is told in processor time, which
 others at work on the machine disturb less. With --repeat the whole row of sizes runs N times and the
-medians are shown. The exit status is 1 if a run fails or takes more memory than the budget.
+medians are shown. With --write-docs they replace the tables in the pages that show them. The exit
+status is 1 if a run fails or takes more memory than the budget.
 """
 import argparse
 import os
 import pathlib
+import re
 import shutil
 import statistics
 import subprocess
@@ -25,6 +28,8 @@ PERCENT = 10
 # The memory that the tool may take for a plain mesh.
 BUDGET_BYTES_PER_VERTEX = 130
 BUDGET_BASE_BYTES = 32e6
+# A page shows a part of the report between <!-- bench NAME --> and <!-- end -->.
+PAGES = ("README.md", "docs/architecture.md")
 STAGES = ("read", "analyse", "collapse", "reorder", "write")
 
 
@@ -99,13 +104,25 @@ def machine():
     return ", ".join(words)
 
 
+def write_pages(parts):
+    for page in map(pathlib.Path, PAGES):
+        text = page.read_text(encoding="utf-8")
+        for name, part in parts.items():
+            text = re.sub(f"(<!-- bench {name} -->\n).*?(?=<!-- end -->)",
+                          lambda match, part=part: match[1] + part + "\n", text, flags=re.DOTALL)
+        page.write_text(text, encoding="utf-8")
+
+
 def main():
     parser = argparse.ArgumentParser(description="Measures whole decimations.")
     parser.add_argument("tool", type=lambda text: pathlib.Path(text).resolve())
     parser.add_argument("bench", type=lambda text: pathlib.Path(text).resolve())
     parser.add_argument("--quick", action="store_true", help="the two smallest sizes only")
     parser.add_argument("--repeat", type=int, default=1, help="medians of so many rounds")
+    parser.add_argument("--write-docs", action="store_true", help="renew the tables in the pages")
     arguments = parser.parse_args()
+    if arguments.quick and arguments.write_docs:
+        parser.error("--write-docs wants all sizes: leave out --quick")
     sizes = QUICK_SIZES if arguments.quick else SIZES
     rounds = []
     with tempfile.TemporaryDirectory(prefix="korvalite-bench-") as name:
@@ -116,11 +133,15 @@ def main():
                       file=sys.stderr)
                 rounds[-1].append(measure(arguments.tool, arguments.bench, pathlib.Path(name), size))
     results = [medians(runs) for runs in zip(*rounds)]
-    print(f"{machine()}; medians of {arguments.repeat}\n")
+    parts = {"machine": f"{machine()}; medians of {arguments.repeat}",
+             "tool": tool_table(results), "stages": stage_table(results)}
+    print(f"{parts['machine']}\n")
     print(f"The tool, from start to end, plain metric, to {PERCENT} % on one thread (MB: 10^6):\n")
-    print(tool_table(results))
+    print(parts["tool"])
     print("\nThe same work, CPU seconds of each stage; a collapse is timed in the loop alone:\n")
-    print(stage_table(results))
+    print(parts["stages"])
+    if arguments.write_docs:
+        write_pages(parts)
     over = [result for result in results if result["peak"] >
             BUDGET_BASE_BYTES + BUDGET_BYTES_PER_VERTEX * result["vertices"]]
     for result in over:

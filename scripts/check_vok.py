@@ -241,8 +241,8 @@ def faults_against(mesh, source):
 def faults(mesh, source=None, mirror=None):
     """All faults of a mesh, as texts; `mirror` is "x", "y" or "z"."""
     found = faults_of(mesh)
-    if source is not None:
-        found += faults_against(mesh, source)
+    if source is not None and not found:
+        found = faults_against(mesh, source)
     if mirror is not None and not found:
         lonely = vertices_without_mirror(mesh, "xyz".index(mirror))
         if lonely:
