@@ -50,7 +50,9 @@ void CostQueue::Init(std::int32_t vertexCount) {
     setHandles_.reserve(kHandleCapacity);
     vertexCount_ = vertexCount;
     bucketHeads_.assign(at(vertexCount + 9) / 10, kNone);
+    reserveLarge(links_, at(vertexCount));
     links_.assign(at(vertexCount), kNotQueued);
+    reserveLarge(backLinks_, at(vertexCount));
     backLinks_.assign(at(vertexCount), kNoBackLink);
     minCost_ = kDefaultMinCost;
     maxCost_ = kDefaultMaxCost;

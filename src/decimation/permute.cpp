@@ -30,11 +30,11 @@ void permuteInPlace(IndexMap& map, Load load, Store store) {
         entry = ~entry;
 }
 
-template <typename Item>
-void permuteItems(std::vector<Item>& items, IndexMap& map) {
+template <typename Items>
+void permuteItems(Items& items, IndexMap& map) {
     permuteInPlace(
         map, [&](std::int32_t i) { return items[static_cast<std::size_t>(i)]; },
-        [&](std::int32_t i, const Item& item) { items[static_cast<std::size_t>(i)] = item; });
+        [&](std::int32_t i, const auto& item) { items[static_cast<std::size_t>(i)] = item; });
 }
 
 }  // namespace
@@ -59,7 +59,7 @@ void PermuteBits(BitArray& bits, IndexMap& map) {
         [&](std::int32_t i, bool bit) { bits.Assign(i, bit); });
 }
 
-void PermuteVertexRecords(std::vector<VertexRecord>& records, IndexMap& map) {
+void PermuteVertexRecords(VertexRecords& records, IndexMap& map) {
     permuteItems(records, map);
 }
 

@@ -20,7 +20,7 @@ using IndexMap = std::vector<std::int32_t>;
 /// Three words per item of the map: a triangle's corners.
 void PermuteTriples(std::vector<std::uint32_t>& words, IndexMap& map);
 void PermuteBits(BitArray& bits, IndexMap& map);
-void PermuteVertexRecords(std::vector<VertexRecord>& records, IndexMap& map);
+void PermuteVertexRecords(VertexRecords& records, IndexMap& map);
 void PermuteWords(std::vector<std::uint32_t>& words, IndexMap& map);
 void PermuteBytes(std::vector<std::uint8_t>& bytes, IndexMap& map);
 

@@ -39,8 +39,9 @@ void logHeader() {
 }
 
 void sizeArrays(const ProgMeshHeader& header, DMesh& mesh) {
+    reserveLarge(mesh.triangles, std::size_t{header.OriginalTriangleCount} * 3);
     mesh.triangles.resize(std::size_t{header.OriginalTriangleCount} * 3);
-    mesh.vertices.resize(header.OriginalVertexCount, VertexRecord{0, 0, 0, 0, 0});
+    mesh.vertices.resize(header.OriginalVertexCount);
     mesh.indicesUV.resize(header.OriginalIndicesUVCount);
     mesh.coordsUV.resize(header.OriginalCoordsUVCount);
     mesh.vertexColors.resize(header.OriginalColorCount);
@@ -52,7 +53,7 @@ void readAll(platform::File& file, std::vector<Item>& items) {
     file.read(items.data(), items.size() * sizeof(Item));
 }
 
-void readVertices(platform::File& file, std::vector<VertexRecord>& vertices, std::size_t count) {
+void readVertices(platform::File& file, VertexRecords& vertices, std::size_t count) {
     std::vector<KvmVertex> buffer(std::min(count, kKvmVerticesAtOnce));
     for (std::size_t first = 0; first < count; first += kKvmVerticesAtOnce) {
         const std::size_t wanted = std::min(kKvmVerticesAtOnce, count - first);

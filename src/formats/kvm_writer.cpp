@@ -17,7 +17,7 @@ void writeAll(platform::File& file, const std::vector<Item>& items) {
     file.write(items.data(), items.size() * sizeof(Item));
 }
 
-void writeVertices(platform::File& file, const std::vector<VertexRecord>& vertices) {
+void writeVertices(platform::File& file, const VertexRecords& vertices) {
     std::vector<KvmVertex> buffer;
     for (std::size_t first = 0; first < vertices.size(); first += kKvmVerticesAtOnce) {
         const std::size_t end = std::min(first + kKvmVerticesAtOnce, vertices.size());

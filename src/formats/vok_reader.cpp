@@ -66,9 +66,9 @@ std::uint32_t payloadBytes(const VokBlockHeader& header) {
 }
 
 // Grows to exactly `count`: no array of a mesh has room to spare. What is there already stays.
-template <typename T>
-void resizeExactly(std::vector<T>& items, std::int64_t count) {
-    items.reserve(static_cast<std::size_t>(count));
+template <typename Items>
+void resizeExactly(Items& items, std::int64_t count) {
+    reserveLarge(items, static_cast<std::size_t>(count));
     items.resize(static_cast<std::size_t>(count));
 }
 

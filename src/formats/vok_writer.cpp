@@ -1,87 +1,35 @@
 // SPDX-License-Identifier: MIT
 #include "formats/vok_writer.h"
 
+#include "formats/active_items.h"
+#include "formats/buffered_output.h"
 #include "platform/platform.h"
 #include "shell/base/debug_log.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <span>
 #include <vector>
 
 namespace korvalite {
 
 namespace {
 
-// Gathers elements of a few bytes into large writes. Remembers failure, so that flush() tells
-// whether all went out.
-class ElementWriter {
-public:
-    explicit ElementWriter(platform::File& file) : file_(file), bytes_(kBytes) {}
-
-    template <typename T, std::size_t N>
-    void put(const std::array<T, N>& element) {
-        constexpr std::size_t size = sizeof(T) * N;
-        if (size > bytes_.size() - used_) flush();
-        std::memcpy(bytes_.data() + used_, element.data(), size);
-        used_ += size;
-    }
-
-    bool flush() {
-        good_ = good_ && file_.write(bytes_.data(), used_);
-        used_ = 0;
-        return good_;
-    }
-
-private:
-    static constexpr std::size_t kBytes = 65536;
-
-    platform::File& file_;
-    std::vector<unsigned char> bytes_;
-    std::size_t used_ = 0;
-    bool good_ = true;
-};
-
 // One file being written. Counts are of what is active.
 struct VokExport {
     platform::File& file;
     const DMesh& mesh;
-    ElementWriter elements;
+    BufferedOutput elements;
     std::uint32_t vertexCount;
     std::uint32_t triangleCount;
-    std::vector<std::int32_t> newIndices;  // by vertex record; kNone for a dead one
+    // By vertex record, up to the last active one; kNone for a dead one.
+    std::vector<std::int32_t> newIndices;
 };
 
 bool beginBlock(VokExport& out, VokTag tag, std::uint32_t count, std::uint32_t elementBytes) {
     // Above 4 GiB the size wraps.
     const std::uint32_t size = count * elementBytes + kVokBlockHeaderBytes;
     return writeVokBlockHeader(out.file, {tag, size, count, 0});
-}
-
-template <typename Visit>
-void forEachActiveVertex(const DMesh& mesh, Visit visit) {
-    const std::int32_t end = std::min(mesh.vertexActive.count(), mesh.vertexCount());
-    for (std::int32_t i = 0; i < end; ++i) {
-        if (mesh.vertexActive.Test(i)) visit(static_cast<std::size_t>(i));
-    }
-}
-
-/// Visits the first corner of each.
-template <typename Visit>
-void forEachActiveTriangle(const DMesh& mesh, Visit visit) {
-    const std::int32_t end = std::min(mesh.triangleActive.count(), mesh.triangleCount());
-    for (std::int32_t t = 0; t < end; ++t) {
-        if (mesh.triangleActive.Test(t)) visit(static_cast<std::size_t>(t) * 3);
-    }
-}
-
-// An index that leads nowhere gives the default instead.
-template <typename T>
-T itemOr(const std::vector<T>& items, std::uint32_t index, T otherwise) {
-    return index < items.size() ? items[index] : otherwise;
 }
 
 bool writeFlags(VokExport& out) {
@@ -93,7 +41,7 @@ bool writeFlags(VokExport& out) {
 
 bool writePoints(VokExport& out) {
     if (!beginBlock(out, Vok_TAG_POINT_LIST, out.vertexCount, 12)) return false;
-    out.newIndices.assign(out.mesh.vertices.size(), kNone);
+    out.newIndices.assign(endOfActiveVertices(out.mesh), kNone);
     std::int32_t newIndex = 0;
     forEachActiveVertex(out.mesh, [&](std::size_t i) {
         const VertexRecord& vertex = out.mesh.vertices[i];
@@ -165,7 +113,7 @@ bool writeVokFile(platform::File& file, const DMesh& mesh) {
     DebugLog("   - FileHeader written!");
     VokExport out{file,
                   mesh,
-                  ElementWriter(file),
+                  BufferedOutput(file),
                   static_cast<std::uint32_t>(mesh.vertexActive.CountSet()),
                   static_cast<std::uint32_t>(mesh.triangleActive.CountSet()),
                   {}};

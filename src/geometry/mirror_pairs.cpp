@@ -34,7 +34,7 @@ struct SortedVertices {
 
 /// Ascending by coordinate, then by index. Coordinates that are not a number have no place in an
 /// order of numbers and stand at the end.
-SortedVertices sortAlong(const std::vector<VertexRecord>& vertices, int axis) {
+SortedVertices sortAlong(const VertexRecords& vertices, int axis) {
     SortedVertices sorted;
     sorted.places.reserve(vertices.size());
     const auto append = [&](bool numbers) {
@@ -190,7 +190,7 @@ private:
     }
 
     MirrorPairs& pairs_;
-    const std::vector<VertexRecord>& vertices_;
+    const VertexRecords& vertices_;
     int axis_;
     float centre_;
     float tolerance_;

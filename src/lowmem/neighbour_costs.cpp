@@ -194,6 +194,7 @@ void appendIfAbsent(IndexList& list, std::int32_t item) {
 
 template <typename Metric>
 void NeighbourhoodScratch<Metric>::prepare(const DMesh& mesh) {
+    reserveLarge(vertexSlot, mesh.vertices.size());
     vertexSlot.assign(mesh.vertices.size(), kNoSlot);
     triangleMark.Free();
     triangleMark.Resize(mesh.triangleCount(), false);

@@ -131,6 +131,7 @@ bool initFromArray(ProgressiveMesh& pm) {
     {
         std::vector<typename Form::Element> vertexQuadrics;
         try {
+            reserveLarge(vertexQuadrics, pm.mesh.vertices.size());
             vertexQuadrics.resize(pm.mesh.vertices.size());
         } catch (const std::bad_alloc&) {
             return false;

@@ -11,7 +11,9 @@ namespace {
 
 void buildLists(std::vector<std::int32_t>& head, std::vector<std::int32_t>& next,
                 std::size_t itemCount, const std::vector<std::uint32_t>& itemOfCorner) {
+    reserveLarge(head, itemCount);
     head.assign(itemCount, kNone);
+    reserveLarge(next, itemOfCorner.size());
     next.assign(itemOfCorner.size(), kNone);
     for (std::size_t corner = 0; corner < itemOfCorner.size(); ++corner) {
         std::int32_t& first = head[itemOfCorner[corner]];

@@ -10,6 +10,7 @@
 #include "geometry/mesh_symmetry_cache.h"
 #include "geometry/vec3.h"
 #include "mesh/bit_array.h"
+#include "platform/large_memory.h"
 
 #include <array>
 #include <cstdint>
@@ -40,6 +41,10 @@ struct VertexRecord {
 };
 static_assert(sizeof(VertexRecord) == 20, "20 bytes a vertex are part of the memory budget");
 
+/// Records that resizing adds are all zero bytes, whatever their defaults say, and take no memory
+/// until they are written: of a partly loaded mesh most never are.
+using VertexRecords = std::vector<VertexRecord, ZeroPagesAllocator<VertexRecord>>;
+
 struct UVCoord {
     float u = 0;
     float v = 0;
@@ -59,7 +64,7 @@ struct DMesh {
     BitArray triangleActive;
     std::uint32_t numActiveTriangles = 0;
 
-    std::vector<VertexRecord> vertices;
+    VertexRecords vertices;
     BitArray vertexActive;
     std::uint32_t numActiveVertices = 0;
 

@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include "platform/large_memory.h"
 #include "platform/platform.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -119,6 +124,27 @@ std::string commandTail(int argc, char** argv) {
         tail += argv[i];
     }
     return tail;
+}
+
+void adviseLargePages([[maybe_unused]] void* begin, [[maybe_unused]] std::size_t byteCount) {
+#if defined(MADV_HUGEPAGE)
+    constexpr std::size_t kWorthIt = std::size_t{4} << 20U;
+    constexpr std::uintptr_t kPage = 4096;
+    if (byteCount < kWorthIt) return;
+    const auto first = (reinterpret_cast<std::uintptr_t>(begin) + kPage - 1) / kPage * kPage;
+    const auto end = (reinterpret_cast<std::uintptr_t>(begin) + byteCount) / kPage * kPage;
+    madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+#endif
+}
+
+void* allocateZeroed(std::size_t byteCount) {
+    void* const memory = std::calloc(std::max<std::size_t>(byteCount, 1), 1);
+    if (memory != nullptr) adviseLargePages(memory, byteCount);
+    return memory;
+}
+
+void freeZeroed(void* memory) {
+    std::free(memory);
 }
 
 }  // namespace korvalite::platform

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Every name goes through the wide calls, so that a path works whatever the system's code page is.
+#include "platform/large_memory.h"
 #include "platform/platform.h"
 
 #include "platform/command_line.h"
@@ -135,6 +136,17 @@ void sleepMilliseconds(int milliseconds) {
 std::string commandTail(int, char**) {
     const std::string commandLine = utf8(GetCommandLineW());
     return std::string(commandTailOf(commandLine));
+}
+
+// Large pages need a privilege that users do not have.
+void adviseLargePages(void* /*begin*/, std::size_t /*byteCount*/) {}
+
+void* allocateZeroed(std::size_t byteCount) {
+    return std::calloc(byteCount > 0 ? byteCount : 1, 1);
+}
+
+void freeZeroed(void* memory) {
+    std::free(memory);
 }
 
 }  // namespace korvalite::platform
