@@ -5,13 +5,13 @@
 #pragma once
 
 #include "mesh/dmesh.h"
+#include "support/random.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <map>
-#include <random>
 #include <utility>
 #include <vector>
 
@@ -216,14 +216,11 @@ inline DMesh withMirrorImage(const DMesh& half, int axis,
 
 // Moves every coordinate by up to `most`, in a way that a seed repeats everywhere.
 inline void jitter(DMesh& mesh, float most, std::uint32_t seed) {
-    std::mt19937 random(seed);
-    const auto offset = [&] {
-        return most * (static_cast<float>(random() >> 8U) / 8388608.0F - 1.0F);
-    };
+    Random random(seed);
     for (VertexRecord& vertex : mesh.vertices) {
-        const float dx = offset();
-        const float dy = offset();
-        const float dz = offset();
+        const float dx = random.around(most);
+        const float dy = random.around(most);
+        const float dz = random.around(most);
         vertex.setPosition(vertex.position() + FloatVec3{dx, dy, dz});
     }
     recomputeBoundingBox(mesh);

@@ -1,0 +1,294 @@
+// SPDX-License-Identifier: MIT
+#include "mesh/uv_seams.h"
+
+#include "mesh/corner_lists.h"
+#include "support/mesh_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+using Indices = std::vector<std::uint32_t>;
+using Bits = std::vector<std::int32_t>;
+
+Bits setBits(const BitArray& bits) {
+    Bits set;
+    for (std::int32_t i = 0; i < bits.count(); ++i) {
+        if (bits.Test(i)) set.push_back(i);
+    }
+    return set;
+}
+
+void weld(DMesh& mesh) {
+    BuildVertexCorners(mesh);
+    WeldCornerUVs(mesh);
+}
+
+void findSeams(DMesh& mesh) {
+    BuildUVCorners(mesh);
+    ComputeUVSeams(mesh);
+}
+
+//   3---2   two triangles; corners 0 1 2 and 3 4 5 at vertices 0 1 2 and 0 2 3
+//   | / |
+//   0---1
+DMesh twoTrianglesWithUVs() {
+    DMesh mesh = test::twoTriangles();
+    mesh.coordsUV = {{0, 0}, {1, 0}, {1, 1}, {0, 0}, {1, 1}, {0, 1}};
+    return mesh;
+}
+
+TEST(WeldCornerUVs, SharesOneRecordAmongTheEqualCornersOfAVertex) {
+    DMesh mesh = twoTrianglesWithUVs();
+    weld(mesh);
+    EXPECT_EQ(mesh.indicesUV, (Indices{0, 1, 2, 0, 2, 3}));
+    ASSERT_EQ(mesh.coordsUV.size(), 4U);
+    EXPECT_EQ(mesh.coordsUV[3].u, 0.0F);
+    EXPECT_EQ(mesh.coordsUV[3].v, 1.0F);
+}
+
+TEST(WeldCornerUVs, KeepsTheFirstInAscendingCornerOrder) {
+    DMesh mesh = twoTrianglesWithUVs();
+    mesh.coordsUV[0] = {0.001F, 0};
+    mesh.coordsUV[3] = {0.002F, 0};
+    weld(mesh);
+    EXPECT_EQ(mesh.indicesUV[3], mesh.indicesUV[0]);
+    EXPECT_EQ(mesh.coordsUV[mesh.indicesUV[3]].u, 0.001F);
+}
+
+TEST(WeldCornerUVs, WeldsBelowTheSquareRootOfOneHundredThousandthOnly) {
+    for (const auto& [offset, welded] : {std::pair{0.00316F, true}, {0.00317F, false}}) {
+        DMesh mesh = twoTrianglesWithUVs();
+        mesh.coordsUV[3] = {0, offset};
+        weld(mesh);
+        EXPECT_EQ(mesh.coordsUV.size(), welded ? 4U : 5U);
+        EXPECT_EQ(mesh.indicesUV,
+                  welded ? (Indices{0, 1, 2, 0, 2, 3}) : (Indices{0, 1, 2, 3, 2, 4}));
+    }
+}
+
+TEST(WeldCornerUVs, ComparesWithTheKeptRecordAndNotWithTheWeldedOne) {
+    // Three triangles at vertex 0 with u = 0, 0.003 and 0.006: the third is near the second only.
+    DMesh mesh = test::buildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {-1, 0, 0}},
+                                 {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}});
+    mesh.coordsUV = {{0, 0}, {5, 5},      {6, 6}, {0.003F, 0}, {6, 6},
+                     {7, 7}, {0.006F, 0}, {7, 7}, {8, 8}};
+    weld(mesh);
+    EXPECT_EQ(mesh.indicesUV, (Indices{0, 1, 2, 0, 2, 3, 4, 3, 5}));
+}
+
+TEST(WeldCornerUVs, NeverWeldsCornersOfDifferentVertices) {
+    DMesh mesh = test::twoTriangles();
+    mesh.coordsUV.assign(6, UVCoord{0.5F, 0.5F});
+    weld(mesh);
+    EXPECT_EQ(mesh.coordsUV.size(), 4U);
+}
+
+TEST(WeldCornerUVs, DropsUVsThatFitNeitherForm) {
+    for (const std::size_t records : {1U, 5U, 7U}) {
+        DMesh mesh = twoTrianglesWithUVs();
+        mesh.coordsUV.resize(records);
+        weld(mesh);
+        EXPECT_TRUE(mesh.coordsUV.empty()) << records;
+        EXPECT_TRUE(mesh.indicesUV.empty());
+    }
+    DMesh mesh = twoTrianglesWithUVs();
+    mesh.indicesUV = {0, 1};
+    weld(mesh);
+    EXPECT_TRUE(mesh.coordsUV.empty());
+    EXPECT_TRUE(mesh.indicesUV.empty());
+}
+
+TEST(WeldCornerUVs, LeavesACompleteIndexAlone) {
+    DMesh mesh = twoTrianglesWithUVs();
+    mesh.indicesUV = {5, 4, 3, 2, 1, 0};
+    weld(mesh);
+    EXPECT_EQ(mesh.indicesUV, (Indices{5, 4, 3, 2, 1, 0}));
+    EXPECT_EQ(mesh.coordsUV.size(), 6U);
+}
+
+TEST(WeldCornerUVs, KeepsEveryRecordThatIsNotANumber) {
+    DMesh mesh = test::twoTriangles();
+    mesh.coordsUV.assign(6, UVCoord{kNaN, 0});
+    weld(mesh);
+    EXPECT_EQ(mesh.indicesUV, (Indices{0, 1, 2, 3, 4, 5}));
+    findSeams(mesh);
+}
+
+TEST(WeldCornerUVs, TakesAnEmptyMeshAndATriangleOfOneVertex) {
+    DMesh empty;
+    weld(empty);
+    EXPECT_TRUE(empty.indicesUV.empty());
+    findSeams(empty);
+    EXPECT_EQ(empty.uvSeamVertices.count(), 0);
+
+    DMesh point = test::buildMesh({{0, 0, 0}}, {{0, 0, 0}});
+    point.coordsUV.resize(3);
+    weld(point);
+    EXPECT_EQ(point.indicesUV, (Indices{0, 0, 0}));
+    findSeams(point);
+}
+
+// A grid of 8 x 8 squares whose UVs are cut open along column 4 from row 2 to row 6: the records
+// right of the cut stand a little to the right. The ends of the cut have one record each.
+DMesh gridWithCut() {
+    DMesh mesh = test::grid(8, 8);
+    test::addCornerUVs(mesh);
+    for (std::size_t corner = 0; corner < mesh.triangles.size(); ++corner) {
+        const VertexRecord& vertex = mesh.vertices[mesh.triangles[corner]];
+        const bool onCut = vertex.x == 4 && vertex.y > 2 && vertex.y < 6;
+        const bool right = corner / 6 % 8 >= 4;
+        if (onCut && right) mesh.coordsUV[corner].u += 0.01F;
+    }
+    return mesh;
+}
+
+TEST(ComputeUVSeams, OfAStraightSeamOnlyTheTwoEndsAreCorners) {
+    DMesh mesh = gridWithCut();
+    weld(mesh);
+    ASSERT_EQ(mesh.coordsUV.size(), 81U + 3U);
+    findSeams(mesh);
+    for (std::int32_t row = 1; row < 8; ++row) {
+        for (std::int32_t column = 1; column < 8; ++column) {
+            const std::int32_t v = 9 * row + column;
+            const bool onCut = column == 4 && row >= 2 && row <= 6;
+            const bool end = onCut && (row == 2 || row == 6);
+            EXPECT_EQ(mesh.uvSeamVertices.Test(v), onCut) << column << ',' << row;
+            EXPECT_EQ(mesh.uvSeamCorners.Test(v), end) << column << ',' << row;
+        }
+    }
+}
+
+TEST(ComputeUVSeams, TheRimOfAGridIsASeamToo) {
+    DMesh mesh = test::grid(4, 4);
+    test::addCornerUVs(mesh);
+    weld(mesh);
+    findSeams(mesh);
+    EXPECT_EQ(setBits(mesh.uvSeamVertices),
+              (Bits{0, 1, 2, 3, 4, 5, 9, 10, 14, 15, 19, 20, 21, 22, 23, 24}));
+}
+
+TEST(ComputeUVSeams, AClosedSurfaceInOneChartHasNone) {
+    DMesh mesh = test::tetrahedron();
+    test::addCornerUVs(mesh);
+    weld(mesh);
+    findSeams(mesh);
+    EXPECT_EQ(setBits(mesh.uvSeamCoords), Bits());
+    EXPECT_EQ(setBits(mesh.uvSeamVertices), Bits());
+    EXPECT_EQ(setBits(mesh.uvSeamCorners), Bits());
+}
+
+//       x
+//     /   \       Four triangles around m. The rim is a seam; at u it goes on from a to b, which
+//   a - m - b     stands `degrees` above the straight line.
+//     \   /
+//       u
+bool seamBendsAtU(float degrees, float seamAngle) {
+    const double radians = degrees * 3.14159265358979 / 180.0;
+    DMesh mesh = test::buildMesh(test::Points(5),
+                                 {{0, 1, 4}, {1, 2, 4}, {2, 3, 4}, {3, 0, 4}});  // u b x a m
+    mesh.indicesUV = mesh.triangles;
+    mesh.coordsUV = {
+        {0, 0},
+        {static_cast<float>(2 * std::cos(radians)), static_cast<float>(2 * std::sin(radians))},
+        {0, 5},
+        {-3, 0},
+        {0, 1}};
+    mesh.uvSeamAngle = seamAngle;
+    findSeams(mesh);
+    EXPECT_FALSE(mesh.uvSeamCoords.Test(4));
+    EXPECT_TRUE(mesh.uvSeamCoords.Test(0));
+    return mesh.uvSeamCorners.Test(0);
+}
+
+TEST(ComputeUVSeams, ABendIsACornerFromTheAngleOnThatSeamAngleAllows) {
+    // 1 - 0.02 is the cosine of 11.48 degrees.
+    EXPECT_FALSE(seamBendsAtU(0, 0.02F));
+    EXPECT_FALSE(seamBendsAtU(11.4F, 0.02F));
+    EXPECT_TRUE(seamBendsAtU(11.6F, 0.02F));
+    EXPECT_FALSE(seamBendsAtU(-11.4F, 0.02F));
+    EXPECT_TRUE(seamBendsAtU(-11.6F, 0.02F));
+    // 1 - 0.5 is that of 60.
+    EXPECT_FALSE(seamBendsAtU(59.9F, 0.5F));
+    EXPECT_TRUE(seamBendsAtU(60.1F, 0.5F));
+}
+
+TEST(ComputeUVSeams, ASeamAngleOfZeroMakesEveryPointACorner) {
+    EXPECT_TRUE(seamBendsAtU(0, 0.0F));
+    EXPECT_TRUE(seamBendsAtU(90, 0.0F));
+}
+
+TEST(ComputeUVSeams, ASeamEdgeOfNoLengthIsABend) {
+    DMesh mesh = test::buildMesh(test::Points(5), {{0, 1, 4}, {1, 2, 4}, {2, 3, 4}, {3, 0, 4}});
+    mesh.indicesUV = mesh.triangles;
+    mesh.coordsUV = {{0, 0}, {0, 0}, {0, 5}, {-3, 0}, {0, 1}};
+    findSeams(mesh);
+    EXPECT_TRUE(mesh.uvSeamCorners.Test(0));
+}
+
+TEST(ComputeUVSeams, AMeetingOfThreeOrMoreIsACorner) {
+    // Two single triangles that meet in record 0, all of whose neighbours are on the seam.
+    DMesh mesh = test::buildMesh(test::Points(5), {{0, 1, 2}, {0, 3, 4}});
+    mesh.indicesUV = mesh.triangles;
+    mesh.coordsUV = {{0, 0}, {1, 0}, {1, 1}, {-1, 0}, {-1, -1}};
+    findSeams(mesh);
+    EXPECT_TRUE(mesh.uvSeamCorners.Test(0));
+}
+
+TEST(ComputeUVSeams, ASingleSeamNeighbourMakesACorner) {
+    // Record 0 has 3 corners and the neighbours 1 to 4. Of those 3 alone is on the seam: the others
+    // have as many corners as neighbours, thanks to triangles that name a record twice.
+    DMesh mesh = test::buildMesh(test::Points(5), {{0, 1, 2}, {2, 2, 1}, {0, 3, 4}, {4, 4, 0}});
+    mesh.indicesUV = mesh.triangles;
+    mesh.coordsUV.resize(5);
+    findSeams(mesh);
+    EXPECT_EQ(setBits(mesh.uvSeamCoords), (Bits{0, 3}));
+    EXPECT_TRUE(mesh.uvSeamCorners.Test(0));
+}
+
+TEST(ComputeUVSeams, NoSeamNeighbourMakesNoCorner) {
+    DMesh mesh = test::buildMesh(test::Points(5), {{0, 1, 2}, {2, 2, 1}, {0, 3, 4}, {4, 4, 3}});
+    mesh.indicesUV = mesh.triangles;
+    mesh.coordsUV.resize(5);
+    findSeams(mesh);
+    EXPECT_EQ(setBits(mesh.uvSeamCoords), (Bits{0}));
+    EXPECT_EQ(setBits(mesh.uvSeamVertices), (Bits{0}));
+    EXPECT_EQ(setBits(mesh.uvSeamCorners), Bits());
+}
+
+TEST(ComputeUVSeams, MoreCornersThanNeighboursMakeASeamButNoCorner) {
+    DMesh mesh = test::buildMesh(test::Points(3), {{0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
+    mesh.indicesUV = mesh.triangles;
+    mesh.coordsUV = {{0, 0}, {1, 0}, {0, 1}};
+    findSeams(mesh);
+    EXPECT_EQ(setBits(mesh.uvSeamVertices), (Bits{0, 1, 2}));
+    EXPECT_EQ(setBits(mesh.uvSeamCorners), Bits());
+}
+
+TEST(ComputeUVSeams, MarksTheVertexAtTheFirstCornerOfTheList) {
+    // One record on the corners of several vertices: the list begins at the highest corner.
+    DMesh mesh = test::oneTriangle();
+    mesh.coordsUV.resize(2);
+    mesh.indicesUV = {0, 1, 1};
+    findSeams(mesh);
+    // Record 1: two corners, neighbours 1 and 0: no seam. Record 0: one corner, one neighbour.
+    EXPECT_EQ(setBits(mesh.uvSeamVertices), Bits());
+    mesh.indicesUV = {0, 0, 1};
+    mesh.coordsUV.resize(3);
+    mesh.triangles = {0, 1, 2, 0, 1, 2};
+    mesh.indicesUV = {0, 1, 2, 1, 0, 0};
+    // Record 0: corners 5, 4, 0 and neighbours 1, 0, 2: none. Record 1: 3, 1 and 0, 2: none.
+    // Record 2: corner 2 and neighbours 0, 1: a seam, at vertex 2.
+    findSeams(mesh);
+    EXPECT_EQ(setBits(mesh.uvSeamCoords), (Bits{2}));
+    EXPECT_EQ(setBits(mesh.uvSeamVertices), (Bits{2}));
+}
+
+}  // namespace
+}  // namespace korvalite
