@@ -2,6 +2,7 @@
 #include "shell/save_output.h"
 
 #include "formats/kvm_writer.h"
+#include "formats/obj_writer.h"
 #include "formats/vok_writer.h"
 #include "mesh/progressive_mesh.h"
 #include "shell/base/debug_log.h"
@@ -15,6 +16,20 @@ using Writer = bool (*)(const HeapString& path, ProgressiveMesh& pm, std::int32_
 bool writeKvm(const HeapString& path, ProgressiveMesh& pm, std::int32_t) {
     DebugLog("SaveOutput : .kvm file.");
     return saveProgressiveMesh(pm, path) == 0;
+}
+
+// Hosts from this version code on read colours out of the OBJ itself.
+constexpr std::int32_t kFirstWithEmbeddedColors = 313;
+
+ObjColorMode objColorModeFor(const ProgressiveMesh& pm, std::int32_t versionCode) {
+    if (!pm.m_useVertexColors_internal && pm.mesh.maskValues.empty()) return ObjColorMode::None;
+    return versionCode < kFirstWithEmbeddedColors ? ObjColorMode::SideFiles
+                                                  : ObjColorMode::Embedded;
+}
+
+bool writeObj(const HeapString& path, ProgressiveMesh& pm, std::int32_t versionCode) {
+    DebugLog("SaveOutput : .obj file.");
+    return saveObj(path, pm.mesh, objColorModeFor(pm, versionCode));
 }
 
 bool writeVok(const HeapString& path, ProgressiveMesh& pm, std::int32_t) {
@@ -35,6 +50,7 @@ struct OutputFormat {
 
 constexpr OutputFormat kOutputFormats[] = {
     {".kvm", OutputKind::Progressive, writeKvm},
+    {".obj", OutputKind::Mesh, writeObj},
     {".Vok", OutputKind::Mesh, writeVok},
     {".stl", OutputKind::Mesh, writeNothing},
 };
