@@ -54,9 +54,10 @@ void PermuteTriples(std::vector<std::uint32_t>& words, IndexMap& map) {
 }
 
 void PermuteBits(BitArray& bits, IndexMap& map) {
-    permuteInPlace(
-        map, [&](std::int32_t i) { return bits.Test(i); },
-        [&](std::int32_t i, bool bit) { bits.Assign(i, bit); });
+    const BitArray old = bits;
+    for (std::int32_t i = 0; i < bits.count(); ++i) {
+        bits.Assign(map[static_cast<std::size_t>(i)], old.Test(i));
+    }
 }
 
 void PermuteVertexRecords(VertexRecords& records, IndexMap& map) {

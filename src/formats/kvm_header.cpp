@@ -3,7 +3,6 @@
 
 #include "mesh/progressive_mesh.h"
 
-#include <algorithm>
 #include <bit>
 
 namespace korvalite {
@@ -89,7 +88,7 @@ void fillProgMeshHeader(ProgMeshHeader& header, const ProgressiveMesh& pm) {
     header = {};
     header.meshFormatVersion = mesh.meshFormatVersion;
     header.headerFloats = mesh.headerFloats;
-    std::copy(mesh.headerFlags.begin(), mesh.headerFlags.end(), header.headerFlags.begin());
+    header.headerFlags = mesh.headerFlags;
     header.MemSpeedTradeOff = pm.MemSpeedTradeOff;
     header.BorderMode = pm.BorderMode;
     header.TargetNumItem = pm.TargetNumItem;
@@ -117,7 +116,7 @@ void applyProgMeshHeader(const ProgMeshHeader& header, ProgressiveMesh& pm) {
     DMesh& mesh = pm.mesh;
     mesh.meshFormatVersion = header.meshFormatVersion;
     mesh.headerFloats = header.headerFloats;
-    std::copy(header.headerFlags.begin(), header.headerFlags.end(), mesh.headerFlags.begin());
+    mesh.headerFlags = header.headerFlags;
     pm.MemSpeedTradeOff = header.MemSpeedTradeOff;
     pm.BorderMode = header.BorderMode;
     pm.TargetNumItem = header.TargetNumItem;

@@ -49,6 +49,7 @@ private:
         s_.triangleMark.Set(triangle);
         for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
             prefetch(&mesh_.vertices[mesh_.triangles[at(corner)]]);
+            prefetch(&s_.vertexSlot[mesh_.triangles[at(corner)]]);
         }
     }
 

@@ -98,7 +98,7 @@ struct DMesh {
     float uvSeamAngle = 0.02F;
 
     std::array<float, 6> headerFloats{0, 0, 0, 1, 1, 1};  // carried through the .kvm header
-    std::array<std::uint8_t, 4> headerFlags{};            // carried through the .kvm header
+    std::array<bool, 4> headerFlags{};                    // carried through the .kvm header
 
     [[nodiscard]] std::int32_t vertexCount() const {
         return static_cast<std::int32_t>(vertices.size());
