@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "mesh/borders.h"
+#include "mesh/corner_lists.h"
+#include "mesh/progressive_mesh.h"
+#include "support/mesh_builder.h"
+
+#include <utility>
+
+namespace korvalite::test {
+
+// Takes a mesh with what collapses need: corner lists, border bits and an empty cost queue.
+inline void prepare(ProgressiveMesh& pm, DMesh mesh) {
+    pm.mesh = std::move(mesh);
+    BuildVertexCorners(pm.mesh);
+    ComputeBorderVertices(pm.mesh);
+    pm.costQueue.Init(pm.mesh.vertexCount());
+}
+
+}  // namespace korvalite::test
