@@ -12,11 +12,31 @@ namespace {
 
 class SaveOutputTest : public testing::Test {
 protected:
-    bool save(const char8_t* name) {
+    bool save(const char8_t* name, std::int32_t versionCode = 0) {
         path_ = folder_ / name;
-        return SaveOutput(path_.c_str(), pm_, 0);
+        return SaveOutput(path_.c_str(), pm_, versionCode);
     }
-    bool fileExists() const { return platform::exists(path_.c_str()); }
+    bool fileExists(const std::string& suffix = "") const {
+        return platform::exists((path_ + suffix).c_str());
+    }
+
+    // Where the colours and the mask of one active vertex end up.
+    enum class Place { Nowhere, InTheObj, Beside, Several };
+    Place colorPlaceFor(std::int32_t versionCode) {
+        EXPECT_TRUE(save(u8"place.obj", versionCode));
+        const bool isInside = test::readWhole(path_).find("MRGB") != std::string::npos;
+        const bool isBeside = fileExists(".colors") || fileExists(".mask");
+        platform::deleteFile((path_ + ".colors").c_str());
+        platform::deleteFile((path_ + ".mask").c_str());
+        if (isInside && isBeside) return Place::Several;
+        if (isBeside) return Place::Beside;
+        return isInside ? Place::InTheObj : Place::Nowhere;
+    }
+    void addVertex() {
+        pm_.mesh.vertices.resize(1);
+        pm_.mesh.vertexActive.Resize(1, true);
+        pm_.mesh.numActiveVertices = 1;
+    }
 
     test::ScratchFolder folder_;
     ProgressiveMesh pm_;
@@ -30,6 +50,39 @@ TEST_F(SaveOutputTest, WritesAVokFileWhateverTheCaseOfItsSuffix) {
     EXPECT_TRUE(fileExists());
 }
 
+TEST_F(SaveOutputTest, WritesAnObjFile) {
+    addVertex();
+    EXPECT_TRUE(save(u8"a.obj"));
+    EXPECT_EQ(test::readWhole(path_), "v 0.000000000 0.000000000 0.000000000\n");
+    EXPECT_TRUE(save(u8"b.OBJ"));
+    EXPECT_TRUE(fileExists());
+    EXPECT_EQ(outputKindOf("a.obj"), OutputKind::Mesh);
+}
+
+TEST_F(SaveOutputTest, TheVersionTellsWhereTheColorsOfAnObjGo) {
+    addVertex();
+    pm_.mesh.vertexColors = {0xFF563412};
+    pm_.m_useVertexColors_internal = true;
+    for (const std::int32_t code : {0, 1, 310, 312})
+        EXPECT_EQ(colorPlaceFor(code), Place::Beside) << code;
+    for (const std::int32_t code : {313, 320, 401})
+        EXPECT_EQ(colorPlaceFor(code), Place::InTheObj) << code;
+}
+
+TEST_F(SaveOutputTest, AMaskAloneCountsAsColorsDo) {
+    addVertex();
+    pm_.mesh.maskValues = {7};
+    EXPECT_EQ(colorPlaceFor(312), Place::Beside);
+    EXPECT_EQ(colorPlaceFor(313), Place::InTheObj);
+}
+
+TEST_F(SaveOutputTest, ColorsThatTheDecimationDidNotUseStayOutOfAnObj) {
+    addVertex();
+    pm_.mesh.vertexColors = {0xFF563412};
+    EXPECT_EQ(colorPlaceFor(0), Place::Nowhere);
+    EXPECT_EQ(colorPlaceFor(401), Place::Nowhere);
+}
+
 TEST_F(SaveOutputTest, StlIsAcceptedAndMakesNoFile) {
     EXPECT_TRUE(save(u8"a.stl"));
     EXPECT_FALSE(fileExists());
@@ -38,6 +91,7 @@ TEST_F(SaveOutputTest, StlIsAcceptedAndMakesNoFile) {
 
 TEST_F(SaveOutputTest, AWriterThatFailsGivesFalse) {
     EXPECT_FALSE(save(u8"no such folder/a.Vok"));
+    EXPECT_FALSE(save(u8"no such folder/a.obj"));
 }
 
 TEST(OutputKindOf, UnknownSuffixesAreNone) {
