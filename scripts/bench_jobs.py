@@ -101,6 +101,8 @@ def machine():
         if shutil.which(command[0]):
             said = subprocess.run(command, capture_output=True, text=True, check=False).stdout
             words += said.splitlines()[:1]
+    if os.getloadavg()[0] > 1.5:
+        words.append("with other work on the machine")
     return ", ".join(words)
 
 
