@@ -144,7 +144,9 @@ CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
         split.corners.clear();
         return CollapseResult::Refused;
     }
-    deactivateVertex(mesh, v);
+    // The mirror image of a collapse may have been left without triangles by it, and be gone
+    // already.
+    if (mesh.vertexActive.Test(v)) deactivateVertex(mesh, v);
     const bool borderV = mesh.borderVertices.Test(v);
     const bool borderW = mesh.borderVertices.Test(w);
     handOverCorners(mesh, split.corners, v, w);

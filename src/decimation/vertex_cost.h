@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "decimation/vsplit.h"
 #include "mesh/corner_lists.h"
 #include "mesh/progressive_mesh.h"
 
@@ -22,5 +23,12 @@ inline bool isHeldBySeam(const ProgressiveMesh& pm, std::int32_t a, std::int32_t
 /// The neighbours' quadric is summed up over the ring and not cleared in between, so that later
 /// neighbours look dearer than they are. `ring` is scratch.
 void RecomputeVertexCost(ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring);
+
+/// The same from the stored triangle quadrics, with border factor and plane quadric.
+void RecomputeVertexCostFromStored(ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring);
+
+/// The update for a kept vertex that is not active any more: ranks what is left around the corners
+/// of its record one by one, with the plain metric in every driver.
+void RefreshRingCosts(ProgressiveMesh& pm, const VSplit& split);
 
 }  // namespace korvalite

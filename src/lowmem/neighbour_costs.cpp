@@ -187,10 +187,6 @@ private:
     std::size_t ringEnd_ = 0;  // slots below are the kept vertex and its ring
 };
 
-void appendIfAbsent(IndexList& list, std::int32_t item) {
-    if (!contains(list, item)) list.push_back(item);
-}
-
 }  // namespace
 
 template <typename Metric>
@@ -213,20 +209,5 @@ template void UpdateNeighbourCosts_LM(ProgressiveMesh&, std::int32_t, const Inde
                                       const IndexList&, NeighbourhoodScratch<PlainMetric>&);
 template void UpdateNeighbourCosts_LM(ProgressiveMesh&, std::int32_t, const IndexList&,
                                       const IndexList&, NeighbourhoodScratch<ColorMetric>&);
-
-void RefreshRingCosts_LM(ProgressiveMesh& pm, const VSplit& split) {
-    IndexList around;
-    for (const std::int32_t corner : split.corners) {
-        appendIfAbsent(around, vertexAt(pm.mesh, nextCorner(corner)));
-        appendIfAbsent(around, vertexAt(pm.mesh, previousCorner(corner)));
-    }
-    IndexList ring;
-    for (const std::int32_t vertex : around) {
-        if (!pm.mesh.vertexActive.Test(vertex)) continue;
-        pm.costQueue.Remove(vertex);
-        RecomputeVertexCost(pm, vertex, ring);
-        pm.costQueue.Insert(vertex);
-    }
-}
 
 }  // namespace korvalite

@@ -5,7 +5,6 @@
 // goes.
 #pragma once
 
-#include "decimation/vsplit.h"
 #include "mesh/bit_array.h"
 #include "mesh/corner_lists.h"
 #include "mesh/progressive_mesh.h"
@@ -59,9 +58,5 @@ struct NeighbourhoodScratch {
 template <typename Metric>
 void UpdateNeighbourCosts_LM(ProgressiveMesh& pm, std::int32_t kept, const IndexList& ringCorners,
                              const IndexList& neighbours, NeighbourhoodScratch<Metric>& scratch);
-
-/// The update for a kept vertex that is not active any more: ranks what is left around the corners
-/// of its record one by one, with the plain metric in every driver.
-void RefreshRingCosts_LM(ProgressiveMesh& pm, const VSplit& split);
 
 }  // namespace korvalite

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "lowmem/vertex_cost_init.h"
 
+#include "decimation/initial_edges.h"
 #include "decimation/metric.h"
 #include "decimation/vertex_cost.h"
 #include "mesh/corner_lists.h"
@@ -41,48 +42,11 @@ struct StoredAsFloats {
     }
 };
 
-void forget(VertexRecord& vertex) {
-    vertex.cost = kNotCollapsible;
-    vertex.partner = kNone;
-}
-
 void rank(VertexRecord& vertex, std::int32_t partner, float cost) {
     if (vertex.cost > cost) {
         vertex.cost = cost;
         vertex.partner = partner;
     }
-}
-
-void fillQueue(ProgressiveMesh& pm) {
-    pm.costQueue.Init(pm.mesh.vertexCount());
-    for (std::int32_t vertex = 0; vertex < pm.mesh.vertexCount(); ++vertex) {
-        pm.costQueue.Insert(vertex);
-    }
-}
-
-enum class EdgeVerdict { Evaluate, Skip, SkipUnasked };
-
-/// Which end of an edge may take its cost.
-struct EdgeEnds {
-    bool updateA = true;
-    bool updateB = true;
-};
-
-/// Whether the edge from a to b is evaluated. SkipUnasked passes over the stop request too.
-EdgeVerdict judgeEdge(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b, EdgeEnds& ends) {
-    const DMesh& mesh = pm.mesh;
-    // An interior edge is met from both sides and taken at its lower end; a border edge is met
-    // once and taken as it lies.
-    const bool atBorder = mesh.borderVertices.Test(a) || mesh.borderVertices.Test(b);
-    if (a == b || (a > b && !atBorder)) return EdgeVerdict::Skip;
-    if (pm.m_handleSymmetry_internal) {
-        const auto& pairing = mesh.symmetryCache.pairing;
-        if (pairing[at(a)] == a && pairing[at(b)] == b) return EdgeVerdict::Evaluate;
-        ends = {!pm.symmetrySlaves.Test(a), !pm.symmetrySlaves.Test(b)};
-        if (pairing[at(a)] == b) return EdgeVerdict::Evaluate;
-        if (!ends.updateA && !ends.updateB) return EdgeVerdict::SkipUnasked;
-    }
-    return isHeldBySeam(pm, a, b) ? EdgeVerdict::SkipUnasked : EdgeVerdict::Evaluate;
 }
 
 template <typename Form>
@@ -97,33 +61,18 @@ void addTriangleQuadrics(const ProgressiveMesh& pm,
 }
 
 template <typename Form>
-void rankEdges(ProgressiveMesh& pm, const std::vector<typename Form::Element>& vertexQuadrics) {
-    DMesh& mesh = pm.mesh;
-    const ProgressChannel& progress = progressChannel();
-    EdgeEvaluation edge;
-    for (std::int32_t corner = 0; corner < mesh.cornerCount(); ++corner) {
-        const std::int32_t a = vertexAt(mesh, corner);
-        const std::int32_t b = vertexAt(mesh, nextCorner(corner));
-        EdgeEnds ends;
-        const EdgeVerdict verdict = judgeEdge(pm, a, b, ends);
-        if (verdict == EdgeVerdict::SkipUnasked) continue;
-        if (verdict == EdgeVerdict::Evaluate) {
-            Form::evaluate(pm, edge, a, b, vertexQuadrics[at(a)] + vertexQuadrics[at(b)]);
-            if (ends.updateA) rank(mesh.vertices[at(a)], b, edge.cost);
-            if (ends.updateB) rank(mesh.vertices[at(b)], a, edge.cost);
-        }
-        if (progress.stopRequested()) return;
-    }
-}
-
-template <typename Form>
 void rankFromArray(ProgressiveMesh& pm, std::vector<typename Form::Element>& vertexQuadrics) {
     addTriangleQuadrics<Form>(pm, vertexQuadrics);
     for (std::int32_t vertex = 0; vertex < pm.mesh.vertexCount(); ++vertex) {
         addBorderAndPlane(pm, vertexQuadrics[at(vertex)], vertex);
-        forget(pm.mesh.vertices[at(vertex)]);
+        forgetCost(pm.mesh.vertices[at(vertex)]);
     }
-    rankEdges<Form>(pm, vertexQuadrics);
+    rankInitialEdges(
+        pm,
+        [&](EdgeEvaluation& edge, std::int32_t a, std::int32_t b) {
+            Form::evaluate(pm, edge, a, b, vertexQuadrics[at(a)] + vertexQuadrics[at(b)]);
+        },
+        [](std::int32_t, const EdgeEvaluation&) {});  // the position is thrown away
 }
 
 template <typename Form>
@@ -160,7 +109,7 @@ void InitVerticesCostNoMat(ProgressiveMesh& pm) {
     EdgeEvaluation edge;
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
         // In the vertex's own turn: this wipes out what lower vertices wrote into it.
-        forget(mesh.vertices[at(vertex)]);
+        forgetCost(mesh.vertices[at(vertex)]);
         typename Metric::Quadric own;
         typename Metric::Quadric neighbours;  // sums up over the ring, see RecomputeVertexCost
         Metric::addVertexQuadric(pm, own, vertex);

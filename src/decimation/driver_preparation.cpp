@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "lowmem/driver_init.h"
+#include "decimation/driver_preparation.h"
 
 #include "decimation/symmetric_collapse.h"
 #include "decimation/symmetry_plane_quadric.h"
 #include "geometry/compute_symmetry.h"
+#include "mesh/borders.h"
 #include "mesh/corner_lists.h"
-#include "mesh/uv_seams.h"
 #include "shell/base/progress_channel.h"
 
 #include <cmath>
@@ -35,13 +35,13 @@ void unpairWhere(DMesh& mesh, Differ differ) {
     }
 }
 
-void unpairUnlike(DMesh& mesh) {
+void unpairUnlike(DMesh& mesh, bool byColor) {
     if (mesh.hasMask()) {
         unpairWhere(mesh, [&](std::size_t a, std::size_t b) {
             return mesh.maskValues[a] != mesh.maskValues[b];
         });
     }
-    if (mesh.hasColors()) {
+    if (byColor && mesh.hasColors()) {
         unpairWhere(mesh, [&](std::size_t a, std::size_t b) {
             return colorsDiffer(mesh.vertexColors[a], mesh.vertexColors[b]);
         });
@@ -50,7 +50,22 @@ void unpairUnlike(DMesh& mesh) {
 
 }  // namespace
 
-void prepareSymmetry(ProgressiveMesh& pm) {
+void prepareAdjacency(ProgressiveMesh& pm) {
+    ProgressChannel& progress = progressChannel();
+    DMesh& mesh = pm.mesh;
+    progress.BeginSubTask("analysing mesh", -1);
+    // A mesh without triangles has no corner either way, but its vertices have lists.
+    const bool haveCorners = mesh.cornerNext.size() == mesh.triangles.size() &&
+                             mesh.vertexTriangleHead.size() == mesh.vertices.size();
+    if (!haveCorners) BuildVertexCorners(mesh);
+    progress.EndSubTask();
+    ClearDecimationState(pm);
+    progress.BeginSubTask("analysing mesh", -1);
+    ComputeBorderVertices(mesh);
+    progress.EndSubTask();
+}
+
+void prepareSymmetry(ProgressiveMesh& pm, const SymmetryNeeds& needs) {
     DMesh& mesh = pm.mesh;
     pm.m_handleSymmetry_internal = pm.handleSymmetry;
     // One coordinate stands for a mesh that is no number at all.
@@ -63,26 +78,18 @@ void prepareSymmetry(ProgressiveMesh& pm) {
     if (mesh.symmetryCache.pairing.size() != mesh.vertices.size()) {
         pm.m_handleSymmetry_internal = false;
     } else {
-        unpairUnlike(mesh);
+        unpairUnlike(mesh, needs.pairsMustShareColors);
         BuildSymmetrySlaves(pm);
-        BuildSymmetryPlaneQuadric(pm);
+        if (needs.planeQuadric) BuildSymmetryPlaneQuadric(pm);
     }
     progressChannel().EndSubTask();
 }
 
-void prepareUVs(ProgressiveMesh& pm) {
-    DMesh& mesh = pm.mesh;
-    if (mesh.indicesUV.empty() && mesh.coordsUV.size() == mesh.triangles.size()) {
-        WeldCornerUVs(mesh);
-    }
-    pm.m_handleUVs_internal = mesh.indicesUV.size() == mesh.triangles.size();
-    if (!pm.m_handleUVs_internal) return;
-    BuildUVCorners(mesh);
-    ComputeUVSeams(mesh);
-}
-
-void computeColorScale(ProgressiveMesh& pm) {
-    pm.colorScale = static_cast<double>(pm.mesh.boundingBox.diagonal() / 20000.0F * pm.colorWeight);
+void openVSplitList(ProgressiveMesh& pm) {
+    constexpr std::uint32_t kAppendsPerTurn = 2;
+    if (!pm.recordVSplits) return;
+    pm.vsplitList.open({pm.m_useVertexColors_internal, pm.m_handleUVs_internal},
+                       static_cast<std::uint32_t>(pm.mesh.vertices.size()), kAppendsPerTurn);
 }
 
 }  // namespace korvalite

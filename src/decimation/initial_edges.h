@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+//
+// The walk over all edges that gives every vertex its first cost from stored quadrics.
+#pragma once
+
+#include "decimation/edge_cost.h"
+#include "mesh/corner_lists.h"
+#include "mesh/progressive_mesh.h"
+#include "shell/base/progress_channel.h"
+
+#include <cstdint>
+
+namespace korvalite {
+
+enum class EdgeVerdict {
+    Evaluate,
+    Skip,
+    SkipUnasked,  // without looking for a stop request either
+};
+
+/// Which end of an edge may take its cost.
+struct EdgeEnds {
+    bool updateA = true;
+    bool updateB = true;
+};
+
+/// Whether the edge from a to b, as a triangle names it, is evaluated.
+EdgeVerdict judgeInitialEdge(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b,
+                             EdgeEnds& ends);
+
+/// Not collapsible and without a partner, until an edge says otherwise.
+inline void forgetCost(VertexRecord& vertex) {
+    vertex.cost = kNotCollapsible;
+    vertex.partner = kNone;
+}
+
+/// Evaluates each edge once, in corner order, by evaluate(edge, a, b). An end takes the cost if it
+/// is lower than its own, so that the first of equal ones stands, and took(end, edge) is told.
+/// A stop request ends the walk.
+template <typename Evaluate, typename Took>
+void rankInitialEdges(ProgressiveMesh& pm, Evaluate evaluate, Took took) {
+    DMesh& mesh = pm.mesh;
+    const ProgressChannel& progress = progressChannel();
+    EdgeEvaluation edge;
+    const auto rank = [&](std::int32_t end, std::int32_t partner) {
+        VertexRecord& vertex = mesh.vertices[static_cast<std::size_t>(end)];
+        if (!(vertex.cost > edge.cost)) return;
+        vertex.cost = edge.cost;
+        vertex.partner = partner;
+        took(end, edge);
+    };
+    for (std::int32_t corner = 0; corner < mesh.cornerCount(); ++corner) {
+        const std::int32_t a = vertexAt(mesh, corner);
+        const std::int32_t b = vertexAt(mesh, nextCorner(corner));
+        EdgeEnds ends;
+        const EdgeVerdict verdict = judgeInitialEdge(pm, a, b, ends);
+        if (verdict == EdgeVerdict::SkipUnasked) continue;
+        if (verdict == EdgeVerdict::Evaluate) {
+            evaluate(edge, a, b);
+            if (ends.updateA) rank(a, b);
+            if (ends.updateB) rank(b, a);
+        }
+        if (progress.stopRequested()) return;
+    }
+}
+
+/// Fits the queue to the costs and inserts every vertex in index order.
+void fillQueue(ProgressiveMesh& pm);
+
+}  // namespace korvalite
