@@ -4,14 +4,20 @@
 // would not call the plain ones. Over-aligned types are not counted.
 #include "support/allocation_counter.h"
 
+#include "support/allocation_limit.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 namespace {
 
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+
 std::atomic<std::uint64_t> allocations{0};
+std::atomic<std::size_t> mostBytesAtOnce{kNoLimit};
 
 }  // namespace
 
@@ -21,10 +27,19 @@ std::uint64_t AllocationCounter::total() {
     return allocations.load(std::memory_order_relaxed);
 }
 
+AllocationLimit::AllocationLimit(std::size_t bytes) {
+    mostBytesAtOnce.store(bytes, std::memory_order_relaxed);
+}
+
+AllocationLimit::~AllocationLimit() {
+    mostBytesAtOnce.store(kNoLimit, std::memory_order_relaxed);
+}
+
 }  // namespace korvalite::test
 
 void* operator new(std::size_t size) {
     allocations.fetch_add(1, std::memory_order_relaxed);
+    if (size > mostBytesAtOnce.load(std::memory_order_relaxed)) throw std::bad_alloc();
     if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
     throw std::bad_alloc();
 }

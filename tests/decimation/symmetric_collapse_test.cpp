@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+#include "decimation/symmetric_collapse.h"
+
+#include "decimation/metric.h"
+#include "support/prepared_mesh.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+namespace korvalite {
+namespace {
+
+// 4 x 4 squares right of the plane x = 0 and their mirror image. Vertex (c, r) of the right half
+// has the index 5 r + c; those of column 0 lie on the plane.
+struct Mirrored {
+    ProgressiveMesh pm;
+    std::vector<std::int32_t> mirrorOf;
+
+    Mirrored() {
+        DMesh half = test::grid(4, 4, test::hills);
+        test::prepare(pm, test::withMirrorImage(half, 0, &mirrorOf));
+        auto& cache = pm.mesh.symmetryCache;
+        cache.pairing = mirrorOf;
+        cache.planeNormal = {1, 0, 0};
+        cache.planePoint = {0, 0, 0};
+        buildTransforms(cache.planeProjection, cache.mirrorTransform, cache.planeNormal,
+                        cache.planePoint);
+        cache.secondSide.Resize(pm.mesh.vertexCount(), false);
+        for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v)
+            cache.secondSide.Assign(v, position(v).x > 0);
+        pm.handleSymmetry = true;
+        pm.m_handleSymmetry_internal = true;
+    }
+    [[nodiscard]] FloatVec3 position(std::int32_t v) const {
+        return pm.mesh.vertices[static_cast<std::size_t>(v)].position();
+    }
+    [[nodiscard]] std::int32_t image(std::int32_t v) const {
+        return mirrorOf[static_cast<std::size_t>(v)];
+    }
+    void unpair(std::int32_t v) {
+        pm.mesh.symmetryCache.pairing[static_cast<std::size_t>(v)] = kNone;
+    }
+
+    EdgeEvaluation evaluation{1, {0.25F, 2, 3}, {}};
+    SymmetricCollapse mirror;
+    bool check(std::int32_t v, std::int32_t w) {
+        evaluation = {1, {0.25F, 2, 3}, {}};
+        return CheckSymmetricCollapse<PlainMetric>(pm, v, w, evaluation, mirror);
+    }
+};
+
+constexpr std::int32_t at(std::int32_t column, std::int32_t row) {
+    return 5 * row + column;
+}
+
+TEST(BuildSymmetrySlaves, AreTheSecondSideWhereEverythingIsPaired) {
+    Mirrored m;
+    BuildSymmetrySlaves(m.pm);
+    for (std::int32_t v = 0; v < m.pm.mesh.vertexCount(); ++v)
+        EXPECT_EQ(m.pm.symmetrySlaves.Test(v), m.position(v).x > 0) << v;
+}
+
+TEST(BuildSymmetrySlaves, LieTwoRingsFromEveryUnpairedVertex) {
+    for (const std::int32_t loner : {at(4, 4), at(2, 2), at(0, 0), at(1, 3)}) {
+        Mirrored m;
+        m.unpair(loner);
+        BuildSymmetrySlaves(m.pm);
+        std::set<std::int32_t> near{loner};
+        for (int ringNumber = 0; ringNumber < 2; ++ringNumber) {
+            const std::set<std::int32_t> inner = near;
+            for (const std::int32_t v : inner) {
+                IndexList ring;
+                GetVertexNeighbours(m.pm.mesh, v, ring);
+                near.insert(ring.begin(), ring.end());
+            }
+        }
+        for (std::int32_t v = 0; v < m.pm.mesh.vertexCount(); ++v) {
+            EXPECT_EQ(m.pm.symmetrySlaves.Test(v), m.position(v).x > 0 && near.count(v) == 0) << v;
+            EXPECT_EQ(m.pm.symmetryInterior.Test(v), near.count(v) == 0) << v;
+            EXPECT_EQ(m.pm.symmetryPaired.Test(v), v != loner) << v;
+        }
+    }
+}
+
+TEST(BuildSymmetrySlaves, NeverHoldAVertexOfThePlane) {
+    Mirrored m;
+    m.pm.mesh.symmetryCache.secondSide.Resize(0, true);
+    m.pm.mesh.symmetryCache.secondSide.Resize(m.pm.mesh.vertexCount(), true);
+    BuildSymmetrySlaves(m.pm);
+    for (std::int32_t row = 0; row < 5; ++row)
+        EXPECT_FALSE(m.pm.symmetrySlaves.Test(at(0, row)));
+    EXPECT_TRUE(m.pm.symmetrySlaves.Test(at(1, 1)));
+}
+
+TEST(BuildSymmetrySlaves, TakesAnEmptyMesh) {
+    ProgressiveMesh pm;
+    BuildSymmetrySlaves(pm);
+    EXPECT_EQ(pm.symmetrySlaves.count(), 0);
+}
+
+TEST(CheckSymmetricCollapse, OneSideIsAccompaniedByItsMirrorImage) {
+    Mirrored m;
+    ASSERT_TRUE(m.check(at(2, 2), at(3, 2)));
+    EXPECT_EQ(m.mirror.mirrorV, m.image(at(2, 2)));
+    EXPECT_EQ(m.mirror.mirrorW, m.image(at(3, 2)));
+    EXPECT_TRUE(m.mirror.doMirror);
+    EXPECT_FALSE(m.mirror.mirrorOntoPlane);
+    EXPECT_FALSE(m.mirror.positionFixed);
+    EXPECT_EQ(m.evaluation.position.x, 0.25F);  // as it was
+    const EdgeEvaluation own =
+        evaluateCollapse<PlainMetric>(m.pm, m.mirror.mirrorV, m.mirror.mirrorW);
+    EXPECT_EQ(m.mirror.evaluation.cost, own.cost);
+    EXPECT_EQ(m.mirror.evaluation.position.x, own.position.x);
+    EXPECT_LT(own.position.x, 0.0F);
+}
+
+TEST(CheckSymmetricCollapse, OntoThePlaneBothGoToOnePositionOnThePlane) {
+    Mirrored m;
+    ASSERT_TRUE(m.check(at(1, 2), at(0, 2)));
+    EXPECT_TRUE(m.mirror.doMirror);
+    EXPECT_TRUE(m.mirror.mirrorOntoPlane);
+    EXPECT_TRUE(m.mirror.positionFixed);
+    EXPECT_EQ(m.mirror.mirrorW, at(0, 2));
+    EXPECT_EQ(m.evaluation.position.x, 0.0F);
+    EXPECT_EQ(m.evaluation.position.y, 2.0F);
+    EXPECT_EQ(m.evaluation.position.z, 3.0F);
+    EXPECT_EQ(m.mirror.evaluation.position.x, 0.0F);
+    EXPECT_EQ(m.mirror.evaluation.position.z, 3.0F);
+}
+
+TEST(CheckSymmetricCollapse, WithinThePlaneOneCollapseIsEnough) {
+    Mirrored m;
+    ASSERT_TRUE(m.check(at(0, 2), at(0, 3)));
+    EXPECT_FALSE(m.mirror.doMirror);
+    EXPECT_TRUE(m.mirror.mirrorOntoPlane);
+    EXPECT_EQ(m.evaluation.position.x, 0.0F);
+}
+
+TEST(CheckSymmetricCollapse, AVertexOfThePlaneCollapsesOnlyWithinThePlane) {
+    Mirrored m;
+    EXPECT_FALSE(m.check(at(0, 2), at(1, 2)));
+    EXPECT_EQ(m.evaluation.position.x, 0.25F);
+}
+
+TEST(CheckSymmetricCollapse, AVertexMayFallOntoItsOwnMirrorImage) {
+    // Two columns side by side, no vertex on the plane: 0 and 1, 2 and 3 and so on are pairs.
+    ProgressiveMesh pm;
+    test::prepare(pm, test::grid(1, 4));
+    auto& cache = pm.mesh.symmetryCache;
+    cache.pairing = {1, 0, 3, 2, 5, 4, 7, 6, 9, 8};
+    buildTransforms(cache.planeProjection, cache.mirrorTransform, {1, 0, 0}, {0.5F, 0, 0});
+    EdgeEvaluation evaluation{1, {0.75F, 2, 3}, {}};
+    SymmetricCollapse mirror;
+    EXPECT_TRUE(CheckSymmetricCollapse<PlainMetric>(pm, 4, 5, evaluation, mirror));
+    EXPECT_FALSE(mirror.doMirror);
+    EXPECT_TRUE(mirror.mirrorOntoPlane);
+    EXPECT_EQ(evaluation.position.x, 0.5F);
+}
+
+TEST(CheckSymmetricCollapse, APairedVertexMayNotCollapseOntoAnUnpairedOne) {
+    Mirrored m;
+    m.unpair(at(3, 2));
+    EXPECT_FALSE(m.check(at(2, 2), at(3, 2)));
+    EXPECT_FALSE(m.mirror.doMirror);
+}
+
+TEST(CheckSymmetricCollapse, AnUnpairedVertexCollapsesExactlyOntoThePositionOfAPairedOne) {
+    Mirrored m;
+    m.unpair(at(2, 2));
+    ASSERT_TRUE(m.check(at(2, 2), at(3, 2)));
+    EXPECT_FALSE(m.mirror.doMirror);
+    EXPECT_EQ(m.evaluation.position.x, m.position(at(3, 2)).x);
+    EXPECT_EQ(m.evaluation.position.y, m.position(at(3, 2)).y);
+    EXPECT_EQ(m.evaluation.position.z, m.position(at(3, 2)).z);
+}
+
+TEST(CheckSymmetricCollapse, TwoUnpairedVerticesCollapseAlone) {
+    Mirrored m;
+    m.unpair(at(2, 2));
+    m.unpair(at(3, 2));
+    ASSERT_TRUE(m.check(at(2, 2), at(3, 2)));
+    EXPECT_FALSE(m.mirror.doMirror);
+    EXPECT_EQ(m.evaluation.position.x, 0.25F);
+}
+
+TEST(CheckSymmetricCollapse, AMirrorImageThatIsGoneOrApartIsLeftOut) {
+    Mirrored m;
+    m.pm.mesh.vertexActive.Clear(m.image(at(2, 2)));
+    EXPECT_TRUE(m.check(at(2, 2), at(3, 2)));
+    EXPECT_FALSE(m.mirror.doMirror);
+
+    Mirrored apart;
+    auto& pairing = apart.pm.mesh.symmetryCache.pairing;
+    pairing[static_cast<std::size_t>(at(3, 2))] = apart.image(at(4, 4));
+    EXPECT_TRUE(apart.check(at(2, 2), at(3, 2)));
+    EXPECT_FALSE(apart.mirror.doMirror);
+}
+
+TEST(CheckSymmetricCollapse, AMirrorImageThatMayNotCollapseIsLeftOut) {
+    Mirrored m;
+    m.pm.BorderMode = BORDERMODE_FREEZE;
+    m.pm.mesh.borderVertices.Set(m.image(at(3, 2)));
+    EXPECT_TRUE(m.check(at(2, 2), at(3, 2)));
+    EXPECT_FALSE(m.mirror.doMirror);
+}
+
+TEST(CheckSymmetricCollapse, FewerThanEightTrianglesRefuseMirroredPairs) {
+    Mirrored m;
+    m.pm.mesh.numActiveTriangles = 8;
+    EXPECT_TRUE(m.check(at(2, 2), at(3, 2)));
+    m.pm.mesh.numActiveTriangles = 7;
+    EXPECT_FALSE(m.check(at(2, 2), at(3, 2)));
+    EXPECT_FALSE(m.check(at(1, 2), at(0, 2)));
+    EXPECT_FALSE(m.check(at(0, 2), at(0, 3)));
+    // What is decided before the count is looked at goes on.
+    m.unpair(at(2, 2));
+    EXPECT_TRUE(m.check(at(2, 2), at(3, 2)));
+}
+
+TEST(CheckSymmetricCollapse, TheColourFormGivesTheMirrorImageItsOwnColour) {
+    Mirrored m;
+    test::addColors(m.pm.mesh, [](const FloatVec3& p) {
+        return test::packColor(static_cast<std::uint32_t>(100 + 10 * p.x), 50, 60);
+    });
+    m.pm.colorScale = 0.01;
+    EdgeEvaluation evaluation;
+    ASSERT_TRUE(
+        CheckSymmetricCollapse<ColorMetric>(m.pm, at(2, 2), at(3, 2), evaluation, m.mirror));
+    ASSERT_TRUE(m.mirror.doMirror);
+    EXPECT_LT(m.mirror.evaluation.color[0], 100);
+    EXPECT_NEAR(m.mirror.evaluation.color[1], 50, 1);
+    // Onto the plane it takes the colour of the first.
+    evaluation.color = {1, 2, 3};
+    ASSERT_TRUE(
+        CheckSymmetricCollapse<ColorMetric>(m.pm, at(1, 2), at(0, 2), evaluation, m.mirror));
+    EXPECT_EQ(m.mirror.evaluation.color, (std::array<std::uint8_t, 3>{1, 2, 3}));
+}
+
+}  // namespace
+}  // namespace korvalite

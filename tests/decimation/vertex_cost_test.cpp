@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+#include "decimation/vertex_cost.h"
+
+#include "decimation/edge_cost.h"
+#include "decimation/triangle_quadrics.h"
+#include "support/prepared_mesh.h"
+#include "support/random.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace korvalite {
+namespace {
+
+const VertexRecord& recompute(ProgressiveMesh& pm, std::int32_t vertex) {
+    IndexList ring{77};
+    RecomputeVertexCost(pm, vertex, ring);
+    return pm.mesh.vertices[static_cast<std::size_t>(vertex)];
+}
+
+// The quadrics of all triangles at a vertex, from the highest corner down.
+void addTriangles(const ProgressiveMesh& pm, Quadric3D& sum, std::int32_t vertex) {
+    for (std::int32_t corner = pm.mesh.cornerCount() - 1; corner >= 0; --corner) {
+        if (vertexAt(pm.mesh, corner) == vertex) sum += ComputeTriangleQuadric(pm, corner / 3);
+    }
+}
+
+struct Ranking {
+    float cost = kNotCollapsible;
+    std::int32_t partner = kNone;
+};
+
+// Told again, with the neighbours' quadric that is never cleared in between.
+Ranking rankSlowly(const ProgressiveMesh& pm, std::int32_t v) {
+    Quadric3D own;
+    Quadric3D others;
+    addTriangles(pm, own, v);
+    IndexList ring;
+    GetVertexNeighbours(pm.mesh, v, ring);
+    Ranking best;
+    for (const std::int32_t x : ring) {
+        if (x == v) continue;
+        addTriangles(pm, others, x);
+        EdgeEvaluation edge;
+        EvaluateEdgeCost(pm, edge, v, x, own + others);
+        if (best.cost > edge.cost) best = {edge.cost, x};
+    }
+    return best;
+}
+
+TEST(RecomputeVertexCost, RanksAgainstTheRingWithTheSumOfAllNeighboursSoFar) {
+    DMesh mesh = test::grid(6, 6, test::hills);
+    test::jitter(mesh, 0.2F, 1);
+    ProgressiveMesh pm;
+    test::prepare(pm, mesh);
+    for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
+        const Ranking expected = rankSlowly(pm, v);
+        const VertexRecord& record = recompute(pm, v);
+        EXPECT_EQ(record.cost, expected.cost) << v;
+        EXPECT_EQ(record.partner, expected.partner) << v;
+    }
+}
+
+TEST(RecomputeVertexCost, TheSumMakesLaterNeighboursDearer) {
+    // Each of them alone, with its own quadric, would give another cost for nearly every vertex.
+    DMesh mesh = test::sphere(2);
+    test::jitter(mesh, 0.02F, 2);
+    ProgressiveMesh pm;
+    test::prepare(pm, mesh);
+    int different = 0;
+    for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
+        Quadric3D own;
+        addTriangles(pm, own, v);
+        IndexList ring;
+        GetVertexNeighbours(pm.mesh, v, ring);
+        float best = kNotCollapsible;
+        for (const std::int32_t x : ring) {
+            Quadric3D others;
+            addTriangles(pm, others, x);
+            EdgeEvaluation edge;
+            EvaluateEdgeCost(pm, edge, v, x, own + others);
+            best = std::min(best, edge.cost);
+        }
+        const float cost = recompute(pm, v).cost;
+        EXPECT_GE(cost, best);
+        if (cost != best) ++different;
+    }
+    EXPECT_GT(different, pm.mesh.vertexCount() / 4);
+}
+
+TEST(RecomputeVertexCost, OfEqualNeighboursTheFirstOfTheRingWins) {
+    ProgressiveMesh pm;
+    test::prepare(pm, test::grid(3, 3));
+    IndexList ring;
+    GetVertexNeighbours(pm.mesh, 5, ring);
+    for (const std::int32_t x : ring)
+        pm.mesh.borderVertices.Clear(x);
+    const VertexRecord& record = recompute(pm, 5);
+    EXPECT_EQ(record.cost, 0.0F);
+    EXPECT_EQ(record.partner, ring.front());
+}
+
+TEST(RecomputeVertexCost, AVertexWithNoTriangleIsNotCollapsible) {
+    ProgressiveMesh pm;
+    test::prepare(pm, test::buildMesh({{0, 0, 0}}, {}));
+    pm.mesh.vertices[0].cost = 3;
+    pm.mesh.vertices[0].partner = 0;
+    EXPECT_EQ(recompute(pm, 0).cost, kNotCollapsible);
+    EXPECT_EQ(pm.mesh.vertices[0].partner, -1);
+}
+
+TEST(RecomputeVertexCost, AVertexIsNeverItsOwnPartner) {
+    ProgressiveMesh pm;
+    test::prepare(pm, test::buildMesh({{0, 0, 0}, {1, 0, 0}}, {{0, 0, 0}, {0, 0, 1}}));
+    EXPECT_EQ(recompute(pm, 0).partner, 1);
+    test::prepare(pm, test::buildMesh({{0, 0, 0}}, {{0, 0, 0}}));
+    EXPECT_EQ(recompute(pm, 0).partner, -1);
+    EXPECT_EQ(pm.mesh.vertices[0].cost, kNotCollapsible);
+}
+
+TEST(RecomputeVertexCost, NeighboursHeldByASeamAreSkipped) {
+    ProgressiveMesh pm;
+    test::prepare(pm, test::tetrahedron());
+    DMesh& mesh = pm.mesh;
+    mesh.uvSeamVertices.Resize(4, false);
+    mesh.uvSeamCorners.Resize(4, false);
+    const auto seam = [&](std::int32_t v) { mesh.uvSeamVertices.Set(v); };
+    pm.m_handleUVs_internal = true;
+    EXPECT_FALSE(isHeldBySeam(pm, 0, 1));
+    seam(0);
+    mesh.uvSeamCorners.Set(0);
+    EXPECT_FALSE(isHeldBySeam(pm, 0, 1));  // both must be on a seam
+    seam(1);
+    EXPECT_TRUE(isHeldBySeam(pm, 0, 1));
+    EXPECT_TRUE(isHeldBySeam(pm, 1, 0));  // and one of them a corner
+    seam(2);
+    EXPECT_FALSE(isHeldBySeam(pm, 1, 2));
+    EXPECT_EQ(recompute(pm, 0).partner, 3);
+    seam(3);
+    EXPECT_EQ(recompute(pm, 0).partner, -1);
+    pm.m_handleUVs_internal = false;
+    EXPECT_FALSE(isHeldBySeam(pm, 0, 1));
+    EXPECT_NE(recompute(pm, 0).partner, -1);
+}
+
+TEST(RecomputeVertexCost, CoordinatesThatAreNoNumbersNeverBecomeACost) {
+    for (const float bad :
+         {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
+        DMesh mesh = test::sphere(1);
+        mesh.vertices[3].x = bad;
+        mesh.vertices[9].z = bad;
+        ProgressiveMesh pm;
+        test::prepare(pm, mesh);
+        for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
+            const float cost = recompute(pm, v).cost;
+            EXPECT_TRUE(cost >= 0.0F) << v;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace korvalite

@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: MIT
+#include "lowmem/vertex_cost_init.h"
+
+#include "decimation/driver_preparation.h"
+#include "decimation/metric.h"
+#include "lowmem/attribute_preparation.h"
+#include "mesh/borders.h"
+#include "mesh/corner_lists.h"
+#include "support/allocation_limit.h"
+#include "support/decimation_run.h"
+#include "support/mesh_builder.h"
+#include "support/mesh_validator.h"
+#include "support/stop_request.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+using test::AllocationLimit;
+using test::MeshPtr;
+
+// Large enough that its arrays are longer than everything else the step allocates.
+constexpr std::uint32_t kSide = 80;
+constexpr std::size_t kVertices = (kSide + 1) * (kSide + 1);
+// Bytes at once: between 40 and 80 for each vertex only the float array fits, below 40 none.
+constexpr std::size_t kOnlyFloats = 60 * kVertices;
+constexpr std::size_t kNoArray = 39 * kVertices;
+
+// Up to the moment before the costs: corner lists and borders.
+MeshPtr ready(DMesh mesh) {
+    MeshPtr pm = test::prepared(std::move(mesh));
+    BuildVertexCorners(pm->mesh);
+    ComputeBorderVertices(pm->mesh);
+    pm->m_useVertexColors_internal = pm->mesh.hasColors();
+    if (pm->mesh.hasColors()) computeColorScale(*pm);
+    return pm;
+}
+
+DMesh hillyGrid() {
+    DMesh mesh = test::grid(kSide, kSide, test::hills);
+    test::jitter(mesh, 0.2F, 7);
+    return mesh;
+}
+
+DMesh colorfulGrid() {
+    DMesh mesh = hillyGrid();
+    test::addColors(mesh, [](const FloatVec3& p) {
+        return test::packColor(static_cast<std::uint32_t>(3 * p.x + 10) & 0xFFU, 40,
+                               static_cast<std::uint32_t>(2 * p.y + 10) & 0xFFU);
+    });
+    return mesh;
+}
+
+using Ranking = std::vector<std::pair<std::uint32_t, std::int32_t>>;
+
+Ranking rankingOf(const ProgressiveMesh& pm) {
+    Ranking ranking;
+    for (const VertexRecord& vertex : pm.mesh.vertices) {
+        ranking.emplace_back(std::bit_cast<std::uint32_t>(vertex.cost), vertex.partner);
+    }
+    return ranking;
+}
+
+template <typename Metric>
+Ranking chosenRanking(const DMesh& mesh) {
+    const MeshPtr pm = ready(mesh);
+    InitVerticesCost_LM<Metric>(*pm);
+    EXPECT_TRUE(test::cornerListsAreSound(pm->mesh));
+    return rankingOf(*pm);
+}
+
+template <typename Form>
+Ranking rankingBy(const DMesh& mesh, Form form) {
+    const MeshPtr pm = ready(mesh);
+    form(*pm);
+    return rankingOf(*pm);
+}
+
+Ranking byDoubles(const DMesh& mesh) {
+    return rankingBy(
+        mesh, [](ProgressiveMesh& pm) { EXPECT_TRUE(InitVerticesCostDoubleMat<PlainMetric>(pm)); });
+}
+Ranking byFloats(const DMesh& mesh) {
+    return rankingBy(mesh, [](ProgressiveMesh& pm) { EXPECT_TRUE(InitVerticesCostFloatMat(pm)); });
+}
+Ranking byNoArray(const DMesh& mesh) {
+    return rankingBy(mesh, [](ProgressiveMesh& pm) { InitVerticesCostNoMat<PlainMetric>(pm); });
+}
+
+std::size_t queuedCount(const ProgressiveMesh& pm) {
+    std::size_t count = 0;
+    for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v)
+        count += pm.costQueue.isQueued(v) ? 1U : 0U;
+    return count;
+}
+
+TEST(VertexCostInit, TheThreeFormsGiveDifferentResults) {
+    const DMesh mesh = hillyGrid();
+    EXPECT_NE(byDoubles(mesh), byFloats(mesh));
+    EXPECT_NE(byDoubles(mesh), byNoArray(mesh));
+    EXPECT_NE(byFloats(mesh), byNoArray(mesh));
+}
+
+TEST(VertexCostInit, WithEnoughMemoryTheDoubleFormIsTaken) {
+    const DMesh mesh = hillyGrid();
+    EXPECT_EQ(chosenRanking<PlainMetric>(mesh), byDoubles(mesh));
+}
+
+TEST(VertexCostInit, WithoutRoomForDoublesTheFloatFormIsTaken) {
+    const DMesh mesh = hillyGrid();
+    const MeshPtr pm = ready(mesh);
+    {
+        const AllocationLimit limit(kOnlyFloats);
+        InitVerticesCost_LM<PlainMetric>(*pm);
+    }
+    EXPECT_EQ(rankingOf(*pm), byFloats(mesh));
+    EXPECT_TRUE(test::cornerListsAreSound(pm->mesh));
+}
+
+TEST(VertexCostInit, WithoutRoomForAnyArrayTheFormWithoutOneIsTaken) {
+    const DMesh mesh = hillyGrid();
+    const MeshPtr pm = ready(mesh);
+    {
+        const AllocationLimit limit(kNoArray);
+        InitVerticesCost_LM<PlainMetric>(*pm);
+    }
+    EXPECT_EQ(rankingOf(*pm), byNoArray(mesh));
+    EXPECT_TRUE(test::cornerListsAreSound(pm->mesh));
+}
+
+TEST(VertexCostInit, ColorsGoFromDoublesStraightToTheFormWithoutArray) {
+    const DMesh mesh = colorfulGrid();
+    const MeshPtr pm = ready(mesh);
+    {
+        const AllocationLimit limit(kOnlyFloats);
+        InitVerticesCost_LM<ColorMetric>(*pm);
+    }
+    EXPECT_EQ(rankingOf(*pm), rankingBy(mesh, [](ProgressiveMesh& other) {
+                  InitVerticesCostNoMat<ColorMetric>(other);
+              }));
+    EXPECT_NE(rankingOf(*pm), chosenRanking<ColorMetric>(mesh));
+}
+
+TEST(VertexCostInit, SettingsLeaveFormsOut) {
+    const DMesh mesh = hillyGrid();
+    const MeshPtr noDoubles = ready(mesh);
+    noDoubles->tryStoreDoubleMat = false;
+    InitVerticesCost_LM<PlainMetric>(*noDoubles);
+    EXPECT_EQ(rankingOf(*noDoubles), byFloats(mesh));
+    const MeshPtr neither = ready(mesh);
+    neither->tryStoreDoubleMat = false;
+    neither->tryStoreFloatMat = false;
+    InitVerticesCost_LM<PlainMetric>(*neither);
+    EXPECT_EQ(rankingOf(*neither), byNoArray(mesh));
+}
+
+TEST(VertexCostInit, AFormWithoutMemoryTouchesNoVertexAndHoldsNothing) {
+    const MeshPtr pm = ready(hillyGrid());
+    for (VertexRecord& vertex : pm->mesh.vertices) {
+        vertex.cost = 0.25F;
+        vertex.partner = 3;
+    }
+    const Ranking before = rankingOf(*pm);
+    {
+        const AllocationLimit limit(kNoArray);
+        EXPECT_FALSE(InitVerticesCostDoubleMat<PlainMetric>(*pm));
+        EXPECT_FALSE(InitVerticesCostFloatMat(*pm));
+    }
+    EXPECT_EQ(rankingOf(*pm), before);
+    EXPECT_EQ(pm->costQueue.vertexCount(), 0);
+}
+
+TEST(VertexCostInit, LackOfMemoryBeyondTheArrayPassesThrough) {
+    const MeshPtr pm = ready(hillyGrid());
+    const AllocationLimit limit(100);
+    EXPECT_THROW(InitVerticesCost_LM<PlainMetric>(*pm), std::bad_alloc);
+}
+
+TEST(VertexCostInit, WithoutTrianglesEveryVertexStaysOutOfTheQueue) {
+    const MeshPtr pm = ready(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {}));
+    InitVerticesCost_LM<PlainMetric>(*pm);
+    for (const VertexRecord& vertex : pm->mesh.vertices) {
+        EXPECT_EQ(vertex.cost, kNotCollapsible);
+        EXPECT_EQ(vertex.partner, kNone);
+    }
+    EXPECT_EQ(pm->costQueue.vertexCount(), 3);
+    EXPECT_EQ(queuedCount(*pm), 0U);
+    EXPECT_EQ(pm->costQueue.Top(), kNone);
+}
+
+TEST(VertexCostInit, StopRequestInTheCornerLoopLeavesLaterVerticesOutAndStillQueues) {
+    const MeshPtr pm = ready(test::torus(12, 8));
+    const test::StopRequest stop;
+    InitVerticesCost_LM<PlainMetric>(*pm);
+    // Only the first corner's edge was evaluated.
+    const auto a = static_cast<std::int32_t>(pm->mesh.triangles[0]);
+    const auto b = static_cast<std::int32_t>(pm->mesh.triangles[1]);
+    EXPECT_EQ(queuedCount(*pm), 2U);
+    EXPECT_TRUE(pm->costQueue.isQueued(a));
+    EXPECT_TRUE(pm->costQueue.isQueued(b));
+    EXPECT_EQ(pm->costQueue.vertexCount(), pm->mesh.vertexCount());
+    EXPECT_EQ(pm->mesh.vertices.back().cost, kNotCollapsible);
+}
+
+TEST(VertexCostInit, StopRequestEndsTheFormWithoutArrayAfterOneVertex) {
+    const MeshPtr pm = ready(test::torus(12, 8));
+    for (VertexRecord& vertex : pm->mesh.vertices)
+        vertex.cost = kNotCollapsible;
+    const test::StopRequest stop;
+    InitVerticesCostNoMat<PlainMetric>(*pm);
+    EXPECT_TRUE(pm->costQueue.isQueued(0));
+    for (std::int32_t v = 1; v < pm->mesh.vertexCount(); ++v) {
+        EXPECT_EQ(pm->costQueue.isQueued(v), AreVerticesAdjacent(pm->mesh, 0, v)) << v;
+    }
+}
+
+TEST(VertexCostInit, WithoutArrayAVertexWithLowerNeighboursOnlyIsNotQueued) {
+    const MeshPtr pm = ready(test::octahedron());
+    InitVerticesCostNoMat<PlainMetric>(*pm);
+    // 5 is next to 0 to 3; 4 too, for 4 and 5 are opposite.
+    EXPECT_EQ(pm->mesh.vertices[5].cost, kNotCollapsible);
+    EXPECT_EQ(pm->mesh.vertices[5].partner, kNone);
+    EXPECT_FALSE(pm->costQueue.isQueued(5));
+    EXPECT_FALSE(pm->costQueue.isQueued(4));
+    for (std::int32_t v = 0; v < 4; ++v) {
+        EXPECT_TRUE(pm->costQueue.isQueued(v)) << v;
+        EXPECT_GT(pm->mesh.vertices[static_cast<std::size_t>(v)].partner, v);
+    }
+}
+
+TEST(VertexCostInit, OnlyTheArrayFormsMakeABorderDearer) {
+    const DMesh mesh = test::grid(6, 6, test::hills);
+    const MeshPtr array = ready(mesh);
+    InitVerticesCost_LM<PlainMetric>(*array);
+    const MeshPtr noArray = ready(mesh);
+    InitVerticesCostNoMat<PlainMetric>(*noArray);
+    // A corner of the grid, with all its neighbours on the border too.
+    EXPECT_GT(array->mesh.vertices[0].cost, 2 * noArray->mesh.vertices[0].cost);
+    EXPECT_GT(noArray->mesh.vertices[0].cost, 0);
+}
+
+TEST(VertexCostInit, AFrozenBorderIsNotQueued) {
+    const MeshPtr pm = ready(test::grid(6, 6, test::hills));
+    pm->BorderMode = BORDERMODE_FREEZE;
+    InitVerticesCost_LM<PlainMetric>(*pm);
+    for (std::int32_t v = 0; v < pm->mesh.vertexCount(); ++v) {
+        if (!pm->mesh.borderVertices.Test(v)) continue;
+        EXPECT_FALSE(pm->costQueue.isQueued(v)) << v;
+        EXPECT_EQ(pm->mesh.vertices[static_cast<std::size_t>(v)].cost, kNotCollapsible);
+    }
+    EXPECT_GT(queuedCount(*pm), 0U);
+}
+
+TEST(VertexCostInit, ATriangleThatNamesAVertexTwiceMakesNoVertexItsOwnPartner) {
+    DMesh mesh = test::octahedron();
+    mesh.triangles.insert(mesh.triangles.end(), {0, 0, 2, 3, 3, 3});
+    test::completeMesh(mesh);
+    for (const Ranking& ranking : {byDoubles(mesh), byFloats(mesh), byNoArray(mesh)}) {
+        for (std::size_t v = 0; v < ranking.size(); ++v)
+            EXPECT_NE(ranking[v].second, static_cast<std::int32_t>(v));
+    }
+}
+
+// A ball with its pairs and slaves, up to the moment before the costs.
+MeshPtr symmetricBall() {
+    MeshPtr pm = ready(test::sphere(3));
+    test::askForSymmetry(*pm, 0);
+    prepareSymmetry(*pm, {});
+    return pm;
+}
+
+TEST(VertexCostInit, TheArrayFormsLeaveSlavesUnranked) {
+    const MeshPtr pm = symmetricBall();
+    ASSERT_TRUE(pm->m_handleSymmetry_internal);
+    ASSERT_GT(pm->symmetrySlaves.CountSet(), 0);
+    InitVerticesCost_LM<PlainMetric>(*pm);
+    std::size_t masters = 0;
+    for (std::int32_t v = 0; v < pm->mesh.vertexCount(); ++v) {
+        EXPECT_NE(pm->costQueue.isQueued(v), pm->symmetrySlaves.Test(v)) << v;
+        masters += pm->costQueue.isQueued(v) ? 1U : 0U;
+    }
+    EXPECT_GT(masters, 0U);
+}
+
+TEST(VertexCostInit, TheFormWithoutArrayRanksSlavesToo) {
+    const MeshPtr pm = symmetricBall();
+    InitVerticesCostNoMat<PlainMetric>(*pm);
+    std::size_t queuedSlaves = 0;
+    for (std::int32_t v = 0; v < pm->mesh.vertexCount(); ++v) {
+        queuedSlaves += pm->symmetrySlaves.Test(v) && pm->costQueue.isQueued(v) ? 1U : 0U;
+    }
+    EXPECT_GT(queuedSlaves, 0U);
+}
+
+}  // namespace
+}  // namespace korvalite

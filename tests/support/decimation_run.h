@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "formats/vok_reader.h"
+#include "lowmem/run_decimation.h"
+#include "mesh/progressive_mesh.h"
+#include "shell/base/job_paths.h"
+#include "support/scratch_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace korvalite::test {
+
+// The scratch files of its life go into a folder of its own.
+class JobFolder {
+public:
+    JobFolder() { SetJobDirectory(folder_.path().c_str()); }
+    ~JobFolder() { SetJobDirectory(HeapString()); }
+
+    const ScratchFolder& folder() const { return folder_; }
+
+private:
+    ScratchFolder folder_;
+};
+
+class DecimationTest : public testing::Test {
+protected:
+    JobFolder job;
+};
+
+using MeshPtr = std::unique_ptr<ProgressiveMesh>;
+
+// Settings as a job without keys has them, on one thread.
+inline MeshPtr prepared(DMesh mesh) {
+    auto pm = std::make_unique<ProgressiveMesh>();
+    pm->mesh = std::move(mesh);
+    pm->mesh.symmetryMode = 0;
+    pm->MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM;
+    pm->UseAreaWeighting = false;
+    pm->recordVSplits = true;
+    pm->TargetNumItem = 0;
+    return pm;
+}
+
+// 0 x, 1 y, 2 z.
+inline void askForSymmetry(ProgressiveMesh& pm, int axis) {
+    pm.handleSymmetry = true;
+    pm.mesh.symmetryMode = 1;
+    pm.mesh.symmetryAxis = axis;
+}
+
+inline void targetPercent(ProgressiveMesh& pm, float percent) {
+    pm.TargetNumItem = static_cast<std::uint32_t>(static_cast<float>(pm.mesh.vertices.size()) *
+                                                  (percent / 100.0F));
+}
+
+// `set(pm)` changes settings before the run. All records are applied afterwards.
+template <typename Set>
+MeshPtr decimated(DMesh mesh, Set set) {
+    MeshPtr pm = prepared(std::move(mesh));
+    set(*pm);
+    EXPECT_EQ(RunDecimation(*pm), 0);
+    pm->CurVtxSplitPos = static_cast<std::int32_t>(pm->vsplitList.NumVtxSplit());
+    return pm;
+}
+
+// One of the project's sample meshes, as the batch driver loads it.
+inline DMesh sample(const std::string& name) {
+    DMesh mesh;
+    EXPECT_TRUE(importDMesh((std::string(KORVALITE_SOURCE_DIR "/samples/") + name).c_str(), mesh));
+    EXPECT_FALSE(mesh.triangles.empty());
+    dropUniformMask(mesh);
+    return mesh;
+}
+
+}  // namespace korvalite::test

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "shell/base/progress_channel.h"
+#include "support/progress_image.h"
+#include "support/scratch_folder.h"
+
+namespace korvalite::test {
+
+// The process's progress channel with a host behind it, open while this lives.
+class HostedProgress {
+public:
+    explicit HostedProgress(ProgressImage image = ProgressImage::opened()) {
+        const std::string path = folder_ / u8"job.kvc.running";
+        writeWhole(path, image.bytes());
+        progressChannel().openFile(path.c_str());
+        progressChannel().setEnabled(true);
+    }
+    ~HostedProgress() {
+        progressChannel().setEnabled(false);
+        progressChannel().Close();
+    }
+    HostedProgress(const HostedProgress&) = delete;
+    HostedProgress& operator=(const HostedProgress&) = delete;
+
+private:
+    ScratchFolder folder_;
+};
+
+// A host that has asked to stop what is being decimated.
+class StopRequest : public HostedProgress {
+public:
+    StopRequest() : HostedProgress(asking()) {}
+
+private:
+    static ProgressImage asking() {
+        ProgressImage image = ProgressImage::opened();
+        image.setByte(ProgressImage::kStopCurrent, 1);
+        return image;
+    }
+};
+
+}  // namespace korvalite::test
