@@ -11,8 +11,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -42,10 +42,10 @@ void requireConsistent(const DMesh& mesh) {
 }
 
 // Also that no byte in them is uninitialized, where the build can tell.
-template <typename T>
-bool sameBytes(const std::vector<T>& a, const std::vector<T>& b) {
+template <typename List>
+bool sameBytes(const List& a, const List& b) {
     return a.size() == b.size() &&
-           (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0);
+           (a.empty() || std::memcmp(a.data(), b.data(), std::span(a).size_bytes()) == 0);
 }
 
 }  // namespace
