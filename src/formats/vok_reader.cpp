@@ -108,7 +108,7 @@ WalkStep readPointList(VokWalk& walk, const VokBlockHeader& header) {
     auto points = zeroed<FloatVec3>(count);
     readPayload(walk.file, header, points);
     for (std::size_t i = 0; i < points.size(); ++i)
-        walk.mesh.vertices[i].setPosition(points[i]);
+        walk.mesh.vertices[i] = {.x = points[i].x, .y = points[i].y, .z = points[i].z};
     DebugLog("   - Vertex blocs OK [%d vtx].");
     return WalkStep::NextBlock;
 }
