@@ -22,6 +22,9 @@ if(sanitizers)
     target_compile_options(project_options INTERFACE
         -fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(project_options INTERFACE -fsanitize=${sanitizers})
+    # g++ takes the instrumented standard library for code that reads uninitialized memory.
+    target_compile_options(project_options INTERFACE
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 if(sanitizers OR CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_definitions(project_options INTERFACE _GLIBCXX_ASSERTIONS)
