@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Replaces the allocation functions of the test program, array forms too: those of a sanitizer
-// would not call the plain ones. Over-aligned types are not counted.
+// Replaces the allocation functions of the test program, array and nothrow forms too: those of a
+// sanitizer would not call the plain ones. Over-aligned types are not counted.
 #include "support/allocation_counter.h"
 
 #include "support/allocation_limit.h"
@@ -46,6 +46,18 @@ void* operator new(std::size_t size) {
 
 void* operator new[](std::size_t size) {
     return operator new(size);
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+    return operator new(size, tag);
 }
 
 void operator delete(void* memory) noexcept {
