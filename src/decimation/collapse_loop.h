@@ -7,14 +7,13 @@
 //
 //   using Metric                            of the mirror image's position
 //   static constexpr bool kRecordsSplits
-//   bool partnerIsGone(u)                   drop the vertex that would collapse onto u
 //   EdgeEvaluation place(v, u)              where u goes, and its colour
 //   void carryAttributes(record, removed, kept, evaluation)
 //   void updateCosts(kept, record)          after a collapse onto a vertex that is still active
 //   void refreshCosts(record)               ... that is not
 //   void rankFreedSlave(vertex)             cost and partner of one vertex, not queued
 //   void rankForFinishStep(vertex)          the same
-//   void report(turns, done)                after each successful turn; a mirrored pair counts once
+//   void showProgress(done)                 every 200 successful turns; a mirrored pair counts once
 //
 // Invariants: numActiveVertices and numActiveTriangles equal the set bits; a turn ends with its
 // collapse complete and recorded, or with the mesh as before it.
@@ -39,12 +38,12 @@ public:
           startCount_(static_cast<double>(pm.activeCount()) + 0.2) {}
 
     void run() {
+        pm_.reportStep(10);
         pm_.finishStepStarted = false;
         pm_.inFinishStep = false;
         progressChannel().BeginSubTask("processing", static_cast<std::int32_t>(startCount_));
         while (takeTurn() == Turn::Next) {
         }
-        progressChannel().EndSubTask();
     }
 
 private:
@@ -59,7 +58,7 @@ private:
         const std::int32_t v = pm_.costQueue.Top();
         if (v == kNone) return Turn::Stop;
         const std::int32_t u = mesh_.vertices[at(v)].partner;
-        if (u == kNone || driver_.partnerIsGone(u)) {
+        if (u == kNone || !mesh_.vertexActive.Test(u)) {
             pm_.costQueue.Remove(v);
             return Turn::Next;
         }
@@ -68,6 +67,7 @@ private:
         if (collapsePair(v, u)) {
             rankAgain(v, u);
             record();
+            showProgress();
         }
         return Turn::Next;
     }
@@ -182,8 +182,14 @@ private:
             }
             pm_.vsplitList.spillIfFull();
         }
-        driver_.report(++turns_, static_cast<std::int32_t>(startCount_ -
-                                                           static_cast<double>(pm_.activeCount())));
+    }
+
+    void showProgress() {
+        constexpr std::uint32_t kTurnsBetweenReports = 200;
+        if (++turns_ % kTurnsBetweenReports != 0) return;
+        const auto left = static_cast<double>(pm_.activeCount());
+        driver_.showProgress(static_cast<std::int32_t>(startCount_ - left));
+        pm_.reportStep(11);
     }
 
     ProgressiveMesh& pm_;

@@ -6,6 +6,7 @@
 #include "geometry/compute_symmetry.h"
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
+#include "shell/base/job_paths.h"
 #include "shell/base/progress_channel.h"
 
 #include <cmath>
@@ -83,6 +84,16 @@ void prepareSymmetry(ProgressiveMesh& pm, const SymmetryNeeds& needs) {
         if (needs.planeQuadric) BuildSymmetryPlaneQuadric(pm);
     }
     progressChannel().EndSubTask();
+}
+
+void prepareInMemoryDriver(ProgressiveMesh& pm, bool planeQuadric) {
+    progressChannel().BeginMainTask(CurrentMeshName());
+    prepareAdjacency(pm);
+    pm.reportStep(4);
+    pm.reportStep(5);
+    prepareSymmetry(pm, {.pairsMustShareColors = false, .planeQuadric = planeQuadric});
+    pm.reportStep(7);
+    pm.reportStep(8);
 }
 
 void openVSplitList(ProgressiveMesh& pm) {

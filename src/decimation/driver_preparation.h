@@ -20,6 +20,10 @@ struct SymmetryNeeds {
 /// masks (or colours) differ are taken apart, so that they collapse on their own.
 void prepareSymmetry(ProgressiveMesh& pm, const SymmetryNeeds& needs);
 
+/// All of the above, as the drivers that hold their metric in memory begin: with the main task, and
+/// with neither UVs nor colours.
+void prepareInMemoryDriver(ProgressiveMesh& pm, bool planeQuadric);
+
 /// Opens the list of splits, if the run records them.
 void openVSplitList(ProgressiveMesh& pm);
 

@@ -163,6 +163,7 @@ int updateMeshAtLevel(ProgressiveMesh& pm, std::int32_t target) {
     DebugLog("Start updateMeshAtLevel  (targetNumVtx=%d)");
     if (activeCount(pm) != target) moveToLevel(pm, target);
     progressChannel().EndSubTask();
+    pm.reportStep(14);
     DebugLog("updateMeshAtLevel_LM OK!*");
     DebugLog("     Verif : numActiveVtx=%d");
     return 0;

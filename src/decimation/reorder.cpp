@@ -30,6 +30,9 @@ void releaseWorkingState(ProgressiveMesh& pm) {
     }
     pm.costQueue.Release();
     release(pm.triangleQuadrics);
+    release(pm.vertexQuadrics);
+    release(pm.bestPositions);
+    release(pm.triangleNormals);
 }
 
 struct Renumbering {

@@ -15,8 +15,6 @@ namespace korvalite {
 
 namespace {
 
-constexpr std::uint32_t kTurnsBetweenReports = 200;
-
 std::size_t at(std::int32_t index) {
     return static_cast<std::size_t>(index);
 }
@@ -31,8 +29,6 @@ public:
     explicit LowMemoryDriver(ProgressiveMesh& pm) : pm_(pm), mesh_(pm.mesh) {
         neighbourhood_.prepare(mesh_);
     }
-
-    [[nodiscard]] bool partnerIsGone(std::int32_t u) const { return !mesh_.vertexActive.Test(u); }
 
     [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u) const {
         return evaluateCollapse<Metric>(pm_, v, u);
@@ -62,9 +58,7 @@ public:
     void rankFreedSlave(std::int32_t vertex) { RecomputeVertexCost(pm_, vertex, ring_); }
     void rankForFinishStep(std::int32_t vertex) { RecomputeVertexCost(pm_, vertex, ring_); }
 
-    static void report(std::uint32_t turns, std::int32_t done) {
-        if (turns % kTurnsBetweenReports == 0) progressChannel().SetSubTaskProgress(done);
-    }
+    static void showProgress(std::int32_t done) { progressChannel().SetSubTaskProgress(done); }
 
 private:
     ProgressiveMesh& pm_;
@@ -82,13 +76,18 @@ int doDecimationInit_LM(ProgressiveMesh& pm) {
     ProgressChannel& progress = progressChannel();
     progress.BeginMainTask(CurrentMeshName());
     prepareAdjacency(pm);
+    pm.reportStep(4);
     progress.raiseStageFlags();
+    pm.reportStep(5);
     prepareSymmetry(pm, {.pairsMustShareColors = true, .planeQuadric = true});
+    pm.reportStep(7);
     prepareUVs(pm);
     if (pm.m_useVertexColors_internal) computeColorScale(pm);
+    pm.reportStep(8);
     progress.BeginSubTask("analysing mesh", -1);
     InitVerticesCost_LM<Metric>(pm);
     progress.EndSubTask();
+    pm.reportStep(9);
     openVSplitList(pm);
     return 0;
 }
@@ -97,7 +96,9 @@ template <typename Metric>
 int doDecimationLoop_LM(ProgressiveMesh& pm) {
     LowMemoryDriver<Metric> driver(pm);
     CollapseLoop(pm, driver).run();
+    progressChannel().EndSubTask();
     progressChannel().EndMainTask();
+    pm.reportStep(12);
     return 0;
 }
 

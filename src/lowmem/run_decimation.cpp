@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "lowmem/run_decimation.h"
 
+#include "decimation/high_speed_driver.h"
+#include "decimation/melax_driver.h"
 #include "decimation/reorder.h"
 #include "lowmem/low_memory_driver.h"
 #include "mesh/progressive_mesh.h"
@@ -16,14 +18,21 @@ namespace {
 constexpr int kSuccess = 0;
 constexpr int kOutOfMemory = 2;
 
-int runDriver(ProgressiveMesh& pm) {
-    // A job that asks for several threads gets the same work done on one.
-    const bool lowMemory = pm.MemSpeedTradeOff == MEMSPEED_TRADEOFF_LOW_MEM ||
-                           pm.MemSpeedTradeOff == MEMSPEED_TRADEOFF_LOW_MEM_MT;
-    if (!lowMemory) return kSuccess;
+int runLowMemoryDriver(ProgressiveMesh& pm) {
     pm.m_useVertexColors_internal = pm.mesh.vertexColors.size() == pm.mesh.vertices.size();
     return pm.m_useVertexColors_internal ? doDecimation_LM<ColorMetric>(pm)
                                          : doDecimation_LM<PlainMetric>(pm);
+}
+
+int runDriver(ProgressiveMesh& pm) {
+    switch (pm.MemSpeedTradeOff) {
+    case MEMSPEED_TRADEOFF_HIGH_SPEED: return doDecimation_HS(pm);
+    case MEMSPEED_TRADEOFF_LOW_MEM: return runLowMemoryDriver(pm);
+    // Several threads get the same work done on one.
+    case MEMSPEED_TRADEOFF_LOW_MEM_MT: return runLowMemoryDriver(pm);
+    case MEMSPEED_TRADEOFF_MELAX: return doDecimation_Melax(pm);
+    default: return kSuccess;
+    }
 }
 
 }  // namespace

@@ -40,6 +40,9 @@ void ClearDecimationState(ProgressiveMesh& pm) {
     pm.symmetryInterior.Free();
     pm.symmetrySlaves.Free();
     pm.triangleQuadrics.clear();
+    pm.vertexQuadrics.clear();
+    pm.bestPositions.clear();
+    pm.triangleNormals.clear();
     pm.vsplitList.close();
 }
 

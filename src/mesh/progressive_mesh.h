@@ -12,6 +12,7 @@
 #include "formats/vsplit_list.h"
 #include "mesh/bit_array.h"
 #include "mesh/dmesh.h"
+#include "mesh/step_observer.h"
 
 #include <cstdint>
 #include <vector>
@@ -75,7 +76,12 @@ struct ProgressiveMesh : DecimationSettings {
     bool inFinishStep = false;
 
     CostQueue costQueue{mesh};
-    std::vector<Quadric3D> triangleQuadrics;  // see AccumulateVertexQuadric
+    // Of the high-speed driver.
+    std::vector<Quadric3D> triangleQuadrics;
+    std::vector<Quadric3D> vertexQuadrics;
+    std::vector<FloatVec3> bestPositions;  // per vertex, found together with its cost
+    // Of the Melax driver: unit normals.
+    std::vector<FloatVec3> triangleNormals;
     BitArray symmetryPaired;
     BitArray symmetryInterior;
     BitArray symmetrySlaves;
@@ -89,6 +95,11 @@ struct ProgressiveMesh : DecimationSettings {
     std::int32_t decimationFinishTriangleCount = kNone;
     bool IsReordered = false;  // each lower level is a prefix of the arrays
     bool IsCleaned = false;    // the working state has been released
+
+    StepObserver* observer = nullptr;  // not owned
+    void reportStep(int number) const {
+        if (observer != nullptr) observer->step(number);
+    }
 
     /// numActiveVertices or numActiveTriangles, as targetCountsVertices says.
     [[nodiscard]] std::uint32_t activeCount() const {

@@ -173,6 +173,12 @@ bool ProgressChannel::EndSubTask() {
     return true;
 }
 
+bool ProgressChannel::SetSubTaskText(const HeapString& text) {
+    if (record_.subActive == 0) return false;
+    fillText(record_.subText, text);
+    return true;
+}
+
 bool ProgressChannel::CheckFilePresent() {
     if (path_.empty()) return true;
     const std::int64_t start = platform::clockMilliseconds();

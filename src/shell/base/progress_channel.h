@@ -69,6 +69,9 @@ public:
     bool BeginSubTask(const HeapString& text, std::int32_t total);
     bool EndSubTask();
 
+    /// A new text for the running sub-task; the file shows it with the next write.
+    bool SetSubTaskText(const HeapString& text);
+
     /// Cheap: for every turn of a loop. Writes at most about twice a second.
     bool SetSubTaskProgress(std::int32_t done) {
         if (record_.subActive == 0) return false;

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: MIT
+#include "decimation/high_speed_costs.h"
+
+#include "decimation/edge_cost.h"
+#include "decimation/initial_edges.h"
+#include "decimation/triangle_quadrics.h"
+#include "decimation/vertex_quadrics.h"
+
+namespace korvalite {
+
+namespace {
+
+std::size_t at(std::int32_t index) {
+    return static_cast<std::size_t>(index);
+}
+
+void storeQuadrics(ProgressiveMesh& pm) {
+    const DMesh& mesh = pm.mesh;
+    pm.triangleQuadrics.assign(at(mesh.triangleCount()), {});
+    pm.vertexQuadrics.assign(mesh.vertices.size(), {});
+    for (std::int32_t triangle = 0; triangle < mesh.triangleCount(); ++triangle) {
+        const Quadric3D quadric = ComputeTriangleQuadric(pm, triangle);
+        pm.triangleQuadrics[at(triangle)] = quadric;
+        for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
+            pm.vertexQuadrics[at(vertexAt(mesh, corner))] += quadric;
+        }
+    }
+    for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
+        addBorderAndPlane(pm, pm.vertexQuadrics[at(vertex)], vertex);
+    }
+}
+
+void evaluateEdge(const ProgressiveMesh& pm, EdgeEvaluation& edge, std::int32_t a, std::int32_t b) {
+    EvaluateEdgeCost(pm, edge, a, b, pm.vertexQuadrics[at(a)] + pm.vertexQuadrics[at(b)]);
+}
+
+class NeighbourUpdate {
+public:
+    NeighbourUpdate(ProgressiveMesh& pm, std::int32_t kept, RingScratch& scratch)
+        : pm_(pm), mesh_(pm.mesh), kept_(kept), s_(scratch) {}
+
+    void run() {
+        refreshQuadrics();
+        for (const std::int32_t u : s_.ring)
+            forget(u);
+        forget(kept_);
+        for (const std::int32_t u : s_.ring)
+            rankRingVertex(u);
+        queue(kept_);
+        for (const std::int32_t u : s_.ring)
+            queue(u);
+        for (const std::int32_t u : s_.ring)
+            s_.inRing.Clear(u);
+    }
+
+private:
+    void refreshQuadrics() {
+        forEachCorner(mesh_, kept_, [&](std::int32_t corner) {
+            pm_.triangleQuadrics[at(corner / 3)] = ComputeTriangleQuadric(pm_, corner / 3);
+        });
+        GetVertexNeighbours(mesh_, kept_, s_.ring);
+        for (const std::int32_t u : s_.ring) {
+            s_.inRing.Set(u);
+            AccumulateVertexQuadric(pm_, pm_.vertexQuadrics[at(u)], u);
+        }
+        AccumulateVertexQuadric(pm_, pm_.vertexQuadrics[at(kept_)], kept_);
+    }
+
+    void forget(std::int32_t vertex) {
+        pm_.costQueue.Remove(vertex);
+        forgetCost(mesh_.vertices[at(vertex)]);
+    }
+
+    void queue(std::int32_t vertex) {
+        if (!pm_.isSymmetrySlave(vertex)) pm_.costQueue.Insert(vertex);
+    }
+
+    /// The ring sees all its neighbours, the kept vertex is seen by the ring, and the vertices
+    /// beyond keep their costs.
+    void rankRingVertex(std::int32_t u) {
+        const bool mayRankU = !pm_.isSymmetrySlave(u);
+        GetVertexNeighbours(mesh_, u, s_.outerRing);
+        EdgeEvaluation edge;
+        for (const std::int32_t x : s_.outerRing) {
+            const bool isInRing = s_.inRing.Test(x);
+            const bool mayRankX = !pm_.isSymmetrySlave(x);
+            const bool takenFromX = isInRing && x < u;
+            if (x == u || takenFromX || (!mayRankU && !mayRankX)) continue;
+            evaluateEdge(pm_, edge, u, x);
+            if (mayRankU) rank(u, x, edge);
+            if (mayRankX && (x == kept_ || isInRing)) rank(x, u, edge);
+        }
+    }
+
+    void rank(std::int32_t vertex, std::int32_t partner, const EdgeEvaluation& edge) {
+        VertexRecord& record = mesh_.vertices[at(vertex)];
+        if (!(record.cost > edge.cost)) return;
+        record.cost = edge.cost;
+        record.partner = partner;
+        pm_.bestPositions[at(vertex)] = edge.position;
+    }
+
+    ProgressiveMesh& pm_;
+    DMesh& mesh_;
+    std::int32_t kept_;
+    RingScratch& s_;
+};
+
+}  // namespace
+
+void InitVerticesCost(ProgressiveMesh& pm) {
+    storeQuadrics(pm);
+    for (VertexRecord& vertex : pm.mesh.vertices)
+        forgetCost(vertex);
+    pm.bestPositions.assign(pm.mesh.vertices.size(), {});
+    rankInitialEdges(
+        pm,
+        [&](EdgeEvaluation& edge, std::int32_t a, std::int32_t b) { evaluateEdge(pm, edge, a, b); },
+        [&](std::int32_t end, const EdgeEvaluation& edge) {
+            pm.bestPositions[at(end)] = edge.position;
+        });
+}
+
+void UpdateNeighbourCosts(ProgressiveMesh& pm, std::int32_t kept, RingScratch& scratch) {
+    NeighbourUpdate(pm, kept, scratch).run();
+}
+
+}  // namespace korvalite
