@@ -12,10 +12,8 @@ namespace korvalite {
 ///   9      all vertices are ranked and queued       14  a level update has ended
 class StepObserver {
 public:
+    virtual ~StepObserver() = default;
     virtual void step(int number) = 0;
-
-protected:
-    ~StepObserver() = default;
 };
 
 }  // namespace korvalite

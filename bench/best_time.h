@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+
+namespace korvalite::bench {
+
+/// The best of its turns, in wall seconds: what others at work on the machine disturbed least.
+class BestTime {
+public:
+    template <typename Work>
+    void measure(Work work) {
+        const auto begin = std::chrono::steady_clock::now();
+        work();
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+        seconds_ = std::min(seconds_, taken.count());
+    }
+    [[nodiscard]] double seconds() const { return seconds_; }
+
+private:
+    double seconds_ = std::numeric_limits<double>::infinity();
+};
+
+}  // namespace korvalite::bench

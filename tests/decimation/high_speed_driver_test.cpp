@@ -1,0 +1,270 @@
+// SPDX-License-Identifier: MIT
+#include "decimation/high_speed_driver.h"
+
+#include "support/decimation_run.h"
+#include "support/level_walk.h"
+#include "support/mesh_builder.h"
+#include "support/mesh_validator.h"
+#include "support/stop_request.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+using test::MeshPtr;
+
+class HighSpeed : public test::DecimationTest {
+protected:
+    template <typename Set>
+    static MeshPtr run(DMesh mesh, Set set) {
+        return test::decimated(std::move(mesh), [&](ProgressiveMesh& pm) {
+            pm.MemSpeedTradeOff = MEMSPEED_TRADEOFF_HIGH_SPEED;
+            pm.DoReorder = false;
+            set(pm);
+        });
+    }
+    static MeshPtr runTo(std::uint32_t target, DMesh mesh) {
+        return run(std::move(mesh), [&](ProgressiveMesh& pm) { pm.TargetNumItem = target; });
+    }
+};
+
+DMesh bumpyBall() {
+    DMesh mesh = test::sphere(3);
+    test::jitter(mesh, 0.01F, 5);
+    return mesh;
+}
+
+// 50 is the count that the symmetric runs go to.
+MeshPtr symmetricRun(DMesh mesh, bool symmetric = true) {
+    return test::decimated(std::move(mesh), [&](ProgressiveMesh& pm) {
+        pm.MemSpeedTradeOff = MEMSPEED_TRADEOFF_HIGH_SPEED;
+        pm.DoReorder = false;
+        pm.TargetNumItem = 50;
+        if (symmetric) test::askForSymmetry(pm, 0);
+    });
+}
+
+TEST_F(HighSpeed, ReachesTheTarget) {
+    const MeshPtr pm = runTo(40, bumpyBall());
+    EXPECT_EQ(pm->mesh.numActiveVertices, 40U);
+    EXPECT_TRUE(test::isSound(pm->mesh));
+    EXPECT_TRUE(test::isClosedManifold(pm->mesh));
+}
+
+TEST_F(HighSpeed, ATargetAtOrAboveTheCountCollapsesNothing) {
+    const DMesh ball = bumpyBall();
+    const auto count = static_cast<std::uint32_t>(ball.vertices.size());
+    for (const std::uint32_t target : {count, count + 1, 0xFFFFFFFFU}) {
+        const MeshPtr pm = runTo(target, ball);
+        EXPECT_EQ(pm->mesh.numActiveVertices, count);
+        EXPECT_EQ(pm->vsplitList.NumVtxSplit(), 0U);
+        EXPECT_EQ(pm->mesh.triangles, ball.triangles);
+    }
+}
+
+TEST_F(HighSpeed, CountsTrianglesIfAsked) {
+    const MeshPtr pm = run(bumpyBall(), [](ProgressiveMesh& settings) {
+        settings.targetCountsVertices = false;
+        settings.TargetNumItem = 101;
+    });
+    EXPECT_EQ(pm->mesh.numActiveTriangles, 100U);  // a closed mesh loses two at a time
+}
+
+TEST_F(HighSpeed, AClosedManifoldStopsNearItsSmallestShapeWithNothingButRefusals) {
+    const MeshPtr pm = runTo(0, bumpyBall());
+    // A tetrahedron may still become two triangles back to back: around each vertex they close.
+    EXPECT_GE(pm->mesh.numActiveVertices, 3U);
+    EXPECT_LE(pm->mesh.numActiveVertices, 4U);
+    EXPECT_TRUE(test::isClosedManifold(pm->mesh));
+    for (std::int32_t v = 0; v < pm->mesh.vertexCount(); ++v) {
+        if (!pm->mesh.vertexActive.Test(v)) continue;
+        EXPECT_GE(pm->mesh.vertices[static_cast<std::size_t>(v)].cost, kPenalizedCost);
+    }
+}
+
+TEST_F(HighSpeed, TheFinishStepChangesNothing) {
+    const auto runWith = [&](bool finishStep) {
+        return run(bumpyBall(), [&](ProgressiveMesh& pm) {
+            pm.TargetNumItem = 0;
+            pm.AllowFinishStep = finishStep;
+        });
+    };
+    const MeshPtr off = runWith(false);
+    const MeshPtr on = runWith(true);
+    EXPECT_EQ(test::arraysOf(on->mesh, test::Part::All),
+              test::arraysOf(off->mesh, test::Part::All));
+    EXPECT_EQ(on->decimationFinishTriangleCount, kNone);
+    EXPECT_FALSE(on->inFinishStep);
+}
+
+TEST_F(HighSpeed, AFirstVertexThatIsNoNumberTurnsSymmetryOff) {
+    DMesh ball = test::sphere(3);
+    ball.vertices[0].x = std::numeric_limits<float>::quiet_NaN();
+    const MeshPtr pm = symmetricRun(ball);
+    EXPECT_FALSE(pm->m_handleSymmetry_internal);
+    EXPECT_TRUE(test::isSound(pm->mesh));
+}
+
+TEST_F(HighSpeed, EachTurnTakesAVertexAndItsMirrorImage) {
+    const MeshPtr pm = symmetricRun(test::sphere(3));
+    const auto count = static_cast<std::uint32_t>(pm->mesh.vertices.size());
+    EXPECT_TRUE(pm->m_handleSymmetry_internal);
+    EXPECT_EQ(pm->vsplitList.NumVtxSplit(), count - pm->mesh.numActiveVertices);
+    // All but the collapses within the plane come in pairs that mirror each other.
+    std::uint32_t pairs = 0;
+    for (std::uint32_t i = 0; i + 1 < pm->vsplitList.NumVtxSplit(); ++i) {
+        const auto placeOf = [&](std::uint32_t record) {
+            const auto split = pm->vsplitList.ensureLoaded(static_cast<std::int32_t>(record));
+            return pm->mesh.vertices[static_cast<std::size_t>(split.vertex())].position();
+        };
+        const FloatVec3 a = placeOf(i);
+        const FloatVec3 b = placeOf(i + 1);
+        if (a.x != 0 && a.x == -b.x && a.y == b.y && a.z == b.z) ++pairs, ++i;
+    }
+    EXPECT_GT(2 * pairs, pm->vsplitList.NumVtxSplit() / 2);
+    EXPECT_TRUE(test::isClosedManifold(pm->mesh));
+}
+
+TEST_F(HighSpeed, AnAsymmetricMaskLetsPairsCollapseOnTheirOwn) {
+    DMesh ball = test::sphere(3);
+    test::addMask(ball, [](const FloatVec3& p) { return p.x > 0.5F ? 200 : 255; });
+    const MeshPtr pm = symmetricRun(ball);
+    EXPECT_TRUE(test::isClosedManifold(pm->mesh));
+    int left = 0;
+    int right = 0;
+    for (std::int32_t v = 0; v < pm->mesh.vertexCount(); ++v) {
+        const float x = pm->mesh.vertices[static_cast<std::size_t>(v)].x;
+        if (!pm->mesh.vertexActive.Test(v)) continue;
+        (x > 0.5F ? right : left) += x > 0.5F || x < -0.5F ? 1 : 0;
+    }
+    EXPECT_NE(left, right);
+}
+
+// Active vertices with a refusal behind them.
+int refused(const ProgressiveMesh& pm) {
+    int count = 0;
+    for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
+        const float cost = pm.mesh.vertices[static_cast<std::size_t>(v)].cost;
+        if (pm.mesh.vertexActive.Test(v) && cost >= kPenalizedCost && cost < kNotCollapsible)
+            ++count;
+    }
+    return count;
+}
+
+TEST_F(HighSpeed, ARefusedMirrorImageTakesBackTheFirstCollapse) {
+    // A second copy of a triangle on the side that follows: collapses there fail the link test,
+    // those of the other side alone would not.
+    DMesh ball = test::sphere(3);
+    const auto control = symmetricRun(ball);
+    std::size_t corner = 0;
+    while (ball.vertices[ball.triangles[corner]].x < 0.5F)
+        corner += 3;
+    for (std::size_t k = 0; k < 3; ++k)
+        ball.triangles.push_back(ball.triangles[corner + k]);
+    test::completeMesh(ball);
+    const MeshPtr pm = symmetricRun(ball);
+    EXPECT_EQ(refused(*control), 0);
+    EXPECT_GE(refused(*pm), 2);
+    EXPECT_TRUE(test::isSound(pm->mesh));
+    // The next ones have taken their turn; the last turn may take a pair.
+    EXPECT_LE(pm->mesh.numActiveVertices, 50U);
+    EXPECT_GE(pm->mesh.numActiveVertices, 49U);
+}
+
+TEST_F(HighSpeed, SplitsReverseBitForBit) {
+    const DMesh ball = bumpyBall();
+    for (const bool symmetric : {false, true}) {
+        const MeshPtr pm = symmetricRun(symmetric ? test::sphere(3) : ball, symmetric);
+        const auto coarse = test::arraysOf(pm->mesh, test::Part::All);
+        test::goAllUp(*pm);
+        EXPECT_EQ(test::surfaceOf(pm->mesh), test::surfaceOf(symmetric ? test::sphere(3) : ball));
+        test::goAllDown(*pm);
+        EXPECT_EQ(test::arraysOf(pm->mesh, test::Part::All), coarse);
+    }
+}
+
+TEST_F(HighSpeed, NoVertexEndsFarFromWhereTheMeshWas) {
+    // A vertex without a stored place would jump to the origin.
+    DMesh ball = test::sphere(3);
+    for (VertexRecord& vertex : ball.vertices)
+        vertex.y += 40;
+    test::jitter(ball, 0.001F, 9);
+    test::addMask(ball, [](const FloatVec3& p) { return p.z > 0.3F ? 230 : 255; });
+    recomputeBoundingBox(ball);
+    const MeshPtr pm = symmetricRun(ball);
+    for (std::int32_t v = 0; v < pm->mesh.vertexCount(); ++v) {
+        if (!pm->mesh.vertexActive.Test(v)) continue;
+        EXPECT_NEAR(pm->mesh.vertices[static_cast<std::size_t>(v)].y, 40, 1.5) << v;
+    }
+}
+
+TEST_F(HighSpeed, AStopRequestLeavesTheMeshAtTheLevelReached) {
+    const test::StopRequest stop;
+    const MeshPtr pm = runTo(40, bumpyBall());
+    EXPECT_EQ(pm->mesh.numActiveVertices, pm->mesh.vertices.size());
+}
+
+TEST_F(HighSpeed, UVsAndColoursAreNotHandled) {
+    DMesh ball = bumpyBall();
+    test::addColors(ball,
+                    [](const FloatVec3& p) { return test::packColor(p.x > 0 ? 200U : 10U, 0, 0); });
+    test::addCornerUVs(ball);
+    const DMesh before = ball;
+    const MeshPtr pm = runTo(40, ball);
+    EXPECT_FALSE(pm->m_handleUVs_internal);
+    EXPECT_FALSE(pm->m_useVertexColors_internal);
+    EXPECT_EQ(pm->mesh.vertexColors, before.vertexColors);
+    EXPECT_EQ(pm->mesh.indicesUV.size(), 0U);
+}
+
+class Steps : public StepObserver {
+public:
+    void step(int number) override { numbers.push_back(number); }
+    std::vector<int> numbers;
+};
+
+TEST_F(HighSpeed, TellsAnObserverItsSteps) {
+    Steps steps;
+    DMesh ball = test::sphere(4);
+    const auto target = static_cast<std::uint32_t>(ball.vertices.size()) - 401;
+    run(ball, [&](ProgressiveMesh& pm) {
+        pm.TargetNumItem = target;
+        pm.observer = &steps;
+    });
+    EXPECT_EQ(steps.numbers, (std::vector<int>{4, 5, 7, 8, 9, 10, 11, 11, 12}));
+}
+
+// Looks at the record of the host's file while a run goes on.
+class LabelReader : public StepObserver {
+public:
+    void step(int number) override {
+        if (number != 11) return;
+        label = progressChannel().record().subText.data();
+        total = progressChannel().record().subTotal;
+        done = progressChannel().record().subDone;
+    }
+    std::string label;
+    std::int32_t total = 0;
+    std::int32_t done = 0;
+};
+
+TEST_F(HighSpeed, ShowsHowManyVerticesAreLeft) {
+    const test::HostedProgress host;
+    LabelReader reader;
+    DMesh ball = test::sphere(4);
+    ASSERT_EQ(ball.vertices.size(), 1026U);
+    run(ball, [&](ProgressiveMesh& pm) {
+        pm.TargetNumItem = 500;
+        pm.observer = &reader;
+    });
+    EXPECT_EQ(reader.label, "processing (626/1.0k vertices)");
+    EXPECT_EQ(reader.total, 1026);
+    EXPECT_EQ(reader.done, 400);
+}
+
+}  // namespace
+}  // namespace korvalite

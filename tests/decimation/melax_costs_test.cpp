@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#include "decimation/melax_costs.h"
+
+#include "support/prepared_mesh.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace korvalite {
+namespace {
+
+std::size_t at(std::int32_t index) {
+    return static_cast<std::size_t>(index);
+}
+
+// Squares of side 1 in a row, folded down along the edge from vertex 2 to vertex 3:
+//
+//   1 --- 3 --- 5        0, 1 at x = 0;  2, 3 at x = 1;  4, 5 beyond the fold
+//   |  /  |  /  |
+//   0 --- 2 --- 4
+DMesh folded(float endX, float endZ) {
+    return test::buildMesh(
+        {{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}, {endX, 0, endZ}, {endX, 1, endZ}},
+        {{0, 2, 3}, {0, 3, 1}, {2, 4, 5}, {2, 5, 3}});
+}
+
+struct Prepared {
+    ProgressiveMesh pm;
+    MelaxScratch scratch;
+
+    explicit Prepared(DMesh mesh) {
+        test::prepare(pm, std::move(mesh));
+        computeTriangleNormals(pm);
+    }
+    float cost(std::int32_t u, std::int32_t x) {
+        return EdgeCollapseCostMelax(pm, u, x, scratch.sides);
+    }
+};
+
+TEST(TriangleNormals, AreOfLengthOneAndStandOnTheirTriangle) {
+    Prepared flat(folded(2, 0));
+    for (const FloatVec3& normal : flat.pm.triangleNormals) {
+        EXPECT_EQ(normal.x, 0);
+        EXPECT_EQ(normal.y, 0);
+        EXPECT_EQ(normal.z, 1);
+    }
+    Prepared steep(folded(1, -3));
+    EXPECT_EQ(steep.pm.triangleNormals[2].x, 1);
+}
+
+TEST(TriangleNormals, OfNoAreaAreZero) {
+    Prepared m(test::buildMesh({{1, 2, 3}, {2, 3, 4}, {3, 4, 5}}, {{0, 1, 2}}));
+    EXPECT_EQ(m.pm.triangleNormals[0].x, 0);
+    EXPECT_EQ(m.pm.triangleNormals[0].y, 0);
+    EXPECT_EQ(m.pm.triangleNormals[0].z, 0);
+}
+
+TEST(TriangleNormals, AreDividedInDoublePrecision) {
+    Prepared m(test::buildMesh({{0, 0, 0}, {3, 0, 1}, {0, 7, 2}}, {{0, 1, 2}}));
+    const FloatVec3 n{-7, -6, 21};  // (3, 0, 1) x (0, 7, 2)
+    const double length = std::sqrt(526.0F);
+    EXPECT_EQ(m.pm.triangleNormals[0].x, static_cast<float>(n.x / length));
+    EXPECT_EQ(m.pm.triangleNormals[0].y, static_cast<float>(n.y / length));
+    EXPECT_EQ(m.pm.triangleNormals[0].z, static_cast<float>(n.z / length));
+}
+
+TEST(MelaxCost, IsZeroOnAFlatPatchAtBordersToo) {
+    Prepared flat(folded(2, 0));
+    for (std::int32_t u = 0; u < 6; ++u) {
+        IndexList ring;
+        GetVertexNeighbours(flat.pm.mesh, u, ring);
+        for (const std::int32_t x : ring)
+            EXPECT_EQ(flat.cost(u, x), 0) << u << ' ' << x;
+    }
+}
+
+TEST(MelaxCost, IsLengthTimesCurvatureWithoutAFactor) {
+    // A right angle: leaving the fold from 2 towards 4 turns the flat triangle by 1.
+    Prepared right(folded(1, -3));
+    EXPECT_EQ(right.cost(2, 4), 3.0F);
+    // Along the fold both sides hold the edge, and nothing turns.
+    EXPECT_EQ(right.cost(3, 2), 0.0F);
+}
+
+TEST(MelaxCost, GrowsToTwiceTheLengthBetweenOpposedNormals) {
+    Prepared shut(folded(0, 0));
+    EXPECT_EQ(shut.cost(2, 4), 2.0F);
+    EXPECT_EQ(shut.pm.triangleNormals[2].z, -1);
+}
+
+TEST(MelaxCost, IsDirected) {
+    Prepared right(folded(1, -3));
+    EXPECT_EQ(right.cost(2, 4), 3.0F);
+    EXPECT_EQ(right.cost(4, 2), 0.0F);  // vertex 4 has no triangle before the fold
+}
+
+TEST(MelaxCost, OfAVertexThatSharesNoTriangleIsNotFinite) {
+    Prepared m(folded(2, 0));
+    EXPECT_EQ(m.cost(0, 5), INFINITY);  // the largest float, times sqrt(5)
+}
+
+TEST(MelaxCost, TheFirstBestNeighbourWins) {
+    Prepared flat(folded(2, 0));
+    for (std::int32_t v = 0; v < 6; ++v) {
+        IndexList ring;
+        GetVertexNeighbours(flat.pm.mesh, v, ring);
+        ComputeVertexCostMelax(flat.pm, v, flat.scratch);
+        EXPECT_EQ(flat.pm.mesh.vertices[at(v)].partner, ring.front());
+        EXPECT_EQ(flat.pm.mesh.vertices[at(v)].cost, 0);
+    }
+}
+
+TEST(MelaxCost, AnIsolatedVertexHasNone) {
+    Prepared m(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {9, 9, 9}}, {{0, 1, 2}}));
+    ComputeVertexCostMelax(m.pm, 3, m.scratch);
+    EXPECT_EQ(m.pm.mesh.vertices[3].cost, kNotCollapsible);
+    EXPECT_EQ(m.pm.mesh.vertices[3].partner, kNone);
+}
+
+TEST(InitVerticesCostMelax, QueuesAllThatCanCollapse) {
+    Prepared m(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {9, 9, 9}}, {{0, 1, 2}}));
+    InitVerticesCostMelax(m.pm, m.scratch);
+    for (std::int32_t v = 0; v < 3; ++v)
+        EXPECT_TRUE(m.pm.costQueue.isQueued(v));
+    EXPECT_FALSE(m.pm.costQueue.isQueued(3));
+    EXPECT_EQ(m.pm.costQueue.Top(), 0);  // the lowest index leaves first among equals
+}
+
+TEST(UpdateRingMelax, RanksTheRingByNormalsAsTheyStand) {
+    Prepared m(test::grid(4, 4));
+    InitVerticesCostMelax(m.pm, m.scratch);
+    m.pm.mesh.vertices[12].z = 2;
+    IndexList ring;
+    IndexList corners;
+    GetVertexCornersAndNeighbours(m.pm.mesh, 12, ring, corners);
+    UpdateRingMelax(m.pm, 12, corners, ring, m.scratch);
+    EXPECT_GT(m.pm.mesh.vertices[12].cost, 0);
+    EXPECT_LT(m.pm.triangleNormals[at(corners[0] / 3)].z, 1);
+    for (const std::int32_t v : ring)
+        EXPECT_TRUE(m.pm.costQueue.isQueued(v));
+    EXPECT_EQ(m.pm.mesh.vertices[0].cost, 0);
+}
+
+TEST(UpdateRingMelax, WithoutListsOnlyTheKeptVertexIsRankedAndByOldNormals) {
+    Prepared m(test::grid(4, 4));
+    InitVerticesCostMelax(m.pm, m.scratch);
+    m.pm.mesh.vertices[12].z = 2;
+    UpdateRingMelax(m.pm, 12, {}, {}, m.scratch);
+    EXPECT_EQ(m.pm.mesh.vertices[12].cost, 0);  // the patch still counts as flat
+    for (const FloatVec3& normal : m.pm.triangleNormals)
+        EXPECT_EQ(normal.z, 1);
+}
+
+}  // namespace
+}  // namespace korvalite
