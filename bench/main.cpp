@@ -1,13 +1,20 @@
 // SPDX-License-Identifier: MIT
 //
-// korvalite_bench [Google Benchmark arguments]            the kernels
-// korvalite_bench --write-mesh TRIANGLES FILE.Vok         a synthetic mesh for whole jobs
-// korvalite_bench --stages INPUT.Vok OUTPUT.Vok PERCENT   one decimation, timed stage by stage
-// korvalite_bench --obj TRIANGLES                         saveObj against fprintf
+// korvalite_bench [Google Benchmark arguments]                  the kernels
+// korvalite_bench --write-mesh TRIANGLES FILE.Vok               a synthetic mesh for whole jobs
+// korvalite_bench --stages INPUT.Vok OUTPUT.Vok PERCENT         a decimation, timed by stages
+// korvalite_bench --levels FILE.kvm                             all splits up and down, timed
+// korvalite_bench --full-level INPUT.kvm OUTPUT.Vok PERCENT     a level, by a load in full
+// korvalite_bench --obj TRIANGLES                               saveObj against fprintf
+// korvalite_bench --drivers INPUT.Vok PERCENT                   all drivers side by side
+// korvalite_bench --decimate DRIVER INPUT.Vok OUTPUT.Vok PERCENT
+//                 one driver, which may be one that no job reaches: high-speed, low-memory, melax
 //
 // scripts/bench puts them together; a process of its own for each mesh keeps one measurement out of
 // the memory of the next.
 #include "bumpy_torus.h"
+#include "driver_times.h"
+#include "level_times.h"
 #include "obj_times.h"
 #include "stage_times.h"
 
@@ -25,6 +32,14 @@ int finish(bool succeeded, const char* path) {
     return 1;
 }
 
+std::int32_t wholeNumber(const char* text) {
+    return static_cast<std::int32_t>(std::atol(text));
+}
+
+float number(const char* text) {
+    return static_cast<float>(std::atof(text));
+}
+
 int runKernels(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
@@ -36,18 +51,19 @@ int runKernels(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    using namespace korvalite::bench;
     const std::string_view mode = argc > 1 ? argv[1] : "";
-    if (mode == "--write-mesh" && argc == 4) {
-        const auto triangles = static_cast<std::int32_t>(std::atol(argv[2]));
-        return finish(korvalite::bench::writeBumpyTorus(argv[3], triangles), argv[3]);
-    }
-    if (mode == "--stages" && argc == 5) {
-        const auto percent = static_cast<float>(std::atof(argv[4]));
-        return finish(korvalite::bench::printStageTimes(argv[2], argv[3], percent), argv[2]);
-    }
-    if (mode == "--obj" && argc == 3) {
-        const auto triangles = static_cast<std::int32_t>(std::atol(argv[2]));
-        return finish(korvalite::bench::printObjTimes(triangles), "an OBJ");
-    }
+    if (mode == "--write-mesh" && argc == 4)
+        return finish(writeBumpyTorus(argv[3], wholeNumber(argv[2])), argv[3]);
+    if (mode == "--stages" && argc == 5)
+        return finish(printStageTimes(argv[2], argv[3], number(argv[4])), argv[2]);
+    if (mode == "--levels" && argc == 3) return finish(printLevelTimes(argv[2]), argv[2]);
+    if (mode == "--full-level" && argc == 5)
+        return finish(writeLevelByFullLoad(argv[2], argv[3], number(argv[4])), argv[2]);
+    if (mode == "--obj" && argc == 3) return finish(printObjTimes(wholeNumber(argv[2])), "an OBJ");
+    if (mode == "--drivers" && argc == 4)
+        return finish(printDriverTimes(argv[2], number(argv[3])), argv[2]);
+    if (mode == "--decimate" && argc == 6)
+        return finish(decimateWith(argv[2], argv[3], argv[4], number(argv[5])), argv[3]);
     return runKernels(argc, argv);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "obj_times.h"
 
+#include "best_time.h"
 #include "bumpy_torus.h"
 #include "formats/obj_writer.h"
 #include "mesh/dmesh.h"
@@ -9,12 +10,9 @@
 #include "support/obj_by_printf.h"
 #include "support/scratch_folder.h"
 
-#include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <string>
 
 namespace korvalite::bench {
@@ -23,22 +21,6 @@ namespace {
 
 constexpr int kTurns = 3;
 constexpr std::size_t kChunk = std::size_t{1} << 20U;
-
-// The best of its turns: what others at work on the machine disturbed least.
-class BestTime {
-public:
-    template <typename Work>
-    void measure(Work work) {
-        const auto begin = std::chrono::steady_clock::now();
-        work();
-        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
-        seconds_ = std::min(seconds_, taken.count());
-    }
-    [[nodiscard]] double seconds() const { return seconds_; }
-
-private:
-    double seconds_ = std::numeric_limits<double>::infinity();
-};
 
 struct ObjPaths {
     std::string byPrintf;
@@ -90,8 +72,8 @@ bool printRow(const char* name, const DMesh& mesh, const ObjPaths& paths) {
         copy.measure([&] { good = copyFile(paths.bySaveObj, paths.copy) && good; });
     }
     const std::int64_t size = sizeIfSame(paths.byPrintf, paths.bySaveObj);
-    std::printf("%-12s %8.1f %11.3f %11.3f %7.1f %11.3f\n", name, static_cast<double>(size) / 1e6,
-                byPrintf.seconds(), bySaveObj.seconds(), byPrintf.seconds() / bySaveObj.seconds(),
+    std::printf("mesh=%s bytes=%lld printf=%.4f saveObj=%.4f copy=%.4f\n", name,
+                static_cast<long long>(size), byPrintf.seconds(), bySaveObj.seconds(),
                 copy.seconds());
     return good && size > 0;
 }
@@ -110,13 +92,9 @@ bool printObjTimes(std::int32_t triangles) {
     const ObjPaths paths{folder / u8"printf.obj", folder / u8"saveObj.obj", folder / u8"copy.obj"};
     DMesh mesh;
     makeBumpyTorus(mesh, triangles);
-    std::printf("OBJ of %d triangles; the best of %d turns, in wall seconds; same bytes:\n\n",
-                mesh.triangleCount(), kTurns);
-    std::printf("%-12s %8s %11s %11s %7s %11s\n", "", "MB", "fprintf s", "saveObj s", "ratio",
-                "copy s");
     const bool isPlainGood = printRow("plain", mesh, paths);
     addUVs(mesh);
-    return printRow("with UVs", mesh, paths) && isPlainGood;
+    return printRow("UVs", mesh, paths) && isPlainGood;
 }
 
 }  // namespace korvalite::bench

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# korvalite_bench: every bench/*.cpp, if Google Benchmark is there.
+# korvalite_bench: every bench/*.cpp, if Google Benchmark is there, with what it shares with tests.
 set(bench_default OFF)
 if(NOT CMAKE_CROSSCOMPILING)
     find_package(benchmark QUIET)
@@ -10,9 +10,12 @@ endif()
 option(KORVALITE_BENCH "Build the benchmarks (needs Google Benchmark)" ${bench_default})
 
 file(GLOB bench_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/bench/*.cpp")
+set(bench_support
+    "${CMAKE_SOURCE_DIR}/tests/support/surface_distance.cpp"
+    "${CMAKE_SOURCE_DIR}/tests/support/triangle_grid.cpp")
 if(KORVALITE_BENCH AND bench_sources)
     find_package(benchmark REQUIRED)
-    add_executable(korvalite_bench ${bench_sources})
+    add_executable(korvalite_bench ${bench_sources} ${bench_support})
     target_include_directories(korvalite_bench PRIVATE
         "${CMAKE_SOURCE_DIR}/bench" "${CMAKE_SOURCE_DIR}/tests")
     target_link_libraries(korvalite_bench PRIVATE

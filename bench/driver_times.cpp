@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#include "driver_times.h"
+
+#include "best_time.h"
+#include "formats/vok_reader.h"
+#include "formats/vok_writer.h"
+#include "lowmem/run_decimation.h"
+#include "mesh/mesh_check.h"
+#include "mesh/progressive_mesh.h"
+#include "shell/base/job_paths.h"
+#include "shell/load_input.h"
+#include "shell/target_count.h"
+#include "support/scratch_folder.h"
+#include "support/surface_distance.h"
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <string_view>
+
+namespace korvalite::bench {
+
+namespace {
+
+constexpr std::size_t kSamples = 1'000'000;
+
+struct Driver {
+    std::string_view name;
+    std::int32_t memSpeedTradeOff;
+    std::int32_t numThread;
+};
+
+constexpr std::array kDrivers{
+    Driver{"high-speed", MEMSPEED_TRADEOFF_HIGH_SPEED, 1},
+    Driver{"low-memory", MEMSPEED_TRADEOFF_LOW_MEM, 1},
+    Driver{"melax", MEMSPEED_TRADEOFF_MELAX, 1},
+};
+
+bool load(const char* input, DMesh& mesh) {
+    if (!importDMesh(input, mesh) || !canBeDecimated(mesh)) return false;
+    dropUniformMask(mesh);
+    return true;
+}
+
+// No job key reaches the driver: it is set on the object.
+bool decimate(const Driver& driver, ProgressiveMesh& pm, float percent) {
+    BatchSettings settings;
+    settings.DecimationTargetPourcent = percent;
+    applySettings(settings, pm);
+    pm.MemSpeedTradeOff = driver.memSpeedTradeOff;
+    pm.NumThread = driver.numThread;
+    const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertices.size());
+    pm.TargetNumItem = static_cast<std::uint32_t>(targetVertexCount(settings, vertexCount));
+    return RunDecimation(pm) == 0;
+}
+
+// The most resident memory that this process has had.
+long peakBytes() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss * 1024;
+}
+
+// The input is read again for the distance, so that a copy does not count as memory of the run.
+bool printDistance(const char* input, const DMesh& result) {
+    DMesh original;
+    if (!load(input, original)) return false;
+    const test::SurfaceDistance distance = test::surfaceDistance(original, result, kSamples);
+    const auto diagonal = static_cast<double>(original.boundingBox.diagonal());
+    std::printf(" rms=%.9g max=%.9g\n", distance.rms / diagonal, distance.maximum / diagonal);
+    return true;
+}
+
+bool printDriver(const Driver& driver, const char* input, float percent) {
+    const test::ScratchFolder folder;
+    SetJobDirectory(folder.path().c_str());
+    const long idleBytes = peakBytes();
+    ProgressiveMesh pm;
+    if (!load(input, pm.mesh)) return false;
+    const std::int32_t vertexCount = pm.mesh.vertexCount();
+    BestTime time;
+    bool isDone = false;
+    time.measure([&] { isDone = decimate(driver, pm, percent); });
+    std::printf("driver=%s vertices=%d after=%u seconds=%.4f peak=%ld", driver.name.data(),
+                vertexCount, pm.mesh.numActiveVertices, time.seconds(), peakBytes() - idleBytes);
+    return isDone && printDistance(input, pm.mesh);
+}
+
+template <typename Work>
+bool inOwnProcess(Work work) {
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child < 0) return false;
+    if (child == 0) {
+        const bool isDone = work();
+        std::fflush(stdout);
+        _exit(isDone ? 0 : 1);
+    }
+    int status = 0;
+    return waitpid(child, &status, 0) == child && status == 0;
+}
+
+}  // namespace
+
+bool printDriverTimes(const char* input, float percent) {
+    return std::all_of(kDrivers.begin(), kDrivers.end(), [&](const Driver& driver) {
+        return inOwnProcess([&] { return printDriver(driver, input, percent); });
+    });
+}
+
+bool decimateWith(const char* driver, const char* input, const char* output, float percent) {
+    const auto* const found = std::find_if(kDrivers.begin(), kDrivers.end(),
+                                           [&](const Driver& row) { return row.name == driver; });
+    if (found == kDrivers.end()) return false;
+    const test::ScratchFolder folder;
+    SetJobDirectory(folder.path().c_str());
+    ProgressiveMesh pm;
+    return load(input, pm.mesh) && decimate(*found, pm, percent) && exportDMesh(output, pm.mesh);
+}
+
+}  // namespace korvalite::bench
