@@ -20,11 +20,11 @@ class Run:
     peak_bytes: int  # of resident memory
 
 
-def write_job(path, entries, settings=()):
-    """Writes a job file; each entry is a list of (key, value)."""
+def write_job(path, entries, settings=(), kind="Decimate mesh"):
+    """Writes a job file; each entry is a list of (key, value), all of one kind."""
     lines = ["UseProgressBar=YES"] + [f"{key}={value}" for key, value in settings]
     for entry in entries:
-        lines += ["StartBatch=Decimate mesh"]
+        lines += [f"StartBatch={kind}"]
         lines += [f"{key}={value}" for key, value in entry]
         lines += ["EndBatch"]
     pathlib.Path(path).write_text("\n".join(lines) + "\n", encoding="utf-8")
