@@ -37,7 +37,7 @@ bool printLevelTimes(const char* input) {
         up.measure([&] { updateMeshAtLevel(pm, kFinest); });
         down.measure([&] { updateMeshAtLevel(pm, kCoarsest); });
     }
-    std::printf("vertices=%d splits=%u up=%.4f down=%.4f\n", pm.mesh.vertexCount(),
+    std::printf("vertices=%d splits=%u up=%.6f down=%.6f\n", pm.mesh.vertexCount(),
                 pm.vsplitList.NumVtxSplit(), up.seconds(), down.seconds());
     return true;
 }
