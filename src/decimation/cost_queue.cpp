@@ -3,6 +3,7 @@
 
 #include "mesh/dmesh.h"
 #include "platform/numeric.h"
+#include "platform/prefetch.h"
 
 #include <algorithm>
 #include <array>
@@ -33,15 +34,18 @@ std::int32_t decadeBin(float cost) {
 
 }  // namespace
 
-bool CostQueue::CheaperFirst::operator()(std::int32_t x, std::int32_t y) const {
-    const float difference = mesh->vertices[at(x)].cost - mesh->vertices[at(y)].cost;
+bool CostQueue::Key::operator<(const Key& other) const {
+    const float difference = cost - other.cost;
     if (0.0F > difference) return true;
-    return !(difference > 0.0F) && x < y;
+    return !(difference > 0.0F) && vertex < other.vertex;
 }
 
-CostQueue::CostQueue(const DMesh& mesh)
-    : mesh_(mesh), orderedSet_(CheaperFirst{&mesh}, &setNodes_) {
+CostQueue::CostQueue(const DMesh& mesh) : mesh_(mesh), orderedSet_(&setNodes_) {
     setHandles_.reserve(kHandleCapacity);
+}
+
+float CostQueue::costOf(std::int32_t vertex) const {
+    return mesh_.vertices[at(vertex)].cost;
 }
 
 void CostQueue::Init(std::int32_t vertexCount) {
@@ -51,9 +55,7 @@ void CostQueue::Init(std::int32_t vertexCount) {
     vertexCount_ = vertexCount;
     bucketHeads_.assign(at(vertexCount + 9) / 10, kNone);
     reserveLarge(links_, at(vertexCount));
-    links_.assign(at(vertexCount), kNotQueued);
-    reserveLarge(backLinks_, at(vertexCount));
-    backLinks_.assign(at(vertexCount), kNoBackLink);
+    links_.assign(at(vertexCount), {});
     minCost_ = kDefaultMinCost;
     maxCost_ = kDefaultMaxCost;
     logRange_ = kDefaultLogRange;
@@ -98,54 +100,82 @@ std::int32_t CostQueue::bucketOf(float cost) const {
 }
 
 void CostQueue::Insert(std::int32_t vertex) {
-    if (mesh_.vertices[at(vertex)].cost == kNotCollapsible || isQueued(vertex)) return;
-    const std::int32_t bucket = bucketOf(mesh_.vertices[at(vertex)].cost);
+    if (costOf(vertex) == kNotCollapsible || isQueued(vertex)) return;
+    insertInBucket(vertex, bucketOf(costOf(vertex)));
+}
+
+void CostQueue::InsertAll(std::span<const std::int32_t> vertices) {
+    buckets_.clear();
+    for (const std::int32_t vertex : vertices) {
+        buckets_.push_back(bucketOf(costOf(vertex)));
+        prefetch(&bucketHeads_[at(buckets_.back())]);
+    }
+    for (const std::int32_t bucket : buckets_) {
+        const std::int32_t first = bucketHeads_[at(bucket)];
+        if (first != kNone) prefetch(&links_[at(first)]);
+    }
+    for (std::size_t i = 0; i < vertices.size(); ++i) {
+        if (costOf(vertices[i]) == kNotCollapsible || isQueued(vertices[i])) continue;
+        insertInBucket(vertices[i], buckets_[i]);
+    }
+}
+
+void CostQueue::insertInBucket(std::int32_t vertex, std::int32_t bucket) {
     if (bucket <= currentBucket_) {
         insertInSet(vertex);
         return;
     }
     std::int32_t& head = bucketHeads_[at(bucket)];
-    links_[at(vertex)] = head;
-    if (head != kNone) backLinks_[at(head)] = vertex;
-    backLinks_[at(vertex)] = kFirstBucket - bucket;
+    if (head != kNone) links_[at(head)].back = vertex;
+    links_[at(vertex)] = {.next = head, .back = kFirstBucket - bucket};
     head = vertex;
 }
 
 void CostQueue::insertInSet(std::int32_t vertex) {
-    const auto place = orderedSet_.insert(vertex).first;
+    const auto place = orderedSet_.insert({costOf(vertex), vertex}).first;
     if (setHandles_.size() < kHandleCapacity) {
-        links_[at(vertex)] = static_cast<std::int32_t>(setHandles_.size());
+        links_[at(vertex)].next = static_cast<std::int32_t>(setHandles_.size());
         setHandles_.push_back(place);
     } else {
-        links_[at(vertex)] = kNoHandle;
+        links_[at(vertex)].next = kNoHandle;
     }
 }
 
 void CostQueue::Remove(std::int32_t vertex) {
     if (!isQueued(vertex)) return;
-    if (backLinks_[at(vertex)] != kNoBackLink) {
+    if (links_[at(vertex)].back != kNoBackLink) {
         unlinkFromBucket(vertex);
         return;
     }
-    orderedSet_.erase(links_[at(vertex)] == kNoHandle ? orderedSet_.lower_bound(vertex)
-                                                      : takeHandle(vertex));
-    links_[at(vertex)] = kNotQueued;
+    orderedSet_.erase(links_[at(vertex)].next == kNoHandle
+                          ? orderedSet_.lower_bound({costOf(vertex), vertex})
+                          : takeHandle(vertex));
+    links_[at(vertex)].next = kNotQueued;
+}
+
+void CostQueue::RemoveAll(std::span<const std::int32_t> vertices) {
+    for (const std::int32_t vertex : vertices) {
+        const Links& links = links_[at(vertex)];
+        if (links.back == kNoBackLink) continue;
+        if (links.next != kNone) prefetch(&links_[at(links.next)]);
+        if (links.back >= 0) prefetch(&links_[at(links.back)]);
+    }
+    for (const std::int32_t vertex : vertices)
+        Remove(vertex);
 }
 
 void CostQueue::unlinkFromBucket(std::int32_t vertex) {
-    const std::int32_t next = links_[at(vertex)];
-    const std::int32_t back = backLinks_[at(vertex)];
-    (back >= 0 ? links_[at(back)] : bucketHeads_[at(kFirstBucket - back)]) = next;
-    if (next != kNone) backLinks_[at(next)] = back;
-    backLinks_[at(vertex)] = kNoBackLink;
-    links_[at(vertex)] = kNotQueued;
+    const auto [next, back] = links_[at(vertex)];
+    (back >= 0 ? links_[at(back)].next : bucketHeads_[at(kFirstBucket - back)]) = next;
+    if (next != kNone) links_[at(next)].back = back;
+    links_[at(vertex)] = {};
 }
 
 CostQueue::OrderedSet::iterator CostQueue::takeHandle(std::int32_t vertex) {
-    const std::int32_t slot = links_[at(vertex)];
+    const std::int32_t slot = links_[at(vertex)].next;
     const auto place = setHandles_[at(slot)];
     setHandles_[at(slot)] = setHandles_.back();
-    links_[at(*setHandles_[at(slot)])] = slot;
+    links_[at(setHandles_[at(slot)]->vertex)].next = slot;
     setHandles_.pop_back();
     return place;
 }
@@ -158,30 +188,28 @@ std::int32_t CostQueue::Top() {
         currentBucket_ = std::min(bucket, bucketCount());
         if (currentBucket_ == bucketCount()) return kNone;
         for (std::int32_t vertex = bucketHeads_[at(bucket)]; vertex != kNone;) {
-            const std::int32_t next = links_[at(vertex)];
-            backLinks_[at(vertex)] = kNoBackLink;
+            const std::int32_t next = links_[at(vertex)].next;
+            links_[at(vertex)].back = kNoBackLink;
             insertInSet(vertex);
             vertex = next;
         }
         bucketHeads_[at(bucket)] = kNone;
     }
-    return *orderedSet_.begin();
+    return orderedSet_.begin()->vertex;
 }
 
 void CostQueue::Clear() {
     orderedSet_.clear();
     setHandles_.clear();
     std::fill(bucketHeads_.begin(), bucketHeads_.end(), kNone);
-    std::fill(links_.begin(), links_.end(), kNotQueued);
-    std::fill(backLinks_.begin(), backLinks_.end(), kNoBackLink);
+    std::fill(links_.begin(), links_.end(), Links{});
 }
 
 void CostQueue::Release() {
     orderedSet_.clear();
     setNodes_.release();
     std::vector<std::int32_t>().swap(bucketHeads_);
-    std::vector<std::int32_t>().swap(links_);
-    std::vector<std::int32_t>().swap(backLinks_);
+    std::vector<Links>().swap(links_);
     std::vector<OrderedSet::iterator>().swap(setHandles_);
     vertexCount_ = 0;
     currentBucket_ = 0;

@@ -7,8 +7,8 @@
 // next bucket is poured into it. Putting a vertex into a bucket takes constant time and allocates
 // nothing, which is what lets a mesh of many millions of vertices be queued.
 //
-// Keys are not stored: the queue reads each vertex's `cost` from its record. A cost never changes
-// while its vertex is queued: callers remove, change, then insert.
+// The queue reads each vertex's `cost` from its record. A cost never changes while its vertex is
+// queued: callers remove, change, then insert.
 //
 // Thread safety: none.
 #pragma once
@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <memory_resource>
 #include <set>
+#include <span>
 #include <vector>
 
 namespace korvalite {
@@ -42,13 +43,23 @@ public:
     /// No effect for a vertex that is not queued.
     void Remove(std::int32_t vertex);
 
+    /// The same for several vertices in turn. What they are linked to lies anywhere in memory: this
+    /// way the cache misses overlap.
+    void InsertAll(std::span<const std::int32_t> vertices);
+    void RemoveAll(std::span<const std::int32_t> vertices);
+
     [[nodiscard]] bool isQueued(std::int32_t vertex) const {
-        const auto v = static_cast<std::size_t>(vertex);
-        return backLinks_[v] != kNoBackLink || links_[v] != kNotQueued;
+        const Links& links = links_[static_cast<std::size_t>(vertex)];
+        return links.back != kNoBackLink || links.next != kNotQueued;
     }
 
     /// The cheapest vertex, not removed; -1 when the queue is empty. Pours buckets as needed.
     std::int32_t Top();
+
+    /// What Top would give without pouring; -1 if it would have to. A guess at what comes next.
+    [[nodiscard]] std::int32_t peek() const {
+        return orderedSet_.empty() ? -1 : orderedSet_.begin()->vertex;
+    }
 
     /// Empties the queue for a rebuild; scale and current bucket stay.
     void Clear();
@@ -67,23 +78,31 @@ public:
     [[nodiscard]] std::int32_t bucketOf(float cost) const;
 
 private:
-    struct CheaperFirst {
-        const DMesh* mesh;
-        bool operator()(std::int32_t x, std::int32_t y) const;
+    // With its cost, so that a comparison does not reach for the vertex records.
+    struct Key {
+        float cost;
+        std::int32_t vertex;
+        bool operator<(const Key& other) const;
     };
-    using OrderedSet = std::pmr::set<std::int32_t, CheaperFirst>;
+    using OrderedSet = std::pmr::set<Key>;
 
-    // links_[v] of a vertex that is in no bucket: out of the queue, in the set without a handle,
-    // or, from 0 up, in the set with the handle of that number.
+    // `next` of a vertex that is in no bucket: out of the queue, in the set without a handle, or,
+    // from 0 up, in the set with the handle of that number.
     static constexpr std::int32_t kNotQueued = -1;
     static constexpr std::int32_t kNoHandle = -2;
-    // backLinks_[v] of a vertex in a bucket: the vertex in front of it, or kFirstBucket minus the
-    // bucket it is first in.
+    // `back` of a vertex in a bucket: the vertex in front of it, or kFirstBucket minus the bucket
+    // it is first in.
     static constexpr std::int32_t kNoBackLink = -1;
     static constexpr std::int32_t kFirstBucket = -2;
     static constexpr std::size_t kHandleCapacity = 20000;
+    struct Links {
+        std::int32_t next = kNotQueued;
+        std::int32_t back = kNoBackLink;
+    };
 
     void fitScale();
+    [[nodiscard]] float costOf(std::int32_t vertex) const;
+    void insertInBucket(std::int32_t vertex, std::int32_t bucket);
     void insertInSet(std::int32_t vertex);
     void unlinkFromBucket(std::int32_t vertex);
     OrderedSet::iterator takeHandle(std::int32_t vertex);
@@ -92,12 +111,12 @@ private:
     std::int32_t vertexCount_ = 0;
     std::int32_t currentBucket_ = 0;  // the highest bucket poured so far
     std::vector<std::int32_t> bucketHeads_;
-    std::vector<std::int32_t> links_;
-    std::vector<std::int32_t> backLinks_;
+    std::vector<Links> links_;
     std::pmr::unsynchronized_pool_resource setNodes_;  // nodes are used again, not freed
     OrderedSet orderedSet_;
     // For removal without a search; a vertex that finds none left is searched for instead.
     std::vector<OrderedSet::iterator> setHandles_;
+    std::vector<std::int32_t> buckets_;  // scratch of InsertAll
     double minCost_ = 1e-9;
     double maxCost_ = 10.0;
     double logRange_ = 5.0;  // decades

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "lowmem/neighbour_costs.h"
 
+#include "decimation/initial_edges.h"
 #include "decimation/metric.h"
 #include "decimation/vertex_cost.h"
 #include "platform/prefetch.h"
@@ -23,11 +24,14 @@ public:
 
     void run(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
         gatherRing(kept, ringCorners, neighbours);
+        unqueueRing();
+        next_ = pm_.costQueue.peek();
         gatherOuterRing();
         sumQuadrics();
-        unqueueRing();
         gatherEdges();
+        fetchRingAhead();
         evaluateEdges();
+        fetchOuterRingAhead();
         applyCosts();
         queueRing();
         resetMarks();
@@ -88,11 +92,48 @@ private:
             if (s_.vertexSlot[at(x)] == Scratch::kNoSlot) giveSlot(x);
         }
         const auto outerRing = std::span(s_.localVertices).subspan(ringEnd_);
-        warmVertexCorners(mesh_, outerRing, s_.cursors);
+        warmWithNext(outerRing);
         for (const std::int32_t x : outerRing) {
             forEachCorner(mesh_, x, [&](std::int32_t corner) {
                 if (!s_.triangleMark.Test(corner / 3)) listTriangle(corner / 3);
             });
+        }
+    }
+
+    // What comes next is one of the ring, which is at hand, or the first of the queue as it stands
+    // now. The memory around that one is fetched little by little, each step a link further, so
+    // that it has arrived when its turn comes.
+
+    void warmWithNext(std::span<const std::int32_t> outerRing) {
+        s_.warmed.assign(outerRing.begin(), outerRing.end());
+        s_.nextPair.clear();
+        if (next_ != kNone) {
+            s_.nextPair.push_back(next_);
+            const std::int32_t partner = mesh_.vertices[at(next_)].partner;
+            if (partner != kNone) s_.nextPair.push_back(partner);
+        }
+        s_.warmed.insert(s_.warmed.end(), s_.nextPair.begin(), s_.nextPair.end());
+        warmVertexCorners(mesh_, s_.warmed, s_.cursors);
+    }
+
+    void fetchRingAhead() {
+        s_.nextRing.clear();
+        for (const std::int32_t vertex : s_.nextPair) {
+            forEachCorner(mesh_, vertex, [&](std::int32_t corner) {
+                const std::int32_t x = vertexAt(mesh_, nextCorner(corner));
+                s_.nextRing.push_back(x);
+                prefetch(&mesh_.vertexTriangleHead[at(x)]);
+                prefetch(&mesh_.vertices[at(x)]);
+            });
+        }
+    }
+
+    void fetchOuterRingAhead() {
+        for (const std::int32_t x : s_.nextRing) {
+            const std::int32_t corner = mesh_.vertexTriangleHead[at(x)];
+            if (corner == kNone) continue;
+            prefetch(&mesh_.cornerNext[at(corner)]);
+            prefetch(&mesh_.triangles[at(corner)]);
         }
     }
 
@@ -110,12 +151,10 @@ private:
     }
 
     void unqueueRing() {
-        for (std::size_t slot = 0; slot < ringEnd_; ++slot) {
-            const std::int32_t vertex = s_.localVertices[slot];
-            pm_.costQueue.Remove(vertex);
-            mesh_.vertices[at(vertex)].cost = kNotCollapsible;
-            mesh_.vertices[at(vertex)].partner = kNone;
-        }
+        const auto ring = std::span(s_.localVertices).first(ringEnd_);
+        pm_.costQueue.RemoveAll(ring);
+        for (const std::int32_t vertex : ring)
+            forgetCost(mesh_.vertices[at(vertex)]);
     }
 
     void gatherEdges() {
@@ -167,10 +206,11 @@ private:
     }
 
     void queueRing() {
-        for (std::size_t slot = 0; slot < ringEnd_; ++slot) {
-            const std::int32_t vertex = s_.localVertices[slot];
-            if (!pm_.isSymmetrySlave(vertex)) pm_.costQueue.Insert(vertex);
+        s_.queued.clear();
+        for (const std::int32_t vertex : std::span(s_.localVertices).first(ringEnd_)) {
+            if (!pm_.isSymmetrySlave(vertex)) s_.queued.push_back(vertex);
         }
+        pm_.costQueue.InsertAll(s_.queued);
     }
 
     void resetMarks() {
@@ -184,6 +224,7 @@ private:
     ProgressiveMesh& pm_;
     DMesh& mesh_;
     Scratch& s_;
+    std::int32_t next_ = kNone;
     std::size_t ringEnd_ = 0;  // slots below are the kept vertex and its ring
 };
 

@@ -42,7 +42,11 @@ struct NeighbourhoodScratch {
     IndexList neighbours;
     IndexList ringNeighbours;                    // of all ring vertices, one after the other
     std::vector<std::size_t> ringNeighboursEnd;  // where those of each end
-    IndexList cursors;                           // of warmVertexCorners
+    IndexList queued;
+    IndexList warmed;
+    IndexList nextPair;  // the vertex that probably collapses next, and its partner
+    IndexList nextRing;
+    IndexList cursors;  // of warmVertexCorners
     std::vector<RingEdge> edges;
     std::vector<float> edgeCosts;
 
