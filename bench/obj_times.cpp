@@ -26,6 +26,12 @@ struct ObjPaths {
     std::string byPrintf;
     std::string bySaveObj;
     std::string copy;
+
+    // Each turn writes new files: the system takes its time to cut an old one off.
+    void deleteAll() const {
+        for (const std::string* path : {&byPrintf, &bySaveObj, &copy})
+            platform::deleteFile(path->c_str());
+    }
 };
 
 bool writeByPrintf(const std::string& path, const DMesh& mesh) {
@@ -66,6 +72,7 @@ bool printRow(const char* name, const DMesh& mesh, const ObjPaths& paths) {
     BestTime copy;
     bool good = true;
     for (int turn = 0; turn < kTurns; ++turn) {
+        paths.deleteAll();
         byPrintf.measure([&] { good = writeByPrintf(paths.byPrintf, mesh) && good; });
         bySaveObj.measure(
             [&] { good = saveObj(paths.bySaveObj.c_str(), mesh, ObjColorMode::None) && good; });

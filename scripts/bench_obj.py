@@ -1,12 +1,22 @@
 # SPDX-License-Identifier: MIT
-"""Writes OBJ files, by the tool's writer and line by line with fprintf. A part of bench_jobs.py."""
+"""Writes OBJ files, by the tool's writer and line by line with fprintf. A part of bench_jobs.py.
+
+On the disk for temporary files, and in memory where there is a folder for that: a disk that others
+write to as well can be slower than either writer.
+"""
+import os
+import pathlib
+import shutil
 import sys
+import tempfile
 
 import bench_report
 import tool_runs
 
 SIZE = 10_000_000  # triangles
 QUICK_SIZE = 1_000_000
+MEMORY = pathlib.Path("/dev/shm")
+BYTES_PER_TRIANGLE = 3 * 90  # of three files
 HEADINGS = {
     "obj": "Writing an OBJ, in wall seconds, against one fprintf for each line (the same bytes), and\n"
            "against a plain copy of the finished file:",
@@ -15,15 +25,27 @@ HEADINGS = {
 
 def measure(tools, _, quick):
     size = QUICK_SIZE if quick else SIZE
-    print(f"{size:,} triangles as OBJ", file=sys.stderr)
-    return [row | {"triangles": size} for row in bench_report.run_bench(tools.bench, "--obj", size)]
+    rows = []
+    for place, folder in places(size):
+        print(f"{size:,} triangles as OBJ, {place}", file=sys.stderr)
+        rows += [row | {"triangles": size, "place": place} for row in
+                 bench_report.run_bench(tools.bench, "--obj", size,
+                                        environment={**os.environ, "TMPDIR": str(folder)})]
+    return rows
+
+
+def places(size):
+    yield "disk", tempfile.gettempdir()
+    if MEMORY.is_dir() and shutil.disk_usage(MEMORY).free > size * BYTES_PER_TRIANGLE:
+        yield "memory", MEMORY
 
 
 def tables(rows):
-    lines = [("triangles", " mesh", "file MB", "fprintf s", "saveObj s", "ratio", "MB/s", "copy s")]
+    lines = [("triangles", " mesh", " written to", "file MB", "fprintf s", "saveObj s", "ratio",
+              "MB/s", "copy s")]
     for row in rows:
         megabytes = row["bytes"] / tool_runs.MEGABYTE
-        lines.append((f"{row['triangles']:,.0f}", row["mesh"], f"{megabytes:.0f}",
+        lines.append((f"{row['triangles']:,.0f}", row["mesh"], row["place"], f"{megabytes:.0f}",
                       f"{row['printf']:.2f}", f"{row['saveObj']:.2f}",
                       f"{row['printf'] / row['saveObj']:.1f}", f"{megabytes / row['saveObj']:.0f}",
                       f"{row['copy']:.2f}"))

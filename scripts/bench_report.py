@@ -24,10 +24,10 @@ def values_of(line):
     return values
 
 
-def run_bench(bench, *arguments, folder=None):
+def run_bench(bench, *arguments, folder=None, environment=None):
     """Runs korvalite_bench; gives the values of each line that it prints."""
     said = subprocess.run([bench, *map(str, arguments)], check=True, cwd=folder,
-                          stdout=subprocess.PIPE, text=True).stdout
+                          env=environment, stdout=subprocess.PIPE, text=True).stdout
     return [values_of(line) for line in said.splitlines()]
 
 
