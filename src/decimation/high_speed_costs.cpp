@@ -5,6 +5,7 @@
 #include "decimation/initial_edges.h"
 #include "decimation/triangle_quadrics.h"
 #include "decimation/vertex_quadrics.h"
+#include "platform/prefetch.h"
 
 namespace korvalite {
 
@@ -16,7 +17,9 @@ std::size_t at(std::int32_t index) {
 
 void storeQuadrics(ProgressiveMesh& pm) {
     const DMesh& mesh = pm.mesh;
+    reserveLarge(pm.triangleQuadrics, at(mesh.triangleCount()));
     pm.triangleQuadrics.assign(at(mesh.triangleCount()), {});
+    reserveLarge(pm.vertexQuadrics, mesh.vertices.size());
     pm.vertexQuadrics.assign(mesh.vertices.size(), {});
     for (std::int32_t triangle = 0; triangle < mesh.triangleCount(); ++triangle) {
         const Quadric3D quadric = ComputeTriangleQuadric(pm, triangle);
@@ -40,39 +43,57 @@ public:
         : pm_(pm), mesh_(pm.mesh), kept_(kept), s_(scratch) {}
 
     void run() {
+        gatherRing();
         refreshQuadrics();
-        for (const std::int32_t u : s_.ring)
-            forget(u);
-        forget(kept_);
+        forgetRing();
         for (const std::int32_t u : s_.ring)
             rankRingVertex(u);
-        queue(kept_);
-        for (const std::int32_t u : s_.ring)
-            queue(u);
+        queueRing();
         for (const std::int32_t u : s_.ring)
             s_.inRing.Clear(u);
     }
 
 private:
+    void gatherRing() {
+        GetVertexNeighbours(mesh_, kept_, s_.ring);
+        warmVertexCorners(mesh_, s_.ring, s_.cursors);
+        for (const std::int32_t u : s_.ring) {
+            s_.inRing.Set(u);
+            prefetch(&pm_.vertexQuadrics[at(u)]);
+            forEachCorner(mesh_, u, [&](std::int32_t corner) {
+                prefetch(&pm_.triangleQuadrics[at(corner / 3)]);
+                prefetch(&pm_.vertexQuadrics[at(vertexAt(mesh_, nextCorner(corner)))]);
+                prefetch(&mesh_.vertices[at(vertexAt(mesh_, nextCorner(corner)))]);
+            });
+        }
+    }
+
     void refreshQuadrics() {
         forEachCorner(mesh_, kept_, [&](std::int32_t corner) {
             pm_.triangleQuadrics[at(corner / 3)] = ComputeTriangleQuadric(pm_, corner / 3);
         });
-        GetVertexNeighbours(mesh_, kept_, s_.ring);
-        for (const std::int32_t u : s_.ring) {
-            s_.inRing.Set(u);
+        for (const std::int32_t u : s_.ring)
             AccumulateVertexQuadric(pm_, pm_.vertexQuadrics[at(u)], u);
-        }
         AccumulateVertexQuadric(pm_, pm_.vertexQuadrics[at(kept_)], kept_);
     }
 
-    void forget(std::int32_t vertex) {
-        pm_.costQueue.Remove(vertex);
-        forgetCost(mesh_.vertices[at(vertex)]);
+    void forgetRing() {
+        pm_.costQueue.RemoveAll(s_.ring);
+        pm_.costQueue.Remove(kept_);
+        for (const std::int32_t u : s_.ring)
+            forgetCost(mesh_.vertices[at(u)]);
+        forgetCost(mesh_.vertices[at(kept_)]);
     }
 
-    void queue(std::int32_t vertex) {
-        if (!pm_.isSymmetrySlave(vertex)) pm_.costQueue.Insert(vertex);
+    void queueRing() {
+        s_.queued.clear();
+        const auto add = [&](std::int32_t vertex) {
+            if (!pm_.isSymmetrySlave(vertex)) s_.queued.push_back(vertex);
+        };
+        add(kept_);
+        for (const std::int32_t u : s_.ring)
+            add(u);
+        pm_.costQueue.InsertAll(s_.queued);
     }
 
     /// The ring sees all its neighbours, the kept vertex is seen by the ring, and the vertices
@@ -112,6 +133,7 @@ void InitVerticesCost(ProgressiveMesh& pm) {
     storeQuadrics(pm);
     for (VertexRecord& vertex : pm.mesh.vertices)
         forgetCost(vertex);
+    reserveLarge(pm.bestPositions, pm.mesh.vertices.size());
     pm.bestPositions.assign(pm.mesh.vertices.size(), {});
     rankInitialEdges(
         pm,

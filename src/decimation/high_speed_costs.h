@@ -20,7 +20,9 @@ void InitVerticesCost(ProgressiveMesh& pm);
 struct RingScratch {
     IndexList ring;
     IndexList outerRing;
-    BitArray inRing;  // one bit a vertex, all clear between two updates
+    IndexList queued;
+    IndexList cursors;  // of warmVertexCorners
+    BitArray inRing;    // one bit a vertex, all clear between two updates
 };
 
 /// Ranks `kept` and its ring again and queues them. The quadrics of all of them grow by the
