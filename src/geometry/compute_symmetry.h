@@ -10,4 +10,4 @@ struct DMesh;
 /// while another thread uses the mesh. May throw std::bad_alloc.
 void computeSymmetry(DMesh& mesh);
 
-} // namespace korvalite
+}  // namespace korvalite

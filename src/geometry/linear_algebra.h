@@ -41,4 +41,4 @@ void axisAngleToQuaternion(Quaternion& q, const FloatVec3& axis, double angle);
 /// A 4x4 rotation without translation. `q` is taken as it is, never normalised.
 void quaternionToMatrix(float m[16], const Quaternion& q);
 
-} // namespace korvalite
+}  // namespace korvalite

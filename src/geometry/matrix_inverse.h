@@ -71,7 +71,7 @@ inline Row4From2 eliminateColumn1Of4(const Row4From1& row, const Row4From1& pivo
             reduceRight(row.b0, factor, pivotRow.b0), 0.0 - factor, row.source};
 }
 
-} // namespace detail
+}  // namespace detail
 
 /// False, with `out` untouched, if a pivot is exactly 0. `out` may be `in`.
 [[nodiscard]] inline bool invert3(double out[9], const double in[9]) {
@@ -81,8 +81,7 @@ inline Row4From2 eliminateColumn1Of4(const Row4From1& row, const Row4From1& pivo
     detail::orderRows(r1, r2, r1[0], r2[0]);
     detail::orderRows(r0, r1, r0[0], r1[0]);
     const double pivot0 = r0[0];
-    if (pivot0 == 0.0)
-        return false;
+    if (pivot0 == 0.0) return false;
     const double r0a1 = r0[1];
     const double r0a2 = r0[2];
 
@@ -92,13 +91,11 @@ inline Row4From2 eliminateColumn1Of4(const Row4From1& row, const Row4From1& pivo
     const detail::Row3From1* s2 = &third;
     detail::orderRows(s1, s2, s1->a1, s2->a1);
     const double pivot1 = s1->a1;
-    if (pivot1 == 0.0)
-        return false;
+    if (pivot1 == 0.0) return false;
 
     const double factor = s2->a1 / pivot1;
     const double pivot2 = s2->a2 - factor * s1->a2;
-    if (pivot2 == 0.0)
-        return false;
+    if (pivot2 == 0.0) return false;
 
     const double reciprocal2 = 1.0 / pivot2;
     const double z0 = detail::reduceRight(s2->b0, factor, s1->b0) * reciprocal2;
@@ -139,8 +136,7 @@ inline Row4From2 eliminateColumn1Of4(const Row4From1& row, const Row4From1& pivo
     detail::orderRows(r1, r2, r1[0], r2[0]);
     detail::orderRows(r0, r1, r0[0], r1[0]);
     const double pivot0 = r0[0];
-    if (pivot0 == 0.0)
-        return false;
+    if (pivot0 == 0.0) return false;
     const double r0a1 = r0[1];
     const double r0a2 = r0[2];
     const double r0a3 = r0[3];
@@ -154,8 +150,7 @@ inline Row4From2 eliminateColumn1Of4(const Row4From1& row, const Row4From1& pivo
     detail::orderRows(s2, s3, s2->a1, s3->a1);
     detail::orderRows(s1, s2, s1->a1, s2->a1);
     const double pivot1 = s1->a1;
-    if (pivot1 == 0.0)
-        return false;
+    if (pivot1 == 0.0) return false;
     const double s1a2 = s1->a2;
     const double s1a3 = s1->a3;
 
@@ -165,14 +160,12 @@ inline Row4From2 eliminateColumn1Of4(const Row4From1& row, const Row4From1& pivo
     const detail::Row4From2* t3 = &last;
     detail::orderRows(t2, t3, t2->a2, t3->a2);
     const double pivot2 = t2->a2;
-    if (pivot2 == 0.0)
-        return false;
+    if (pivot2 == 0.0) return false;
     const double t2a3 = t2->a3;
 
     const double factor = t3->a2 / pivot2;
     const double pivot3 = t3->a3 - factor * t2a3;
-    if (pivot3 == 0.0)
-        return false;
+    if (pivot3 == 0.0) return false;
 
     const double reciprocal0 = 1.0 / pivot0;
     const double reciprocal1 = 1.0 / pivot1;
@@ -205,4 +198,4 @@ inline Row4From2 eliminateColumn1Of4(const Row4From1& row, const Row4From1& pivo
 /// As `invert4d`, worked in double. The result is narrowed last.
 [[nodiscard]] bool invert4f(float out[16], const float in[16]);
 
-} // namespace korvalite
+}  // namespace korvalite

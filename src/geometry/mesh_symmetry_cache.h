@@ -21,22 +21,22 @@ struct BoundingBox;
 struct DMesh;
 
 struct KRDMeshSymmetryCache {
-    FloatVec3 planeNormal; // unit axis of the plane; (0, 0, 0) for none
+    FloatVec3 planeNormal;  // unit axis of the plane; (0, 0, 0) for none
     FloatVec3 planePoint;
-    float tolerance = 0.005F; // distance within which a mirror image matches
+    float tolerance = 0.005F;  // distance within which a mirror image matches
     Transform mirrorTransform;
     Transform planeProjection;
     FloatVec3 unitNormal;
-    float planeOffset = 0.0F; // unitNormal . p + planeOffset = 0 on the plane
+    float planeOffset = 0.0F;  // unitNormal . p + planeOffset = 0 on the plane
 
     // One entry a vertex: -1 unpaired, the vertex itself on the plane, else its mirror. Symmetric
     // until the drivers change it.
     std::vector<std::int32_t> pairing;
-    BitArray secondSide; // one bit a vertex, set above the plane
+    BitArray secondSide;  // one bit a vertex, set above the plane
     float pairedRatio = 0.0F;
-    FloatVec3 axisRatios{-1.0F, -1.0F, -1.0F}; // -1 for an axis not tested
+    FloatVec3 axisRatios{-1.0F, -1.0F, -1.0F};  // -1 for an axis not tested
 
-    const DMesh* mesh = nullptr; // the mesh last computed for; null when not computed
+    const DMesh* mesh = nullptr;  // the mesh last computed for; null when not computed
     bool autoDetected = false;
 
     /// Forgets the pairs, as after a renumbering of the vertices.
@@ -63,4 +63,4 @@ struct KRDMeshSymmetryCache {
 void buildTransforms(Transform& planeProjection, Transform& mirrorTransform,
                      const FloatVec3& normal, const FloatVec3& point);
 
-} // namespace korvalite
+}  // namespace korvalite

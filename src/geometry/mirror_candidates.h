@@ -26,8 +26,8 @@ struct PlanePosition {
 
 enum class CandidateVerdict {
     Keep,
-    Remove, // not a candidate any more, for any later vertex either
-    Leave,  // nothing at or below this place in the cell is of interest now
+    Remove,  // not a candidate any more, for any later vertex either
+    Leave,   // nothing at or below this place in the cell is of interest now
 };
 
 class MirrorCandidates {
@@ -62,8 +62,8 @@ private:
     template <typename Judge>
     void visitCell(std::uint32_t cell, std::int32_t highest, Judge&& judge);
 
-    std::vector<Entry> entries_;               // by cell, then by place
-    std::optional<RemainingPlaces> remaining_; // of entries_
+    std::vector<Entry> entries_;                // by cell, then by place
+    std::optional<RemainingPlaces> remaining_;  // of entries_
     double reach_;
     double cellSize_;
 };
@@ -84,15 +84,12 @@ void MirrorCandidates::visitCell(std::uint32_t cell, std::int32_t highest, Judge
     std::int32_t e = remaining_->atOrBelow(lastEntry(cell, highest));
     while (e >= 0) {
         const Entry& entry = entries_[static_cast<std::size_t>(e)];
-        if (entry.cell != cell)
-            return;
+        if (entry.cell != cell) return;
         const CandidateVerdict verdict = judge(entry.place);
-        if (verdict == CandidateVerdict::Leave)
-            return;
-        if (verdict == CandidateVerdict::Remove)
-            remaining_->remove(e);
+        if (verdict == CandidateVerdict::Leave) return;
+        if (verdict == CandidateVerdict::Remove) remaining_->remove(e);
         e = remaining_->atOrBelow(e - 1);
     }
 }
 
-} // namespace korvalite
+}  // namespace korvalite

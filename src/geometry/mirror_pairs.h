@@ -15,8 +15,8 @@ struct DMesh;
 
 struct MirrorPairs {
     std::vector<std::int32_t>
-        pairing;         // -1 unpaired, the vertex itself on the plane, else its mirror
-    BitArray secondSide; // vertices above the plane
+        pairing;          // -1 unpaired, the vertex itself on the plane, else its mirror
+    BitArray secondSide;  // vertices above the plane
     std::int32_t pairedCount = 0;
 };
 
@@ -28,4 +28,4 @@ struct MirrorPairs {
 [[nodiscard]] bool pairVertices(MirrorPairs& pairs, const DMesh& mesh, int axis,
                                 const FloatVec3& centre, float tolerance);
 
-} // namespace korvalite
+}  // namespace korvalite

@@ -36,4 +36,4 @@ private:
     std::vector<std::uint32_t> below_;
 };
 
-} // namespace korvalite
+}  // namespace korvalite

@@ -13,7 +13,7 @@ namespace korvalite {
 enum TransformKind : std::int32_t {
     TRANSFORM_IDENTITY = 0,
     TRANSFORM_TRANSLATION = 1,
-    TRANSFORM_ROTATION = 2, // with at most a translation
+    TRANSFORM_ROTATION = 2,  // with at most a translation
     TRANSFORM_AFFINE = 4,
     TRANSFORM_GENERAL = 6,
 };
@@ -58,4 +58,4 @@ void multiply4(float out[16], const float a[16], const float b[16]);
 /// `out` may be `p`.
 void transformPoint(FloatVec3& out, const Transform& transform, const FloatVec3& p);
 
-} // namespace korvalite
+}  // namespace korvalite

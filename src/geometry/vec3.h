@@ -77,4 +77,4 @@ constexpr void setComponent(DoubleVec3& v, int axis, double value) {
     (axis == 0 ? v.x : axis == 1 ? v.y : v.z) = value;
 }
 
-} // namespace korvalite
+}  // namespace korvalite

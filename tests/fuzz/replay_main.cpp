@@ -19,12 +19,10 @@ namespace {
 namespace fs = std::filesystem;
 
 std::vector<fs::path> inputsOf(const fs::path& named) {
-    if (!fs::is_directory(named))
-        return {named};
+    if (!fs::is_directory(named)) return {named};
     std::vector<fs::path> files;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(named)) {
-        if (entry.is_regular_file())
-            files.push_back(entry.path());
+        if (entry.is_regular_file()) files.push_back(entry.path());
     }
     // In the order of their names, so that two runs do the same.
     std::sort(files.begin(), files.end());
@@ -48,7 +46,7 @@ bool replay(const fs::path& path) {
     return true;
 }
 
-} // namespace
+}  // namespace
 
 int main(int argc, char** argv) {
     std::size_t ran = 0;
@@ -60,7 +58,6 @@ int main(int argc, char** argv) {
         }
     }
     std::printf("%zu inputs\n", ran);
-    if (ran == 0)
-        std::fprintf(stderr, "no inputs: name files or folders\n");
+    if (ran == 0) std::fprintf(stderr, "no inputs: name files or folders\n");
     return good && ran > 0 ? 0 : 1;
 }
