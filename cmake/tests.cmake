@@ -68,4 +68,12 @@ if(Python3_FOUND)
         COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/check_layers")
     add_test(NAME documentation_links
         COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/check_readme" --links)
+    # The .kvm files of the tool, read by the page that describes them.
+    set(samples "${CMAKE_SOURCE_DIR}/samples")
+    add_test(NAME read_kvm
+        COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/tests/jobs/read_kvm.py"
+            --tool "$<TARGET_FILE:korvalite>"
+            "${samples}/synth-torus.Vok" "${samples}/synth-seams.Vok"
+            "${samples}/spot-everything.Vok" "${samples}/spot-colored.Vok"
+            "${samples}/synth-symmetric.Vok" Symmetry=x)
 endif()
