@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: MIT
+//
+// The level update on small meshes made by hand, and what it shows to the host. Whole meshes and
+// files are taken through their levels in tests/property.
+#include "decimation/level_update.h"
+
+#include "formats/kvm_samples.h"
+#include "support/decimation_run.h"
+#include "support/level_walk.h"
+#include "support/mesh_builder.h"
+#include "support/mesh_validator.h"
+#include "support/stop_request.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+using test::KvmFile;
+using test::rowOfSplits;
+using test::squareWithOneSplit;
+
+using Indices = std::vector<std::uint32_t>;
+
+class LevelUpdate : public test::DecimationTest {
+protected:
+    void start(const KvmFile& file) { test::fillFrom(file, pm); }
+    std::string bytes() { return test::kvmFileOf(pm).bytes(); }
+
+    ProgressiveMesh pm;
+};
+
+TEST_F(LevelUpdate, UpTakesACollapseBack) {
+    start(squareWithOneSplit());
+    EXPECT_EQ(updateMeshAtLevel(pm, 5), 0);
+    const DMesh& mesh = pm.mesh;
+    EXPECT_EQ(pm.CurVtxSplitPos, 0);
+    EXPECT_EQ(mesh.numActiveVertices, 5U);
+    EXPECT_EQ(mesh.numActiveTriangles, 4U);
+    EXPECT_TRUE(test::isSound(mesh));
+    EXPECT_EQ(mesh.triangles, (Indices{1, 2, 4, 2, 3, 4, 3, 0, 4, 0, 1, 4}));
+    EXPECT_EQ(mesh.indicesUV, (Indices{1, 2, 4, 2, 3, 4, 3, 0, 4, 0, 1, 4}));
+    EXPECT_EQ(mesh.vertices[0].x, 0.0F);
+    EXPECT_EQ(mesh.vertexColors[0], 0x00010203U);
+    EXPECT_EQ(mesh.coordsUV[0].u, 0.0F);
+    // The record holds what went off the mesh.
+    const VSplitView split = pm.vsplitList.ensureLoaded(0);
+    EXPECT_EQ(split.position().x, 0.25F);
+    EXPECT_EQ(split.savedColor(), 0x00112233U);
+    EXPECT_EQ(split.savedUV(0).u, 0.125F);
+    EXPECT_TRUE(pm.vsplitList.dirty());
+}
+
+TEST_F(LevelUpdate, DownAppliesItAgain) {
+    start(squareWithOneSplit());
+    updateMeshAtLevel(pm, 5);
+    EXPECT_EQ(updateMeshAtLevel(pm, 4), 0);
+    KvmFile expected = squareWithOneSplit();
+    expected.indicesUV = {1, 2, 0, 2, 3, 0, 3, 0, 0, 0, 1, 0};  // of dead triangles, too
+    EXPECT_EQ(bytes(), expected.bytes());
+}
+
+TEST_F(LevelUpdate, WithoutColorsAndUVsTheirArraysStay) {
+    KvmFile file = squareWithOneSplit();
+    file.switches[KvmFile::kUseColors] = 0;
+    file.switches[KvmFile::kHandleUVs] = 0;
+    start(file);
+    updateMeshAtLevel(pm, 5);
+    EXPECT_EQ(pm.mesh.vertexColors, file.colors);
+    EXPECT_EQ(pm.mesh.indicesUV, file.indicesUV);
+    EXPECT_EQ(pm.mesh.vertices[0].x, 0.0F);
+}
+
+TEST_F(LevelUpdate, ATargetEqualToTheCurrentCountChangesNothingAndShowsNoProgress) {
+    start(rowOfSplits(100, 80));
+    updateMeshAtLevel(pm, 50);
+    const std::string before = bytes();
+    const test::HostedProgress host;
+    EXPECT_EQ(updateMeshAtLevel(pm, 50), 0);
+    EXPECT_EQ(bytes(), before);
+    EXPECT_FALSE(progressChannel().EndMainTask()) << "no task was begun";
+}
+
+TEST_F(LevelUpdate, ShowsHowFarItHasToGo) {
+    start(rowOfSplits(100, 80));
+    const test::HostedProgress host;
+    updateMeshAtLevel(pm, 50);
+    EXPECT_FALSE(progressChannel().EndSubTask()) << "the step has been ended";
+    EXPECT_TRUE(progressChannel().EndMainTask()) << "that is left to the caller";
+}
+
+TEST_F(LevelUpdate, IsNotStoppedByARequest) {
+    start(rowOfSplits(100, 80));
+    const test::StopRequest request;
+    updateMeshAtLevel(pm, 90);
+    EXPECT_EQ(pm.mesh.numActiveVertices, 90U);
+    updateMeshAtLevel(pm, 30);
+    EXPECT_EQ(pm.mesh.numActiveVertices, 30U);
+    progressChannel().EndMainTask();
+}
+
+TEST_F(LevelUpdate, EveryCountInReachIsReachedFromEveryOther) {
+    start(rowOfSplits(30, 20));
+    for (std::int32_t from = 10; from <= 30; ++from) {
+        for (std::int32_t to = 10; to <= 30; ++to) {
+            updateMeshAtLevel(pm, from);
+            updateMeshAtLevel(pm, to);
+            EXPECT_EQ(pm.mesh.numActiveVertices, static_cast<std::uint32_t>(to));
+            EXPECT_EQ(pm.CurVtxSplitPos, 30 - to);
+        }
+    }
+    test::goAllDown(pm);
+    EXPECT_EQ(bytes(), rowOfSplits(30, 20).bytes());
+}
+
+TEST_F(LevelUpdate, ATargetAboveTheFullCountEndsWithEveryCollapseTakenBack) {
+    start(rowOfSplits(30, 20));
+    for (const std::int32_t target : {31, 1000, std::numeric_limits<std::int32_t>::max()}) {
+        updateMeshAtLevel(pm, target);
+        EXPECT_EQ(pm.CurVtxSplitPos, 0);
+        EXPECT_EQ(pm.mesh.numActiveVertices, 30U);
+        // Vertex 9 took in vertex 10 last, at position 19 of the list.
+        EXPECT_EQ(pm.mesh.vertices[9].x, 19.0F);
+        updateMeshAtLevel(pm, 15);
+    }
+}
+
+TEST_F(LevelUpdate, ATargetBelowTheLowestLevelEndsWithEveryCollapseApplied) {
+    start(rowOfSplits(30, 20));
+    for (const std::int32_t target : {9, 0, -1, std::numeric_limits<std::int32_t>::min()}) {
+        updateMeshAtLevel(pm, 25);
+        updateMeshAtLevel(pm, target);
+        EXPECT_EQ(pm.CurVtxSplitPos, 20);
+        EXPECT_EQ(bytes(), rowOfSplits(30, 20).bytes());
+    }
+}
+
+TEST_F(LevelUpdate, ASplitWithoutTrianglesMovesTheVerticesByOneAlone) {
+    KvmFile file = squareWithOneSplit();
+    file.splits[0].corners.clear();
+    file.splits[0].removedTriangles.clear();
+    file.splits[0].cornerUVIndices.clear();
+    start(file);
+    updateMeshAtLevel(pm, 5);
+    EXPECT_EQ(pm.mesh.numActiveVertices, 5U);
+    EXPECT_EQ(pm.mesh.numActiveTriangles, 2U);
+    EXPECT_EQ(pm.mesh.triangles, file.triangles);
+    updateMeshAtLevel(pm, 4);
+    EXPECT_EQ(pm.mesh.numActiveVertices, 4U);
+    EXPECT_EQ(pm.mesh.numActiveTriangles, 2U);
+}
+
+TEST_F(LevelUpdate, TheTargetCountsTrianglesIfAsked) {
+    start(squareWithOneSplit());
+    pm.targetCountsVertices = false;
+    updateMeshAtLevel(pm, 4);
+    EXPECT_EQ(pm.mesh.numActiveTriangles, 4U);
+    updateMeshAtLevel(pm, 3);
+    EXPECT_EQ(pm.mesh.numActiveTriangles, 2U) << "as near below as the splits come";
+    updateMeshAtLevel(pm, 3);
+    EXPECT_EQ(pm.mesh.numActiveTriangles, 4U) << "as near above";
+}
+
+TEST_F(LevelUpdate, AMeshWithoutSplitsStays) {
+    start(rowOfSplits(8, 0));
+    for (const std::int32_t target : {-1, 0, 4, 8, 100}) {
+        updateMeshAtLevel(pm, target);
+        EXPECT_EQ(bytes(), rowOfSplits(8, 0).bytes()) << target;
+    }
+}
+
+TEST_F(LevelUpdate, ATriangleIsCountedOnceHoweverOftenItIsNamed) {
+    KvmFile file = squareWithOneSplit();
+    file.splits[0].corners = {2, 5, 8, 11, 8, 11};
+    file.splits[0].cornerUVIndices = {4, 4, 4, 4, 4, 4};
+    start(file);
+    for (int round = 0; round < 3; ++round) {
+        updateMeshAtLevel(pm, 5);
+        EXPECT_EQ(pm.mesh.numActiveTriangles, 4U);
+        updateMeshAtLevel(pm, 4);
+        EXPECT_EQ(pm.mesh.numActiveTriangles, 2U);
+        EXPECT_TRUE(test::isSound(pm.mesh));
+    }
+}
+
+TEST_F(LevelUpdate, EndsWhereTheScratchFileIsLost) {
+    pm.vsplitList.pageCapacity = 10;
+    start(rowOfSplits(100, 80));
+    ASSERT_LT(pm.vsplitList.pageCount(), 11U);
+    std::filesystem::resize_file(test::pathOfUtf8(pm.vsplitList.path().c_str()), 0);
+    EXPECT_EQ(updateMeshAtLevel(pm, 100), 0);
+    EXPECT_LT(pm.mesh.numActiveVertices, 100U);
+    EXPECT_TRUE(test::isSound(pm.mesh));
+}
+
+// A run without a split, for too high a target.
+test::MeshPtr withNothingToDo(bool reorder) {
+    return test::decimated(test::torus(6, 5), [reorder](ProgressiveMesh& mesh) {
+        mesh.TargetNumItem = 1000;
+        mesh.DoReorder = reorder;
+    });
+}
+
+TEST_F(LevelUpdate, WithoutSplitsTheReorderingKeepsTheOrder) {
+    const test::MeshPtr ordered = withNothingToDo(true);
+    EXPECT_EQ(ordered->vsplitList.NumVtxSplit(), 0U);
+    EXPECT_TRUE(ordered->IsReordered);
+    EXPECT_TRUE(ordered->IsCleaned);
+    EXPECT_EQ(test::arraysOf(ordered->mesh, test::Part::All),
+              test::arraysOf(test::torus(6, 5), test::Part::All));
+}
+
+TEST_F(LevelUpdate, WithoutReorderingTheWorkingDataIsReleasedAllTheSame) {
+    const test::MeshPtr unordered = test::decimated(test::torus(6, 5), [](ProgressiveMesh& mesh) {
+        mesh.TargetNumItem = 10;
+        mesh.DoReorder = false;
+    });
+    EXPECT_FALSE(unordered->IsReordered);
+    EXPECT_TRUE(unordered->IsCleaned);
+    EXPECT_TRUE(unordered->mesh.vertexTriangleHead.empty());
+    EXPECT_TRUE(unordered->mesh.cornerNext.empty());
+    EXPECT_EQ(unordered->mesh.borderVertices.count(), 0);
+    EXPECT_TRUE(unordered->triangleQuadrics.empty());
+    EXPECT_GT(unordered->vsplitList.NumVtxSplit(), 0U) << "the splits are no working data";
+}
+
+}  // namespace
+}  // namespace korvalite
