@@ -2,7 +2,6 @@
 //
 // Files that are damaged or made to do harm. Each is refused or gives what is there of it; none
 // leads outside of an array, to a walk without end or to memory that the file could not fill.
-#include "formats/kvm_check.h"
 #include "formats/kvm_samples.h"
 #include "formats/vok_writer.h"
 #include "support/allocation_limit.h"

@@ -2,7 +2,6 @@
 #include "formats/kvm_reader.h"
 
 #include "decimation/level_update.h"
-#include "formats/kvm_header.h"
 #include "formats/kvm_samples.h"
 #include "formats/kvm_writer.h"
 #include "support/level_walk.h"

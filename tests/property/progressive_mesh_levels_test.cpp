@@ -4,14 +4,11 @@
 // part, and those that a decimation to the same count gives.
 #include "property/level_cases.h"
 
-#include "mesh/corner_lists.h"
-#include "mesh/uv_seams.h"
 #include "support/mesh_validator.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace korvalite::test {
