@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+#include "lowmem/uv_update.h"
+
+#include "decimation/collapse.h"
+#include "mesh/borders.h"
+#include "mesh/corner_lists.h"
+#include "mesh/progressive_mesh.h"
+#include "mesh/uv_seams.h"
+#include "support/mesh_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+constexpr std::int32_t kColumns = 4;
+std::int32_t at(std::int32_t column, std::int32_t row) {
+    return (kColumns + 1) * row + column;
+}
+
+// A flat grid of 4 by 4 squares, with UVs that are the position by 16 in chart 0, and moved by 4
+// from the column of squares on where the next chart begins.
+struct Charted {
+    ProgressiveMesh pm;
+    DMesh& mesh = pm.mesh;
+    CollapseRecord collapse;
+
+    explicit Charted(std::uint32_t seamColumn = 99) {
+        mesh = test::grid(kColumns, 4);
+        test::addCornerUVs(mesh, [&](std::uint32_t triangle) {
+            return triangle / 2 % static_cast<std::uint32_t>(kColumns) >= seamColumn ? 1 : 0;
+        });
+        BuildVertexCorners(mesh);
+        ComputeBorderVertices(mesh);
+        WeldCornerUVs(mesh);
+        BuildUVCorners(mesh);
+        ComputeUVSeams(mesh);
+        pm.costQueue.Init(mesh.vertexCount());
+    }
+
+    // v onto u at `position`, with the UVs behind it.
+    const VSplit& run(std::int32_t v, std::int32_t u, const FloatVec3& position) {
+        CollapseScratch scratch;
+        IndexList list;
+        EXPECT_EQ(CollapseEdge(pm, v, u, position, collapse, scratch), CollapseResult::Done);
+        UpdateUVsAfterCollapse(mesh, v, u, collapse.split, list);
+        return collapse.split;
+    }
+
+    // All UVs that corners of a vertex have, as u times 16.
+    [[nodiscard]] std::vector<float> us(std::int32_t vertex) const {
+        std::vector<float> all;
+        forEachCorner(mesh, vertex, [&](std::int32_t corner) {
+            const float u = 16 * mesh.coordsUV[static_cast<std::size_t>(uvIndexAt(mesh, corner))].u;
+            if (std::find(all.begin(), all.end(), u) == all.end()) all.push_back(u);
+        });
+        std::sort(all.begin(), all.end());
+        return all;
+    }
+};
+
+// The rim of a chart is a seam too, so inner vertices alone are off every seam.
+
+TEST(UpdateUVs, OffTheSeamOnePairIsMadeAndTheUVIsInterpolated) {
+    Charted m;
+    const VSplit& split = m.run(at(1, 2), at(2, 2), {1.25F, 2, 0});
+    EXPECT_EQ(split.uvIndexPairs.size(), 1U);
+    EXPECT_EQ(m.us(at(2, 2)), std::vector<float>{1.25F});
+}
+
+TEST(UpdateUVs, BeyondTheKeptEndItsUVStaysAndBelowTheRemovedEndThatOneIsTaken) {
+    for (const auto& [x, u] : {std::pair{2.0F, 2.0F}, {2.5F, 2.0F}, {0.5F, 1.0F}, {1.0F, 1.0F}}) {
+        Charted m;
+        m.pm.AvoidNormalReverse = false;
+        m.run(at(1, 2), at(2, 2), {x, 2, 0});
+        EXPECT_EQ(m.us(at(2, 2)), std::vector<float>{u}) << x;
+    }
+}
+
+TEST(UpdateUVs, AnEdgeOfNoLengthLeavesTheUV) {
+    Charted m;
+    m.pm.AvoidNormalReverse = false;
+    m.mesh.vertices[static_cast<std::size_t>(at(1, 2))].x = 2;
+    m.run(at(1, 2), at(2, 2), {7, 2, 0});
+    EXPECT_EQ(m.us(at(2, 2)), std::vector<float>{2});
+}
+
+TEST(UpdateUVs, FromTheSeamInwardTheRemovedUVWinsAndTheSeamTravels) {
+    Charted m(2);  // the seam runs along column 2
+    ASSERT_TRUE(m.mesh.uvSeamVertices.Test(at(2, 2)));
+    ASSERT_FALSE(m.mesh.uvSeamVertices.Test(at(1, 2)));
+    m.run(at(2, 2), at(1, 2), {1.5F, 2, 0});
+    EXPECT_TRUE(m.mesh.uvSeamVertices.Test(at(1, 2)));
+    const std::vector<float> us = m.us(at(1, 2));
+    EXPECT_NE(std::find(us.begin(), us.end(), 2.0F), us.end());  // that of the seam in chart 0
+    EXPECT_EQ(std::find(us.begin(), us.end(), 1.0F), us.end());
+}
+
+TEST(UpdateUVs, OntoTheSeamTheKeptUVStands) {
+    Charted m(2);
+    m.run(at(1, 2), at(2, 2), {1.5F, 2, 0});
+    EXPECT_EQ(m.us(at(2, 2)), (std::vector<float>{2, 66}));
+}
+
+TEST(UpdateUVs, AlongTheSeamEachChartHasItsPair) {
+    Charted m(2);
+    const VSplit& split = m.run(at(2, 1), at(2, 2), {2, 1.5F, 0});
+    EXPECT_EQ(split.uvIndexPairs.size(), 2U);
+    EXPECT_EQ(split.savedUVs.size(), 2U);
+    EXPECT_EQ(m.us(at(2, 2)), (std::vector<float>{2, 66}));
+}
+
+TEST(UpdateUVs, WithoutACornerNextToTheKeptVertexThereIsNoPair) {
+    Charted m;
+    const std::vector<UVCoord> before = m.mesh.coordsUV;
+    // The UV of the first corner is that corner's alone.
+    IndexList corners;
+    GetVertexCorners(m.mesh, at(1, 2), corners);
+    CollapseScratch scratch;
+    ASSERT_EQ(CollapseEdge(m.pm, at(1, 2), at(2, 2), {1.5F, 2, 0}, m.collapse, scratch),
+              CollapseResult::Done);
+    VSplit& split = m.collapse.split;
+    const std::int32_t first = split.corners.front();
+    const auto alone = static_cast<std::int32_t>(m.mesh.coordsUV.size());
+    m.mesh.coordsUV.push_back({0.5F, 0.5F});
+    m.mesh.indicesUV[static_cast<std::size_t>(first)] = static_cast<std::uint32_t>(alone);
+    BuildUVCorners(m.mesh);
+    const bool isNextToKept = vertexAt(m.mesh, nextCorner(first)) == at(2, 2) ||
+                              vertexAt(m.mesh, previousCorner(first)) == at(2, 2);
+    ASSERT_FALSE(isNextToKept);
+    IndexList list;
+    UpdateUVsAfterCollapse(m.mesh, at(1, 2), at(2, 2), split, list);
+    EXPECT_TRUE(split.uvIndexPairs.empty());
+    EXPECT_TRUE(split.savedUVs.empty());
+    EXPECT_EQ(split.cornerUVIndices.size(), split.corners.size());
+    EXPECT_EQ(split.cornerUVIndices.front(), alone);
+    for (std::size_t i = 0; i < before.size(); ++i)
+        EXPECT_EQ(m.mesh.coordsUV[i].u, before[i].u);
+}
+
+TEST(UpdateUVs, TheUVListsHoldEveryCornerOfALivingTriangleOnce) {
+    Charted m(2);
+    m.run(at(2, 1), at(2, 2), {2, 1.5F, 0});
+    std::vector<int> met(m.mesh.triangles.size());
+    for (std::int32_t index = 0; index < static_cast<std::int32_t>(m.mesh.coordsUV.size());
+         ++index) {
+        IndexList corners;
+        GetUVCorners(m.mesh, index, corners);
+        for (const std::int32_t corner : corners) {
+            ++met[static_cast<std::size_t>(corner)];
+            EXPECT_EQ(uvIndexAt(m.mesh, corner), index);
+        }
+    }
+    for (std::int32_t t = 0; t < m.mesh.triangleCount(); ++t) {
+        if (!m.mesh.triangleActive.Test(t)) continue;
+        for (std::size_t c = 3 * static_cast<std::size_t>(t), k = 0; k < 3; ++k)
+            EXPECT_EQ(met[c + k], 1) << t;
+    }
+}
+
+TEST(UpdateUVs, TheMarkOfASeamCornerTravelsWithOrWithoutASeam) {
+    Charted m;
+    m.mesh.uvSeamCorners.Set(at(1, 2));
+    ASSERT_FALSE(m.mesh.uvSeamVertices.Test(at(1, 2)));
+    m.run(at(1, 2), at(2, 2), {1.5F, 2, 0});
+    EXPECT_TRUE(m.mesh.uvSeamCorners.Test(at(2, 2)));
+    EXPECT_FALSE(m.mesh.uvSeamVertices.Test(at(2, 2)));
+}
+
+}  // namespace
+}  // namespace korvalite
