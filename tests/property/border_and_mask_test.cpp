@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+//
+// What a frozen border and a mask do to a run: which vertices stay as they are, and where the
+// triangles go.
+#include "property/run_cases.h"
+
+#include "formats/vok_reader.h"
+#include "formats/vok_writer.h"
+#include "mesh/borders.h"
+#include "mesh/corner_lists.h"
+#include "support/level_walk.h"
+#include "support/mesh_validator.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace korvalite::test {
+namespace {
+
+constexpr std::uint32_t kSeeds[] = {1, 2, 3};
+
+class BorderAndMask : public DecimationTest {
+protected:
+    template <typename Set>
+    static MeshPtr inPlace(const DMesh& mesh, float percent, Set set) {
+        return decimated(mesh, [&](ProgressiveMesh& pm) {
+            targetPercent(pm, percent);
+            pm.DoReorder = false;
+            set(pm);
+        });
+    }
+    static MeshPtr inPlace(const DMesh& mesh, float percent) {
+        return inPlace(mesh, percent, [](ProgressiveMesh&) {});
+    }
+    static void expectUntouched(const DMesh& mesh, const DMesh& original, std::int32_t v) {
+        const auto i = static_cast<std::size_t>(v);
+        EXPECT_TRUE(mesh.vertexActive.Test(v)) << v;
+        const FloatVec3 is = mesh.vertices[i].position();
+        const FloatVec3 was = original.vertices[i].position();
+        EXPECT_TRUE(is.x == was.x && is.y == was.y && is.z == was.z) << v;
+        if (mesh.hasColors()) {
+            EXPECT_EQ(mesh.vertexColors[i], original.vertexColors[i]) << v;
+        }
+    }
+    // The vertices of the surface that lie on its borders.
+    static std::vector<std::int32_t> borderOf(DMesh mesh) {
+        BuildVertexCorners(mesh);
+        ComputeBorderVertices(mesh);
+        std::vector<std::int32_t> border;
+        for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
+            if (mesh.borderVertices.Test(v)) border.push_back(v);
+        }
+        return border;
+    }
+    static DMesh coloredHills(std::uint32_t seed) {
+        DMesh mesh = unevenHills(seed);
+        addColors(mesh, redOrBlue);
+        return mesh;
+    }
+    // Of the active vertices, those with a positive x, and those with a negative one.
+    static std::pair<int, int> sidesOf(const DMesh& mesh) {
+        std::pair<int, int> sides{0, 0};
+        for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
+            if (!mesh.vertexActive.Test(v)) continue;
+            const float x = mesh.vertices[static_cast<std::size_t>(v)].x;
+            if (x > 0.1F) ++sides.first;
+            if (x < -0.1F) ++sides.second;
+        }
+        return sides;
+    }
+};
+
+TEST_F(BorderAndMask, AFrozenBorderKeepsEachOfItsVerticesBitForBit) {
+    for (const std::uint32_t seed : kSeeds) {
+        for (const DMesh& original : {unevenHills(seed), coloredHills(seed)}) {
+            const auto border = borderOf(original);
+            ASSERT_EQ(border.size(), 2U * (22 + 18));
+            const MeshPtr pm = inPlace(original, 0, [](ProgressiveMesh& settings) {
+                settings.BorderMode = BORDERMODE_FREEZE;
+            });
+            EXPECT_LT(pm->mesh.numActiveVertices, original.vertices.size() * 2 / 3);
+            for (const std::int32_t v : border)
+                expectUntouched(pm->mesh, original, v);
+        }
+    }
+}
+
+TEST_F(BorderAndMask, AProtectedBorderIsDecimatedToo) {
+    const DMesh original = unevenHills(1);
+    const MeshPtr pm = inPlace(original, 10);
+    std::uint32_t left = 0;
+    for (const std::int32_t v : borderOf(original))
+        left += pm->mesh.vertexActive.Test(v) ? 1U : 0U;
+    EXPECT_LT(left, 60U);
+}
+
+TEST_F(BorderAndMask, AMaskOfZeroKeepsItsVerticesUntouched) {
+    for (const std::uint32_t seed : kSeeds) {
+        for (const bool colored : {false, true}) {
+            for (const int axis : {-1, 0}) {
+                DMesh original = axis < 0 ? unevenSphere(seed) : unevenMirrored(axis, seed);
+                if (colored) addColors(original, redOrBlue);
+                addMask(original, [](const FloatVec3& p) { return p.y < -0.2F ? 0 : 255; });
+                const MeshPtr pm = inPlace(original, 0, [&](ProgressiveMesh& settings) {
+                    if (axis >= 0) askForSymmetry(settings, axis);
+                });
+                EXPECT_LT(pm->mesh.numActiveVertices, original.vertices.size() * 3 / 4);
+                int masked = 0;
+                for (std::int32_t v = 0; v < original.vertexCount(); ++v) {
+                    if (original.maskValues[static_cast<std::size_t>(v)] != 0) continue;
+                    ++masked;
+                    expectUntouched(pm->mesh, original, v);
+                }
+                EXPECT_GT(masked, 30);
+            }
+        }
+    }
+}
+
+TEST_F(BorderAndMask, AFlatMaskOfAFileChangesNothing) {
+    const std::string path = job.folder() / u8"mesh.Vok";
+    for (const std::uint32_t seed : kSeeds) {
+        const DMesh plain = unevenSphere(seed);
+        const MeshPtr expected = inPlace(plain, 12);
+        for (const int value : {0, 1, 7, 100, 254, 255}) {
+            DMesh masked = plain;
+            addMask(masked, [&](const FloatVec3&) { return value; });
+            ASSERT_TRUE(exportDMesh(path.c_str(), masked));
+            DMesh loaded;
+            ASSERT_TRUE(importDMesh(path.c_str(), loaded));
+            dropUniformMask(loaded);
+            const MeshPtr pm = inPlace(loaded, 12);
+            EXPECT_TRUE(arraysOf(pm->mesh, Part::All) == arraysOf(expected->mesh, Part::All))
+                << value;
+        }
+    }
+}
+
+// Its factor is 1, so that even costs are the same bit for bit.
+TEST_F(BorderAndMask, AMaskOf255IsNoMask) {
+    for (const std::uint32_t seed : kSeeds) {
+        const DMesh plain = unevenSphere(seed);
+        DMesh masked = plain;
+        addMask(masked, [](const FloatVec3&) { return 255; });
+        const MeshPtr without = inPlace(plain, 12);
+        const MeshPtr with = inPlace(masked, 12);
+        with->mesh.maskValues.clear();
+        EXPECT_TRUE(arraysOf(with->mesh, Part::All) == arraysOf(without->mesh, Part::All));
+    }
+}
+
+// The lower a mask value, the dearer its edges: triangles stay where the mask is low.
+TEST_F(BorderAndMask, TrianglesStayWhereTheMaskIsLow) {
+    for (const std::uint32_t seed : kSeeds) {
+        const DMesh plain = unevenSphere(seed);
+        const auto [plainRight, plainLeft] = sidesOf(inPlace(plain, 20)->mesh);
+        int before = plainLeft;
+        // From weak to strong: a factor of 3.75, 13.25 and 118.25 against 1.
+        for (const int low : {200, 10, 4}) {
+            DMesh masked = plain;
+            addMask(masked, [&](const FloatVec3& p) { return p.x < 0 ? low : 255; });
+            const MeshPtr pm = inPlace(masked, 20);
+            const auto [right, left] = sidesOf(pm->mesh);
+            EXPECT_GT(left, before) << low;
+            EXPECT_LT(right, plainRight) << low;
+            before = left;
+        }
+    }
+}
+
+TEST_F(BorderAndMask, ARealMaskKeepsMoreOfItsLowEndAndLessOfItsHighOne) {
+    const DMesh masked = sample("fish-masked.Vok");
+    DMesh plain = masked;
+    plain.maskValues.clear();
+    const MeshPtr with = inPlace(masked, 15);
+    const MeshPtr without = inPlace(plain, 15);
+    const auto leftBetween = [&](const DMesh& mesh, int low, int high) {
+        int count = 0;
+        for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
+            const int value = masked.maskValues[static_cast<std::size_t>(v)];
+            count += mesh.vertexActive.Test(v) && low <= value && value <= high ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_TRUE(isClosedManifold(with->mesh));
+    EXPECT_EQ(with->mesh.numActiveVertices, without->mesh.numActiveVertices);
+    EXPECT_GT(leftBetween(with->mesh, 0, 59), leftBetween(without->mesh, 0, 59) * 5 / 4);
+    EXPECT_LT(leftBetween(with->mesh, 200, 255), leftBetween(without->mesh, 200, 255) * 4 / 5);
+}
+
+}  // namespace
+}  // namespace korvalite::test

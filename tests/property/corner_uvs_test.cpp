@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+//
+// What a run leaves of corner UVs: charts that are never mixed, seams where they were, and UVs bit
+// for bit where nothing has moved.
+#include "property/run_cases.h"
+
+#include "mesh/corner_lists.h"
+#include "mesh/uv_seams.h"
+#include "support/level_walk.h"
+#include "support/mesh_validator.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <set>
+#include <vector>
+
+namespace korvalite::test {
+namespace {
+
+constexpr std::uint32_t kColumns = 24;
+constexpr std::uint32_t kRows = 16;
+constexpr std::uint32_t kSeamColumn = 11;
+
+// Hills of two charts that meet in a straight line of the plan, x = kSeamColumn.
+DMesh hillsOfTwoCharts(std::uint32_t seed) {
+    DMesh mesh = grid(kColumns, kRows, hills);
+    Random random(seed);
+    for (VertexRecord& vertex : mesh.vertices) {
+        const bool onSeam = vertex.x == static_cast<float>(kSeamColumn);
+        const FloatVec3 move{onSeam ? 0 : random.around(0.2F), random.around(0.2F),
+                             random.around(0.2F)};
+        vertex.setPosition(vertex.position() + move);
+    }
+    recomputeBoundingBox(mesh);
+    addCornerUVs(
+        mesh, [](std::uint32_t triangle) { return triangle / 2 % kColumns < kSeamColumn ? 0 : 1; });
+    return mesh;
+}
+
+// addCornerUVs puts each chart four to the right of the one before.
+int chartAt(const DMesh& mesh, std::size_t corner) {
+    return static_cast<int>(std::floor((mesh.coordsUV[mesh.indicesUV[corner]].u + 1.0F) / 4.0F));
+}
+
+class CornerUVs : public DecimationTest {
+protected:
+    static MeshPtr inPlace(const DMesh& mesh, float percent) {
+        return decimated(mesh, [&](ProgressiveMesh& pm) {
+            targetPercent(pm, percent);
+            pm.DoReorder = false;
+        });
+    }
+    template <typename Visit>
+    static void forEachActiveCorner(const DMesh& mesh, Visit visit) {
+        for (std::size_t c = 0; c < mesh.triangles.size(); ++c) {
+            if (mesh.triangleActive.Test(static_cast<std::int32_t>(c / 3))) visit(c);
+        }
+    }
+    // The UV indices that the active corners of each vertex have.
+    static std::vector<std::set<std::uint32_t>> uvsOf(const DMesh& mesh) {
+        std::vector<std::set<std::uint32_t>> uvs(mesh.vertices.size());
+        forEachActiveCorner(
+            mesh, [&](std::size_t c) { uvs[mesh.triangles[c]].insert(mesh.indicesUV[c]); });
+        return uvs;
+    }
+    static DMesh welded(DMesh mesh) {
+        BuildVertexCorners(mesh);
+        WeldCornerUVs(mesh);
+        return mesh;
+    }
+};
+
+TEST_F(CornerUVs, NoTriangleMixesCharts) {
+    for (const std::uint32_t seed : {1U, 2U, 3U}) {
+        for (const float percent : {60.0F, 30.0F, 10.0F}) {
+            const MeshPtr pm = inPlace(hillsOfTwoCharts(seed), percent);
+            ASSERT_TRUE(pm->m_handleUVs_internal);
+            std::array<int, 2> triangles{};
+            for (std::int32_t t = 0; t < pm->mesh.triangleCount(); ++t) {
+                if (!pm->mesh.triangleActive.Test(t)) continue;
+                const std::size_t c = 3 * static_cast<std::size_t>(t);
+                const int chart = chartAt(pm->mesh, c);
+                ASSERT_TRUE(chart == 0 || chart == 1);
+                EXPECT_EQ(chartAt(pm->mesh, c + 1), chart) << t;
+                EXPECT_EQ(chartAt(pm->mesh, c + 2), chart) << t;
+                ++triangles[static_cast<std::size_t>(chart)];
+            }
+            EXPECT_GT(triangles[0], 10);
+            EXPECT_GT(triangles[1], 10);
+        }
+    }
+}
+
+// Further down they meet the border of the mesh, which counts as a seam too, and may slide along
+// it.
+TEST_F(CornerUVs, SeamsStayOnTheSeam) {
+    for (const std::uint32_t seed : {1U, 2U, 3U}) {
+        for (const float percent : {80.0F, 60.0F, 30.0F}) {
+            const MeshPtr pm = inPlace(hillsOfTwoCharts(seed), percent);
+            const auto uvs = uvsOf(pm->mesh);
+            std::uint32_t onSeam = 0;
+            for (std::size_t v = 0; v < uvs.size(); ++v) {
+                if (uvs[v].size() < 2) continue;
+                ++onSeam;
+                // Samples between two points of one x may be off it by the rounding.
+                EXPECT_NEAR(pm->mesh.vertices[v].x, static_cast<float>(kSeamColumn), 1e-5F) << v;
+                EXPECT_EQ(uvs[v].size(), 2U) << v;
+            }
+            EXPECT_GT(onSeam, 2U);
+            EXPECT_LT(onSeam, kRows + 2);
+        }
+    }
+}
+
+// What is on one side of the seam by its chart lies there: no chart grows over the seam.
+TEST_F(CornerUVs, ChartsStayOnTheirSideOfTheSeam) {
+    for (const std::uint32_t seed : {1U, 2U, 3U}) {
+        const MeshPtr pm = inPlace(hillsOfTwoCharts(seed), 25);
+        forEachActiveCorner(pm->mesh, [&](std::size_t c) {
+            const float x = pm->mesh.vertices[pm->mesh.triangles[c]].x - kSeamColumn;
+            if (chartAt(pm->mesh, c) == 0) {
+                EXPECT_LE(x, 1e-5F) << c;
+            } else {
+                EXPECT_GE(x, -1e-5F) << c;
+            }
+        });
+    }
+}
+
+// Off the seams a vertex that stands where it stood has the UV that it had.
+void expectKeptUVs(const DMesh& before, const ProgressiveMesh& pm, int atLeast) {
+    const DMesh& mesh = pm.mesh;
+    ASSERT_TRUE(pm.m_handleUVs_internal);
+    DMesh seams = before;
+    BuildUVCorners(seams);
+    ComputeUVSeams(seams);
+    int kept = 0;
+    for (std::size_t c = 0; c < mesh.triangles.size(); ++c) {
+        const std::uint32_t v = mesh.triangles[c];
+        if (!mesh.triangleActive.Test(static_cast<std::int32_t>(c / 3)) ||
+            before.triangles[c] != v || seams.uvSeamVertices.Test(static_cast<std::int32_t>(v)))
+            continue;
+        const FloatVec3 is = mesh.vertices[v].position();
+        const FloatVec3 was = before.vertices[v].position();
+        if (is.x != was.x || is.y != was.y || is.z != was.z) continue;
+        ++kept;
+        const UVCoord& uv = mesh.coordsUV[mesh.indicesUV[c]];
+        const UVCoord& old = before.coordsUV[before.indicesUV[c]];
+        EXPECT_TRUE(uv.u == old.u && uv.v == old.v) << c;
+    }
+    EXPECT_GE(kept, atLeast);
+}
+
+TEST_F(CornerUVs, CornersThatDidNotMoveKeepTheirUVsBitForBit) {
+    for (const std::uint32_t seed : {1U, 2U, 3U}) {
+        const DMesh before = welded(hillsOfTwoCharts(seed));
+        for (const float percent : {95.0F, 85.0F})
+            expectKeptUVs(before, *inPlace(hillsOfTwoCharts(seed), percent), 20);
+    }
+    for (const char* file : {"synth-seams.Vok", "spot.Vok"}) {
+        const DMesh before = welded(sample(file));
+        for (const float percent : {80.0F, 50.0F})
+            expectKeptUVs(before, *inPlace(sample(file), percent), 200);
+    }
+}
+
+// Each UV of a seam vertex lies in the chart of its corner, and near where the plan has it: the
+// UVs of a straight seam move along with the vertex.
+TEST_F(CornerUVs, FollowTheSurface) {
+    const MeshPtr pm = inPlace(hillsOfTwoCharts(1), 50);
+    double sum = 0;
+    int corners = 0;
+    forEachActiveCorner(pm->mesh, [&](std::size_t c) {
+        const VertexRecord& vertex = pm->mesh.vertices[pm->mesh.triangles[c]];
+        const UVCoord& uv = pm->mesh.coordsUV[pm->mesh.indicesUV[c]];
+        const float u = vertex.x / 16.0F + 4.0F * static_cast<float>(chartAt(pm->mesh, c));
+        sum += std::hypot(double{uv.u} - u, double{uv.v} - vertex.y / 16.0F);
+        ++corners;
+    });
+    EXPECT_LT(sum / corners, 0.25 / 16) << "a quarter of a square of the grid";
+}
+
+// UVs of corners that the welding does not take (one pair too few) are dropped, and hinder nobody.
+TEST_F(CornerUVs, ThatDoNotFitTheTrianglesHaveNoPartInTheRun) {
+    DMesh mesh = hillsOfTwoCharts(2);
+    DMesh plain = mesh;
+    plain.coordsUV.clear();
+    mesh.coordsUV.pop_back();
+    const MeshPtr with = inPlace(mesh, 30);
+    const MeshPtr without = inPlace(plain, 30);
+    EXPECT_FALSE(with->m_handleUVs_internal);
+    EXPECT_TRUE(surfaceOf(with->mesh) == surfaceOf(without->mesh));
+}
+
+// The rule: where both ends lie on a seam, the UVs of the removed vertex win, wherever on the
+// segment the vertex comes to stand, be it where it stood.
+TEST_F(CornerUVs, OnASeamThoseOfTheRemovedVertexWin) {
+    int seen = 0;
+    for (const std::uint32_t seed : {1U, 2U, 3U}) {
+        const MeshPtr pm = inPlace(hillsOfTwoCharts(seed), 30);
+        for (auto i = static_cast<std::int32_t>(pm->vsplitList.NumVtxSplit()); i-- > 0;) {
+            const VSplitView split = pm->vsplitList.ensureLoaded(i);
+            const auto words = split.uvIndexPairWords();
+            seen += words.size() == 4 ? 1 : 0;
+            for (std::size_t k = 0; words.size() == 4 && k < 4; k += 2) {
+                const UVCoord& removed = pm->mesh.coordsUV[static_cast<std::size_t>(words[k])];
+                const UVCoord& kept = pm->mesh.coordsUV[static_cast<std::size_t>(words[k + 1])];
+                EXPECT_TRUE(removed.u == kept.u && removed.v == kept.v) << i;
+            }
+            // Up by one record: the one before it is then the last that was applied.
+            updateMeshAtLevel(*pm, static_cast<std::int32_t>(pm->mesh.numActiveVertices) + 1);
+        }
+    }
+    EXPECT_GT(seen, 3);
+}
+
+}  // namespace
+}  // namespace korvalite::test

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+//
+// What stays of a mesh's mirror symmetry: everything when it was symmetric, and a sound mesh when
+// it was not.
+#include "property/run_cases.h"
+
+#include "formats/vok_reader.h"
+#include "formats/vok_writer.h"
+#include "geometry/mirror_pairs.h"
+#include "support/mesh_validator.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace korvalite::test {
+namespace {
+
+struct SymmetryCase {
+    std::string name;
+    int axis = 0;
+    DMesh mesh;
+};
+void PrintTo(const SymmetryCase& row, std::ostream* out) {
+    *out << row.name;
+}
+
+std::vector<SymmetryCase> symmetricMeshes() {
+    std::vector<SymmetryCase> rows;
+    const char* axes[] = {"X", "Y", "Z"};
+    for (int axis = 0; axis < 3; ++axis) {
+        for (const std::uint32_t seed : {1U, 2U, 3U}) {
+            rows.push_back({std::string("Uneven") + axes[axis] + std::to_string(seed), axis,
+                            unevenMirrored(axis, seed)});
+        }
+        DMesh colored = unevenMirrored(axis, 6);
+        addColors(colored, [axis](const FloatVec3& p) {
+            return component(p, (axis + 1) % 3) < 0.1F ? packColor(250, 10, 20)
+                                                       : packColor(20, 10, 240);
+        });
+        rows.push_back({std::string("Colored") + axes[axis], axis, colored});
+        DMesh masked = unevenMirrored(axis, 7);
+        addMask(masked, [axis](const FloatVec3& p) {
+            return component(p, (axis + 2) % 3) < -0.3F ? 5 : 120;
+        });
+        rows.push_back({std::string("Masked") + axes[axis], axis, masked});
+    }
+    rows.push_back({"SampleX", 0, sample("synth-symmetric.Vok")});
+    return rows;
+}
+
+class SymmetricMesh : public DecimationTest, public testing::WithParamInterface<SymmetryCase> {
+protected:
+    // What is active, as a host gets it.
+    DMesh compacted(const DMesh& mesh) const {
+        const std::string path = job.folder() / u8"mesh.Vok";
+        DMesh result;
+        EXPECT_TRUE(exportDMesh(path.c_str(), mesh));
+        EXPECT_TRUE(importDMesh(path.c_str(), result));
+        return result;
+    }
+    static MirrorPairs pairsOf(const DMesh& mesh, int axis, const DMesh& original) {
+        KRDMeshSymmetryCache cache;
+        cache.computeTolerance(original, 0.01F);
+        MirrorPairs pairs;
+        EXPECT_TRUE(
+            pairVertices(pairs, mesh, axis, symmetryCentre(original.boundingBox), cache.tolerance));
+        return pairs;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Case, SymmetricMesh, testing::ValuesIn(symmetricMeshes()),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_P(SymmetricMesh, PairsUpAgainAfterARun) {
+    const auto& [name, axis, original] = GetParam();
+    ASSERT_EQ(pairsOf(original, axis, original).pairedCount, original.vertexCount());
+    for (const float percent : {70.0F, 40.0F, 15.0F, 5.0F}) {
+        const MeshPtr pm = decimated(original, [&, axis = axis](ProgressiveMesh& settings) {
+            askForSymmetry(settings, axis);
+            targetPercent(settings, percent);
+        });
+        EXPECT_LE(pm->activeCount(), pm->TargetNumItem);
+        const DMesh result = compacted(pm->mesh);
+        EXPECT_EQ(pairsOf(result, axis, original).pairedCount, result.vertexCount()) << percent;
+        EXPECT_TRUE(isClosedManifold(result));
+    }
+}
+
+// Or the test above could pass without any symmetry handling.
+TEST_P(SymmetricMesh, LosesItsPairsWhenNobodyAsksForThem) {
+    const auto& [name, axis, original] = GetParam();
+    const MeshPtr pm =
+        decimated(original, [](ProgressiveMesh& settings) { targetPercent(settings, 40); });
+    const DMesh result = compacted(pm->mesh);
+    EXPECT_LT(pairsOf(result, axis, original).pairedCount, result.vertexCount());
+}
+
+class AsymmetricMesh : public DecimationTest, public testing::WithParamInterface<int> {};
+INSTANTIATE_TEST_SUITE_P(Axis, AsymmetricMesh, testing::Values(0, 1, 2),
+                         [](const auto& row) { return std::string(1, "XYZ"[row.param]); });
+
+TEST_P(AsymmetricMesh, IsDecimatedAllTheSame) {
+    for (const std::uint32_t seed : {1U, 2U, 3U}) {
+        DMesh strong = sphere(3);
+        jitter(strong, 0.3F, seed);
+        DMesh lopsided = unevenSphere(seed);
+        for (VertexRecord& vertex : lopsided.vertices)
+            vertex.setPosition(vertex.position() + FloatVec3{vertex.y * vertex.z, 0, vertex.x});
+        recomputeBoundingBox(lopsided);
+        for (const DMesh& original : {strong, lopsided, unevenHills(seed), torus(24, 11)}) {
+            for (const float percent : {50.0F, 10.0F, 0.0F}) {
+                const MeshPtr pm = decimated(original, [&](ProgressiveMesh& settings) {
+                    askForSymmetry(settings, GetParam());
+                    targetPercent(settings, percent);
+                });
+                EXPECT_TRUE(isSound(pm->mesh)) << seed << ' ' << percent;
+                if (percent > 20) {
+                    EXPECT_LE(pm->activeCount(), pm->TargetNumItem);
+                }
+            }
+        }
+    }
+}
+
+// One half is symmetric, the other is not: that one does not suffer from the other.
+TEST_P(AsymmetricMesh, KeepsThePairsFarFromWhatIsUneven) {
+    const int axis = GetParam();
+    const int along = (axis + 1) % 3;
+    DMesh original = unevenMirrored(axis, 4);
+    Random random(11);
+    for (VertexRecord& vertex : original.vertices) {
+        FloatVec3 p = vertex.position();
+        if (component(p, along) > 0.55F && component(p, axis) > 0.0F) {
+            setComponent(p, along, component(p, along) + 0.2F + random.around(0.15F));
+            vertex.setPosition(p);
+        }
+    }
+    // The middle of the box stays on the plane.
+    recomputeBoundingBox(original);
+    const MeshPtr pm = decimated(original, [&](ProgressiveMesh& settings) {
+        askForSymmetry(settings, axis);
+        targetPercent(settings, 40);
+        settings.DoReorder = false;
+    });
+    EXPECT_TRUE(isClosedManifold(pm->mesh));
+    DMesh far;
+    for (std::int32_t v = 0; v < pm->mesh.vertexCount(); ++v) {
+        const VertexRecord& vertex = pm->mesh.vertices[static_cast<std::size_t>(v)];
+        if (pm->mesh.vertexActive.Test(v) && component(vertex.position(), along) < -0.2F)
+            far.vertices.push_back(vertex);
+    }
+    KRDMeshSymmetryCache cache;
+    cache.computeTolerance(original, 0.01F);
+    MirrorPairs pairs;
+    ASSERT_TRUE(
+        pairVertices(pairs, far, axis, symmetryCentre(original.boundingBox), cache.tolerance));
+    EXPECT_EQ(pairs.pairedCount, far.vertexCount());
+    EXPECT_GT(far.vertexCount(), 30);
+}
+
+}  // namespace
+}  // namespace korvalite::test
