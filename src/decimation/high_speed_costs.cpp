@@ -21,13 +21,13 @@ void storeQuadrics(ProgressiveMesh& pm) {
     pm.triangleQuadrics.assign(at(mesh.triangleCount()), {});
     reserveLarge(pm.vertexQuadrics, mesh.vertices.size());
     pm.vertexQuadrics.assign(mesh.vertices.size(), {});
-    for (std::int32_t triangle = 0; triangle < mesh.triangleCount(); ++triangle) {
+    forEachTriangle(mesh, [&](std::int32_t triangle) {
         const Quadric3D quadric = ComputeTriangleQuadric(pm, triangle);
         pm.triangleQuadrics[at(triangle)] = quadric;
         for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
             pm.vertexQuadrics[at(vertexAt(mesh, corner))] += quadric;
         }
-    }
+    });
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
         addBorderAndPlane(pm, pm.vertexQuadrics[at(vertex)], vertex);
     }

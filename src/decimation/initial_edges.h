@@ -50,6 +50,8 @@ void rankInitialEdges(ProgressiveMesh& pm, Evaluate evaluate, Took took) {
         took(end, edge);
     };
     for (std::int32_t corner = 0; corner < mesh.cornerCount(); ++corner) {
+        // Of an earlier run.
+        if (!mesh.triangleActive.Test(corner / 3)) continue;
         const std::int32_t a = vertexAt(mesh, corner);
         const std::int32_t b = vertexAt(mesh, nextCorner(corner));
         EdgeEnds ends;

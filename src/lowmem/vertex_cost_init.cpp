@@ -52,12 +52,12 @@ void rank(VertexRecord& vertex, std::int32_t partner, float cost) {
 template <typename Form>
 void addTriangleQuadrics(const ProgressiveMesh& pm,
                          std::vector<typename Form::Element>& vertexQuadrics) {
-    for (std::int32_t triangle = 0; triangle < pm.mesh.triangleCount(); ++triangle) {
+    forEachTriangle(pm.mesh, [&](std::int32_t triangle) {
         const auto quadric = Form::triangleQuadric(pm, triangle);
         for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
             vertexQuadrics[at(vertexAt(pm.mesh, corner))] += quadric;
         }
-    }
+    });
 }
 
 template <typename Form>

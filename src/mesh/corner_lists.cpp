@@ -9,17 +9,20 @@ namespace korvalite {
 
 namespace {
 
-void buildLists(std::vector<std::int32_t>& head, std::vector<std::int32_t>& next,
-                std::size_t itemCount, const std::vector<std::uint32_t>& itemOfCorner) {
+void buildLists(const DMesh& mesh, const std::vector<std::uint32_t>& itemOfCorner,
+                std::size_t itemCount, std::vector<std::int32_t>& head,
+                std::vector<std::int32_t>& next) {
     reserveLarge(head, itemCount);
     head.assign(itemCount, kNone);
     reserveLarge(next, itemOfCorner.size());
     next.assign(itemOfCorner.size(), kNone);
-    for (std::size_t corner = 0; corner < itemOfCorner.size(); ++corner) {
-        std::int32_t& first = head[itemOfCorner[corner]];
-        next[corner] = first;
-        first = static_cast<std::int32_t>(corner);
-    }
+    forEachTriangle(mesh, [&](std::int32_t triangle) {
+        for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
+            std::int32_t& first = head[itemOfCorner[static_cast<std::size_t>(corner)]];
+            next[static_cast<std::size_t>(corner)] = first;
+            first = corner;
+        }
+    });
 }
 
 template <typename Visit>
@@ -72,11 +75,12 @@ void gatherRing(const std::vector<std::int32_t>& head, const std::vector<std::in
 }  // namespace
 
 void BuildVertexCorners(DMesh& mesh) {
-    buildLists(mesh.vertexTriangleHead, mesh.cornerNext, mesh.vertices.size(), mesh.triangles);
+    buildLists(mesh, mesh.triangles, mesh.vertices.size(), mesh.vertexTriangleHead,
+               mesh.cornerNext);
 }
 
 void BuildUVCorners(DMesh& mesh) {
-    buildLists(mesh.uvCornerHead, mesh.uvCornerNext, mesh.coordsUV.size(), mesh.indicesUV);
+    buildLists(mesh, mesh.indicesUV, mesh.coordsUV.size(), mesh.uvCornerHead, mesh.uvCornerNext);
 }
 
 void ReleaseVertexCorners(DMesh& mesh) {

@@ -39,7 +39,7 @@ inline bool contains(const IndexList& list, std::int32_t item) {
     return std::find(list.begin(), list.end(), item) != list.end();
 }
 
-/// Both rebuild from scratch; indices must be in range.
+/// Both rebuild from scratch, with the active triangles alone; indices must be in range.
 void BuildVertexCorners(DMesh& mesh);
 void BuildUVCorners(DMesh& mesh);
 void ReleaseVertexCorners(DMesh& mesh);
@@ -65,6 +65,14 @@ void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices
 
 /// True if a triangle at `a` also holds `b`.
 bool AreVerticesAdjacent(const DMesh& mesh, std::int32_t a, std::int32_t b);
+
+/// Calls visit(triangle) for each active triangle, in index order.
+template <typename Visit>
+void forEachTriangle(const DMesh& mesh, Visit visit) {
+    for (std::int32_t triangle = 0; triangle < mesh.triangleCount(); ++triangle) {
+        if (mesh.triangleActive.Test(triangle)) visit(triangle);
+    }
+}
 
 /// Calls visit(corner) for each corner of a vertex, in list order.
 template <typename Visit>

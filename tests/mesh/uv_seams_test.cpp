@@ -282,6 +282,7 @@ TEST(ComputeUVSeams, MarksTheVertexAtTheFirstCornerOfTheList) {
     mesh.indicesUV = {0, 0, 1};
     mesh.coordsUV.resize(3);
     mesh.triangles = {0, 1, 2, 0, 1, 2};
+    test::completeMesh(mesh);
     mesh.indicesUV = {0, 1, 2, 1, 0, 0};
     // Record 0: corners 5, 4, 0 and neighbours 1, 0, 2: none. Record 1: 3, 1 and 0, 2: none.
     // Record 2: corner 2 and neighbours 0, 1: a seam, at vertex 2.
