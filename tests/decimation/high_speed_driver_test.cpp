@@ -5,6 +5,7 @@
 #include "support/level_walk.h"
 #include "support/mesh_builder.h"
 #include "support/mesh_validator.h"
+#include "support/step_recorder.h"
 #include "support/stop_request.h"
 
 #include <gtest/gtest.h>
@@ -21,11 +22,7 @@ class HighSpeed : public test::DecimationTest {
 protected:
     template <typename Set>
     static MeshPtr run(DMesh mesh, Set set) {
-        return test::decimated(std::move(mesh), [&](ProgressiveMesh& pm) {
-            pm.MemSpeedTradeOff = MEMSPEED_TRADEOFF_HIGH_SPEED;
-            pm.DoReorder = false;
-            set(pm);
-        });
+        return test::decimatedBy(MEMSPEED_TRADEOFF_HIGH_SPEED, std::move(mesh), set);
     }
     static MeshPtr runTo(std::uint32_t target, DMesh mesh) {
         return run(std::move(mesh), [&](ProgressiveMesh& pm) { pm.TargetNumItem = target; });
@@ -40,12 +37,11 @@ DMesh bumpyBall() {
 
 // 50 is the count that the symmetric runs go to.
 MeshPtr symmetricRun(DMesh mesh, bool symmetric = true) {
-    return test::decimated(std::move(mesh), [&](ProgressiveMesh& pm) {
-        pm.MemSpeedTradeOff = MEMSPEED_TRADEOFF_HIGH_SPEED;
-        pm.DoReorder = false;
+    const auto set = [&](ProgressiveMesh& pm) {
         pm.TargetNumItem = 50;
         if (symmetric) test::askForSymmetry(pm, 0);
-    });
+    };
+    return test::decimatedBy(MEMSPEED_TRADEOFF_HIGH_SPEED, std::move(mesh), set);
 }
 
 TEST_F(HighSpeed, ReachesTheTarget) {
@@ -221,14 +217,8 @@ TEST_F(HighSpeed, UVsAndColoursAreNotHandled) {
     EXPECT_EQ(pm->mesh.indicesUV.size(), 0U);
 }
 
-class Steps : public StepObserver {
-public:
-    void step(int number) override { numbers.push_back(number); }
-    std::vector<int> numbers;
-};
-
 TEST_F(HighSpeed, TellsAnObserverItsSteps) {
-    Steps steps;
+    test::StepRecorder steps;
     DMesh ball = test::sphere(4);
     const auto target = static_cast<std::uint32_t>(ball.vertices.size()) - 401;
     run(ball, [&](ProgressiveMesh& pm) {

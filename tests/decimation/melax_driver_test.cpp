@@ -5,6 +5,7 @@
 #include "support/level_walk.h"
 #include "support/mesh_builder.h"
 #include "support/mesh_validator.h"
+#include "support/step_recorder.h"
 
 #include <gtest/gtest.h>
 
@@ -19,11 +20,7 @@ class Melax : public test::DecimationTest {
 protected:
     template <typename Set>
     static MeshPtr run(DMesh mesh, Set set) {
-        return test::decimated(std::move(mesh), [&](ProgressiveMesh& pm) {
-            pm.MemSpeedTradeOff = MEMSPEED_TRADEOFF_MELAX;
-            pm.DoReorder = false;
-            set(pm);
-        });
+        return test::decimatedBy(MEMSPEED_TRADEOFF_MELAX, std::move(mesh), set);
     }
     static MeshPtr runTo(std::uint32_t target, DMesh mesh) {
         return run(std::move(mesh), [&](ProgressiveMesh& pm) { pm.TargetNumItem = target; });
@@ -118,14 +115,8 @@ TEST_F(Melax, BothSidesLoseAlikeThoughTheMirrorImageGoesWhereTheQuadricsSay) {
     EXPECT_TRUE(test::isClosedManifold(pm->mesh));
 }
 
-class Steps : public StepObserver {
-public:
-    void step(int number) override { numbers.push_back(number); }
-    std::vector<int> numbers;
-};
-
 TEST_F(Melax, TellsAnObserverItsStepsButNotTheNinth) {
-    Steps steps;
+    test::StepRecorder steps;
     DMesh ball = test::sphere(4);
     const auto target = static_cast<std::uint32_t>(ball.vertices.size()) - 401;
     run(ball, [&](ProgressiveMesh& pm) {

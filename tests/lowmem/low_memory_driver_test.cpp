@@ -6,6 +6,7 @@
 #include "support/level_walk.h"
 #include "support/mesh_builder.h"
 #include "support/mesh_validator.h"
+#include "support/step_recorder.h"
 #include "support/stop_request.h"
 
 #include <gtest/gtest.h>
@@ -28,20 +29,11 @@ DMesh bumpyBall(unsigned level = 3) {
     return mesh;
 }
 
-class Steps : public StepObserver {
-public:
-    void step(int number) override { numbers.push_back(number); }
-    std::vector<int> numbers;
-};
-
 class LowMemory : public test::DecimationTest {
 protected:
     template <typename Set>
     static MeshPtr run(DMesh mesh, Set set) {
-        return test::decimated(std::move(mesh), [&](ProgressiveMesh& pm) {
-            pm.DoReorder = false;
-            set(pm);
-        });
+        return test::decimatedBy(MEMSPEED_TRADEOFF_LOW_MEM, std::move(mesh), set);
     }
     static MeshPtr runTo(std::uint32_t target, DMesh mesh) {
         return run(std::move(mesh), [&](ProgressiveMesh& pm) { pm.TargetNumItem = target; });
@@ -219,7 +211,7 @@ TEST_F(LowMemory, WhatHasCollapsedUntilItEndsIsInTheList) {
 
 TEST_F(LowMemory, ProgressPointsCountSuccessfulTurnsAndAPairOnce) {
     const auto progressPoints = [&](bool symmetric) {
-        Steps steps;
+        test::StepRecorder steps;
         run(test::sphere(4), [&](ProgressiveMesh& pm) {
             pm.observer = &steps;
             pm.TargetNumItem = 1026 - 420;
@@ -232,7 +224,7 @@ TEST_F(LowMemory, ProgressPointsCountSuccessfulTurnsAndAPairOnce) {
 }
 
 TEST_F(LowMemory, TellsAnObserverItsSteps) {
-    Steps steps;
+    test::StepRecorder steps;
     run(bumpyBall(), [&](ProgressiveMesh& pm) {
         pm.observer = &steps;
         pm.TargetNumItem = 250;

@@ -69,6 +69,16 @@ MeshPtr decimated(DMesh mesh, Set set) {
     return pm;
 }
 
+// The same by the driver of a MemSpeedTradeOff, with vertices and triangles left at their places.
+template <typename Set>
+MeshPtr decimatedBy(std::int32_t driver, DMesh mesh, Set set) {
+    return decimated(std::move(mesh), [&](ProgressiveMesh& pm) {
+        pm.MemSpeedTradeOff = driver;
+        pm.DoReorder = false;
+        set(pm);
+    });
+}
+
 // One of the project's sample meshes, as the batch driver loads it.
 inline DMesh sample(const std::string& name) {
     DMesh mesh;
