@@ -5,6 +5,8 @@
 // are prefixes of its arrays.
 #include "property/run_cases.h"
 
+#include "mesh/corner_lists.h"
+#include "mesh/uv_seams.h"
 #include "support/level_walk.h"
 #include "support/mesh_validator.h"
 
@@ -85,6 +87,12 @@ TEST_P(LevelWalk, LeadsBackToTheBeginning) {
         }
         EXPECT_EQ(pm->mesh.vertexColors, original.vertexColors);
         EXPECT_EQ(pm->mesh.maskValues, original.maskValues);
+        if (!pm->m_handleUVs_internal) continue;
+        DMesh welded = original;
+        BuildVertexCorners(welded);
+        WeldCornerUVs(welded);
+        EXPECT_EQ(pm->mesh.indicesUV, welded.indicesUV);
+        EXPECT_TRUE(surfaceOf(pm->mesh) == surfaceOf(welded));
     }
 }
 
