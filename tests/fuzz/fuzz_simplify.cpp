@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // Any bytes as a small mesh with options: points of an integer grid, a few of them no numbers, and
-// any triangles between them. It is decimated, and taken up and down its levels. Whatever the mesh,
-// counts, bits and triangles must agree, and the way up must lead back to the beginning.
+// any triangles between them. It is decimated by one of the drivers, taken up and down its levels,
+// and decimated once more. Whatever the mesh, counts, bits and triangles must agree, and the way up
+// must lead back to the beginning.
 #include "fuzz/byte_reader.h"
 #include "lowmem/run_decimation.h"
 #include "mesh/corner_lists.h"
@@ -99,7 +100,6 @@ void readSettings(ByteReader& bytes, ProgressiveMesh& pm) {
     pm.tryStoreDoubleMat = (flags & 32U) == 0;
     pm.tryStoreFloatMat = (flags & 64U) == 0;
     pm.targetCountsVertices = (flags & 128U) == 0;
-    pm.MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM;
     pm.recordVSplits = true;
     pm.vsplitList.pageCapacity = bytes.below(4);
     pm.TargetNumItem = bytes.below(kMostPoints);
@@ -107,6 +107,13 @@ void readSettings(ByteReader& bytes, ProgressiveMesh& pm) {
     pm.handleSymmetry = symmetry < 3;
     pm.mesh.symmetryMode = symmetry < 3 ? 1 : 0;
     pm.mesh.symmetryAxis = symmetry < 3 ? static_cast<std::int32_t>(symmetry) : kNone;
+}
+
+// Comes last, so that inputs that end before it mean what they meant before there was a choice.
+void readDriver(ByteReader& bytes, ProgressiveMesh& pm) {
+    constexpr std::int32_t kDrivers[] = {MEMSPEED_TRADEOFF_LOW_MEM, MEMSPEED_TRADEOFF_LOW_MEM,
+                                         MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_MELAX};
+    pm.MemSpeedTradeOff = kDrivers[bytes.below(4)];
 }
 
 bool hasRepeatedCorner(const DMesh& mesh, std::int32_t t) {
@@ -159,6 +166,13 @@ bool restoresUVs(ProgressiveMesh& pm) {
     return true;
 }
 
+void walkLevels(ByteReader& bytes, ProgressiveMesh& pm, bool mayRepeatCorners) {
+    while (!bytes.isEmpty()) {
+        updateMeshAtLevel(pm, static_cast<std::int32_t>(bytes.below(kMostTriangles + 2)) - 1);
+        requireSound(pm.mesh, mayRepeatCorners);
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -175,6 +189,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     pm.mesh.symmetryAxis = axis;
     pm.mesh.symmetryMode = mode;
     readAttributes(bytes, options, pm.mesh);
+    readDriver(bytes, pm);
 
     bool repeated = false;
     for (std::int32_t t = 0; t < pm.mesh.triangleCount(); ++t)
@@ -190,18 +205,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     requireSound(pm.mesh, repeated);
     requireDistinctRecords(pm);
 
-    test::markAllApplied(pm);
-    const auto uvs = pm.m_handleUVs_internal && (repeated || !restoresUVs(pm))
-                         ? test::UVs::Ignored
-                         : test::UVs::Compared;
-    const auto lowest = test::surfaceOf(pm.mesh, uvs);
-    test::goAllUp(pm);
-    require(pm.CurVtxSplitPos == 0);
-    requireSound(pm.mesh, repeated);
-    require(test::surfaceOf(pm.mesh, uvs) == test::surfaceOf(original, uvs));
+    if (pm.MemSpeedTradeOff != MEMSPEED_TRADEOFF_MELAX) {
+        test::markAllApplied(pm);
+        const bool compareUVs = pm.m_handleUVs_internal && !repeated && restoresUVs(pm);
+        const auto uvs = compareUVs ? test::UVs::Compared : test::UVs::Ignored;
+        const auto lowest = test::surfaceOf(pm.mesh, uvs);
+        test::goAllUp(pm);
+        require(pm.CurVtxSplitPos == 0);
+        requireSound(pm.mesh, repeated);
+        require(test::surfaceOf(pm.mesh, uvs) == test::surfaceOf(original, uvs));
 
-    test::goAllDown(pm);
+        test::goAllDown(pm);
+        requireSound(pm.mesh, repeated);
+        require(test::surfaceOf(pm.mesh, uvs) == lowest);
+        walkLevels(bytes, pm, repeated);
+    }
+
+    // A mesh at any level can be decimated further.
+    pm.TargetNumItem /= 2;
+    require(RunDecimation(pm) == 0);
     requireSound(pm.mesh, repeated);
-    require(test::surfaceOf(pm.mesh, uvs) == lowest);
+    requireDistinctRecords(pm);
     return 0;
 }
