@@ -167,6 +167,52 @@ TEST_F(CornerUVs, CornersThatDidNotMoveKeepTheirUVsBitForBit) {
     }
 }
 
+// The planes of a cube meet in its corners, so that many neighbours of a corner fall onto it
+// without moving it: its UV stays that of the corner bit for bit.
+TEST_F(CornerUVs, OfAVertexThatOthersFallOntoWhereItStandsAreKept) {
+    const DMesh cube = buildMesh(
+        {{0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {4, 4, 0}, {0, 0, 4}, {4, 0, 4}, {0, 4, 4}, {4, 4, 4}},
+        {{0, 2, 3},
+         {0, 3, 1},
+         {4, 5, 7},
+         {4, 7, 6},
+         {0, 1, 5},
+         {0, 5, 4},
+         {2, 6, 7},
+         {2, 7, 3},
+         {0, 4, 6},
+         {0, 6, 2},
+         {1, 3, 7},
+         {1, 7, 5}});
+    DMesh fine = subdivided(subdivided(cube));
+    ASSERT_TRUE(isClosedManifold(fine));
+    // The sides are sheared into one plane, so that no two corners have the same UV.
+    for (const std::uint32_t v : fine.triangles) {
+        const VertexRecord& vertex = fine.vertices[v];
+        fine.coordsUV.push_back({vertex.x + vertex.z / 16.0F, vertex.y + vertex.z / 8.0F});
+    }
+    const MeshPtr pm = inPlace(fine, 9);
+    ASSERT_TRUE(pm->m_handleUVs_internal);
+    int kept = 0;
+    for (auto i = static_cast<std::int32_t>(pm->vsplitList.NumVtxSplit()); i-- > 0;) {
+        const VSplitView split = pm->vsplitList.ensureLoaded(i);
+        const auto w = static_cast<std::size_t>(
+            pm->mesh.vertices[static_cast<std::size_t>(split.vertex())].partner);
+        const FloatVec3 is = pm->mesh.vertices[w].position();
+        const FloatVec3 was = split.position();
+        if (is.x == was.x && is.y == was.y && is.z == was.z) {
+            ++kept;
+            ASSERT_EQ(split.savedUVCount(), 1U);
+            const auto pair = split.uvIndexPairWords();
+            const UVCoord& uv = pm->mesh.coordsUV[static_cast<std::size_t>(pair[1])];
+            EXPECT_TRUE(uv.u == split.savedUV(0).u && uv.v == split.savedUV(0).v) << i;
+        }
+        // Up by one record: the one before it is then the last that was applied.
+        updateMeshAtLevel(*pm, static_cast<std::int32_t>(pm->mesh.numActiveVertices) + 1);
+    }
+    EXPECT_GT(kept, 2);
+}
+
 // Each UV of a seam vertex lies in the chart of its corner, and near where the plan has it: the
 // UVs of a straight seam move along with the vertex.
 TEST_F(CornerUVs, FollowTheSurface) {
