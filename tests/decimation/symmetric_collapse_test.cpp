@@ -2,7 +2,7 @@
 #include "decimation/symmetric_collapse.h"
 
 #include "decimation/metric.h"
-#include "support/prepared_mesh.h"
+#include "support/mirrored_grid.h"
 
 #include <gtest/gtest.h>
 
@@ -12,37 +12,7 @@
 namespace korvalite {
 namespace {
 
-// 4 x 4 squares right of the plane x = 0 and their mirror image. Vertex (c, r) of the right half
-// has the index 5 r + c; those of column 0 lie on the plane.
-struct Mirrored {
-    ProgressiveMesh pm;
-    std::vector<std::int32_t> mirrorOf;
-
-    Mirrored() {
-        DMesh half = test::grid(4, 4, test::hills);
-        test::prepare(pm, test::withMirrorImage(half, 0, &mirrorOf));
-        auto& cache = pm.mesh.symmetryCache;
-        cache.pairing = mirrorOf;
-        cache.planeNormal = {1, 0, 0};
-        cache.planePoint = {0, 0, 0};
-        buildTransforms(cache.planeProjection, cache.mirrorTransform, cache.planeNormal,
-                        cache.planePoint);
-        cache.secondSide.Resize(pm.mesh.vertexCount(), false);
-        for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v)
-            cache.secondSide.Assign(v, position(v).x > 0);
-        pm.handleSymmetry = true;
-        pm.m_handleSymmetry_internal = true;
-    }
-    [[nodiscard]] FloatVec3 position(std::int32_t v) const {
-        return pm.mesh.vertices[static_cast<std::size_t>(v)].position();
-    }
-    [[nodiscard]] std::int32_t image(std::int32_t v) const {
-        return mirrorOf[static_cast<std::size_t>(v)];
-    }
-    void unpair(std::int32_t v) {
-        pm.mesh.symmetryCache.pairing[static_cast<std::size_t>(v)] = kNone;
-    }
-
+struct Mirrored : test::MirroredGrid {
     EdgeEvaluation evaluation{1, {0.25F, 2, 3}, {}};
     SymmetricCollapse mirror;
     bool check(std::int32_t v, std::int32_t w) {
@@ -52,7 +22,7 @@ struct Mirrored {
 };
 
 constexpr std::int32_t at(std::int32_t column, std::int32_t row) {
-    return 5 * row + column;
+    return Mirrored::at(column, row);
 }
 
 TEST(BuildSymmetrySlaves, AreTheSecondSideWhereEverythingIsPaired) {

@@ -20,6 +20,15 @@ public:
         progressChannel().setEnabled(false);
         progressChannel().Close();
     }
+    // From now on; the tool sees it when it next looks at the file, which is here and now.
+    static void askToStop() {
+        progressChannel().WriteRecord();
+        const std::string path = progressChannel().path().c_str();
+        ProgressImage image(readWhole(path));
+        image.setByte(ProgressImage::kStopCurrent, 1);
+        writeWhole(path, image.bytes());
+        progressChannel().ReadRecord();
+    }
     HostedProgress(const HostedProgress&) = delete;
     HostedProgress& operator=(const HostedProgress&) = delete;
 
