@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+//
+// The turns of the collapse loop while symmetry is handled.
+#include "decimation/collapse_loop.h"
+
+#include "decimation/scripted_driver.h"
+#include "support/decimation_run.h"
+#include "support/level_walk.h"
+#include "support/mesh_validator.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+using test::index;
+using test::kU;
+using test::kV;
+using test::kVertices;
+using test::line;
+using test::Log;
+using test::Turns;
+
+constexpr std::int32_t at(std::int32_t column, std::int32_t row) {
+    return test::MirroredGrid::at(column, row);
+}
+
+class CollapsePairs : public test::DecimationTest {};
+
+TEST_F(CollapsePairs, AMirrorImageGoesAlongAndIsRecordedBehind) {
+    Turns t(true);
+    const std::int32_t mv = t.image(kV);
+    const std::int32_t mu = t.image(kU);
+    t.queue(kV, kU, 3);
+    t.queue(mv, mu, 4);
+    EXPECT_EQ(t.run(), (Log{line("place", kV, kU), line("carry", kV, kU), line("carry", mv, mu),
+                            line("update", kU), line("update", mu)}));
+    EXPECT_EQ(t.pm.mesh.numActiveVertices, kVertices - 2);
+    EXPECT_FALSE(t.pm.costQueue.isQueued(mv));
+    ASSERT_EQ(t.recorded(), 2U);
+    EXPECT_EQ(t.script.recordedBefore, (std::vector<std::uint32_t>{0, 0}));
+    EXPECT_EQ(t.pm.vsplitList.ensureLoaded(0).vertex(), kV);
+    EXPECT_EQ(t.pm.vsplitList.ensureLoaded(1).vertex(), mv);
+}
+
+TEST_F(CollapsePairs, APairMayPassBelowTheTargetByOne) {
+    Turns t(true);
+    t.pm.TargetNumItem = kVertices - 1;
+    t.queue(kV, kU, 3);
+    t.run();
+    EXPECT_EQ(t.pm.mesh.numActiveVertices, kVertices - 2);
+}
+
+TEST_F(CollapsePairs, TheMirrorImagesPartnerIsTheMirrorOfThePartner) {
+    Turns t(true);
+    t.queue(kV, kU, 3);
+    t.set(t.image(kV), t.image(at(3, 2)), 4);
+    t.run();
+    EXPECT_EQ(t.pm.mesh.vertices[index(t.image(kV))].partner, t.image(kU));
+}
+
+TEST_F(CollapsePairs, APartnerOfTheMirrorImageIsTakenOutOfTheFirstRing) {
+    // Two neighbours that a hand has paired: each lies in the other's ring.
+    Turns t(true);
+    const std::int32_t mv = at(3, 2);
+    const std::int32_t mu = at(3, 1);
+    t.pair(kV, mv);
+    t.pair(kU, mu);
+    t.queue(kV, kU, 3);
+    t.run();
+    ASSERT_EQ(t.script.neighbours.size(), 2U) << "both collapses stand";
+    EXPECT_FALSE(contains(t.script.neighbours[0], mv));
+    EXPECT_TRUE(contains(t.script.neighbours[0], mu));
+}
+
+TEST_F(CollapsePairs, ARefusedMirrorImageTakesTheFirstCollapseBackAndBothPay) {
+    Turns t(true);
+    const std::int32_t mv = t.image(kV);
+    const std::int32_t mu = t.image(kU);
+    // A third triangle at an edge of its ring: the fan of what is kept would not be a disc.
+    DMesh& mesh = t.pm.mesh;
+    for (const std::int32_t vertex : {mu, t.image(at(2, 0)), t.image(at(1, 0))})
+        mesh.triangles.push_back(static_cast<std::uint32_t>(vertex));
+    test::completeMesh(mesh);
+    BuildVertexCorners(mesh);
+    const test::Words before = test::arraysOf(mesh, test::Part::All);
+    t.queue(kV, kU, 3);
+    t.set(mv, mu, 2);
+    t.pm.symmetrySlaves.Set(mv);
+    t.queue(at(3, 3), kNone, 4);
+    EXPECT_EQ(t.run(), (Log{line("place", kV, kU)}));
+    EXPECT_EQ(test::arraysOf(mesh, test::Part::All), before);
+    EXPECT_TRUE(test::cornerListsAreSound(mesh));
+    EXPECT_EQ(t.cost(kV), 3 * 100.0F + 1e10F);
+    EXPECT_EQ(t.cost(mv), 2 * 100.0F + 1e10F);
+    EXPECT_TRUE(t.pm.costQueue.isQueued(kV));
+    EXPECT_FALSE(t.pm.costQueue.isQueued(mv)) << "it was not queued before";
+    EXPECT_FALSE(t.pm.costQueue.isQueued(at(3, 3))) << "the next one has had its turn";
+    EXPECT_EQ(t.recorded(), 0U);
+}
+
+TEST_F(CollapsePairs, AVertexOfThePlaneThatWouldLeaveItPays) {
+    Turns t(true);
+    t.queue(at(0, 2), at(1, 2), 3);
+    EXPECT_EQ(t.run(), (Log{line("place", at(0, 2), at(1, 2))}));
+    EXPECT_EQ(t.cost(at(0, 2)), 3 * 100.0F + 1e10F);
+}
+
+TEST_F(CollapsePairs, AVertexThatFellOntoItsMirrorImageLeavesItOnThePlaneAndFree) {
+    Turns t(true);
+    t.pair(kV, kU);
+    t.pair(kU, kV);
+    t.pm.AvoidNormalReverse = false;  // the plane is far from this pair
+    t.pm.symmetrySlaves.Set(kU);
+    t.queue(kV, kU, 3);
+    EXPECT_EQ(t.run(), (Log{line("place", kV, kU), line("carry", kV, kU), line("update", kU)}));
+    EXPECT_EQ(t.position(kU).x, 0.0F);
+    EXPECT_EQ(t.pm.mesh.symmetryCache.pairing[index(kU)], kU);
+    EXPECT_FALSE(t.pm.symmetrySlaves.Test(kU));
+    EXPECT_EQ(t.recorded(), 1U);
+}
+
+TEST_F(CollapsePairs, ASlaveWhoseMasterCollapsedAloneFendsForItself) {
+    struct Case {
+        const char* name;
+        bool slave;
+        bool queued;
+        float cost;
+        bool isFreed;
+    };
+    for (const Case& c : {Case{"a slave", true, false, 7, true},
+                          Case{"one that nothing wants", true, false, kNotCollapsible, true},
+                          Case{"no slave", false, false, 7, false},
+                          Case{"one that is queued", true, true, 7, false}}) {
+        Turns t(true);
+        // Their images are not adjacent, so that the first goes alone.
+        const std::int32_t slave = t.image(at(3, 3));
+        t.pair(kV, slave);
+        t.pair(kU, t.image(at(1, 1)));
+        if (c.slave) t.pm.symmetrySlaves.Set(slave);
+        if (c.queued) t.queue(slave, kNone, 9);
+        t.script.freedCost = c.cost;
+        t.queue(kV, kU, 3);
+        Log expected{line("place", kV, kU), line("carry", kV, kU), line("update", kU)};
+        if (c.isFreed) expected.push_back(line("free", slave));
+        t.pm.TargetNumItem = kVertices - 1;
+        EXPECT_EQ(t.run(), expected) << c.name;
+        EXPECT_EQ(t.pm.symmetrySlaves.Test(slave), c.slave && !c.isFreed) << c.name;
+        EXPECT_EQ(t.pm.costQueue.isQueued(slave), c.queued || (c.isFreed && c.cost == 7.0F))
+            << c.name;
+    }
+}
+
+}  // namespace
+}  // namespace korvalite
