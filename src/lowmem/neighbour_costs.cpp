@@ -87,6 +87,10 @@ private:
             s_.ringNeighbours.insert(s_.ringNeighbours.end(), s_.neighbours.begin(),
                                      s_.neighbours.end());
             s_.ringNeighboursEnd.push_back(s_.ringNeighbours.size());
+            for (const std::int32_t x : s_.neighbours) {
+                prefetch(&s_.vertexSlot[at(x)]);
+                prefetch(&mesh_.vertexTriangleHead[at(x)]);
+            }
         }
         for (const std::int32_t x : s_.ringNeighbours) {
             if (s_.vertexSlot[at(x)] == Scratch::kNoSlot) giveSlot(x);
