@@ -113,26 +113,32 @@ TEST(UpdateUVs, AlongTheSeamEachChartHasItsPair) {
     EXPECT_EQ(m.us(at(2, 2)), (std::vector<float>{2, 66}));
 }
 
+TEST(UpdateUVs, OffTheSeamOnlyTheFirstOfSeveralUVsFollows) {
+    // Along a seam that is not marked as one.
+    Charted m(2);
+    m.mesh.uvSeamVertices.Clear(at(2, 1));
+    const VSplit& split = m.run(at(2, 1), at(2, 2), {2, 1.5F, 0});
+    ASSERT_EQ(split.uvIndexPairs.size(), 1U);
+    EXPECT_EQ(split.uvIndexPairs[0].oldIndex, split.cornerUVIndices.front());
+    EXPECT_NE(std::count(split.cornerUVIndices.begin(), split.cornerUVIndices.end(),
+                         split.cornerUVIndices.front()),
+              static_cast<std::ptrdiff_t>(split.cornerUVIndices.size()));
+}
+
 TEST(UpdateUVs, WithoutACornerNextToTheKeptVertexThereIsNoPair) {
     Charted m;
-    const std::vector<UVCoord> before = m.mesh.coordsUV;
-    // The UV of the first corner is that corner's alone.
+    // The first corner gets a UV of its own, in a triangle that the kept vertex is not in.
     IndexList corners;
     GetVertexCorners(m.mesh, at(1, 2), corners);
-    CollapseScratch scratch;
-    ASSERT_EQ(CollapseEdge(m.pm, at(1, 2), at(2, 2), {1.5F, 2, 0}, m.collapse, scratch),
-              CollapseResult::Done);
-    VSplit& split = m.collapse.split;
-    const std::int32_t first = split.corners.front();
+    const std::int32_t first = corners.front();
+    ASSERT_NE(vertexAt(m.mesh, nextCorner(first)), at(2, 2));
+    ASSERT_NE(vertexAt(m.mesh, previousCorner(first)), at(2, 2));
     const auto alone = static_cast<std::int32_t>(m.mesh.coordsUV.size());
     m.mesh.coordsUV.push_back({0.5F, 0.5F});
     m.mesh.indicesUV[static_cast<std::size_t>(first)] = static_cast<std::uint32_t>(alone);
     BuildUVCorners(m.mesh);
-    const bool isNextToKept = vertexAt(m.mesh, nextCorner(first)) == at(2, 2) ||
-                              vertexAt(m.mesh, previousCorner(first)) == at(2, 2);
-    ASSERT_FALSE(isNextToKept);
-    IndexList list;
-    UpdateUVsAfterCollapse(m.mesh, at(1, 2), at(2, 2), split, list);
+    const std::vector<UVCoord> before = m.mesh.coordsUV;
+    const VSplit& split = m.run(at(1, 2), at(2, 2), {1.5F, 2, 0});
     EXPECT_TRUE(split.uvIndexPairs.empty());
     EXPECT_TRUE(split.savedUVs.empty());
     EXPECT_EQ(split.cornerUVIndices.size(), split.corners.size());
