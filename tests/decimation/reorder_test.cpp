@@ -114,13 +114,28 @@ TEST_F(Reorder, PartnersAndRecordsFollowTheirVertices) {
     const MeshPtr pm = run(attributedHills(), true, 50);
     const auto records = static_cast<std::int32_t>(pm->vsplitList.NumVtxSplit());
     ASSERT_GT(records, 0);
+    std::int32_t lastTriangle = pm->mesh.triangleCount();
     for (std::int32_t i = 0; i < records; ++i) {
         const VSplitView split = pm->vsplitList.ensureLoaded(i);
         // The first collapse went to the end.
         EXPECT_EQ(split.vertex(), pm->mesh.vertexCount() - 1 - i);
         const auto v = static_cast<std::size_t>(split.vertex());
         EXPECT_LT(pm->mesh.vertices[v].partner, split.vertex());
+        for (const std::int32_t triangle : split.removedTriangles())
+            EXPECT_EQ(triangle, --lastTriangle);
     }
+}
+
+TEST_F(Reorder, RecordsOfEveryPageAreRewritten) {
+    const MeshPtr whole = run(attributedHills(), true, 50);
+    const MeshPtr paged = test::decimated(attributedHills(), [](ProgressiveMesh& pm) {
+        pm.TargetNumItem = 50;
+        pm.vsplitList.pageCapacity = 7;
+    });
+    ASSERT_LT(paged->vsplitList.pageCount(), paged->vsplitList.NumVtxSplit());
+    test::goAllUp(*whole);
+    test::goAllUp(*paged);
+    EXPECT_EQ(test::arraysOf(paged->mesh, Part::All), test::arraysOf(whole->mesh, Part::All));
 }
 
 }  // namespace
