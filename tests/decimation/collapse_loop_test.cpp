@@ -176,6 +176,16 @@ TEST_F(CollapseLoopTest, IfItHadBegunTheFinishStepWouldRankAllAgainWithoutSymmet
     EXPECT_FALSE(t.pm.costQueue.isQueued(at(3, 3)));
 }
 
+TEST_F(CollapseLoopTest, NoFinishStepIsMadeUnlessItIsAllowed) {
+    Turns t;
+    t.queue(kV, kU, 3);
+    t.queue(at(3, 3), at(3, 2), 1e10F);
+    t.script.afterCollapse = [&] { t.pm.finishStepStarted = true; };
+    EXPECT_EQ(t.run().size(), 3U);
+    EXPECT_FALSE(t.pm.inFinishStep);
+    EXPECT_TRUE(t.pm.costQueue.isQueued(at(3, 3)));
+}
+
 TEST_F(CollapseLoopTest, AKeptVertexThatIsGoneTooIsRefreshedByItsRecord) {
     ProgressiveMesh pm;
     test::prepare(pm, test::oneTriangle());
