@@ -101,11 +101,68 @@ TEST_F(CollapsePairs, ARefusedMirrorImageTakesTheFirstCollapseBackAndBothPay) {
     EXPECT_EQ(t.recorded(), 0U);
 }
 
-TEST_F(CollapsePairs, AVertexOfThePlaneThatWouldLeaveItPays) {
+TEST_F(CollapsePairs, WhatSymmetryForbidsPaysBeforeAnythingHasChanged) {
+    struct Case {
+        const char* name;
+        std::int32_t v;
+        std::int32_t u;
+        std::int32_t unpaired;
+        std::uint32_t triangles;
+    };
+    for (const Case& c : {Case{"off the plane", at(0, 2), at(1, 2), kNone, 64},
+                          Case{"a paired vertex onto an unpaired one", kV, kU, kU, 64},
+                          Case{"a pair in a mesh of few triangles", kV, kU, kNone, 7}}) {
+        Turns t(true);
+        if (c.unpaired != kNone) t.unpair(c.unpaired);
+        t.pm.mesh.numActiveTriangles = c.triangles;
+        const test::Words before = test::arraysOf(t.pm.mesh, test::Part::All);
+        t.queue(c.v, c.u, 3);
+        EXPECT_EQ(t.run(), (Log{line("place", c.v, c.u)})) << c.name;
+        EXPECT_EQ(t.cost(c.v), 3 * 100.0F + 1e10F) << c.name;
+        EXPECT_TRUE(t.pm.costQueue.isQueued(c.v)) << c.name;
+        EXPECT_EQ(test::arraysOf(t.pm.mesh, test::Part::All), before) << c.name;
+        EXPECT_EQ(t.recorded(), 0U) << c.name;
+    }
+}
+
+TEST_F(CollapsePairs, AnUnpairedVertexGoesAloneToWhereAPairedOneStands) {
     Turns t(true);
-    t.queue(at(0, 2), at(1, 2), 3);
-    EXPECT_EQ(t.run(), (Log{line("place", at(0, 2), at(1, 2))}));
-    EXPECT_EQ(t.cost(at(0, 2)), 3 * 100.0F + 1e10F);
+    t.unpair(kV);
+    const FloatVec3 place = t.position(kU);
+    t.script.replace = [&](std::int32_t, std::int32_t) {
+        return FloatVec3{place.x + 0.25F, place.y, place.z};
+    };
+    t.queue(kV, kU, 3);
+    EXPECT_EQ(t.run(), (Log{line("place", kV, kU), line("carry", kV, kU), line("update", kU)}));
+    EXPECT_EQ(t.position(kU).x, place.x);
+}
+
+TEST_F(CollapsePairs, AMirrorImageWithNothingLeftToCollapseOntoIsLeftOut) {
+    // A triangle across the plane, apart from the rest: the first collapse takes it whole, the
+    // vertex of the plane and the mirror image with it.
+    Turns t(true);
+    DMesh& mesh = t.pm.mesh;
+    auto& cache = mesh.symmetryCache;
+    const std::int32_t v = mesh.vertexCount();
+    const std::int32_t u = v + 1;
+    const std::int32_t mv = v + 2;
+    for (const auto& [x, image] : {std::pair(-1.0F, mv), {0.0F, u}, {1.0F, v}}) {
+        mesh.vertices.push_back({x, 50 + x * x, 0, kNotCollapsible, kNone});
+        mesh.triangles.push_back(static_cast<std::uint32_t>(mesh.vertices.size() - 1));
+        cache.pairing.push_back(image);
+    }
+    test::completeMesh(mesh);
+    BuildVertexCorners(mesh);
+    ComputeBorderVertices(mesh);
+    t.pm.costQueue.Init(mesh.vertexCount());
+    t.pm.symmetrySlaves.Resize(mesh.vertexCount(), false);
+    t.pm.symmetrySlaves.Set(mv);
+    t.pm.ProtectTopology = false;
+    t.queue(v, u, 3);
+    EXPECT_EQ(t.run(), (Log{line("place", v, u), line("carry", v, u), line("refresh", v)}));
+    EXPECT_EQ(mesh.numActiveVertices, kVertices);
+    EXPECT_TRUE(test::isSound(mesh));
+    EXPECT_EQ(t.recorded(), 1U);
 }
 
 TEST_F(CollapsePairs, AVertexThatFellOntoItsMirrorImageLeavesItOnThePlaneAndFree) {

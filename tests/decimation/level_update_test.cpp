@@ -9,6 +9,7 @@
 #include "support/level_walk.h"
 #include "support/mesh_builder.h"
 #include "support/mesh_validator.h"
+#include "support/step_recorder.h"
 #include "support/stop_request.h"
 
 #include <gtest/gtest.h>
@@ -93,6 +94,16 @@ TEST_F(LevelUpdate, ShowsHowFarItHasToGo) {
     updateMeshAtLevel(pm, 50);
     EXPECT_FALSE(progressChannel().EndSubTask()) << "the step has been ended";
     EXPECT_TRUE(progressChannel().EndMainTask()) << "that is left to the caller";
+}
+
+TEST_F(LevelUpdate, TellsAnObserverThatItIsDoneWhetherOrNotItHadToGo) {
+    start(rowOfSplits(100, 80));
+    test::StepRecorder steps;
+    pm.observer = &steps;
+    updateMeshAtLevel(pm, 50);
+    EXPECT_EQ(steps.numbers, std::vector<int>{14});
+    updateMeshAtLevel(pm, 50);
+    EXPECT_EQ(steps.numbers, (std::vector<int>{14, 14}));
 }
 
 TEST_F(LevelUpdate, IsNotStoppedByARequest) {
