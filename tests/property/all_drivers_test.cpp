@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+//
+// What holds of a run by the drivers that no job reaches, too.
+#include "property/run_cases.h"
+
+#include "support/level_walk.h"
+#include "support/mesh_validator.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+namespace korvalite::test {
+namespace {
+
+constexpr float kPercents[] = {60, 25, 0};
+
+class InMemoryRun : public RunTest {
+protected:
+    MeshPtr run(std::int32_t driver, float percent) const {
+        return decimatedTo(percent, [&](ProgressiveMesh& pm) { pm.MemSpeedTradeOff = driver; });
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Case, InMemoryRun, testing::ValuesIn(runCases()), nameOfRun);
+
+TEST_P(InMemoryRun, LeavesASoundMeshAndAClosedOneClosed) {
+    for (const std::int32_t driver : {MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_MELAX}) {
+        for (const float percent : kPercents) {
+            const MeshPtr pm = run(driver, percent);
+            EXPECT_TRUE(isSound(pm->mesh)) << driver << ' ' << percent;
+            if (GetParam().surface == Surface::Closed) {
+                EXPECT_TRUE(isClosedManifold(pm->mesh)) << driver << ' ' << percent;
+            }
+        }
+    }
+}
+
+TEST_P(InMemoryRun, ReachesItsTargetOrRemovesAllItMay) {
+    for (const std::int32_t driver : {MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_MELAX}) {
+        const MeshPtr pm = run(driver, 60);
+        if (GetParam().hindrance == Hindrance::None) {
+            EXPECT_LE(pm->activeCount(), pm->TargetNumItem) << driver;
+        }
+        const std::uint32_t perTurn =
+            (pm->targetCountsVertices ? 1U : 2U) * (pm->m_handleSymmetry_internal ? 2U : 1U);
+        EXPECT_GT(pm->activeCount() + perTurn, pm->TargetNumItem) << driver;
+    }
+}
+
+TEST_P(InMemoryRun, GivesTheSameMeshAgain) {
+    for (const std::int32_t driver : {MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_MELAX}) {
+        EXPECT_EQ(arraysOf(run(driver, 25)->mesh, Part::All),
+                  arraysOf(run(driver, 25)->mesh, Part::All))
+            << driver;
+    }
+}
+
+TEST_P(InMemoryRun, SplitsOfTheHighSpeedDriverLeadBackToTheInputBitForBit) {
+    const MeshPtr pm = run(MEMSPEED_TRADEOFF_HIGH_SPEED, 25);
+    const auto coarse = arraysOf(pm->mesh, Part::Active);
+    goAllUp(*pm);
+    EXPECT_TRUE(surfaceOf(pm->mesh, UVs::Ignored) == surfaceOf(GetParam().mesh(), UVs::Ignored));
+    goAllDown(*pm);
+    EXPECT_EQ(arraysOf(pm->mesh, Part::Active), coarse);
+}
+
+}  // namespace
+}  // namespace korvalite::test
