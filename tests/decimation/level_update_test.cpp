@@ -78,6 +78,58 @@ TEST_F(LevelUpdate, WithoutColorsAndUVsTheirArraysStay) {
     EXPECT_EQ(pm.mesh.vertices[0].x, 0.0F);
 }
 
+TEST_F(LevelUpdate, OnlyCornersOfThePairsFirstUVFollow) {
+    // One corner of the vertex has a UV of its own that had no pair.
+    KvmFile file = squareWithOneSplit();
+    file.coordsUV.push_back({0.75F, 0.75F});
+    file.splits[0].cornerUVIndices = {4, 5, 4, 4};
+    start(file);
+    updateMeshAtLevel(pm, 5);
+    EXPECT_EQ(pm.mesh.indicesUV, (Indices{1, 2, 4, 2, 3, 5, 3, 0, 4, 0, 1, 4}));
+    updateMeshAtLevel(pm, 4);
+    EXPECT_EQ(pm.mesh.indicesUV, (Indices{1, 2, 0, 2, 3, 5, 3, 0, 0, 0, 1, 0}));
+}
+
+TEST_F(LevelUpdate, ATriangleThatReturnsBringsItsVerticesAndLeavesThemBehindWhenItGoes) {
+    KvmFile file = squareWithOneSplit();
+    file.triangles = {1, 2, 0, 1, 2, 0, 3, 0, 0, 0, 1, 0};
+    file.vertexActive[3] = false;  // nothing else refers to it
+    file.countActive();
+    start(file);
+    updateMeshAtLevel(pm, 5);
+    EXPECT_TRUE(pm.mesh.vertexActive.Test(3));
+    EXPECT_EQ(pm.mesh.numActiveVertices, 5U);
+    updateMeshAtLevel(pm, 4);
+    EXPECT_TRUE(pm.mesh.vertexActive.Test(3));
+    EXPECT_EQ(pm.mesh.numActiveVertices, 4U);
+    EXPECT_TRUE(test::isSound(pm.mesh));
+}
+
+TEST_F(LevelUpdate, WhatIsExchangedReachesTheRecordsOfEveryPage) {
+    ProgressiveMesh paged;
+    paged.vsplitList.pageCapacity = 7;
+    test::fillFrom(rowOfSplits(100, 80), paged);
+    ASSERT_LT(paged.vsplitList.pageCount(), 80U);
+    start(rowOfSplits(100, 80));
+    for (const std::int32_t level : {100, 20, 63, 21, 100, 20}) {
+        updateMeshAtLevel(pm, level);
+        updateMeshAtLevel(paged, level);
+        EXPECT_EQ(test::kvmFileOf(paged).bytes(), bytes()) << level;
+    }
+}
+
+TEST_F(LevelUpdate, APositionOutsideTheListMovesNothing) {
+    start(rowOfSplits(30, 20));
+    const test::Words before = test::arraysOf(pm.mesh, test::Part::All);
+    for (const std::int32_t position : {-1, 21, std::numeric_limits<std::int32_t>::max()}) {
+        pm.CurVtxSplitPos = position;
+        updateMeshAtLevel(pm, 30);
+        updateMeshAtLevel(pm, 5);
+        EXPECT_EQ(pm.CurVtxSplitPos, position);
+        EXPECT_EQ(test::arraysOf(pm.mesh, test::Part::All), before);
+    }
+}
+
 TEST_F(LevelUpdate, ATargetEqualToTheCurrentCountChangesNothingAndShowsNoProgress) {
     start(rowOfSplits(100, 80));
     updateMeshAtLevel(pm, 50);

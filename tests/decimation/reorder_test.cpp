@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 
 namespace korvalite {
@@ -103,6 +104,9 @@ TEST_F(Reorder, OffLeavesTheFlagDownAndReleasesTheWorkingDataAllTheSame) {
             EXPECT_TRUE(pm->mesh.uvCornerHead.empty() && pm->mesh.uvCornerNext.empty());
             EXPECT_TRUE(pm->mesh.symmetryCache.pairing.empty());
             EXPECT_EQ(pm->mesh.borderVertices.count() + pm->mesh.uvSeamVertices.count(), 0);
+            EXPECT_EQ(pm->symmetryPaired.count() + pm->symmetryInterior.count() +
+                          pm->symmetrySlaves.count(),
+                      0);
             EXPECT_EQ(pm->costQueue.vertexCount(), 0);
             EXPECT_EQ(pm->triangleQuadrics.capacity() + pm->vertexQuadrics.capacity(), 0U);
             EXPECT_EQ(pm->bestPositions.capacity() + pm->triangleNormals.capacity(), 0U);
@@ -136,6 +140,19 @@ TEST_F(Reorder, RecordsOfEveryPageAreRewritten) {
     test::goAllUp(*whole);
     test::goAllUp(*paged);
     EXPECT_EQ(test::arraysOf(paged->mesh, Part::All), test::arraysOf(whole->mesh, Part::All));
+}
+
+TEST_F(Reorder, RecordsThatTheScratchFileHasLostAreLeftOut) {
+    const MeshPtr pm = test::decimated(attributedHills(), [](ProgressiveMesh& settings) {
+        settings.TargetNumItem = 50;
+        settings.DoReorder = false;
+        settings.vsplitList.pageCapacity = 7;
+    });
+    const auto surface = test::surfaceOf(pm->mesh);
+    std::filesystem::resize_file(test::pathOfUtf8(pm->vsplitList.path().c_str()), 0);
+    ReorderAndClean(*pm, true);
+    EXPECT_TRUE(test::isSound(pm->mesh));
+    EXPECT_EQ(test::surfaceOf(pm->mesh), surface);
 }
 
 }  // namespace

@@ -159,5 +159,51 @@ TEST(RecomputeVertexCost, CoordinatesThatAreNoNumbersNeverBecomeACost) {
     }
 }
 
+TEST(RefreshRingCosts, RanksAndQueuesTheActiveVerticesAroundACollapse) {
+    ProgressiveMesh pm;
+    test::prepare(pm, test::grid(6, 6, test::hills));
+    const std::int32_t gone = 24;
+    const std::int32_t inactive = 17;
+    VSplit split;
+    split.vertex = gone;
+    GetVertexCorners(pm.mesh, gone, split.corners);
+    IndexList ring;
+    GetVertexNeighbours(pm.mesh, gone, ring);
+    ASSERT_TRUE(contains(ring, inactive));
+    pm.mesh.vertexActive.Clear(inactive);
+    for (VertexRecord& vertex : pm.mesh.vertices) {
+        vertex.cost = 1e30F;
+        vertex.partner = 77;
+    }
+    for (std::int32_t v = 0; v < pm.mesh.vertexCount(); v += 2)
+        pm.costQueue.Insert(v);
+    RefreshRingCosts(pm, split);
+    for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
+        const VertexRecord found = pm.mesh.vertices[static_cast<std::size_t>(v)];
+        const bool refreshed = contains(ring, v) && v != inactive;
+        EXPECT_EQ(pm.costQueue.isQueued(v), refreshed || v % 2 == 0) << v;
+        if (refreshed) {
+            EXPECT_LT(found.cost, 1e30F) << v;
+            EXPECT_EQ(found.cost, recompute(pm, v).cost) << v;
+            EXPECT_EQ(found.partner, recompute(pm, v).partner) << v;
+        } else {
+            EXPECT_EQ(found.partner, 77) << v;
+        }
+    }
+}
+
+TEST(RefreshRingCosts, WhatCannotCollapseAnyMoreLeavesTheQueue) {
+    ProgressiveMesh pm;
+    test::prepare(pm, test::oneTriangle());
+    pm.BorderMode = BORDERMODE_FREEZE;
+    pm.mesh.vertices[1].cost = 1;
+    pm.costQueue.Insert(1);
+    VSplit split;
+    split.corners = {0};
+    RefreshRingCosts(pm, split);
+    EXPECT_FALSE(pm.costQueue.isQueued(1));
+    EXPECT_EQ(pm.mesh.vertices[1].cost, kNotCollapsible);
+}
+
 }  // namespace
 }  // namespace korvalite

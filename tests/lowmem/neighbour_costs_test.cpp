@@ -240,6 +240,19 @@ TEST(UpdateNeighbourCosts, AVertexWithoutTrianglesIsTakenOutAndStaysOut) {
     EXPECT_EQ(m.pm.mesh.vertices[3].partner, kNone);
 }
 
+TEST(UpdateNeighbourCosts, ATriangleThatNamesAVertexTwiceMakesNoVertexItsOwnPartner) {
+    DMesh mesh = hillyGrid();
+    mesh.triangles.insert(mesh.triangles.end(), {40, 41, 41, 40, 40, 31});
+    test::completeMesh(mesh);
+    Queued<PlainMetric> m(mesh);
+    for (std::int32_t v = 0; v < m.pm.mesh.vertexCount(); ++v) {
+        m.update(v);
+        for (const std::int32_t x : {31, 40, 41})
+            EXPECT_NE(m.pm.mesh.vertices[at(x)].partner, x) << v;
+    }
+    EXPECT_TRUE(m.marksAreClear());
+}
+
 TEST(UpdateNeighbourCosts, TakesCoordinatesThatAreNoNumbers) {
     DMesh mesh = hillyGrid();
     mesh.vertices[40].x = std::numeric_limits<float>::quiet_NaN();

@@ -47,6 +47,15 @@ TEST_F(RunDecimationTest, NotesWhatWasReachedWhileTheDriverForgetsWhatWasAsked) 
     EXPECT_EQ(pm->askedNumItem, kNone);
 }
 
+TEST_F(RunDecimationTest, NotesTrianglesIfTheyAreCounted) {
+    const MeshPtr pm = test::decimated(test::sphere(3), [](ProgressiveMesh& settings) {
+        settings.targetCountsVertices = false;
+        settings.TargetNumItem = 300;
+    });
+    EXPECT_EQ(pm->mesh.numActiveTriangles, 300U);
+    EXPECT_EQ(pm->finalDecimNumItem, 300);
+}
+
 TEST_F(RunDecimationTest, SeveralThreadsGiveTheBytesOfOne) {
     EXPECT_EQ(test::arraysOf(run(test::sphere(3), MEMSPEED_TRADEOFF_LOW_MEM_MT)->mesh, Part::All),
               test::arraysOf(run(test::sphere(3), MEMSPEED_TRADEOFF_LOW_MEM)->mesh, Part::All));

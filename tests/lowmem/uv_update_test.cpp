@@ -147,24 +147,76 @@ TEST(UpdateUVs, WithoutACornerNextToTheKeptVertexThereIsNoPair) {
         EXPECT_EQ(m.mesh.coordsUV[i].u, before[i].u);
 }
 
-TEST(UpdateUVs, TheUVListsHoldEveryCornerOfALivingTriangleOnce) {
-    Charted m(2);
-    m.run(at(2, 1), at(2, 2), {2, 1.5F, 0});
-    std::vector<int> met(m.mesh.triangles.size());
-    for (std::int32_t index = 0; index < static_cast<std::int32_t>(m.mesh.coordsUV.size());
-         ++index) {
-        IndexList corners;
-        GetUVCorners(m.mesh, index, corners);
+// Each corner of a living triangle is on the list of its UV once, and no other corner on any.
+void expectSoundUVLists(const DMesh& mesh) {
+    std::vector<int> met(mesh.triangles.size());
+    IndexList corners;
+    for (std::int32_t uv = 0; uv < static_cast<std::int32_t>(mesh.coordsUV.size()); ++uv) {
+        GetUVCorners(mesh, uv, corners);
         for (const std::int32_t corner : corners) {
             ++met[static_cast<std::size_t>(corner)];
-            EXPECT_EQ(uvIndexAt(m.mesh, corner), index);
+            EXPECT_EQ(uvIndexAt(mesh, corner), uv);
         }
     }
-    for (std::int32_t t = 0; t < m.mesh.triangleCount(); ++t) {
-        if (!m.mesh.triangleActive.Test(t)) continue;
-        for (std::size_t c = 3 * static_cast<std::size_t>(t), k = 0; k < 3; ++k)
-            EXPECT_EQ(met[c + k], 1) << t;
+    for (std::int32_t corner = 0; corner < mesh.cornerCount(); ++corner) {
+        EXPECT_EQ(met[static_cast<std::size_t>(corner)],
+                  mesh.triangleActive.Test(corner / 3) ? 1 : 0)
+            << corner;
     }
+}
+
+TEST(UpdateUVs, TheUVListsHoldEveryCornerOfALivingTriangleOnce) {
+    Charted along(2);
+    along.run(at(2, 1), at(2, 2), {2, 1.5F, 0});
+    expectSoundUVLists(along.mesh);
+    Charted inside;
+    inside.run(at(1, 2), at(2, 2), {1.5F, 2, 0});
+    expectSoundUVLists(inside.mesh);
+}
+
+TEST(UpdateUVs, AUVOfADyingTriangleAloneHasItsPairButNoCornersLeftToMove) {
+    Charted m(2);
+    const std::int32_t v = at(2, 1);
+    const std::int32_t u = at(2, 2);
+    IndexList corners;
+    GetVertexCorners(m.mesh, v, corners);
+    std::int32_t last = kNone;  // of those next to u, so that another pair comes first
+    for (const std::int32_t corner : corners) {
+        if (vertexAt(m.mesh, nextCorner(corner)) == u ||
+            vertexAt(m.mesh, previousCorner(corner)) == u)
+            last = corner;
+    }
+    const auto alone = static_cast<std::int32_t>(m.mesh.coordsUV.size());
+    m.mesh.coordsUV.push_back({0.75F, 0.5F});
+    m.mesh.indicesUV[static_cast<std::size_t>(last)] = static_cast<std::uint32_t>(alone);
+    BuildUVCorners(m.mesh);
+    const VSplit& split = m.run(v, u, {2, 1.5F, 0});
+    ASSERT_EQ(split.uvIndexPairs.size(), 2U);
+    ASSERT_EQ(split.uvIndexPairs[1].oldIndex, alone);
+    const auto survivor = static_cast<std::size_t>(split.uvIndexPairs[1].newIndex);
+    EXPECT_EQ(m.mesh.coordsUV[survivor].u, 0.75F);
+    expectSoundUVLists(m.mesh);
+}
+
+TEST(UpdateUVs, OfATriangleThatNamesTheKeptVertexTwiceTheNextCornerIsThePair) {
+    Charted m;
+    const std::int32_t v = at(1, 2);
+    const std::int32_t u = at(2, 2);
+    const auto first = static_cast<std::int32_t>(m.mesh.coordsUV.size());
+    for (const std::int32_t vertex : {v, u, u}) {
+        m.mesh.triangles.push_back(static_cast<std::uint32_t>(vertex));
+        m.mesh.indicesUV.push_back(static_cast<std::uint32_t>(m.mesh.coordsUV.size()));
+        m.mesh.coordsUV.push_back({0.5F, 0.5F});
+    }
+    test::completeMesh(m.mesh);
+    BuildVertexCorners(m.mesh);
+    BuildUVCorners(m.mesh);
+    m.pm.ProtectTopology = false;
+    const VSplit& split = m.run(v, u, {1.5F, 2, 0});
+    ASSERT_EQ(split.uvIndexPairs.size(), 1U);
+    EXPECT_EQ(split.uvIndexPairs[0].oldIndex, first);
+    EXPECT_EQ(split.uvIndexPairs[0].newIndex, first + 1);
+    expectSoundUVLists(m.mesh);
 }
 
 TEST(UpdateUVs, TheMarkOfASeamCornerTravelsWithOrWithoutASeam) {

@@ -267,6 +267,27 @@ TEST(VertexCostInit, ATriangleThatNamesAVertexTwiceMakesNoVertexItsOwnPartner) {
     }
 }
 
+TEST(VertexCostInit, EveryFormLeavesOutEdgesThatASeamHolds) {
+    // All three neighbours of vertex 0 lie on a seam with it, and 0 is a corner of the seam.
+    DMesh mesh = test::tetrahedron();
+    mesh.uvSeamVertices.Resize(4, true);
+    mesh.uvSeamCorners.Resize(4, false);
+    mesh.uvSeamCorners.Set(0);
+    const auto ranked = [&](auto init) {
+        const MeshPtr pm = ready(mesh);
+        pm->m_handleUVs_internal = true;
+        init(*pm);
+        EXPECT_FALSE(pm->costQueue.isQueued(0));
+        EXPECT_EQ(pm->mesh.vertices[0].partner, kNone);
+        for (std::int32_t v = 1; v < 4; ++v)
+            EXPECT_NE(pm->mesh.vertices[static_cast<std::size_t>(v)].partner, 0) << v;
+        EXPECT_TRUE(pm->costQueue.isQueued(1));
+    };
+    ranked([](ProgressiveMesh& pm) { InitVerticesCostDoubleMat<PlainMetric>(pm); });
+    ranked([](ProgressiveMesh& pm) { InitVerticesCostFloatMat(pm); });
+    ranked([](ProgressiveMesh& pm) { InitVerticesCostNoMat<PlainMetric>(pm); });
+}
+
 // A ball with its pairs and slaves, up to the moment before the costs.
 MeshPtr symmetricBall() {
     MeshPtr pm = ready(test::sphere(3));
