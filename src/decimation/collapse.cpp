@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "decimation/collapse.h"
 
+#include "decimation/thread_guards.h"
 #include "mesh/progressive_mesh.h"
 
 #include <array>
@@ -62,44 +63,75 @@ bool anyNormalTurnsOver(const DMesh& mesh, const IndexList& cornersOfV, std::int
     });
 }
 
-void activateVertex(DMesh& mesh, std::int32_t vertex) {
+// One body for one thread and for many. The threads differ in the guards, which each stand around
+// one small change, and in what they may do with the queue.
+
+struct OneThread : NoGuards {
+    static constexpr bool kRemovesOrphans = true;
+};
+
+struct ManyThreads : ThreadGuards {
+    using ThreadGuards::ThreadGuards;
+    // The queue is not at hand, so that an orphan stays active and queued.
+    static constexpr bool kRemovesOrphans = false;
+};
+
+template <typename Threads>
+void activateVertex(DMesh& mesh, std::int32_t vertex, const Threads& threads) {
+    const auto guard = threads.activeVertices();
     mesh.vertexActive.Set(vertex);
-    ++mesh.numActiveVertices;
+    storeRelaxed(mesh.numActiveVertices, mesh.numActiveVertices + 1);
 }
 
-void deactivateVertex(DMesh& mesh, std::int32_t vertex) {
+template <typename Threads>
+void deactivateVertex(DMesh& mesh, std::int32_t vertex, const Threads& threads) {
+    const auto guard = threads.activeVertices();
     mesh.vertexActive.Clear(vertex);
-    --mesh.numActiveVertices;
+    storeRelaxed(mesh.numActiveVertices, mesh.numActiveVertices - 1);
+}
+
+template <typename Threads>
+void activateTriangle(DMesh& mesh, std::int32_t triangle, const Threads& threads) {
+    const auto guard = threads.activeTriangles();
+    mesh.triangleActive.Set(triangle);
+    storeRelaxed(mesh.numActiveTriangles, mesh.numActiveTriangles + 1);
+}
+
+template <typename Threads>
+void deactivateTriangle(DMesh& mesh, std::int32_t triangle, const Threads& threads) {
+    const auto guard = threads.activeTriangles();
+    mesh.triangleActive.Clear(triangle);
+    storeRelaxed(mesh.numActiveTriangles, mesh.numActiveTriangles - 1);
 }
 
 void pushCorner(DMesh& mesh, std::int32_t vertex, std::int32_t corner) {
-    mesh.cornerNext[at(corner)] = mesh.vertexTriangleHead[at(vertex)];
-    mesh.vertexTriangleHead[at(vertex)] = corner;
+    storeRelaxed(mesh.cornerNext[at(corner)], mesh.vertexTriangleHead[at(vertex)]);
+    storeRelaxed(mesh.vertexTriangleHead[at(vertex)], corner);
 }
 
 /// All corners of v become corners of w, in front of w's own.
 void handOverCorners(DMesh& mesh, const IndexList& cornersOfV, std::int32_t v, std::int32_t w) {
     for (const std::int32_t corner : cornersOfV) {
-        mesh.triangles[at(corner)] = static_cast<std::uint32_t>(w);
+        storeRelaxed(mesh.triangles[at(corner)], static_cast<std::uint32_t>(w));
     }
     if (cornersOfV.empty()) return;
-    mesh.cornerNext[at(cornersOfV.back())] = mesh.vertexTriangleHead[at(w)];
-    mesh.vertexTriangleHead[at(w)] = mesh.vertexTriangleHead[at(v)];
-    mesh.vertexTriangleHead[at(v)] = kNone;
+    storeRelaxed(mesh.cornerNext[at(cornersOfV.back())], mesh.vertexTriangleHead[at(w)]);
+    storeRelaxed(mesh.vertexTriangleHead[at(w)], mesh.vertexTriangleHead[at(v)]);
+    storeRelaxed(mesh.vertexTriangleHead[at(v)], kNone);
 }
 
 void removeOrphan(ProgressiveMesh& pm, std::int32_t vertex) {
     if (!pm.mesh.vertexActive.Test(vertex)) return;
     pm.costQueue.Remove(vertex);
-    deactivateVertex(pm.mesh, vertex);
+    deactivateVertex(pm.mesh, vertex, OneThread{});
 }
 
 /// Deactivates a degenerate triangle; true if that leaves one of its vertices without corners.
-bool removeTriangle(ProgressiveMesh& pm, std::int32_t triangle) {
+template <typename Threads>
+bool removeTriangle(ProgressiveMesh& pm, std::int32_t triangle, const Threads& threads) {
     DMesh& mesh = pm.mesh;
     const auto vertices = triangleVertices(mesh, triangle);
-    mesh.triangleActive.Clear(triangle);
-    --mesh.numActiveTriangles;
+    deactivateTriangle(mesh, triangle, threads);
     for (std::size_t k = 0; k < 3; ++k) {
         unlinkCorner(mesh.vertexTriangleHead[at(vertices[k])], mesh.cornerNext,
                      3 * triangle + static_cast<std::int32_t>(k));
@@ -110,7 +142,9 @@ bool removeTriangle(ProgressiveMesh& pm, std::int32_t triangle) {
             (k > 0 && vertices[k] == vertices[0]) || (k > 1 && vertices[k] == vertices[1]);
         if (seen || mesh.vertexTriangleHead[at(vertices[k])] != kNone) continue;
         orphan = true;
-        if (!pm.ProtectTopology) removeOrphan(pm, vertices[k]);
+        if constexpr (Threads::kRemovesOrphans) {
+            if (!pm.ProtectTopology) removeOrphan(pm, vertices[k]);
+        }
     }
     return orphan;
 }
@@ -131,11 +165,39 @@ CollapseResult testLink(const ProgressiveMesh& pm, std::int32_t w, bool borderV,
     return corners > allowed ? CollapseResult::Refused : CollapseResult::Done;
 }
 
-}  // namespace
+template <typename Threads>
+void setBorder(DMesh& mesh, std::int32_t vertex, bool isBorder, const Threads& threads) {
+    const auto guard = threads.borderVertices();
+    mesh.borderVertices.Assign(vertex, isBorder);
+}
 
-CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
-                            const FloatVec3& position, CollapseRecord& record,
-                            CollapseScratch& scratch) {
+template <typename Threads>
+void undo(DMesh& mesh, std::int32_t v, std::int32_t w, const VSplit& split,
+          const CollapseFlags& flags, const Threads& threads) {
+    setBorder(mesh, w, flags.survivorWasBorder, threads);
+    mesh.vertices[at(w)].setPosition(split.position);
+    for (const std::int32_t corner : split.corners) {
+        const std::int32_t triangle = corner / 3;
+        if (mesh.triangleActive.Test(triangle)) continue;
+        activateTriangle(mesh, triangle, threads);
+        for (std::int32_t c = 3 * triangle; c < 3 * triangle + 3; ++c) {
+            const std::int32_t vertex = vertexAt(mesh, c);
+            if (!mesh.vertexActive.Test(vertex)) activateVertex(mesh, vertex, threads);
+            pushCorner(mesh, vertex, c);
+        }
+    }
+    for (const std::int32_t corner : split.corners) {
+        storeRelaxed(mesh.triangles[at(corner)], static_cast<std::uint32_t>(v));
+        unlinkCorner(mesh.vertexTriangleHead[at(w)], mesh.cornerNext, corner);
+        pushCorner(mesh, v, corner);
+    }
+    activateVertex(mesh, v, threads);
+}
+
+template <typename Threads>
+CollapseResult collapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
+                        const FloatVec3& position, CollapseRecord& record, CollapseScratch& scratch,
+                        const Threads& threads) {
     DMesh& mesh = pm.mesh;
     VSplit& split = record.split;
     GetVertexCorners(mesh, v, split.corners);
@@ -146,7 +208,7 @@ CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
     }
     // The mirror image of a collapse may have been left without triangles by it, and be gone
     // already.
-    if (mesh.vertexActive.Test(v)) deactivateVertex(mesh, v);
+    if (mesh.vertexActive.Test(v)) deactivateVertex(mesh, v, threads);
     const bool borderV = mesh.borderVertices.Test(v);
     const bool borderW = mesh.borderVertices.Test(w);
     handOverCorners(mesh, split.corners, v, w);
@@ -157,7 +219,7 @@ CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
         // A triangle that named v twice is met twice, and is gone the second time.
         if (!mesh.triangleActive.Test(triangle)) continue;
         if (!isDegenerate(triangleVertices(mesh, triangle))) continue;
-        if (removeTriangle(pm, triangle)) orphan = true;
+        if (removeTriangle(pm, triangle, threads)) orphan = true;
         split.removedTriangles.push_back(triangle);
     }
     VertexRecord& survivor = mesh.vertices[at(w)];
@@ -169,37 +231,37 @@ CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
         result = orphan ? CollapseResult::Refused : testLink(pm, w, borderV, borderW, record);
     }
     record.flags = {true, borderW};
-    if (borderV) mesh.borderVertices.Set(w);
+    if (borderV) setBorder(mesh, w, true, threads);
     survivor.setPosition(position);
     if (result != CollapseResult::Done) {
-        UndoCollapse(pm, v, w, split, record.flags);
+        undo(mesh, v, w, split, record.flags, threads);
         record.flags.collapsed = false;
     }
     return result;
 }
 
+}  // namespace
+
+CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
+                            const FloatVec3& position, CollapseRecord& record,
+                            CollapseScratch& scratch) {
+    return collapse(pm, v, w, position, record, scratch, OneThread{});
+}
+
+CollapseResult CollapseEdge_MT(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
+                               const FloatVec3& position, CollapseRecord& record,
+                               CollapseScratch& scratch, CriticalSections& sections) {
+    return collapse(pm, v, w, position, record, scratch, ManyThreads(sections));
+}
+
 void UndoCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w, const VSplit& split,
                   const CollapseFlags& flags) {
-    DMesh& mesh = pm.mesh;
-    mesh.borderVertices.Assign(w, flags.survivorWasBorder);
-    mesh.vertices[at(w)].setPosition(split.position);
-    for (const std::int32_t corner : split.corners) {
-        const std::int32_t triangle = corner / 3;
-        if (mesh.triangleActive.Test(triangle)) continue;
-        mesh.triangleActive.Set(triangle);
-        ++mesh.numActiveTriangles;
-        for (std::int32_t c = 3 * triangle; c < 3 * triangle + 3; ++c) {
-            const std::int32_t vertex = vertexAt(mesh, c);
-            if (!mesh.vertexActive.Test(vertex)) activateVertex(mesh, vertex);
-            pushCorner(mesh, vertex, c);
-        }
-    }
-    for (const std::int32_t corner : split.corners) {
-        mesh.triangles[at(corner)] = static_cast<std::uint32_t>(v);
-        unlinkCorner(mesh.vertexTriangleHead[at(w)], mesh.cornerNext, corner);
-        pushCorner(mesh, v, corner);
-    }
-    activateVertex(mesh, v);
+    undo(pm.mesh, v, w, split, flags, OneThread{});
+}
+
+void UndoCollapse_MT(ProgressiveMesh& pm, std::int32_t v, std::int32_t w, const VSplit& split,
+                     const CollapseFlags& flags, CriticalSections& sections) {
+    undo(pm.mesh, v, w, split, flags, ManyThreads(sections));
 }
 
 }  // namespace korvalite

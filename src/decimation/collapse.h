@@ -3,7 +3,8 @@
 // A half-edge collapse on the index arrays: v goes, w stays and moves. Carried out, tested on the
 // result, and undone if the test fails.
 //
-// Thread safety: none.
+// The plain forms are for one thread. The _MT forms may run on several threads at once, each of
+// which has reserved both vertices and their rings.
 #pragma once
 
 #include "decimation/vsplit.h"
@@ -13,6 +14,7 @@
 
 namespace korvalite {
 
+struct CriticalSections;
 struct ProgressiveMesh;
 
 enum class CollapseResult {
@@ -51,9 +53,17 @@ CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
                             const FloatVec3& position, CollapseRecord& record,
                             CollapseScratch& scratch);
 
+/// The same, but the queue is left alone: with ProtectTopology off, a vertex that loses its last
+/// triangle stays active and queued.
+CollapseResult CollapseEdge_MT(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
+                               const FloatVec3& position, CollapseRecord& record,
+                               CollapseScratch& scratch, CriticalSections& sections);
+
 /// Takes back a collapse that stands. The corner lists come back in another order, and vertices
 /// that the collapse took out of the queue are not queued again.
 void UndoCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w, const VSplit& split,
                   const CollapseFlags& flags);
+void UndoCollapse_MT(ProgressiveMesh& pm, std::int32_t v, std::int32_t w, const VSplit& split,
+                     const CollapseFlags& flags, CriticalSections& sections);
 
 }  // namespace korvalite

@@ -3,16 +3,10 @@
 // The loop that all single-threaded drivers share: takes the cheapest vertex, collapses it with its
 // mirror image or refuses, lets the driver rank what changed, and records the splits.
 //
-// A driver is a class of hooks:
+// A driver has the hooks of PairCollapse and these:
 //
-//   using Metric                            of the mirror image's position
 //   static constexpr bool kRecordsSplits
-//   EdgeEvaluation place(v, u)              where u goes, and its colour
-//   void carryAttributes(record, removed, kept, evaluation)
-//   void updateCosts(kept, record)          after a collapse onto a vertex that is still active
-//   void refreshCosts(record)               ... that is not
-//   void rankFreedSlave(vertex)             cost and partner of one vertex, not queued
-//   void rankForFinishStep(vertex)          the same
+//   void rankForFinishStep(vertex)          cost and partner of one vertex, not queued
 //   void showProgress(done)                 every 200 successful turns; a mirrored pair counts once
 //
 // Invariants: numActiveVertices and numActiveTriangles equal the set bits; a turn ends with its
@@ -20,12 +14,10 @@
 #pragma once
 
 #include "decimation/collapse.h"
-#include "decimation/edge_cost.h"
-#include "decimation/symmetric_collapse.h"
+#include "decimation/pair_collapse.h"
 #include "mesh/progressive_mesh.h"
 #include "shell/base/progress_channel.h"
 
-#include <algorithm>
 #include <cstdint>
 
 namespace korvalite {
@@ -64,8 +56,8 @@ private:
         }
         const float cost = mesh_.vertices[at(v)].cost;
         if (cost >= kPenalizedCost) return onlyRefusedLeft(cost);
-        if (collapsePair(v, u)) {
-            rankAgain(v, u);
+        if (pair_.collapse(v, u)) {
+            pair_.rankAgain(v, u);
             record();
             showProgress();
         }
@@ -92,93 +84,12 @@ private:
         return Turn::Next;
     }
 
-    bool refuse(std::int32_t v) {
-        Penalize(mesh_, pm_.costQueue, v);
-        return false;
-    }
-
-    /// Collapses v onto u and, if it must be accompanied, its mirror image: both or neither.
-    bool collapsePair(std::int32_t v, std::int32_t u) {
-        // The cost of the evaluation is not looked at: the stored one has decided.
-        EdgeEvaluation evaluation = driver_.place(v, u);
-        mirror_ = {};
-        if (pm_.m_handleSymmetry_internal &&
-            !CheckSymmetricCollapse<typename Driver::Metric>(pm_, v, u, evaluation, mirror_)) {
-            return refuse(v);
-        }
-        first_.clear();
-        second_.clear();
-        if (CollapseEdge(pm_, v, u, evaluation.position, first_, scratch_) !=
-            CollapseResult::Done) {
-            return refuse(v);
-        }
-        if (mirror_.doMirror && !collapseMirror(v, u)) return refuse(v);
-        driver_.carryAttributes(first_, v, u, evaluation);
-        if (mirror_.doMirror) {
-            driver_.carryAttributes(second_, mirror_.mirrorV, mirror_.mirrorW, mirror_.evaluation);
-        }
-        return true;
-    }
-
-    /// The mirror image of a collapse that stands; a refusal takes back the first one too.
-    bool collapseMirror(std::int32_t v, std::int32_t u) {
-        const std::int32_t mv = mirror_.mirrorV;
-        if (!mesh_.vertexActive.Test(mirror_.mirrorW)) {
-            // The first collapse has taken its last triangle: there is nothing to collapse onto.
-            mirror_.doMirror = false;
-            return true;
-        }
-        mesh_.vertices[at(mv)].partner = mirror_.mirrorW;
-        if (CollapseEdge(pm_, mv, mirror_.mirrorW, mirror_.evaluation.position, second_,
-                         scratch_) != CollapseResult::Done) {
-            Penalize(mesh_, pm_.costQueue, mv);
-            UndoCollapse(pm_, v, u, first_.split, first_.flags);
-            return false;
-        }
-        const auto gone = std::find(first_.neighbours.begin(), first_.neighbours.end(), mv);
-        if (gone != first_.neighbours.end()) first_.neighbours.erase(gone);
-        return true;
-    }
-
-    void rankAgain(std::int32_t v, std::int32_t u) {
-        const std::int32_t mv = mirror_.mirrorV;
-        pm_.costQueue.Remove(v);
-        if (mirror_.doMirror) pm_.costQueue.Remove(mv);
-        if (pm_.m_handleSymmetry_internal && u == mv) {
-            // v fell onto its own mirror image, which now stands on the plane.
-            mesh_.symmetryCache.pairing[at(u)] = u;
-            pm_.symmetrySlaves.Clear(u);
-        }
-        rankAround(u, first_);
-        if (mirror_.doMirror) rankAround(mirror_.mirrorW, second_);
-        if (pm_.m_handleSymmetry_internal && !mirror_.doMirror && mv != kNone) freeSlave(mv);
-    }
-
-    void rankAround(std::int32_t kept, const CollapseRecord& record) {
-        if (mesh_.vertexActive.Test(kept)) {
-            driver_.updateCosts(kept, record);
-        } else {
-            driver_.refreshCosts(record);
-        }
-    }
-
-    /// A slave whose master has collapsed alone must fend for itself.
-    void freeSlave(std::int32_t slave) {
-        if (!pm_.symmetrySlaves.Test(slave) || !mesh_.vertexActive.Test(slave) ||
-            pm_.costQueue.isQueued(slave)) {
-            return;
-        }
-        pm_.symmetrySlaves.Clear(slave);
-        driver_.rankFreedSlave(slave);
-        pm_.costQueue.Insert(slave);
-    }
-
     /// The only moment at which a collapse reaches the list: one that was undone leaves no record.
     void record() {
         if (pm_.recordVSplits) {
             if constexpr (Driver::kRecordsSplits) {
                 pm_.vsplitList.append(first_.split);
-                if (mirror_.doMirror) pm_.vsplitList.append(second_.split);
+                if (pair_.hasMirror()) pm_.vsplitList.append(second_.split);
             }
             pm_.vsplitList.spillIfFull();
         }
@@ -200,8 +111,8 @@ private:
 
     CollapseRecord first_;
     CollapseRecord second_;
-    SymmetricCollapse mirror_;
-    CollapseScratch scratch_;
+    ChangesAtOnce changes_{pm_};
+    PairCollapse<Driver, ChangesAtOnce> pair_{pm_, driver_, changes_, first_, second_};
 };
 
 }  // namespace korvalite

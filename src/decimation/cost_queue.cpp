@@ -126,36 +126,36 @@ void CostQueue::insertInBucket(std::int32_t vertex, std::int32_t bucket) {
         return;
     }
     std::int32_t& head = bucketHeads_[at(bucket)];
-    if (head != kNone) links_[at(head)].back = vertex;
-    links_[at(vertex)] = {.next = head, .back = kFirstBucket - bucket};
+    if (head != kNone) link(head, linksOf(head).next, vertex);
+    link(vertex, head, kFirstBucket - bucket);
     head = vertex;
 }
 
 void CostQueue::insertInSet(std::int32_t vertex) {
     const auto place = orderedSet_.insert({costOf(vertex), vertex}).first;
+    std::int32_t handle = kNoHandle;
     if (setHandles_.size() < kHandleCapacity) {
-        links_[at(vertex)].next = static_cast<std::int32_t>(setHandles_.size());
+        handle = static_cast<std::int32_t>(setHandles_.size());
         setHandles_.push_back(place);
-    } else {
-        links_[at(vertex)].next = kNoHandle;
     }
+    link(vertex, handle, kNoBackLink);
 }
 
 void CostQueue::Remove(std::int32_t vertex) {
     if (!isQueued(vertex)) return;
-    if (links_[at(vertex)].back != kNoBackLink) {
+    if (linksOf(vertex).back != kNoBackLink) {
         unlinkFromBucket(vertex);
         return;
     }
-    orderedSet_.erase(links_[at(vertex)].next == kNoHandle
+    orderedSet_.erase(linksOf(vertex).next == kNoHandle
                           ? orderedSet_.lower_bound({costOf(vertex), vertex})
                           : takeHandle(vertex));
-    links_[at(vertex)].next = kNotQueued;
+    link(vertex, kNotQueued, kNoBackLink);
 }
 
 void CostQueue::RemoveAll(std::span<const std::int32_t> vertices) {
     for (const std::int32_t vertex : vertices) {
-        const Links& links = links_[at(vertex)];
+        const Links links = linksOf(vertex);
         if (links.back == kNoBackLink) continue;
         if (links.next != kNone) prefetch(&links_[at(links.next)]);
         if (links.back >= 0) prefetch(&links_[at(links.back)]);
@@ -165,36 +165,43 @@ void CostQueue::RemoveAll(std::span<const std::int32_t> vertices) {
 }
 
 void CostQueue::unlinkFromBucket(std::int32_t vertex) {
-    const auto [next, back] = links_[at(vertex)];
-    (back >= 0 ? links_[at(back)].next : bucketHeads_[at(kFirstBucket - back)]) = next;
-    if (next != kNone) links_[at(next)].back = back;
-    links_[at(vertex)] = {};
+    const auto [next, back] = linksOf(vertex);
+    if (back >= 0) {
+        link(back, next, linksOf(back).back);
+    } else {
+        bucketHeads_[at(kFirstBucket - back)] = next;
+    }
+    if (next != kNone) link(next, linksOf(next).next, back);
+    link(vertex, kNotQueued, kNoBackLink);
 }
 
 CostQueue::OrderedSet::iterator CostQueue::takeHandle(std::int32_t vertex) {
-    const std::int32_t slot = links_[at(vertex)].next;
+    const std::int32_t slot = linksOf(vertex).next;
     const auto place = setHandles_[at(slot)];
     setHandles_[at(slot)] = setHandles_.back();
-    links_[at(setHandles_[at(slot)]->vertex)].next = slot;
+    link(setHandles_[at(slot)]->vertex, slot, kNoBackLink);
     setHandles_.pop_back();
     return place;
 }
 
-std::int32_t CostQueue::Top() {
-    if (orderedSet_.empty()) {
-        std::int32_t bucket = currentBucket_ + 1;
-        while (bucket < bucketCount() && bucketHeads_[at(bucket)] == kNone)
-            ++bucket;
-        currentBucket_ = std::min(bucket, bucketCount());
-        if (currentBucket_ == bucketCount()) return kNone;
-        for (std::int32_t vertex = bucketHeads_[at(bucket)]; vertex != kNone;) {
-            const std::int32_t next = links_[at(vertex)].next;
-            links_[at(vertex)].back = kNoBackLink;
-            insertInSet(vertex);
-            vertex = next;
-        }
-        bucketHeads_[at(bucket)] = kNone;
+/// False if no bucket is left.
+bool CostQueue::pourNextBucket() {
+    std::int32_t bucket = currentBucket_ + 1;
+    while (bucket < bucketCount() && bucketHeads_[at(bucket)] == kNone)
+        ++bucket;
+    currentBucket_ = std::min(bucket, bucketCount());
+    if (currentBucket_ == bucketCount()) return false;
+    for (std::int32_t vertex = bucketHeads_[at(bucket)]; vertex != kNone;) {
+        const std::int32_t next = linksOf(vertex).next;
+        insertInSet(vertex);
+        vertex = next;
     }
+    bucketHeads_[at(bucket)] = kNone;
+    return true;
+}
+
+std::int32_t CostQueue::Top() {
+    if (orderedSet_.empty() && !pourNextBucket()) return kNone;
     return orderedSet_.begin()->vertex;
 }
 

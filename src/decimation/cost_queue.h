@@ -10,8 +10,11 @@
 // The queue reads each vertex's `cost` from its record. A cost never changes while its vertex is
 // queued: callers remove, change, then insert.
 //
-// Thread safety: none.
+// Thread safety: none, but for isQueued and bucketOf: while another thread changes the queue they
+// may be asked about a vertex that only moves within it.
 #pragma once
+
+#include "platform/relaxed.h"
 
 #include <cstdint>
 #include <memory_resource>
@@ -49,12 +52,26 @@ public:
     void RemoveAll(std::span<const std::int32_t> vertices);
 
     [[nodiscard]] bool isQueued(std::int32_t vertex) const {
-        const Links& links = links_[static_cast<std::size_t>(vertex)];
+        const Links links = loadRelaxed(links_[static_cast<std::size_t>(vertex)]);
         return links.back != kNoBackLink || links.next != kNotQueued;
     }
 
     /// The cheapest vertex, not removed; -1 when the queue is empty. Pours buckets as needed.
     std::int32_t Top();
+
+    /// The cheapest vertex that accept(vertex) takes, not removed; -1 if it takes none. Pours on
+    /// where it takes none of those that are in order.
+    template <typename Accept>
+    std::int32_t FirstAccepted(Accept accept) {
+        if (orderedSet_.empty()) pourNextBucket();
+        if (orderedSet_.empty()) return -1;
+        do {
+            for (const Key& key : orderedSet_) {
+                if (accept(key.vertex)) return key.vertex;
+            }
+        } while (pourNextBucket());
+        return -1;
+    }
 
     /// What Top would give without pouring; -1 if it would have to. A guess at what comes next.
     [[nodiscard]] std::int32_t peek() const {
@@ -95,7 +112,9 @@ private:
     static constexpr std::int32_t kNoBackLink = -1;
     static constexpr std::int32_t kFirstBucket = -2;
     static constexpr std::size_t kHandleCapacity = 20000;
-    struct Links {
+    // Read and written as one, so that a vertex that moves from a bucket to the set is seen in one
+    // of them at any moment.
+    struct alignas(8) Links {
         std::int32_t next = kNotQueued;
         std::int32_t back = kNoBackLink;
     };
@@ -105,6 +124,13 @@ private:
     void insertInBucket(std::int32_t vertex, std::int32_t bucket);
     void insertInSet(std::int32_t vertex);
     void unlinkFromBucket(std::int32_t vertex);
+    bool pourNextBucket();
+    [[nodiscard]] Links linksOf(std::int32_t vertex) const {
+        return links_[static_cast<std::size_t>(vertex)];
+    }
+    void link(std::int32_t vertex, std::int32_t next, std::int32_t back) {
+        storeRelaxed(links_[static_cast<std::size_t>(vertex)], Links{next, back});
+    }
     OrderedSet::iterator takeHandle(std::int32_t vertex);
 
     const DMesh& mesh_;

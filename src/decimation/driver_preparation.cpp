@@ -96,11 +96,12 @@ void prepareInMemoryDriver(ProgressiveMesh& pm, bool planeQuadric) {
     pm.reportStep(8);
 }
 
-void openVSplitList(ProgressiveMesh& pm) {
+void openVSplitList(ProgressiveMesh& pm, std::uint32_t threadCount) {
     constexpr std::uint32_t kAppendsPerTurn = 2;
     if (!pm.recordVSplits) return;
     pm.vsplitList.open({pm.m_useVertexColors_internal, pm.m_handleUVs_internal},
-                       static_cast<std::uint32_t>(pm.mesh.vertices.size()), kAppendsPerTurn);
+                       static_cast<std::uint32_t>(pm.mesh.vertices.size()),
+                       kAppendsPerTurn * threadCount);
 }
 
 }  // namespace korvalite

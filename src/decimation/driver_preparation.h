@@ -5,6 +5,8 @@
 
 #include "mesh/progressive_mesh.h"
 
+#include <cstdint>
+
 namespace korvalite {
 
 /// Corner lists if they are not there, a clean decimation state, border bits.
@@ -25,6 +27,6 @@ void prepareSymmetry(ProgressiveMesh& pm, const SymmetryNeeds& needs);
 void prepareInMemoryDriver(ProgressiveMesh& pm, bool planeQuadric);
 
 /// Opens the list of splits, if the run records them.
-void openVSplitList(ProgressiveMesh& pm);
+void openVSplitList(ProgressiveMesh& pm, std::uint32_t threadCount = 1);
 
 }  // namespace korvalite

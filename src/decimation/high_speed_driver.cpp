@@ -13,7 +13,7 @@ namespace korvalite {
 
 namespace {
 
-/// The hooks of CollapseLoop.
+/// The hooks of PairCollapse and CollapseLoop.
 class HighSpeedDriver {
 public:
     using Metric = PlainMetric;
@@ -44,6 +44,7 @@ public:
         RecomputeVertexCostFromStored(pm_, vertex, ring_);
         const std::int32_t partner = pm_.mesh.vertices[at(vertex)].partner;
         if (partner != kNone) pm_.bestPositions[at(vertex)] = position(partner);
+        pm_.costQueue.Insert(vertex);
     }
     void rankForFinishStep(std::int32_t vertex) { RecomputeVertexCost(pm_, vertex, ring_); }
 

@@ -10,7 +10,7 @@ namespace korvalite {
 
 namespace {
 
-/// The hooks of CollapseLoop.
+/// The hooks of PairCollapse and CollapseLoop.
 class MelaxDriver {
 public:
     using Metric = PlainMetric;  // the mirror image goes where the quadrics say
@@ -34,7 +34,10 @@ public:
     // The ring would be found through the recorded split, and none is recorded.
     static void refreshCosts(const CollapseRecord& /*collapse*/) {}
 
-    void rankFreedSlave(std::int32_t vertex) { ComputeVertexCostMelax(pm_, vertex, scratch_); }
+    void rankFreedSlave(std::int32_t vertex) {
+        ComputeVertexCostMelax(pm_, vertex, scratch_);
+        pm_.costQueue.Insert(vertex);
+    }
     void rankForFinishStep(std::int32_t vertex) { ComputeVertexCostMelax(pm_, vertex, scratch_); }
 
     // Only an observer follows a run of this driver.

@@ -7,6 +7,7 @@
 #include "decimation/edge_cost.h"
 #include "decimation/triangle_quadrics.h"
 #include "decimation/vertex_quadrics.h"
+#include "decimation/vsplit.h"
 #include "mesh/progressive_mesh.h"
 
 #include <cstdint>
@@ -28,6 +29,8 @@ struct PlainMetric {
                              std::int32_t b, const Quadric& quadric) {
         EvaluateEdgeCost(pm, result, a, b, quadric);
     }
+    static void carryColor(DMesh& /*mesh*/, VSplit& /*split*/, std::int32_t /*kept*/,
+                           const EdgeEvaluation& /*evaluation*/) {}
 };
 
 struct ColorMetric {
@@ -44,6 +47,16 @@ struct ColorMetric {
     static void evaluateEdge(const ProgressiveMesh& pm, EdgeEvaluation& result, std::int32_t a,
                              std::int32_t b, const Quadric& quadric) {
         EvaluateEdgeCostColor(pm, result, a, b, quadric);
+    }
+    /// Red, green and blue of the kept vertex change; the split takes what was there.
+    static void carryColor(DMesh& mesh, VSplit& split, std::int32_t kept,
+                           const EdgeEvaluation& evaluation) {
+        std::uint32_t& color = mesh.vertexColors[static_cast<std::size_t>(kept)];
+        split.savedColor = color;
+        const std::uint32_t fourthByte = color & 0xFF000000U;
+        storeRelaxed(color, fourthByte | (static_cast<std::uint32_t>(evaluation.color[2]) << 16U) |
+                                (static_cast<std::uint32_t>(evaluation.color[1]) << 8U) |
+                                evaluation.color[0]);
     }
 };
 

@@ -60,7 +60,7 @@ bool checkPairedCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t
             return true;
         }
     }
-    return mesh.numActiveTriangles >= kFewestTriangles;
+    return loadRelaxed(mesh.numActiveTriangles) >= kFewestTriangles;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "decimation/triangle_quadrics.h"
 
 #include "geometry/linear_algebra.h"
+#include "mesh/corner_lists.h"
 #include "mesh/progressive_mesh.h"
 
 #include <array>
@@ -11,8 +12,12 @@ namespace korvalite {
 
 namespace {
 
-const VertexRecord& cornerVertex(const DMesh& mesh, std::int32_t triangle, std::size_t corner) {
-    return mesh.vertices[mesh.triangles[3 * static_cast<std::size_t>(triangle) + corner]];
+std::size_t vertexOf(const DMesh& mesh, std::int32_t triangle, std::int32_t corner) {
+    return static_cast<std::size_t>(vertexAt(mesh, 3 * triangle + corner));
+}
+
+FloatVec3 positionOf(const DMesh& mesh, std::int32_t triangle, std::int32_t corner) {
+    return mesh.vertices[vertexOf(mesh, triangle, corner)].position();
 }
 
 /// Divides n by its length, unless that is as good as zero; returns the weight, 1 in that case.
@@ -57,9 +62,9 @@ void addColorChannel(ColorQuadric& quadric, std::size_t channel, const std::arra
 }  // namespace
 
 Quadric3D ComputeTriangleQuadric(const ProgressiveMesh& pm, std::int32_t triangle) {
-    const DoubleVec3 p0 = toDouble(cornerVertex(pm.mesh, triangle, 0).position());
-    const DoubleVec3 p1 = toDouble(cornerVertex(pm.mesh, triangle, 1).position());
-    const DoubleVec3 p2 = toDouble(cornerVertex(pm.mesh, triangle, 2).position());
+    const DoubleVec3 p0 = toDouble(positionOf(pm.mesh, triangle, 0));
+    const DoubleVec3 p1 = toDouble(positionOf(pm.mesh, triangle, 1));
+    const DoubleVec3 p2 = toDouble(positionOf(pm.mesh, triangle, 2));
     DoubleVec3 n = cross(p1 - p0, p2 - p0);
     const double weight = normalize(n);
     Quadric3D quadric = planeQuadric(n.x, n.y, n.z, -dot(n, p0));
@@ -68,9 +73,9 @@ Quadric3D ComputeTriangleQuadric(const ProgressiveMesh& pm, std::int32_t triangl
 }
 
 Quadric3DFloat ComputeTriangleQuadricFloat(const ProgressiveMesh& pm, std::int32_t triangle) {
-    const FloatVec3 p0 = cornerVertex(pm.mesh, triangle, 0).position();
-    const FloatVec3 p1 = cornerVertex(pm.mesh, triangle, 1).position();
-    const FloatVec3 p2 = cornerVertex(pm.mesh, triangle, 2).position();
+    const FloatVec3 p0 = positionOf(pm.mesh, triangle, 0);
+    const FloatVec3 p1 = positionOf(pm.mesh, triangle, 1);
+    const FloatVec3 p2 = positionOf(pm.mesh, triangle, 2);
     FloatVec3 n = cross(p1 - p0, p2 - p0);
     const float length = std::sqrt(dot(n, n));
     if (length != 0.0F) {
@@ -85,9 +90,9 @@ Quadric3DFloat ComputeTriangleQuadricFloat(const ProgressiveMesh& pm, std::int32
 
 ColorQuadric ComputeTriangleColorQuadric(const ProgressiveMesh& pm, std::int32_t triangle) {
     const DMesh& mesh = pm.mesh;
-    const DoubleVec3 p = toDouble(cornerVertex(mesh, triangle, 0).position());
-    const DoubleVec3 q = toDouble(cornerVertex(mesh, triangle, 1).position());
-    const DoubleVec3 r = toDouble(cornerVertex(mesh, triangle, 2).position());
+    const DoubleVec3 p = toDouble(positionOf(mesh, triangle, 0));
+    const DoubleVec3 q = toDouble(positionOf(mesh, triangle, 1));
+    const DoubleVec3 r = toDouble(positionOf(mesh, triangle, 2));
     DoubleVec3 n = cross(q - p, r - p);
     normalize(n);
 
@@ -100,8 +105,9 @@ ColorQuadric ComputeTriangleColorQuadric(const ProgressiveMesh& pm, std::int32_t
         return quadric;
     }
     std::array<std::uint32_t, 3> colors;
-    for (std::size_t k = 0; k < 3; ++k) {
-        colors[k] = mesh.vertexColors[mesh.triangles[3 * static_cast<std::size_t>(triangle) + k]];
+    for (std::int32_t k = 0; k < 3; ++k) {
+        colors[static_cast<std::size_t>(k)] =
+            loadRelaxed(mesh.vertexColors[vertexOf(mesh, triangle, k)]);
     }
     for (unsigned channel = 0; channel < 3; ++channel) {
         const DoubleVec3 w{colorChannel(colors[0], channel) * pm.colorScale,

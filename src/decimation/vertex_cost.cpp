@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "decimation/vertex_cost.h"
 
-#include "decimation/edge_cost.h"
+#include "decimation/metric.h"
 #include "decimation/vertex_quadrics.h"
 
 namespace korvalite {
@@ -9,58 +9,71 @@ namespace korvalite {
 namespace {
 
 /// `addQuadric` adds a vertex's quadric to its argument.
-template <typename AddQuadric>
-void rankAgainstRing(ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring,
-                     AddQuadric addQuadric) {
-    Quadric3D own;
-    Quadric3D neighbours;
+template <typename Metric, typename AddQuadric>
+RankedVertex rankAgainstRing(const ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring,
+                             AddQuadric addQuadric) {
+    typename Metric::Quadric own;
+    typename Metric::Quadric neighbours;
     addQuadric(own, vertex);
     GetVertexNeighbours(pm.mesh, vertex, ring);
 
-    float best = kNotCollapsible;
-    std::int32_t bestPartner = kNone;
+    RankedVertex best;
     EdgeEvaluation edge;
     for (const std::int32_t x : ring) {
         if (x == vertex || isHeldBySeam(pm, vertex, x)) continue;
         addQuadric(neighbours, x);
-        EvaluateEdgeCost(pm, edge, vertex, x, own + neighbours);
-        if (best > edge.cost) {
-            best = edge.cost;
-            bestPartner = x;
-        }
+        Metric::evaluateEdge(pm, edge, vertex, x, own + neighbours);
+        if (best.cost > edge.cost) best = {edge.cost, x};
     }
-    VertexRecord& record = pm.mesh.vertices[static_cast<std::size_t>(vertex)];
-    record.cost = best;
-    record.partner = bestPartner;
+    return best;
 }
 
-void appendIfAbsent(IndexList& list, std::int32_t item) {
-    if (!contains(list, item)) list.push_back(item);
+void store(VertexRecord& vertex, const RankedVertex& ranked) {
+    vertex.cost = ranked.cost;
+    vertex.partner = ranked.partner;
 }
 
 }  // namespace
 
+template <typename Metric>
+RankedVertex rankVertex(const ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring) {
+    return rankAgainstRing<Metric>(pm, vertex, ring,
+                                   [&pm](typename Metric::Quadric& inOut, std::int32_t x) {
+                                       Metric::addVertexQuadric(pm, inOut, x);
+                                   });
+}
+
+template RankedVertex rankVertex<PlainMetric>(const ProgressiveMesh&, std::int32_t, IndexList&);
+template RankedVertex rankVertex<ColorMetric>(const ProgressiveMesh&, std::int32_t, IndexList&);
+
+void gatherRingOfSplit(const DMesh& mesh, const VSplit& split, IndexList& around) {
+    around.clear();
+    for (const std::int32_t corner : split.corners) {
+        for (const std::int32_t other : {nextCorner(corner), previousCorner(corner)}) {
+            const std::int32_t vertex = vertexAt(mesh, other);
+            if (mesh.vertexActive.Test(vertex) && !contains(around, vertex))
+                around.push_back(vertex);
+        }
+    }
+}
+
 void RecomputeVertexCost(ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring) {
-    rankAgainstRing(pm, vertex, ring, [&pm](Quadric3D& inOut, std::int32_t x) {
-        ComputeVertexQuadricFromTriangles(pm, inOut, x);
-    });
+    store(pm.mesh.vertices[static_cast<std::size_t>(vertex)],
+          rankVertex<PlainMetric>(pm, vertex, ring));
 }
 
 void RecomputeVertexCostFromStored(ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring) {
-    rankAgainstRing(pm, vertex, ring, [&pm](Quadric3D& inOut, std::int32_t x) {
-        AccumulateVertexQuadric(pm, inOut, x);
-    });
+    store(pm.mesh.vertices[static_cast<std::size_t>(vertex)],
+          rankAgainstRing<PlainMetric>(pm, vertex, ring, [&pm](Quadric3D& inOut, std::int32_t x) {
+              AccumulateVertexQuadric(pm, inOut, x);
+          }));
 }
 
 void RefreshRingCosts(ProgressiveMesh& pm, const VSplit& split) {
     IndexList around;
-    for (const std::int32_t corner : split.corners) {
-        appendIfAbsent(around, vertexAt(pm.mesh, nextCorner(corner)));
-        appendIfAbsent(around, vertexAt(pm.mesh, previousCorner(corner)));
-    }
+    gatherRingOfSplit(pm.mesh, split, around);
     IndexList ring;
     for (const std::int32_t vertex : around) {
-        if (!pm.mesh.vertexActive.Test(vertex)) continue;
         pm.costQueue.Remove(vertex);
         RecomputeVertexCost(pm, vertex, ring);
         pm.costQueue.Insert(vertex);

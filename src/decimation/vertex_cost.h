@@ -17,11 +17,25 @@ inline bool isHeldBySeam(const ProgressiveMesh& pm, std::int32_t a, std::int32_t
            (mesh.uvSeamCorners.Test(a) || mesh.uvSeamCorners.Test(b));
 }
 
-/// Ranks one vertex against its ring with the plain metric and writes its `cost` and `partner`; the
-/// first best neighbour wins. The vertex must not be queued.
+/// The cheapest collapse of a vertex.
+struct RankedVertex {
+    float cost = kNotCollapsible;
+    std::int32_t partner = kNone;
+};
+
+/// Ranks one vertex against its ring from the triangles as they stand; the first best neighbour
+/// wins. Changes nothing of the mesh; `ring` is scratch.
 ///
 /// The neighbours' quadric is summed up over the ring and not cleared in between, so that later
-/// neighbours look dearer than they are. `ring` is scratch.
+/// neighbours look dearer than they are.
+template <typename Metric>
+RankedVertex rankVertex(const ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring);
+
+/// Appends the distinct vertices around the corners of a split that are still active.
+void gatherRingOfSplit(const DMesh& mesh, const VSplit& split, IndexList& around);
+
+/// Ranks one vertex against its ring with the plain metric and writes its `cost` and `partner`.
+/// The vertex must not be queued.
 void RecomputeVertexCost(ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring);
 
 /// The same from the stored triangle quadrics, with border factor and plane quadric.

@@ -4,22 +4,17 @@
 #include "decimation/collapse_loop.h"
 #include "decimation/driver_preparation.h"
 #include "decimation/vertex_cost.h"
-#include "lowmem/attribute_preparation.h"
+#include "lowmem/low_memory_preparation.h"
 #include "lowmem/neighbour_costs.h"
 #include "lowmem/uv_update.h"
-#include "lowmem/vertex_cost_init.h"
 #include "shell/base/debug_log.h"
-#include "shell/base/job_paths.h"
+#include "shell/base/progress_channel.h"
 
 namespace korvalite {
 
 namespace {
 
-std::size_t at(std::int32_t index) {
-    return static_cast<std::size_t>(index);
-}
-
-/// The hooks of CollapseLoop.
+/// The hooks of PairCollapse and CollapseLoop.
 template <typename LoopMetric>
 class LowMemoryDriver {
 public:
@@ -27,7 +22,7 @@ public:
     static constexpr bool kRecordsSplits = true;
 
     explicit LowMemoryDriver(ProgressiveMesh& pm) : pm_(pm), mesh_(pm.mesh) {
-        neighbourhood_.prepare(mesh_);
+        marks_.prepare(mesh_);
     }
 
     [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u) const {
@@ -36,26 +31,23 @@ public:
 
     void carryAttributes(CollapseRecord& collapse, std::int32_t removed, std::int32_t kept,
                          const EdgeEvaluation& evaluation) {
-        if constexpr (Metric::kHasColor) {
-            std::uint32_t& color = mesh_.vertexColors[at(kept)];
-            collapse.split.savedColor = color;
-            const std::uint32_t fourthByte = color & 0xFF000000U;
-            color = fourthByte | (static_cast<std::uint32_t>(evaluation.color[2]) << 16U) |
-                    (static_cast<std::uint32_t>(evaluation.color[1]) << 8U) | evaluation.color[0];
-        }
+        Metric::carryColor(mesh_, collapse.split, kept, evaluation);
         if (pm_.m_handleUVs_internal) {
             UpdateUVsAfterCollapse(mesh_, removed, kept, collapse.split, uvScratch_);
         }
     }
 
     void updateCosts(std::int32_t kept, const CollapseRecord& collapse) {
-        UpdateNeighbourCosts_LM(pm_, kept, collapse.ringCorners, collapse.neighbours,
-                                neighbourhood_);
+        UpdateNeighbourCosts_LM(pm_, kept, collapse.ringCorners, collapse.neighbours, marks_,
+                                scratch_);
     }
     void refreshCosts(const CollapseRecord& collapse) { RefreshRingCosts(pm_, collapse.split); }
 
     // By the plain metric for now, with colours too.
-    void rankFreedSlave(std::int32_t vertex) { RecomputeVertexCost(pm_, vertex, ring_); }
+    void rankFreedSlave(std::int32_t vertex) {
+        RecomputeVertexCost(pm_, vertex, ring_);
+        pm_.costQueue.Insert(vertex);
+    }
     void rankForFinishStep(std::int32_t vertex) { RecomputeVertexCost(pm_, vertex, ring_); }
 
     static void showProgress(std::int32_t done) { progressChannel().SetSubTaskProgress(done); }
@@ -65,7 +57,8 @@ private:
     DMesh& mesh_;
     IndexList uvScratch_;
     IndexList ring_;
-    NeighbourhoodScratch<Metric> neighbourhood_;
+    NeighbourhoodMarks marks_;
+    NeighbourhoodScratch<Metric> scratch_;
 };
 
 }  // namespace
@@ -73,21 +66,7 @@ private:
 template <typename Metric>
 int doDecimationInit_LM(ProgressiveMesh& pm) {
     DebugLog("   starting doDecimationInit_LM()...");
-    ProgressChannel& progress = progressChannel();
-    progress.BeginMainTask(CurrentMeshName());
-    prepareAdjacency(pm);
-    pm.reportStep(4);
-    progress.raiseStageFlags();
-    pm.reportStep(5);
-    prepareSymmetry(pm, {.pairsMustShareColors = true, .planeQuadric = true});
-    pm.reportStep(7);
-    prepareUVs(pm);
-    if (pm.m_useVertexColors_internal) computeColorScale(pm);
-    pm.reportStep(8);
-    progress.BeginSubTask("analysing mesh", -1);
-    InitVerticesCost_LM<Metric>(pm);
-    progress.EndSubTask();
-    pm.reportStep(9);
+    prepareLowMemoryRun<Metric>(pm, {.raiseStageFlags = true, .logCostForms = false});
     openVSplitList(pm);
     return 0;
 }

@@ -3,6 +3,7 @@
 
 #include "decimation/initial_edges.h"
 #include "decimation/metric.h"
+#include "decimation/thread_guards.h"
 #include "decimation/vertex_cost.h"
 #include "platform/prefetch.h"
 
@@ -16,16 +17,76 @@ std::size_t at(std::int32_t index) {
     return static_cast<std::size_t>(index);
 }
 
-template <typename Metric>
+/// For the driver that is alone on the mesh: the ring leaves the queue, gets its costs and comes
+/// back.
+class CostsAtOnce : public NoGuards {
+public:
+    CostsAtOnce(ProgressiveMesh& pm, IndexList& queued) : pm_(pm), queued_(queued) {}
+
+    void begin(std::span<const std::int32_t> ring) {
+        pm_.costQueue.RemoveAll(ring);
+        for (const std::int32_t vertex : ring)
+            forgetCost(pm_.mesh.vertices[at(vertex)]);
+    }
+    void rank(std::uint16_t /*slot*/, std::int32_t vertex, std::int32_t partner, float cost) {
+        VertexRecord& record = pm_.mesh.vertices[at(vertex)];
+        if (record.cost > cost) {
+            record.cost = cost;
+            record.partner = partner;
+        }
+    }
+    void finish(std::span<const std::int32_t> ring) {
+        queued_.clear();
+        for (const std::int32_t vertex : ring) {
+            if (!pm_.isSymmetrySlave(vertex)) queued_.push_back(vertex);
+        }
+        pm_.costQueue.InsertAll(queued_);
+    }
+    /// A guess at the vertex that collapses next.
+    [[nodiscard]] std::int32_t next() const { return pm_.costQueue.peek(); }
+
+private:
+    ProgressiveMesh& pm_;
+    IndexList& queued_;
+};
+
+/// For one of several threads: the costs become entries of its work record, from the end of what is
+/// there already. The entry of a slot is that many places behind the first.
+class CostsRecorded : public ThreadGuards {
+public:
+    CostsRecorded(ThreadWorkRecord& record, CriticalSections& sections)
+        : ThreadGuards(sections), record_(record), first_(record.updateVertices.size()) {}
+
+    void begin(std::span<const std::int32_t> ring) {
+        for (const std::int32_t vertex : ring)
+            record_.appendUpdate(vertex, kNotCollapsible, kNone);
+    }
+    void rank(std::uint16_t slot, std::int32_t /*vertex*/, std::int32_t partner, float cost) {
+        float& best = record_.updateCosts[first_ + slot];
+        if (best > cost) {
+            best = cost;
+            record_.updatePartners[first_ + slot] = partner;
+        }
+    }
+    void finish(std::span<const std::int32_t> /*ring*/) {}
+    [[nodiscard]] static std::int32_t next() { return kNone; }
+
+private:
+    ThreadWorkRecord& record_;
+    std::size_t first_;
+};
+
+template <typename Metric, typename Costs>
 class NeighbourCostUpdate {
 public:
-    NeighbourCostUpdate(ProgressiveMesh& pm, NeighbourhoodScratch<Metric>& scratch)
-        : pm_(pm), mesh_(pm.mesh), s_(scratch) {}
+    NeighbourCostUpdate(ProgressiveMesh& pm, Costs costs, NeighbourhoodMarks& marks,
+                        NeighbourhoodScratch<Metric>& scratch)
+        : pm_(pm), mesh_(pm.mesh), costs_(costs), marks_(marks), s_(scratch) {}
 
     void run(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
         gatherRing(kept, ringCorners, neighbours);
-        unqueueRing();
-        next_ = pm_.costQueue.peek();
+        costs_.begin(ring());
+        next_ = costs_.next();
         gatherOuterRing();
         sumQuadrics();
         gatherEdges();
@@ -33,27 +94,31 @@ public:
         evaluateEdges();
         fetchOuterRingAhead();
         applyCosts();
-        queueRing();
+        costs_.finish(ring());
         resetMarks();
     }
 
 private:
-    using Scratch = NeighbourhoodScratch<Metric>;
+    /// The kept vertex and its ring.
+    [[nodiscard]] std::span<const std::int32_t> ring() const {
+        return std::span(s_.localVertices).first(ringEnd_);
+    }
 
     /// False if no slot is left.
     bool giveSlot(std::int32_t vertex) {
-        if (s_.localVertices.size() >= Scratch::kNoSlot) return false;
-        s_.vertexSlot[at(vertex)] = static_cast<std::uint16_t>(s_.localVertices.size());
+        if (s_.localVertices.size() >= NeighbourhoodMarks::kNoSlot) return false;
+        marks_.vertexSlot[at(vertex)] = static_cast<std::uint16_t>(s_.localVertices.size());
         s_.localVertices.push_back(vertex);
         return true;
     }
 
     void listTriangle(std::int32_t triangle) {
         s_.localTriangles.push_back(triangle);
-        s_.triangleMark.Set(triangle);
+        marks_.triangleMark.Set(triangle);
         for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
-            prefetch(&mesh_.vertices[mesh_.triangles[at(corner)]]);
-            prefetch(&s_.vertexSlot[mesh_.triangles[at(corner)]]);
+            const std::int32_t vertex = vertexAt(mesh_, corner);
+            prefetch(&mesh_.vertices[at(vertex)]);
+            prefetch(&marks_.vertexSlot[at(vertex)]);
         }
     }
 
@@ -88,18 +153,18 @@ private:
                                      s_.neighbours.end());
             s_.ringNeighboursEnd.push_back(s_.ringNeighbours.size());
             for (const std::int32_t x : s_.neighbours) {
-                prefetch(&s_.vertexSlot[at(x)]);
+                prefetch(&marks_.vertexSlot[at(x)]);
                 prefetch(&mesh_.vertexTriangleHead[at(x)]);
             }
         }
         for (const std::int32_t x : s_.ringNeighbours) {
-            if (s_.vertexSlot[at(x)] == Scratch::kNoSlot) giveSlot(x);
+            if (marks_.vertexSlot[at(x)] == NeighbourhoodMarks::kNoSlot) giveSlot(x);
         }
         const auto outerRing = std::span(s_.localVertices).subspan(ringEnd_);
         warmWithNext(outerRing);
         for (const std::int32_t x : outerRing) {
             forEachCorner(mesh_, x, [&](std::int32_t corner) {
-                if (!s_.triangleMark.Test(corner / 3)) listTriangle(corner / 3);
+                if (!marks_.triangleMark.Test(corner / 3)) listTriangle(corner / 3);
             });
         }
     }
@@ -148,33 +213,33 @@ private:
         for (const std::int32_t triangle : s_.localTriangles) {
             const typename Metric::Quadric quadric = Metric::triangleQuadric(pm_, triangle);
             for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
-                const std::uint16_t slot = s_.vertexSlot[at(vertexAt(mesh_, corner))];
-                if (slot != Scratch::kNoSlot) s_.slotQuadrics[slot] += quadric;
+                const std::uint16_t slot = marks_.vertexSlot[at(vertexAt(mesh_, corner))];
+                if (slot != NeighbourhoodMarks::kNoSlot) s_.slotQuadrics[slot] += quadric;
             }
         }
     }
 
-    void unqueueRing() {
-        const auto ring = std::span(s_.localVertices).first(ringEnd_);
-        pm_.costQueue.RemoveAll(ring);
-        for (const std::int32_t vertex : ring)
-            forgetCost(mesh_.vertices[at(vertex)]);
+    void gatherEdges() {
+        if (!pm_.m_handleUVs_internal) return listEdges();
+        // One stay for all edges: the marks of a seam may be travelling.
+        const auto guard = costs_.uvSeams();
+        listEdges();
     }
 
-    void gatherEdges() {
+    void listEdges() {
         s_.edges.clear();
         std::size_t next = 0;
         for (std::size_t slot = 1; slot < ringEnd_; ++slot) {
             const std::int32_t w = s_.localVertices[slot];
-            const std::uint16_t slotW = s_.vertexSlot[at(w)];
+            const std::uint16_t slotW = marks_.vertexSlot[at(w)];
             const bool mayRankW = !pm_.isSymmetrySlave(w);
             for (; next < s_.ringNeighboursEnd[slot - 1]; ++next) {
                 const std::int32_t x = s_.ringNeighbours[next];
-                const std::uint16_t slotX = s_.vertexSlot[at(x)];
+                const std::uint16_t slotX = marks_.vertexSlot[at(x)];
                 // Inside the ring an edge is taken from its lower end.
                 const bool takenFromX = slotX >= 1 && slotX < ringEnd_ && x < w;
                 const bool mayRankX = !pm_.isSymmetrySlave(x);
-                if (x == w || slotX == Scratch::kNoSlot || takenFromX) continue;
+                if (x == w || slotX == NeighbourhoodMarks::kNoSlot || takenFromX) continue;
                 if ((!mayRankW && !mayRankX) || isHeldBySeam(pm_, w, x)) continue;
                 // The outer ring keeps its costs.
                 s_.edges.push_back({w, x, slotW, slotX, mayRankW, mayRankX && slotX < ringEnd_});
@@ -193,41 +258,27 @@ private:
         }
     }
 
-    void rank(std::int32_t vertex, std::int32_t partner, float cost) {
-        VertexRecord& record = mesh_.vertices[at(vertex)];
-        if (record.cost > cost) {
-            record.cost = cost;
-            record.partner = partner;
-        }
-    }
-
     void applyCosts() {
         for (std::size_t i = 0; i < s_.edges.size(); ++i) {
             const RingEdge& edge = s_.edges[i];
-            if (edge.mayRankW) rank(edge.w, edge.x, s_.edgeCosts[i]);
-            if (edge.mayRankX) rank(edge.x, edge.w, s_.edgeCosts[i]);
+            if (edge.mayRankW) costs_.rank(edge.slotW, edge.w, edge.x, s_.edgeCosts[i]);
+            if (edge.mayRankX) costs_.rank(edge.slotX, edge.x, edge.w, s_.edgeCosts[i]);
         }
-    }
-
-    void queueRing() {
-        s_.queued.clear();
-        for (const std::int32_t vertex : std::span(s_.localVertices).first(ringEnd_)) {
-            if (!pm_.isSymmetrySlave(vertex)) s_.queued.push_back(vertex);
-        }
-        pm_.costQueue.InsertAll(s_.queued);
     }
 
     void resetMarks() {
         for (const std::int32_t vertex : s_.localVertices) {
-            s_.vertexSlot[at(vertex)] = Scratch::kNoSlot;
+            marks_.vertexSlot[at(vertex)] = NeighbourhoodMarks::kNoSlot;
         }
         for (const std::int32_t triangle : s_.localTriangles)
-            s_.triangleMark.Clear(triangle);
+            marks_.triangleMark.Clear(triangle);
     }
 
     ProgressiveMesh& pm_;
     DMesh& mesh_;
-    Scratch& s_;
+    Costs costs_;
+    NeighbourhoodMarks& marks_;
+    NeighbourhoodScratch<Metric>& s_;
     std::int32_t next_ = kNone;
     std::size_t ringEnd_ = 0;  // slots below are the kept vertex and its ring
 };
@@ -235,24 +286,32 @@ private:
 }  // namespace
 
 template <typename Metric>
-void NeighbourhoodScratch<Metric>::prepare(const DMesh& mesh) {
-    reserveLarge(vertexSlot, mesh.vertices.size());
-    vertexSlot.assign(mesh.vertices.size(), kNoSlot);
-    triangleMark.Free();
-    triangleMark.Resize(mesh.triangleCount(), false);
+void UpdateNeighbourCosts_LM(ProgressiveMesh& pm, std::int32_t kept, const IndexList& ringCorners,
+                             const IndexList& neighbours, NeighbourhoodMarks& marks,
+                             NeighbourhoodScratch<Metric>& scratch) {
+    NeighbourCostUpdate(pm, CostsAtOnce(pm, scratch.queued), marks, scratch)
+        .run(kept, ringCorners, neighbours);
 }
 
 template <typename Metric>
-void UpdateNeighbourCosts_LM(ProgressiveMesh& pm, std::int32_t kept, const IndexList& ringCorners,
-                             const IndexList& neighbours, NeighbourhoodScratch<Metric>& scratch) {
-    NeighbourCostUpdate<Metric>(pm, scratch).run(kept, ringCorners, neighbours);
+void UpdateNeighbourCosts_MT(ProgressiveMesh& pm, std::int32_t kept, const IndexList& ringCorners,
+                             const IndexList& neighbours, ThreadContext& context,
+                             NeighbourhoodScratch<Metric>& scratch, CriticalSections& sections) {
+    NeighbourCostUpdate(pm, CostsRecorded(context.workRecord, sections), context.marks, scratch)
+        .run(kept, ringCorners, neighbours);
 }
 
-template struct NeighbourhoodScratch<PlainMetric>;
-template struct NeighbourhoodScratch<ColorMetric>;
 template void UpdateNeighbourCosts_LM(ProgressiveMesh&, std::int32_t, const IndexList&,
-                                      const IndexList&, NeighbourhoodScratch<PlainMetric>&);
+                                      const IndexList&, NeighbourhoodMarks&,
+                                      NeighbourhoodScratch<PlainMetric>&);
 template void UpdateNeighbourCosts_LM(ProgressiveMesh&, std::int32_t, const IndexList&,
-                                      const IndexList&, NeighbourhoodScratch<ColorMetric>&);
+                                      const IndexList&, NeighbourhoodMarks&,
+                                      NeighbourhoodScratch<ColorMetric>&);
+template void UpdateNeighbourCosts_MT(ProgressiveMesh&, std::int32_t, const IndexList&,
+                                      const IndexList&, ThreadContext&,
+                                      NeighbourhoodScratch<PlainMetric>&, CriticalSections&);
+template void UpdateNeighbourCosts_MT(ProgressiveMesh&, std::int32_t, const IndexList&,
+                                      const IndexList&, ThreadContext&,
+                                      NeighbourhoodScratch<ColorMetric>&, CriticalSections&);
 
 }  // namespace korvalite

@@ -5,7 +5,8 @@
 // goes.
 #pragma once
 
-#include "mesh/bit_array.h"
+#include "lowmem/neighbourhood_marks.h"
+#include "lowmem/thread_context.h"
 #include "mesh/corner_lists.h"
 #include "mesh/progressive_mesh.h"
 
@@ -13,6 +14,8 @@
 #include <vector>
 
 namespace korvalite {
+
+struct CriticalSections;
 
 /// An edge from the 1-ring, gathered before it is evaluated.
 struct RingEdge {
@@ -24,16 +27,9 @@ struct RingEdge {
     bool mayRankX = false;
 };
 
-/// Scratch of one thread. Everything here keeps its capacity from collapse to collapse; only
-/// vertexSlot (2 bytes a vertex) and triangleMark (1 bit a triangle) grow with the mesh.
+/// Scratch of one thread. Everything here keeps its capacity from collapse to collapse.
 template <typename Metric>
 struct NeighbourhoodScratch {
-    // Slots are 16 bits wide because this array is as long as the mesh.
-    static constexpr std::uint16_t kNoSlot = 65535;
-
-    std::vector<std::uint16_t> vertexSlot;  // all kNoSlot between two updates
-    BitArray triangleMark;                  // all clear between two updates
-
     IndexList localVertices;   // the vertices with a slot, in slot order: kept, ring, outer ring
     IndexList localTriangles;  // in order of listing
     std::vector<typename Metric::Quadric> slotQuadrics;
@@ -49,9 +45,6 @@ struct NeighbourhoodScratch {
     IndexList cursors;  // of warmVertexCorners
     std::vector<RingEdge> edges;
     std::vector<float> edgeCosts;
-
-    /// Sizes the two long arrays for a mesh.
-    void prepare(const DMesh& mesh);
 };
 
 /// Ranks `kept` and its ring again and queues them. `ringCorners` and `neighbours` are what
@@ -61,6 +54,17 @@ struct NeighbourhoodScratch {
 /// costs until a later update.
 template <typename Metric>
 void UpdateNeighbourCosts_LM(ProgressiveMesh& pm, std::int32_t kept, const IndexList& ringCorners,
-                             const IndexList& neighbours, NeighbourhoodScratch<Metric>& scratch);
+                             const IndexList& neighbours, NeighbourhoodMarks& marks,
+                             NeighbourhoodScratch<Metric>& scratch);
+
+/// The same for a thread that has reserved `kept` and its ring: the costs are appended to the
+/// update lists of its work record, with neither the vertex records nor the queue touched. The
+/// triangles beyond the reservation are read while other threads may be changing them, so that a
+/// cost can be a little off; it only misorders the queue, as every collapse is tested when it is
+/// made.
+template <typename Metric>
+void UpdateNeighbourCosts_MT(ProgressiveMesh& pm, std::int32_t kept, const IndexList& ringCorners,
+                             const IndexList& neighbours, ThreadContext& context,
+                             NeighbourhoodScratch<Metric>& scratch, CriticalSections& sections);
 
 }  // namespace korvalite

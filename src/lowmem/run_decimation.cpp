@@ -5,6 +5,7 @@
 #include "decimation/melax_driver.h"
 #include "decimation/reorder.h"
 #include "lowmem/low_memory_driver.h"
+#include "lowmem/multi_thread_driver.h"
 #include "mesh/progressive_mesh.h"
 #include "shell/base/debug_log.h"
 #include "shell/base/progress_channel.h"
@@ -18,17 +19,22 @@ namespace {
 constexpr int kSuccess = 0;
 constexpr int kOutOfMemory = 2;
 
+template <typename Metric>
+int runLowMemoryDriver(ProgressiveMesh& pm) {
+    return pm.MemSpeedTradeOff == MEMSPEED_TRADEOFF_LOW_MEM_MT ? doDecimation_LM_MT<Metric>(pm)
+                                                               : doDecimation_LM<Metric>(pm);
+}
+
 int runLowMemoryDriver(ProgressiveMesh& pm) {
     pm.m_useVertexColors_internal = pm.mesh.vertexColors.size() == pm.mesh.vertices.size();
-    return pm.m_useVertexColors_internal ? doDecimation_LM<ColorMetric>(pm)
-                                         : doDecimation_LM<PlainMetric>(pm);
+    return pm.m_useVertexColors_internal ? runLowMemoryDriver<ColorMetric>(pm)
+                                         : runLowMemoryDriver<PlainMetric>(pm);
 }
 
 int runDriver(ProgressiveMesh& pm) {
     switch (pm.MemSpeedTradeOff) {
     case MEMSPEED_TRADEOFF_HIGH_SPEED: return doDecimation_HS(pm);
-    case MEMSPEED_TRADEOFF_LOW_MEM: return runLowMemoryDriver(pm);
-    // Several threads get the same work done on one.
+    case MEMSPEED_TRADEOFF_LOW_MEM:
     case MEMSPEED_TRADEOFF_LOW_MEM_MT: return runLowMemoryDriver(pm);
     case MEMSPEED_TRADEOFF_MELAX: return doDecimation_Melax(pm);
     default: return kSuccess;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "lowmem/uv_update.h"
 
+#include "decimation/thread_guards.h"
+
 #include <optional>
 
 namespace korvalite {
@@ -72,12 +74,41 @@ UVCoord interpolatedUV(const DMesh& mesh, const UVIndexPair& pair, std::int32_t 
     return b;  // an edge of no length gives no number and ends here too
 }
 
-}  // namespace
+struct OneThread : NoGuards {
+    // Though the kept vertex may lie on no seam.
+    static constexpr bool kCornerMarkNeedsSeam = false;
+};
 
-void UpdateUVsAfterCollapse(DMesh& mesh, std::int32_t removed, std::int32_t kept, VSplit& split,
-                            IndexList& scratch) {
-    const bool seamRemoved = mesh.uvSeamVertices.Test(removed);
-    const bool seamKept = mesh.uvSeamVertices.Test(kept);
+struct ManyThreads : ThreadGuards {
+    using ThreadGuards::ThreadGuards;
+    static constexpr bool kCornerMarkNeedsSeam = true;
+};
+
+struct SeamEnds {
+    bool removed;
+    bool kept;
+};
+
+template <typename Threads>
+SeamEnds seamEnds(const DMesh& mesh, std::int32_t removed, std::int32_t kept,
+                  const Threads& threads) {
+    const auto guard = threads.uvSeams();
+    return {mesh.uvSeamVertices.Test(removed), mesh.uvSeamVertices.Test(kept)};
+}
+
+template <typename Threads>
+void moveSeamMarks(DMesh& mesh, std::int32_t removed, std::int32_t kept, bool seamRemoved,
+                   const Threads& threads) {
+    if (Threads::kCornerMarkNeedsSeam && !seamRemoved) return;
+    const auto guard = threads.uvSeams();
+    if (seamRemoved) mesh.uvSeamVertices.Set(kept);
+    if (mesh.uvSeamCorners.Test(removed)) mesh.uvSeamCorners.Set(kept);
+}
+
+template <typename Threads>
+void updateUVs(DMesh& mesh, std::int32_t removed, std::int32_t kept, VSplit& split,
+               IndexList& scratch, const Threads& threads) {
+    const auto [seamRemoved, seamKept] = seamEnds(mesh, removed, kept, threads);
     collectUVIndices(mesh, split, seamRemoved, scratch);
     for (const std::int32_t index : scratch) {
         if (const auto counterpart = findCounterpart(mesh, index, kept)) {
@@ -98,8 +129,19 @@ void UpdateUVsAfterCollapse(DMesh& mesh, std::int32_t removed, std::int32_t kept
             survivor = interpolatedUV(mesh, pair, removed, kept, split.position);
         }
     }
-    if (seamRemoved) mesh.uvSeamVertices.Set(kept);
-    if (mesh.uvSeamCorners.Test(removed)) mesh.uvSeamCorners.Set(kept);
+    moveSeamMarks(mesh, removed, kept, seamRemoved, threads);
+}
+
+}  // namespace
+
+void UpdateUVsAfterCollapse(DMesh& mesh, std::int32_t removed, std::int32_t kept, VSplit& split,
+                            IndexList& scratch) {
+    updateUVs(mesh, removed, kept, split, scratch, OneThread{});
+}
+
+void UpdateUVsAfterCollapse_MT(DMesh& mesh, std::int32_t removed, std::int32_t kept, VSplit& split,
+                               IndexList& scratch, CriticalSections& sections) {
+    updateUVs(mesh, removed, kept, split, scratch, ManyThreads(sections));
 }
 
 }  // namespace korvalite

@@ -5,6 +5,7 @@
 #include "decimation/metric.h"
 #include "decimation/vertex_cost.h"
 #include "mesh/corner_lists.h"
+#include "shell/base/debug_log.h"
 #include "shell/base/progress_channel.h"
 
 #include <new>
@@ -127,22 +128,33 @@ void InitVerticesCostNoMat(ProgressiveMesh& pm) {
 }
 
 template <typename Metric>
-void InitVerticesCost_LM(ProgressiveMesh& pm) {
+void InitVerticesCost_LM(ProgressiveMesh& pm, bool logForms) {
+    const auto log = [logForms](bool done, const char* success, const char* failure) {
+        if (logForms) DebugLog(done ? success : failure);
+        return done;
+    };
     const bool tryArrays = pm.tryStoreDoubleMat || pm.tryStoreFloatMat;
     if (tryArrays) ReleaseVertexCorners(pm.mesh);
-    bool done = pm.tryStoreDoubleMat && InitVerticesCostDoubleMat<Metric>(pm);
+    bool done = pm.tryStoreDoubleMat && log(InitVerticesCostDoubleMat<Metric>(pm),
+                                            "   InitVerticesCost by storing DoubleMat succeeded !",
+                                            "   InitVerticesCost by storing DoubleMat FAILED !");
     if constexpr (!Metric::kHasColor) {
-        done = done || (pm.tryStoreFloatMat && InitVerticesCostFloatMat(pm));
+        done = done ||
+               (pm.tryStoreFloatMat && log(InitVerticesCostFloatMat(pm),
+                                           "   InitVerticesCost by storing FloatMat succeeded !",
+                                           "   InitVerticesCost by storing FloatMat FAILED !"));
     }
     if (tryArrays) BuildVertexCorners(pm.mesh);
-    if (!done) InitVerticesCostNoMat<Metric>(pm);
+    if (done) return;
+    if (logForms) DebugLog("   InitVerticesCost without storing matrices!");
+    InitVerticesCostNoMat<Metric>(pm);
 }
 
 template bool InitVerticesCostDoubleMat<PlainMetric>(ProgressiveMesh&);
 template bool InitVerticesCostDoubleMat<ColorMetric>(ProgressiveMesh&);
 template void InitVerticesCostNoMat<PlainMetric>(ProgressiveMesh&);
 template void InitVerticesCostNoMat<ColorMetric>(ProgressiveMesh&);
-template void InitVerticesCost_LM<PlainMetric>(ProgressiveMesh&);
-template void InitVerticesCost_LM<ColorMetric>(ProgressiveMesh&);
+template void InitVerticesCost_LM<PlainMetric>(ProgressiveMesh&, bool);
+template void InitVerticesCost_LM<ColorMetric>(ProgressiveMesh&, bool);
 
 }  // namespace korvalite

@@ -14,9 +14,10 @@
 namespace korvalite {
 
 /// Tries the forms in order: doubles, floats (plain metric only), none. The vertex corner lists are
-/// given back while an array form runs, which is what keeps the peak low, and rebuilt.
+/// given back while an array form runs, which is what keeps the peak low, and rebuilt. `logForms`
+/// tells the log which form it was.
 template <typename Metric>
-void InitVerticesCost_LM(ProgressiveMesh& pm);
+void InitVerticesCost_LM(ProgressiveMesh& pm, bool logForms = false);
 
 /// The array forms walk `triangles` only. False means that the array could not be allocated and
 /// that no vertex has been touched.

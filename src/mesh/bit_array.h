@@ -3,9 +3,12 @@
 // One bit per vertex, triangle or UV coordinate: bit i lives in byte i / 8 under the mask 1 << (i %
 // 8).
 //
-// Thread safety: none. Bits of several items share a byte, so that writers need a lock even where
-// they write different bits.
+// Thread safety: one thread may test a bit while another changes others. Bits of several items
+// share a byte, so that writers need a lock even where they write different bits. Test, Set and
+// Clear of one bit alone are meant; the rest is for one thread.
 #pragma once
+
+#include "platform/relaxed.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +22,7 @@ public:
     [[nodiscard]] bool Test(std::int32_t index) const {
         if (static_cast<std::uint32_t>(index) >= static_cast<std::uint32_t>(count_)) return false;
         const auto i = static_cast<std::uint32_t>(index);
-        return ((std::uint32_t{bytes_[i >> 3U]} >> (i & 7U)) & 1U) != 0;
+        return ((std::uint32_t{loadRelaxed(bytes_[i >> 3U])} >> (i & 7U)) & 1U) != 0;
     }
     [[nodiscard]] bool Test(std::uint32_t index) const {
         return Test(static_cast<std::int32_t>(index));
@@ -27,10 +30,12 @@ public:
 
     /// REQUIRES: index < count().
     void Set(std::uint32_t index) {
-        bytes_[index >> 3U] = static_cast<std::uint8_t>(bytes_[index >> 3U] | mask(index));
+        std::uint8_t& byte = bytes_[index >> 3U];
+        storeRelaxed(byte, static_cast<std::uint8_t>(loadRelaxed(byte) | mask(index)));
     }
     void Clear(std::uint32_t index) {
-        bytes_[index >> 3U] = static_cast<std::uint8_t>(bytes_[index >> 3U] & ~mask(index));
+        std::uint8_t& byte = bytes_[index >> 3U];
+        storeRelaxed(byte, static_cast<std::uint8_t>(loadRelaxed(byte) & ~mask(index)));
     }
     void Set(std::int32_t index) { Set(static_cast<std::uint32_t>(index)); }
     void Clear(std::int32_t index) { Clear(static_cast<std::uint32_t>(index)); }

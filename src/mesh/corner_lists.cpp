@@ -28,8 +28,8 @@ void buildLists(const DMesh& mesh, const std::vector<std::uint32_t>& itemOfCorne
 template <typename Visit>
 void walk(const std::vector<std::int32_t>& head, const std::vector<std::int32_t>& next,
           std::int32_t item, Visit visit) {
-    for (std::int32_t corner = head[static_cast<std::size_t>(item)]; corner != kNone;
-         corner = next[static_cast<std::size_t>(corner)]) {
+    for (std::int32_t corner = loadRelaxed(head[static_cast<std::size_t>(item)]); corner != kNone;
+         corner = loadRelaxed(next[static_cast<std::size_t>(corner)])) {
         visit(corner);
     }
 }
@@ -53,8 +53,8 @@ void keepFirstOfEach(IndexList& items) {
     items.resize(places.size());
 }
 
-void appendNeighbour(IndexList& neighbours, std::uint32_t item) {
-    const auto index = static_cast<std::int32_t>(item);
+void appendNeighbour(IndexList& neighbours, const std::uint32_t& item) {
+    const auto index = static_cast<std::int32_t>(loadRelaxed(item));
     if (neighbours.size() > kLongestSearchedRing || !contains(neighbours, index)) {
         neighbours.push_back(index);
     }
@@ -92,7 +92,7 @@ void unlinkCorner(std::int32_t& head, std::vector<std::int32_t>& next, std::int3
     std::int32_t* link = &head;
     while (*link != kNone && *link != corner)
         link = &next[static_cast<std::size_t>(*link)];
-    if (*link == corner) *link = next[static_cast<std::size_t>(corner)];
+    if (*link == corner) storeRelaxed(*link, next[static_cast<std::size_t>(corner)]);
 }
 
 void GetVertexCorners(const DMesh& mesh, std::int32_t vertex, IndexList& corners) {
@@ -131,14 +131,14 @@ void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices
     }
     cursors.clear();
     for (const std::int32_t vertex : vertices) {
-        cursors.push_back(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]);
+        cursors.push_back(loadRelaxed(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]));
     }
     while (!cursors.empty()) {
         std::size_t left = 0;
         for (const std::int32_t corner : cursors) {
             if (corner == kNone) continue;
             prefetch(&mesh.triangles[static_cast<std::size_t>(corner)]);
-            cursors[left++] = mesh.cornerNext[static_cast<std::size_t>(corner)];
+            cursors[left++] = loadRelaxed(mesh.cornerNext[static_cast<std::size_t>(corner)]);
         }
         cursors.resize(left);
     }

@@ -5,8 +5,9 @@
 // Built from the highest corner to the lowest; every walk of the system sees that order, and the
 // order of neighbours that follows from it decides between equal costs.
 //
-// Thread safety: a vertex's list may be read and changed only by the thread that holds the vertex
-// and its neighbours.
+// Thread safety: a vertex's list is changed only by the thread that holds the vertex and its
+// neighbours. Others may walk it meanwhile, and may miss or meet twice what is being changed: every
+// link leads to another corner of the same vertex at any moment.
 #pragma once
 
 #include "mesh/dmesh.h"
@@ -29,7 +30,7 @@ inline std::int32_t previousCorner(std::int32_t corner) {
 }
 
 inline std::int32_t vertexAt(const DMesh& mesh, std::int32_t corner) {
-    return static_cast<std::int32_t>(mesh.triangles[static_cast<std::size_t>(corner)]);
+    return static_cast<std::int32_t>(loadRelaxed(mesh.triangles[static_cast<std::size_t>(corner)]));
 }
 inline std::int32_t uvIndexAt(const DMesh& mesh, std::int32_t corner) {
     return static_cast<std::int32_t>(mesh.indicesUV[static_cast<std::size_t>(corner)]);
@@ -77,8 +78,9 @@ void forEachTriangle(const DMesh& mesh, Visit visit) {
 /// Calls visit(corner) for each corner of a vertex, in list order.
 template <typename Visit>
 void forEachCorner(const DMesh& mesh, std::int32_t vertex, Visit visit) {
-    for (std::int32_t corner = mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)];
-         corner != kNone; corner = mesh.cornerNext[static_cast<std::size_t>(corner)]) {
+    for (std::int32_t corner =
+             loadRelaxed(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]);
+         corner != kNone; corner = loadRelaxed(mesh.cornerNext[static_cast<std::size_t>(corner)])) {
         visit(corner);
     }
 }

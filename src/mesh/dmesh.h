@@ -11,6 +11,7 @@
 #include "geometry/vec3.h"
 #include "mesh/bit_array.h"
 #include "platform/large_memory.h"
+#include "platform/relaxed.h"
 
 #include <array>
 #include <cstdint>
@@ -32,11 +33,15 @@ struct VertexRecord {
     // The vertex to collapse onto, kNone for none. Once collapsed, the vertex it fell onto.
     std::int32_t partner = kNone;
 
-    [[nodiscard]] FloatVec3 position() const { return {x, y, z}; }
+    // Relaxed: a thread that looks at the triangles around its neighbourhood may meet a vertex that
+    // another thread is moving.
+    [[nodiscard]] FloatVec3 position() const {
+        return {loadRelaxed(x), loadRelaxed(y), loadRelaxed(z)};
+    }
     void setPosition(const FloatVec3& p) {
-        x = p.x;
-        y = p.y;
-        z = p.z;
+        storeRelaxed(x, p.x);
+        storeRelaxed(y, p.y);
+        storeRelaxed(z, p.z);
     }
 };
 static_assert(sizeof(VertexRecord) == 20, "20 bytes a vertex are part of the memory budget");

@@ -10,11 +10,13 @@
 #include "decimation/quadric3d.h"
 #include "decimation/symmetry_plane_quadric.h"
 #include "formats/vsplit_list.h"
+#include "lowmem/thread_context.h"
 #include "mesh/bit_array.h"
 #include "mesh/dmesh.h"
 #include "mesh/step_observer.h"
 
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 namespace korvalite {
@@ -87,6 +89,10 @@ struct ProgressiveMesh : DecimationSettings {
     BitArray symmetrySlaves;
     SymmetryPlaneQuadric symmetryPlaneQuadric;
 
+    // Of the multi-threaded driver. The contexts stay for the next run.
+    BitArray lockedVertices;                   // held by a thread for its turn; under csQueue
+    std::deque<ThreadContext> threadContexts;  // threads refer to them while others are added
+
     // Results.
     VSplitList vsplitList;
     std::int32_t CurVtxSplitPos = kNone;  // records applied to the mesh as it stands
@@ -103,7 +109,7 @@ struct ProgressiveMesh : DecimationSettings {
 
     /// numActiveVertices or numActiveTriangles, as targetCountsVertices says.
     [[nodiscard]] std::uint32_t activeCount() const {
-        return targetCountsVertices ? mesh.numActiveVertices : mesh.numActiveTriangles;
+        return loadRelaxed(targetCountsVertices ? mesh.numActiveVertices : mesh.numActiveTriangles);
     }
     [[nodiscard]] bool isSymmetrySlave(std::int32_t vertex) const {
         return m_handleSymmetry_internal && symmetrySlaves.Test(vertex);

@@ -62,6 +62,7 @@ public:
     void rankFreedSlave(std::int32_t vertex) {
         log.push_back(line("free", vertex));
         pm_.mesh.vertices[index(vertex)].cost = freedCost;
+        pm_.costQueue.Insert(vertex);
     }
     void rankForFinishStep(std::int32_t vertex) {
         log.push_back(line("finish", vertex));

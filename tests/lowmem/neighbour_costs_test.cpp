@@ -32,6 +32,7 @@ DMesh hillyGrid() {
 template <typename Metric>
 struct Queued {
     ProgressiveMesh pm;
+    NeighbourhoodMarks marks;
     NeighbourhoodScratch<Metric> scratch;
 
     explicit Queued(DMesh mesh) {
@@ -41,14 +42,16 @@ struct Queued {
             computeColorScale(pm);
         }
         InitVerticesCostNoMat<Metric>(pm);
-        scratch.prepare(pm.mesh);
+        marks.prepare(pm.mesh);
     }
-    void update(std::int32_t kept) { UpdateNeighbourCosts_LM<Metric>(pm, kept, {}, {}, scratch); }
+    void update(std::int32_t kept) {
+        UpdateNeighbourCosts_LM<Metric>(pm, kept, {}, {}, marks, scratch);
+    }
     [[nodiscard]] bool marksAreClear() const {
-        const auto none = NeighbourhoodScratch<Metric>::kNoSlot;
-        return std::all_of(scratch.vertexSlot.begin(), scratch.vertexSlot.end(),
+        const auto none = NeighbourhoodMarks::kNoSlot;
+        return std::all_of(marks.vertexSlot.begin(), marks.vertexSlot.end(),
                            [&](std::uint16_t slot) { return slot == none; }) &&
-               scratch.triangleMark.CountSet() == 0;
+               marks.triangleMark.CountSet() == 0;
     }
 };
 
@@ -193,7 +196,7 @@ TEST(UpdateNeighbourCosts, TheListsOfTheCollapseStandForTheRing) {
     IndexList ring;
     IndexList corners;
     GetVertexCornersAndNeighbours(with.pm.mesh, 40, ring, corners);
-    UpdateNeighbourCosts_LM<PlainMetric>(with.pm, 40, corners, ring, with.scratch);
+    UpdateNeighbourCosts_LM<PlainMetric>(with.pm, 40, corners, ring, with.marks, with.scratch);
     without.update(40);
     for (std::size_t v = 0; v < with.pm.mesh.vertices.size(); ++v) {
         EXPECT_EQ(with.pm.mesh.vertices[v].cost, without.pm.mesh.vertices[v].cost);
@@ -282,16 +285,17 @@ TEST(UpdateNeighbourCosts, ARingLongerThanTheSlotsRanksAsManyAsFitAndLeavesNoMar
     test::prepare(pm, std::move(mesh));
     for (VertexRecord& vertex : pm.mesh.vertices)
         forgetCost(vertex);
+    NeighbourhoodMarks marks;
     NeighbourhoodScratch<PlainMetric> scratch;
-    scratch.prepare(pm.mesh);
-    UpdateNeighbourCosts_LM<PlainMetric>(pm, 0, {}, {}, scratch);
+    marks.prepare(pm.mesh);
+    UpdateNeighbourCosts_LM<PlainMetric>(pm, 0, {}, {}, marks, scratch);
     std::size_t ranked = 0;
     for (const VertexRecord& vertex : pm.mesh.vertices)
         ranked += vertex.cost != kNotCollapsible ? 1 : 0;
     EXPECT_LE(ranked, 65535U);
     EXPECT_GT(ranked, 65000U);
-    EXPECT_EQ(scratch.triangleMark.CountSet(), 0);
-    for (const std::uint16_t slot : scratch.vertexSlot)
+    EXPECT_EQ(marks.triangleMark.CountSet(), 0);
+    for (const std::uint16_t slot : marks.vertexSlot)
         ASSERT_EQ(slot, 65535);
 }
 

@@ -207,10 +207,13 @@ bool ProgressChannel::Close() {
     return true;
 }
 
+void ProgressChannel::raiseFirstStageFlag() {
+    if (enabled_) record_.stageFlag1 = 1;
+}
+
 void ProgressChannel::raiseStageFlags() {
-    if (!enabled_) return;
-    record_.stageFlag1 = 1;
-    record_.stageFlag2 = 1;
+    raiseFirstStageFlag();
+    if (enabled_) record_.stageFlag2 = 1;
 }
 
 void ProgressChannel::writeIfDue() {

@@ -87,7 +87,9 @@ public:
     /// Clears the record and deletes the file.
     bool Close();
 
-    /// If enabled, tells the host that the decimation of a mesh has begun.
+    /// If enabled, tell the host that the decimation of a mesh has begun: with the first flag alone
+    /// when several threads share it, else with both.
+    void raiseFirstStageFlag();
     void raiseStageFlags();
 
     [[nodiscard]] bool stopRequested() const {

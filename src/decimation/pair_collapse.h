@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+//
+// The heart of a turn, the same in all drivers: a collapse and, where the symmetry asks for it, its
+// mirror image, both or neither; then the ranking of what they have changed.
+//
+// A driver is a class of hooks:
+//
+//   using Metric                            of the mirror image's position
+//   EdgeEvaluation place(v, u)              where u goes, and its colour
+//   void carryAttributes(record, removed, kept, evaluation)
+//   void updateCosts(kept, record)          after a collapse onto a vertex that is still active
+//   void refreshCosts(record)               ... that is not
+//   void rankFreedSlave(vertex)             cost and partner of one vertex, and its way to the
+//   queue
+//
+// Changes is how the driver collapses and touches what is not the mesh: at once (ChangesAtOnce), or
+// recorded until it holds the queue.
+#pragma once
+
+#include "decimation/collapse.h"
+#include "decimation/edge_cost.h"
+#include "decimation/symmetric_collapse.h"
+#include "mesh/progressive_mesh.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace korvalite {
+
+/// For a driver that is alone on the mesh.
+class ChangesAtOnce {
+public:
+    explicit ChangesAtOnce(ProgressiveMesh& pm) : pm_(pm) {}
+
+    CollapseResult collapse(std::int32_t v, std::int32_t w, const FloatVec3& position,
+                            CollapseRecord& record) {
+        return CollapseEdge(pm_, v, w, position, record, scratch_);
+    }
+    void undo(std::int32_t v, std::int32_t w, const CollapseRecord& record) {
+        UndoCollapse(pm_, v, w, record.split, record.flags);
+    }
+    void penalize(std::int32_t vertex) { Penalize(pm_.mesh, pm_.costQueue, vertex); }
+    void unqueue(std::int32_t vertex) { pm_.costQueue.Remove(vertex); }
+    [[nodiscard]] bool isSlave(std::int32_t vertex) const {
+        return pm_.symmetrySlaves.Test(vertex);
+    }
+    void freeSlave(std::int32_t vertex) { pm_.symmetrySlaves.Clear(vertex); }
+
+private:
+    ProgressiveMesh& pm_;
+    CollapseScratch scratch_;
+};
+
+template <typename Driver, typename Changes>
+class PairCollapse {
+public:
+    /// The records are the caller's, for one collapse and its mirror image.
+    PairCollapse(ProgressiveMesh& pm, Driver& driver, Changes& changes, CollapseRecord& first,
+                 CollapseRecord& second)
+        : pm_(pm), mesh_(pm.mesh), driver_(driver), changes_(changes), first_(first),
+          second_(second) {}
+
+    /// Collapses v onto u with what must accompany it. False if that was refused: all is as before,
+    /// and what was refused is penalized.
+    bool collapse(std::int32_t v, std::int32_t u) {
+        // The cost of the evaluation is not looked at: the stored one has decided.
+        EdgeEvaluation evaluation = driver_.place(v, u);
+        mirror_ = {};
+        if (pm_.m_handleSymmetry_internal &&
+            !CheckSymmetricCollapse<typename Driver::Metric>(pm_, v, u, evaluation, mirror_)) {
+            return refuse(v);
+        }
+        first_.clear();
+        second_.clear();
+        if (changes_.collapse(v, u, evaluation.position, first_) != CollapseResult::Done) {
+            return refuse(v);
+        }
+        if (mirror_.doMirror && !collapseMirror(v, u)) return refuse(v);
+        driver_.carryAttributes(first_, v, u, evaluation);
+        if (mirror_.doMirror) {
+            driver_.carryAttributes(second_, mirror_.mirrorV, mirror_.mirrorW, mirror_.evaluation);
+        }
+        return true;
+    }
+
+    /// After a collapse that stands.
+    void rankAgain(std::int32_t v, std::int32_t u) {
+        const std::int32_t mv = mirror_.mirrorV;
+        changes_.unqueue(v);
+        if (mirror_.doMirror) changes_.unqueue(mv);
+        if (pm_.m_handleSymmetry_internal && u == mv) {
+            // v fell onto its own mirror image, which now stands on the plane.
+            mesh_.symmetryCache.pairing[static_cast<std::size_t>(u)] = u;
+            changes_.freeSlave(u);
+        }
+        rankAround(u, first_);
+        if (mirror_.doMirror) rankAround(mirror_.mirrorW, second_);
+        if (pm_.m_handleSymmetry_internal && !mirror_.doMirror && mv != kNone) freeSlave(mv);
+    }
+
+    /// Whether the second record holds the mirror image of a collapse that stands.
+    [[nodiscard]] bool hasMirror() const { return mirror_.doMirror; }
+
+private:
+    bool refuse(std::int32_t v) {
+        changes_.penalize(v);
+        return false;
+    }
+
+    /// The mirror image of a collapse that stands; a refusal takes back the first one too.
+    bool collapseMirror(std::int32_t v, std::int32_t u) {
+        const std::int32_t mv = mirror_.mirrorV;
+        if (!mesh_.vertexActive.Test(mirror_.mirrorW)) {
+            // The first collapse has taken its last triangle: there is nothing to collapse onto.
+            mirror_.doMirror = false;
+            return true;
+        }
+        mesh_.vertices[static_cast<std::size_t>(mv)].partner = mirror_.mirrorW;
+        if (changes_.collapse(mv, mirror_.mirrorW, mirror_.evaluation.position, second_) !=
+            CollapseResult::Done) {
+            changes_.penalize(mv);
+            changes_.undo(v, u, first_);
+            return false;
+        }
+        const auto gone = std::find(first_.neighbours.begin(), first_.neighbours.end(), mv);
+        if (gone != first_.neighbours.end()) first_.neighbours.erase(gone);
+        return true;
+    }
+
+    void rankAround(std::int32_t kept, const CollapseRecord& record) {
+        if (mesh_.vertexActive.Test(kept)) {
+            driver_.updateCosts(kept, record);
+        } else {
+            driver_.refreshCosts(record);
+        }
+    }
+
+    /// A slave whose master has collapsed alone must fend for itself.
+    void freeSlave(std::int32_t slave) {
+        if (!mesh_.vertexActive.Test(slave) || !changes_.isSlave(slave) ||
+            pm_.costQueue.isQueued(slave)) {
+            return;
+        }
+        changes_.freeSlave(slave);
+        driver_.rankFreedSlave(slave);
+    }
+
+    ProgressiveMesh& pm_;
+    DMesh& mesh_;
+    Driver& driver_;
+    Changes& changes_;
+    CollapseRecord& first_;
+    CollapseRecord& second_;
+    SymmetricCollapse mirror_;
+};
+
+}  // namespace korvalite

@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: MIT
+#include "lowmem/thread_loop.h"
+
+#include "decimation/metric.h"
+#include "decimation/pair_collapse.h"
+#include "lowmem/deferred_changes.h"
+#include "lowmem/neighbour_costs.h"
+#include "lowmem/reservations.h"
+#include "lowmem/uv_update.h"
+#include "shell/base/progress_channel.h"
+
+#include <algorithm>
+#include <mutex>
+#include <new>
+
+namespace korvalite {
+
+namespace {
+
+std::size_t at(std::int32_t index) {
+    return static_cast<std::size_t>(index);
+}
+
+/// The hooks of PairCollapse.
+template <typename LoopMetric>
+class ThreadDriver {
+public:
+    using Metric = LoopMetric;
+
+    ThreadDriver(ProgressiveMesh& pm, ThreadContext& context, CriticalSections& sections)
+        : pm_(pm), context_(context), sections_(sections) {}
+
+    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u) const {
+        return evaluateCollapse<Metric>(pm_, v, u);
+    }
+
+    void carryAttributes(CollapseRecord& collapse, std::int32_t removed, std::int32_t kept,
+                         const EdgeEvaluation& evaluation) {
+        Metric::carryColor(pm_.mesh, collapse.split, kept, evaluation);
+        if (pm_.m_handleUVs_internal) {
+            UpdateUVsAfterCollapse_MT(pm_.mesh, removed, kept, collapse.split, uvScratch_,
+                                      sections_);
+        }
+    }
+
+    void updateCosts(std::int32_t kept, const CollapseRecord& collapse) {
+        UpdateNeighbourCosts_MT(pm_, kept, collapse.ringCorners, collapse.neighbours, context_,
+                                scratch_, sections_);
+    }
+    void refreshCosts(const CollapseRecord& collapse) {
+        RefreshRingCosts_MT<Metric>(pm_, collapse.split.vertex, context_.workRecord);
+    }
+
+    void rankFreedSlave(std::int32_t vertex) {
+        float cost = kNotCollapsible;
+        std::int32_t partner = kNone;
+        ComputeVertexCost_MT<Metric>(pm_, vertex, cost, partner, ring_);
+        if (cost != kNotCollapsible) context_.workRecord.appendUpdate(vertex, cost, partner);
+    }
+
+private:
+    ProgressiveMesh& pm_;
+    ThreadContext& context_;
+    CriticalSections& sections_;
+    IndexList uvScratch_;
+    IndexList ring_;
+    NeighbourhoodScratch<Metric> scratch_;
+};
+
+template <typename Metric>
+class ThreadLoop {
+public:
+    ThreadLoop(ProgressiveMesh& pm, ThreadContext& context, SharedRun& run)
+        : pm_(pm), mesh_(pm.mesh), run_(run), record_(context.workRecord), reservations_(pm),
+          driver_(pm, context, run.sections), changes_(pm, record_, run.sections),
+          pair_(pm, driver_, changes_, record_.splitRecord, record_.mirrorSplitRecord) {}
+
+    void run() {
+        try {
+            while (takeTurn()) {
+            }
+        } catch (const std::bad_alloc&) {
+            const std::lock_guard lock(run_.sections.csQueue);
+            run_.outOfMemory = true;
+            reservations_.releaseAll();
+        }
+    }
+
+private:
+    enum class Turn {
+        Stands,     // a collapse, or a mirrored pair
+        Dropped,    // the picked vertex left the queue or was refused
+        PassEnded,  // nothing could be picked, or only what has been refused before
+    };
+
+    bool takeTurn() {
+        if (!pick()) return false;
+        const Turn turn = work();
+        commit(turn);
+        return turn != Turn::PassEnded;
+    }
+
+    /// False if the loop is over.
+    bool pick() {
+        const std::lock_guard lock(run_.sections.csQueue);
+        if (run_.outOfMemory || progressChannel().stopRequested()) return false;
+        if (pm_.activeCount() <= pm_.TargetNumItem) return false;
+        if (pm_.costQueue.vertexCount() == 0) return false;
+        record_.clear();
+        record_.pickedVertex =
+            pm_.costQueue.FirstAccepted([this](std::int32_t vertex) { return reserve(vertex); });
+        return true;
+    }
+
+    /// Holds all that a collapse of the vertex may touch; false if others hold some of it.
+    bool reserve(std::int32_t v) {
+        const std::int32_t u = mesh_.vertices[at(v)].partner;
+        if (!reservations_.isRingFree(v) || (u != kNone && !reservations_.isRingFree(u)))
+            return false;
+        std::int32_t mv = kNone;
+        std::int32_t mu = kNone;
+        if (pm_.m_handleSymmetry_internal && u != kNone) {
+            mv = mesh_.symmetryCache.pairing[at(v)];
+            mu = mesh_.symmetryCache.pairing[at(u)];
+        }
+        const bool isPaired = mv != kNone && mu != kNone;
+        if (isPaired && !(reservations_.isRingFree(mv) && reservations_.isRingFree(mu)))
+            return false;
+        reservations_.holdRing(v);
+        if (u != kNone) reservations_.holdRing(u);
+        if (isPaired) {
+            reservations_.holdRing(mv);
+            reservations_.holdRing(mu);
+        }
+        return true;
+    }
+
+    Turn work() {
+        const std::int32_t v = record_.pickedVertex;
+        if (v == kNone) return Turn::PassEnded;
+        const std::int32_t u = mesh_.vertices[at(v)].partner;
+        if (u == kNone || !mesh_.vertexActive.Test(u)) {
+            record_.removedVertices.push_back(v);
+            return Turn::Dropped;
+        }
+        // All that is queued has been refused once. There is no finish step here: whatever the
+        // settings, each thread ends when it meets this.
+        if (mesh_.vertices[at(v)].cost >= kPenalizedCost) return Turn::PassEnded;
+        if (!pair_.collapse(v, u)) return Turn::Dropped;
+        pair_.rankAgain(v, u);
+        return Turn::Stands;
+    }
+
+    void commit(Turn turn) {
+        const std::lock_guard lock(run_.sections.csQueue);
+        if (turn == Turn::Stands) recordSplits();
+        applyUpdates();
+        pm_.costQueue.RemoveAll(record_.removedVertices);
+        pm_.vsplitList.spillIfFull();
+        reservations_.releaseAll();
+        showProgress();
+    }
+
+    void recordSplits() {
+        if (!pm_.vsplitList.isOpen()) return;
+        pm_.vsplitList.append(record_.splitRecord.split);
+        if (pair_.hasMirror()) pm_.vsplitList.append(record_.mirrorSplitRecord.split);
+    }
+
+    void applyUpdates() {
+        pm_.costQueue.RemoveAll(record_.updateVertices);
+        for (std::size_t i = 0; i < record_.updateVertices.size(); ++i) {
+            VertexRecord& vertex = mesh_.vertices[at(record_.updateVertices[i])];
+            vertex.cost = record_.updateCosts[i];
+            vertex.partner = record_.updatePartners[i];
+        }
+        const auto slaves =
+            std::remove_if(record_.updateVertices.begin(), record_.updateVertices.end(),
+                           [this](std::int32_t vertex) { return pm_.isSymmetrySlave(vertex); });
+        record_.updateVertices.erase(slaves, record_.updateVertices.end());
+        pm_.costQueue.InsertAll(record_.updateVertices);
+    }
+
+    void showProgress() {
+        constexpr std::uint32_t kTurnsBetweenReports = 5000;
+        if (++run_.progressCount % kTurnsBetweenReports != 0) return;
+        const auto left = static_cast<std::int32_t>(loadRelaxed(mesh_.numActiveVertices));
+        progressChannel().SetSubTaskProgress(mesh_.vertexCount() - left);
+    }
+
+    ProgressiveMesh& pm_;
+    DMesh& mesh_;
+    SharedRun& run_;
+    ThreadWorkRecord& record_;
+    Reservations reservations_;
+    ThreadDriver<Metric> driver_;
+    DeferredChanges changes_;
+    PairCollapse<ThreadDriver<Metric>, DeferredChanges> pair_;
+};
+
+}  // namespace
+
+template <typename Metric>
+void doDecimationLoop_LM_MT(ProgressiveMesh& pm, ThreadContext& context, SharedRun& run) {
+    ThreadLoop<Metric>(pm, context, run).run();
+}
+
+template void doDecimationLoop_LM_MT<PlainMetric>(ProgressiveMesh&, ThreadContext&, SharedRun&);
+template void doDecimationLoop_LM_MT<ColorMetric>(ProgressiveMesh&, ThreadContext&, SharedRun&);
+
+}  // namespace korvalite
