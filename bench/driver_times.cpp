@@ -7,6 +7,7 @@
 #include "lowmem/run_decimation.h"
 #include "mesh/mesh_check.h"
 #include "mesh/progressive_mesh.h"
+#include "own_process.h"
 #include "shell/base/job_paths.h"
 #include "shell/load_input.h"
 #include "shell/target_count.h"
@@ -14,8 +15,6 @@
 #include "support/surface_distance.h"
 
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -37,6 +36,7 @@ struct Driver {
 constexpr std::array kDrivers{
     Driver{"high-speed", MEMSPEED_TRADEOFF_HIGH_SPEED, 1},
     Driver{"low-memory", MEMSPEED_TRADEOFF_LOW_MEM, 1},
+    Driver{"two threads", MEMSPEED_TRADEOFF_LOW_MEM_MT, 2},
     Driver{"melax", MEMSPEED_TRADEOFF_MELAX, 1},
 };
 
@@ -88,20 +88,6 @@ bool printDriver(const Driver& driver, const char* input, float percent) {
     std::printf("driver=%s vertices=%d after=%u seconds=%.4f peak=%ld", driver.name.data(),
                 vertexCount, pm.mesh.numActiveVertices, time.seconds(), peakBytes() - idleBytes);
     return isDone && printDistance(input, pm.mesh);
-}
-
-template <typename Work>
-bool inOwnProcess(Work work) {
-    std::fflush(stdout);
-    const pid_t child = fork();
-    if (child < 0) return false;
-    if (child == 0) {
-        const bool isDone = work();
-        std::fflush(stdout);
-        _exit(isDone ? 0 : 1);
-    }
-    int status = 0;
-    return waitpid(child, &status, 0) == child && status == 0;
 }
 
 }  // namespace

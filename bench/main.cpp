@@ -3,6 +3,7 @@
 // korvalite_bench [Google Benchmark arguments]                  the kernels
 // korvalite_bench --write-mesh TRIANGLES FILE.Vok               a synthetic mesh for whole jobs
 // korvalite_bench --stages INPUT.Vok OUTPUT.Vok PERCENT         a decimation, timed by stages
+// korvalite_bench --threads INPUT.Vok PERCENT                   one thread and several
 // korvalite_bench --levels FILE.kvm                             all splits up and down, timed
 // korvalite_bench --full-level INPUT.kvm OUTPUT.Vok PERCENT     a level, by a load in full
 // korvalite_bench --obj TRIANGLES                               saveObj against fprintf
@@ -17,6 +18,7 @@
 #include "level_times.h"
 #include "obj_times.h"
 #include "stage_times.h"
+#include "thread_times.h"
 
 #include <benchmark/benchmark.h>
 
@@ -57,6 +59,8 @@ int main(int argc, char** argv) {
         return finish(writeBumpyTorus(argv[3], wholeNumber(argv[2])), argv[3]);
     if (mode == "--stages" && argc == 5)
         return finish(printStageTimes(argv[2], argv[3], number(argv[4])), argv[2]);
+    if (mode == "--threads" && argc == 4)
+        return finish(printThreadTimes(argv[2], number(argv[3])), argv[2]);
     if (mode == "--levels" && argc == 3) return finish(printLevelTimes(argv[2]), argv[2]);
     if (mode == "--full-level" && argc == 5)
         return finish(writeLevelByFullLoad(argv[2], argv[3], number(argv[4])), argv[2]);

@@ -107,16 +107,29 @@ void CostQueue::Insert(std::int32_t vertex) {
 void CostQueue::InsertAll(std::span<const std::int32_t> vertices) {
     buckets_.clear();
     for (const std::int32_t vertex : vertices) {
-        buckets_.push_back(bucketOf(costOf(vertex)));
-        prefetch(&bucketHeads_[at(buckets_.back())]);
+        const float cost = costOf(vertex);
+        buckets_.push_back(cost == kNotCollapsible ? kNone : bucketOf(cost));
     }
-    for (const std::int32_t bucket : buckets_) {
-        const std::int32_t first = bucketHeads_[at(bucket)];
+    prefetchBuckets(buckets_);
+    InsertAll(vertices, buckets_);
+}
+
+void CostQueue::InsertAll(std::span<const std::int32_t> vertices,
+                          std::span<const std::int32_t> buckets) {
+    for (std::size_t i = vertices.size(); i-- > 0;) {
+        if (buckets[i] == kNone || isQueued(vertices[i])) continue;
+        insertInBucket(vertices[i], buckets[i]);
+    }
+}
+
+void CostQueue::prefetchBuckets(std::span<const std::int32_t> buckets) const {
+    for (const std::int32_t bucket : buckets) {
+        if (bucket != kNone) prefetch(&bucketHeads_[at(bucket)]);
+    }
+    for (const std::int32_t bucket : buckets) {
+        if (bucket == kNone) continue;
+        const std::int32_t first = loadRelaxed(bucketHeads_[at(bucket)]);
         if (first != kNone) prefetch(&links_[at(first)]);
-    }
-    for (std::size_t i = 0; i < vertices.size(); ++i) {
-        if (costOf(vertices[i]) == kNotCollapsible || isQueued(vertices[i])) continue;
-        insertInBucket(vertices[i], buckets_[i]);
     }
 }
 
@@ -125,10 +138,10 @@ void CostQueue::insertInBucket(std::int32_t vertex, std::int32_t bucket) {
         insertInSet(vertex);
         return;
     }
-    std::int32_t& head = bucketHeads_[at(bucket)];
+    const std::int32_t head = bucketHeads_[at(bucket)];
     if (head != kNone) link(head, linksOf(head).next, vertex);
     link(vertex, head, kFirstBucket - bucket);
-    head = vertex;
+    setHead(bucket, vertex);
 }
 
 void CostQueue::insertInSet(std::int32_t vertex) {
@@ -154,14 +167,18 @@ void CostQueue::Remove(std::int32_t vertex) {
 }
 
 void CostQueue::RemoveAll(std::span<const std::int32_t> vertices) {
+    prefetchLinks(vertices);
+    for (const std::int32_t vertex : vertices)
+        Remove(vertex);
+}
+
+void CostQueue::prefetchLinks(std::span<const std::int32_t> vertices) const {
     for (const std::int32_t vertex : vertices) {
-        const Links links = linksOf(vertex);
+        const Links links = loadRelaxed(links_[at(vertex)]);
         if (links.back == kNoBackLink) continue;
         if (links.next != kNone) prefetch(&links_[at(links.next)]);
         if (links.back >= 0) prefetch(&links_[at(links.back)]);
     }
-    for (const std::int32_t vertex : vertices)
-        Remove(vertex);
 }
 
 void CostQueue::unlinkFromBucket(std::int32_t vertex) {
@@ -169,7 +186,7 @@ void CostQueue::unlinkFromBucket(std::int32_t vertex) {
     if (back >= 0) {
         link(back, next, linksOf(back).back);
     } else {
-        bucketHeads_[at(kFirstBucket - back)] = next;
+        setHead(kFirstBucket - back, next);
     }
     if (next != kNone) link(next, linksOf(next).next, back);
     link(vertex, kNotQueued, kNoBackLink);
@@ -196,7 +213,7 @@ bool CostQueue::pourNextBucket() {
         insertInSet(vertex);
         vertex = next;
     }
-    bucketHeads_[at(bucket)] = kNone;
+    setHead(bucket, kNone);
     return true;
 }
 

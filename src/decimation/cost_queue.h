@@ -10,8 +10,8 @@
 // The queue reads each vertex's `cost` from its record. A cost never changes while its vertex is
 // queued: callers remove, change, then insert.
 //
-// Thread safety: none, but for isQueued and bucketOf: while another thread changes the queue they
-// may be asked about a vertex that only moves within it.
+// Thread safety: none, but for isQueued, bucketOf and the prefetches, which may be called while
+// another thread changes the queue: isQueued for a vertex that only moves within it.
 #pragma once
 
 #include "platform/relaxed.h"
@@ -46,10 +46,18 @@ public:
     /// No effect for a vertex that is not queued.
     void Remove(std::int32_t vertex);
 
-    /// The same for several vertices in turn. What they are linked to lies anywhere in memory: this
-    /// way the cache misses overlap.
+    /// The same for several vertices. What they are linked to lies anywhere in memory: this way the
+    /// cache misses overlap.
     void InsertAll(std::span<const std::int32_t> vertices);
     void RemoveAll(std::span<const std::int32_t> vertices);
+
+    /// The same with bucketOf each cost, or -1 for a vertex that is to stay out. Of two entries of
+    /// one vertex the later one holds.
+    void InsertAll(std::span<const std::int32_t> vertices, std::span<const std::int32_t> buckets);
+
+    /// Fetch what RemoveAll and InsertAll will reach for.
+    void prefetchLinks(std::span<const std::int32_t> vertices) const;
+    void prefetchBuckets(std::span<const std::int32_t> buckets) const;
 
     [[nodiscard]] bool isQueued(std::int32_t vertex) const {
         const Links links = loadRelaxed(links_[static_cast<std::size_t>(vertex)]);
@@ -130,6 +138,9 @@ private:
     }
     void link(std::int32_t vertex, std::int32_t next, std::int32_t back) {
         storeRelaxed(links_[static_cast<std::size_t>(vertex)], Links{next, back});
+    }
+    void setHead(std::int32_t bucket, std::int32_t vertex) {
+        storeRelaxed(bucketHeads_[static_cast<std::size_t>(bucket)], vertex);
     }
     OrderedSet::iterator takeHandle(std::int32_t vertex);
 

@@ -84,6 +84,7 @@ ThreadContext& contextOf(ProgressiveMesh& pm, std::int32_t threadIndex) {
     ThreadContext& context = pm.threadContexts[index];
     context.threadIndex = threadIndex;
     context.marks.prepare(pm.mesh);
+    context.statistics = {};
     return context;
 }
 

@@ -69,6 +69,7 @@ public:
         }
     }
     void finish(std::span<const std::int32_t> /*ring*/) {}
+    // The other threads make it hard to guess.
     [[nodiscard]] static std::int32_t next() { return kNone; }
 
 private:
@@ -199,7 +200,7 @@ private:
 
     void fetchOuterRingAhead() {
         for (const std::int32_t x : s_.nextRing) {
-            const std::int32_t corner = mesh_.vertexTriangleHead[at(x)];
+            const std::int32_t corner = loadRelaxed(mesh_.vertexTriangleHead[at(x)]);
             if (corner == kNone) continue;
             prefetch(&mesh_.cornerNext[at(corner)]);
             prefetch(&mesh_.triangles[at(corner)]);

@@ -5,6 +5,7 @@
 #include "mesh/progressive_mesh.h"
 
 #include <cstdint>
+#include <initializer_list>
 
 namespace korvalite {
 
@@ -17,24 +18,22 @@ class Reservations {
 public:
     explicit Reservations(ProgressiveMesh& pm) : mesh_(pm.mesh), locked_(pm.lockedVertices) {}
 
-    /// Whether neither the vertex nor a neighbour of it is held.
-    [[nodiscard]] bool isRingFree(std::int32_t vertex) const {
-        if (locked_.Test(vertex)) return false;
-        bool free = true;
-        forEachCorner(mesh_, vertex, [&](std::int32_t corner) {
-            free = free && !locked_.Test(vertexAt(mesh_, nextCorner(corner))) &&
-                   !locked_.Test(vertexAt(mesh_, previousCorner(corner)));
-        });
-        return free;
-    }
-
-    /// Holds the vertex and its neighbours. REQUIRES: they were free when the turn began.
-    void holdRing(std::int32_t vertex) {
-        hold(vertex);
-        forEachCorner(mesh_, vertex, [this](std::int32_t corner) {
-            hold(vertexAt(mesh_, nextCorner(corner)));
-            hold(vertexAt(mesh_, previousCorner(corner)));
-        });
+    /// Holds the closed rings of all these vertices, of which those that are kNone are left out.
+    /// False, with nothing held, if another thread holds any of it.
+    [[nodiscard]] bool hold(std::initializer_list<std::int32_t> centres) {
+        // Mostly it is the centres that are held: those are cheap to ask.
+        for (const std::int32_t centre : centres) {
+            if (centre != kNone && locked_.Test(centre)) return false;
+        }
+        for (const std::int32_t centre : centres) {
+            if (centre != kNone && !gatherRing(centre)) {
+                reservedVertices_.clear();
+                return false;
+            }
+        }
+        for (const std::int32_t vertex : reservedVertices_)
+            locked_.Set(vertex);
+        return true;
     }
 
     void releaseAll() {
@@ -44,15 +43,25 @@ public:
     }
 
 private:
-    void hold(std::int32_t vertex) {
-        if (locked_.Test(vertex)) return;
+    /// False if one of them is held.
+    bool gatherRing(std::int32_t centre) {
+        bool isFree = gather(centre);
+        forEachCorner(mesh_, centre, [&](std::int32_t corner) {
+            isFree = isFree && gather(vertexAt(mesh_, nextCorner(corner))) &&
+                     gather(vertexAt(mesh_, previousCorner(corner)));
+        });
+        return isFree;
+    }
+
+    bool gather(std::int32_t vertex) {
+        if (locked_.Test(vertex)) return false;
         reservedVertices_.push_back(vertex);
-        locked_.Set(vertex);
+        return true;
     }
 
     const DMesh& mesh_;
     BitArray& locked_;
-    IndexList reservedVertices_;
+    IndexList reservedVertices_;  // some of them several times
 };
 
 }  // namespace korvalite

@@ -6,7 +6,9 @@
 
 #include "decimation/collapse.h"
 #include "lowmem/neighbourhood_marks.h"
+#include "lowmem/thread_statistics.h"
 #include "mesh/corner_lists.h"
+#include "platform/cache_line.h"
 
 #include <cstdint>
 #include <vector>
@@ -21,6 +23,7 @@ struct ThreadWorkRecord {
         updateVertices.reserve(25);
         updateCosts.reserve(25);
         updatePartners.reserve(25);
+        updateBuckets.reserve(25);
     }
 
     std::int32_t pickedVertex = kNone;
@@ -32,6 +35,7 @@ struct ThreadWorkRecord {
     IndexList updateVertices;
     std::vector<float> updateCosts;
     IndexList updatePartners;
+    IndexList updateBuckets;  // of the queue; kNone for a vertex that stays out of it
 
     /// Ready for the next turn.
     void clear() {
@@ -42,6 +46,7 @@ struct ThreadWorkRecord {
         updateVertices.clear();
         updateCosts.clear();
         updatePartners.clear();
+        updateBuckets.clear();
     }
 
     void appendUpdate(std::int32_t vertex, float cost, std::int32_t partner) {
@@ -51,10 +56,11 @@ struct ThreadWorkRecord {
     }
 };
 
-struct ThreadContext {
+struct alignas(kCacheLine) ThreadContext {
     std::int32_t threadIndex = 0;  // 0 for the main thread
     ThreadWorkRecord workRecord;
     NeighbourhoodMarks marks;
+    ThreadStatistics statistics;  // of the last run
 };
 
 }  // namespace korvalite

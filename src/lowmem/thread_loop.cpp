@@ -9,9 +9,9 @@
 #include "lowmem/uv_update.h"
 #include "shell/base/progress_channel.h"
 
-#include <algorithm>
 #include <mutex>
 #include <new>
+#include <optional>
 
 namespace korvalite {
 
@@ -71,14 +71,16 @@ template <typename Metric>
 class ThreadLoop {
 public:
     ThreadLoop(ProgressiveMesh& pm, ThreadContext& context, SharedRun& run)
-        : pm_(pm), mesh_(pm.mesh), run_(run), record_(context.workRecord), reservations_(pm),
+        : pm_(pm), mesh_(pm.mesh), context_(context), run_(run), record_(context.workRecord), reservations_(pm),
           driver_(pm, context, run.sections), changes_(pm, record_, run.sections),
           pair_(pm, driver_, changes_, record_.splitRecord, record_.mirrorSplitRecord) {}
 
     void run() {
+        const TimeTaken inLoop(timeOf(&ThreadStatistics::secondsInLoop));
         try {
-            while (takeTurn()) {
-            }
+            std::optional<Turn> done;
+            while (commitAndPick(done))
+                done = work();
         } catch (const std::bad_alloc&) {
             const std::lock_guard lock(run_.sections.csQueue);
             run_.outOfMemory = true;
@@ -93,16 +95,26 @@ private:
         PassEnded,  // nothing could be picked, or only what has been refused before
     };
 
-    bool takeTurn() {
-        if (!pick()) return false;
-        const Turn turn = work();
-        commit(turn);
-        return turn != Turn::PassEnded;
+    /// The end of a turn, if there was one, and the begin of the next in one stay under csQueue.
+    /// False if the loop is over.
+    bool commitAndPick(std::optional<Turn> done) {
+        const auto lock = enterQueue();
+        const TimeTaken inQueue(timeOf(&ThreadStatistics::secondsInQueue));
+        if (done) commit(*done);
+        return done != Turn::PassEnded && pick();
     }
 
-    /// False if the loop is over.
+    [[nodiscard]] std::unique_lock<CriticalSection> enterQueue() {
+        const TimeTaken waiting(timeOf(&ThreadStatistics::secondsWaiting));
+        return std::unique_lock(run_.sections.csQueue);
+    }
+
+    /// Null if nobody asks for it.
+    [[nodiscard]] double* timeOf(double ThreadStatistics::*part) {
+        return pm_.measureThreads ? &(context_.statistics.*part) : nullptr;
+    }
+
     bool pick() {
-        const std::lock_guard lock(run_.sections.csQueue);
         if (run_.outOfMemory || progressChannel().stopRequested()) return false;
         if (pm_.activeCount() <= pm_.TargetNumItem) return false;
         if (pm_.costQueue.vertexCount() == 0) return false;
@@ -114,28 +126,25 @@ private:
 
     /// Holds all that a collapse of the vertex may touch; false if others hold some of it.
     bool reserve(std::int32_t v) {
+        ++context_.statistics.candidates;
         const std::int32_t u = mesh_.vertices[at(v)].partner;
-        if (!reservations_.isRingFree(v) || (u != kNone && !reservations_.isRingFree(u)))
-            return false;
         std::int32_t mv = kNone;
         std::int32_t mu = kNone;
         if (pm_.m_handleSymmetry_internal && u != kNone) {
             mv = mesh_.symmetryCache.pairing[at(v)];
             mu = mesh_.symmetryCache.pairing[at(u)];
         }
-        const bool isPaired = mv != kNone && mu != kNone;
-        if (isPaired && !(reservations_.isRingFree(mv) && reservations_.isRingFree(mu)))
-            return false;
-        reservations_.holdRing(v);
-        if (u != kNone) reservations_.holdRing(u);
-        if (isPaired) {
-            reservations_.holdRing(mv);
-            reservations_.holdRing(mu);
-        }
-        return true;
+        if (mv == kNone || mu == kNone) return reservations_.hold({v, u});
+        return reservations_.hold({v, u, mv, mu});
     }
 
     Turn work() {
+        const Turn turn = collapsePicked();
+        prepareUpdates();
+        return turn;
+    }
+
+    Turn collapsePicked() {
         const std::int32_t v = record_.pickedVertex;
         if (v == kNone) return Turn::PassEnded;
         const std::int32_t u = mesh_.vertices[at(v)].partner;
@@ -152,7 +161,7 @@ private:
     }
 
     void commit(Turn turn) {
-        const std::lock_guard lock(run_.sections.csQueue);
+        ++context_.statistics.turns;
         if (turn == Turn::Stands) recordSplits();
         applyUpdates();
         pm_.costQueue.RemoveAll(record_.removedVertices);
@@ -167,6 +176,20 @@ private:
         if (pair_.hasMirror()) pm_.vsplitList.append(record_.mirrorSplitRecord.split);
     }
 
+    /// All of the commit that can be done without csQueue.
+    void prepareUpdates() {
+        const CostQueue& queue = pm_.costQueue;
+        queue.prefetchLinks(record_.updateVertices);
+        queue.prefetchLinks(record_.removedVertices);
+        for (std::size_t i = 0; i < record_.updateVertices.size(); ++i) {
+            const bool staysOut = record_.updateCosts[i] == kNotCollapsible ||
+                                  pm_.isSymmetrySlave(record_.updateVertices[i]);
+            record_.updateBuckets.push_back(staysOut ? kNone
+                                                     : queue.bucketOf(record_.updateCosts[i]));
+        }
+        queue.prefetchBuckets(record_.updateBuckets);
+    }
+
     void applyUpdates() {
         pm_.costQueue.RemoveAll(record_.updateVertices);
         for (std::size_t i = 0; i < record_.updateVertices.size(); ++i) {
@@ -174,11 +197,7 @@ private:
             vertex.cost = record_.updateCosts[i];
             vertex.partner = record_.updatePartners[i];
         }
-        const auto slaves =
-            std::remove_if(record_.updateVertices.begin(), record_.updateVertices.end(),
-                           [this](std::int32_t vertex) { return pm_.isSymmetrySlave(vertex); });
-        record_.updateVertices.erase(slaves, record_.updateVertices.end());
-        pm_.costQueue.InsertAll(record_.updateVertices);
+        pm_.costQueue.InsertAll(record_.updateVertices, record_.updateBuckets);
     }
 
     void showProgress() {
@@ -190,6 +209,7 @@ private:
 
     ProgressiveMesh& pm_;
     DMesh& mesh_;
+    ThreadContext& context_;
     SharedRun& run_;
     ThreadWorkRecord& record_;
     Reservations reservations_;

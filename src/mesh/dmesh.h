@@ -10,6 +10,7 @@
 #include "geometry/mesh_symmetry_cache.h"
 #include "geometry/vec3.h"
 #include "mesh/bit_array.h"
+#include "platform/cache_line.h"
 #include "platform/large_memory.h"
 #include "platform/relaxed.h"
 
@@ -67,14 +68,14 @@ struct BoundingBox {
 struct DMesh {
     std::vector<std::uint32_t> triangles;  // three vertex indices per triangle
     BitArray triangleActive;
-    std::uint32_t numActiveTriangles = 0;
+    alignas(kCacheLine) std::uint32_t numActiveTriangles = 0;
 
-    VertexRecords vertices;
+    alignas(kCacheLine) VertexRecords vertices;
     BitArray vertexActive;
-    std::uint32_t numActiveVertices = 0;
+    alignas(kCacheLine) std::uint32_t numActiveVertices = 0;
 
     // As read, one UV record per corner and no indices; welded, one index per corner.
-    std::vector<UVCoord> coordsUV;
+    alignas(kCacheLine) std::vector<UVCoord> coordsUV;
     std::vector<std::uint32_t> indicesUV;
 
     std::uint32_t meshFormatVersion = 0;  // carried through the .kvm header

@@ -77,9 +77,10 @@ struct ProgressiveMesh : DecimationSettings {
     bool finishStepStarted = false;
     bool inFinishStep = false;
 
-    CostQueue costQueue{mesh};
+    alignas(kCacheLine) CostQueue costQueue{mesh};
+
     // Of the high-speed driver.
-    std::vector<Quadric3D> triangleQuadrics;
+    alignas(kCacheLine) std::vector<Quadric3D> triangleQuadrics;
     std::vector<Quadric3D> vertexQuadrics;
     std::vector<FloatVec3> bestPositions;  // per vertex, found together with its cost
     // Of the Melax driver: unit normals.
@@ -90,12 +91,13 @@ struct ProgressiveMesh : DecimationSettings {
     SymmetryPlaneQuadric symmetryPlaneQuadric;
 
     // Of the multi-threaded driver. The contexts stay for the next run.
+    bool measureThreads = false;               // take the times of their statistics
     BitArray lockedVertices;                   // held by a thread for its turn; under csQueue
     std::deque<ThreadContext> threadContexts;  // threads refer to them while others are added
 
     // Results.
-    VSplitList vsplitList;
-    std::int32_t CurVtxSplitPos = kNone;  // records applied to the mesh as it stands
+    alignas(kCacheLine) VSplitList vsplitList;
+    alignas(kCacheLine) std::int32_t CurVtxSplitPos = kNone;  // records applied to the mesh as it stands
     std::int32_t askedNumItem = kNone;
     std::int32_t finalDecimNumItem = kNone;
     std::int32_t decimationFinishTriangleCount = kNone;

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#include "thread_times.h"
+
+#include "best_time.h"
+#include "decimation/metric.h"
+#include "formats/vok_reader.h"
+#include "lowmem/low_memory_driver.h"
+#include "lowmem/multi_thread_driver.h"
+#include "mesh/progressive_mesh.h"
+#include "own_process.h"
+#include "shell/base/job_paths.h"
+#include "shell/load_input.h"
+#include "shell/target_count.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+namespace korvalite::bench {
+
+namespace {
+
+// The single-threaded driver and the multi-threaded one, with a single thread too.
+constexpr std::int32_t kSingleThreaded = 0;
+constexpr std::array kThreadCounts{kSingleThreaded, 1, 2, 4};
+
+void decimateTimed(ProgressiveMesh& pm, std::int32_t threads, BestTime& prepare, BestTime& loop) {
+    if (threads == kSingleThreaded) {
+        prepare.measure([&] { doDecimationInit_LM<PlainMetric>(pm); });
+        loop.measure([&] { doDecimationLoop_LM<PlainMetric>(pm); });
+        return;
+    }
+    pm.NumThread = threads;
+    pm.measureThreads = std::getenv("KVMEAS") != nullptr;
+    prepare.measure([&] { doDecimationInit_LM_MT<PlainMetric>(pm); });
+    loop.measure([&] { doDecimationLaunchThreadLoops_LM_MT<PlainMetric>(pm); });
+}
+
+ThreadStatistics sumOf(const ProgressiveMesh& pm) {
+    ThreadStatistics sum;
+    for (const ThreadContext& context : pm.threadContexts) {
+        const ThreadStatistics& one = context.statistics;
+        sum.turns += one.turns;
+        sum.candidates += one.candidates;
+        sum.secondsWaiting += one.secondsWaiting;
+        sum.secondsInQueue += one.secondsInQueue;
+        sum.secondsInLoop += one.secondsInLoop;
+    }
+    return sum;
+}
+
+bool printThreads(const char* input, float percent, std::int32_t threads) {
+    SetJobDirectory(".");
+    ProgressiveMesh pm;
+    if (!importDMesh(input, pm.mesh)) return false;
+    BatchSettings settings;
+    settings.DecimationTargetPourcent = percent;
+    applySettings(settings, pm);
+    const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertices.size());
+    pm.TargetNumItem = static_cast<std::uint32_t>(targetVertexCount(settings, vertexCount));
+    BestTime prepare;
+    BestTime loop;
+    decimateTimed(pm, threads, prepare, loop);
+    const ThreadStatistics sum = sumOf(pm);
+    std::printf("threads=%d vertices=%u after=%u prepare=%.4f loop=%.4f turns=%llu candidates=%llu "
+                "waiting=%.4f queue=%.4f all=%.4f\n",
+                threads, vertexCount, pm.mesh.numActiveVertices, prepare.seconds(), loop.seconds(),
+                static_cast<unsigned long long>(sum.turns),
+                static_cast<unsigned long long>(sum.candidates), sum.secondsWaiting,
+                sum.secondsInQueue, sum.secondsInLoop);
+    return true;
+}
+
+}  // namespace
+
+bool printThreadTimes(const char* input, float percent) {
+    return std::all_of(kThreadCounts.begin(), kThreadCounts.end(), [&](std::int32_t threads) {
+        return inOwnProcess([&] { return printThreads(input, percent, threads); });
+    });
+}
+
+}  // namespace korvalite::bench
