@@ -34,15 +34,7 @@ std::int32_t decadeBin(float cost) {
 
 }  // namespace
 
-bool CostQueue::Key::operator<(const Key& other) const {
-    const float difference = cost - other.cost;
-    if (0.0F > difference) return true;
-    return !(difference > 0.0F) && vertex < other.vertex;
-}
-
-CostQueue::CostQueue(const DMesh& mesh) : mesh_(mesh), orderedSet_(&setNodes_) {
-    setHandles_.reserve(kHandleCapacity);
-}
+CostQueue::CostQueue(const DMesh& mesh) : mesh_(mesh) {}
 
 float CostQueue::costOf(std::int32_t vertex) const {
     return mesh_.vertices[at(vertex)].cost;
@@ -50,8 +42,6 @@ float CostQueue::costOf(std::int32_t vertex) const {
 
 void CostQueue::Init(std::int32_t vertexCount) {
     orderedSet_.clear();
-    setHandles_.clear();
-    setHandles_.reserve(kHandleCapacity);
     vertexCount_ = vertexCount;
     bucketHeads_.assign(at(vertexCount + 9) / 10, kNone);
     reserveLarge(links_, at(vertexCount));
@@ -145,13 +135,8 @@ void CostQueue::insertInBucket(std::int32_t vertex, std::int32_t bucket) {
 }
 
 void CostQueue::insertInSet(std::int32_t vertex) {
-    const auto place = orderedSet_.insert({costOf(vertex), vertex}).first;
-    std::int32_t handle = kNoHandle;
-    if (setHandles_.size() < kHandleCapacity) {
-        handle = static_cast<std::int32_t>(setHandles_.size());
-        setHandles_.push_back(place);
-    }
-    link(vertex, handle, kNoBackLink);
+    orderedSet_.insert(vertex, costOf(vertex));
+    link(vertex, kInSet, kNoBackLink);
 }
 
 void CostQueue::Remove(std::int32_t vertex) {
@@ -160,9 +145,7 @@ void CostQueue::Remove(std::int32_t vertex) {
         unlinkFromBucket(vertex);
         return;
     }
-    orderedSet_.erase(linksOf(vertex).next == kNoHandle
-                          ? orderedSet_.lower_bound({costOf(vertex), vertex})
-                          : takeHandle(vertex));
+    orderedSet_.erase(vertex, costOf(vertex));
     link(vertex, kNotQueued, kNoBackLink);
 }
 
@@ -192,15 +175,6 @@ void CostQueue::unlinkFromBucket(std::int32_t vertex) {
     link(vertex, kNotQueued, kNoBackLink);
 }
 
-CostQueue::OrderedSet::iterator CostQueue::takeHandle(std::int32_t vertex) {
-    const std::int32_t slot = linksOf(vertex).next;
-    const auto place = setHandles_[at(slot)];
-    setHandles_[at(slot)] = setHandles_.back();
-    link(setHandles_[at(slot)]->vertex, slot, kNoBackLink);
-    setHandles_.pop_back();
-    return place;
-}
-
 /// False if no bucket is left.
 bool CostQueue::pourNextBucket() {
     std::int32_t bucket = currentBucket_ + 1;
@@ -219,22 +193,19 @@ bool CostQueue::pourNextBucket() {
 
 std::int32_t CostQueue::Top() {
     if (orderedSet_.empty() && !pourNextBucket()) return kNone;
-    return orderedSet_.begin()->vertex;
+    return orderedSet_.first();
 }
 
 void CostQueue::Clear() {
     orderedSet_.clear();
-    setHandles_.clear();
     std::fill(bucketHeads_.begin(), bucketHeads_.end(), kNone);
     std::fill(links_.begin(), links_.end(), Links{});
 }
 
 void CostQueue::Release() {
     orderedSet_.clear();
-    setNodes_.release();
     std::vector<std::int32_t>().swap(bucketHeads_);
     std::vector<Links>().swap(links_);
-    std::vector<OrderedSet::iterator>().swap(setHandles_);
     vertexCount_ = 0;
     currentBucket_ = 0;
     minCost_ = kDefaultMinCost;

@@ -14,11 +14,10 @@
 // another thread changes the queue: isQueued for a vertex that only moves within it.
 #pragma once
 
+#include "decimation/ordered_set.h"
 #include "platform/relaxed.h"
 
 #include <cstdint>
-#include <memory_resource>
-#include <set>
 #include <span>
 #include <vector>
 
@@ -74,16 +73,15 @@ public:
         if (orderedSet_.empty()) pourNextBucket();
         if (orderedSet_.empty()) return -1;
         do {
-            for (const Key& key : orderedSet_) {
-                if (accept(key.vertex)) return key.vertex;
-            }
+            const std::int32_t vertex = orderedSet_.firstAccepted(accept);
+            if (vertex >= 0) return vertex;
         } while (pourNextBucket());
         return -1;
     }
 
     /// What Top would give without pouring; -1 if it would have to. A guess at what comes next.
     [[nodiscard]] std::int32_t peek() const {
-        return orderedSet_.empty() ? -1 : orderedSet_.begin()->vertex;
+        return orderedSet_.empty() ? -1 : orderedSet_.first();
     }
 
     /// Empties the queue for a rebuild; scale and current bucket stay.
@@ -103,23 +101,13 @@ public:
     [[nodiscard]] std::int32_t bucketOf(float cost) const;
 
 private:
-    // With its cost, so that a comparison does not reach for the vertex records.
-    struct Key {
-        float cost;
-        std::int32_t vertex;
-        bool operator<(const Key& other) const;
-    };
-    using OrderedSet = std::pmr::set<Key>;
-
-    // `next` of a vertex that is in no bucket: out of the queue, in the set without a handle, or,
-    // from 0 up, in the set with the handle of that number.
+    // `next` of a vertex that is in no bucket.
     static constexpr std::int32_t kNotQueued = -1;
-    static constexpr std::int32_t kNoHandle = -2;
+    static constexpr std::int32_t kInSet = -2;
     // `back` of a vertex in a bucket: the vertex in front of it, or kFirstBucket minus the bucket
     // it is first in.
     static constexpr std::int32_t kNoBackLink = -1;
     static constexpr std::int32_t kFirstBucket = -2;
-    static constexpr std::size_t kHandleCapacity = 20000;
     // Read and written as one, so that a vertex that moves from a bucket to the set is seen in one
     // of them at any moment.
     struct alignas(8) Links {
@@ -142,17 +130,13 @@ private:
     void setHead(std::int32_t bucket, std::int32_t vertex) {
         storeRelaxed(bucketHeads_[static_cast<std::size_t>(bucket)], vertex);
     }
-    OrderedSet::iterator takeHandle(std::int32_t vertex);
 
     const DMesh& mesh_;
     std::int32_t vertexCount_ = 0;
     std::int32_t currentBucket_ = 0;  // the highest bucket poured so far
     std::vector<std::int32_t> bucketHeads_;
     std::vector<Links> links_;
-    std::pmr::unsynchronized_pool_resource setNodes_;  // nodes are used again, not freed
     OrderedSet orderedSet_;
-    // For removal without a search; a vertex that finds none left is searched for instead.
-    std::vector<OrderedSet::iterator> setHandles_;
     std::vector<std::int32_t> buckets_;  // scratch of InsertAll
     double minCost_ = 1e-9;
     double maxCost_ = 10.0;

@@ -4,6 +4,7 @@
 #include "mesh/corner_lists.h"
 #include "mesh/progressive_mesh.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <initializer_list>
 
@@ -18,18 +19,19 @@ class Reservations {
 public:
     explicit Reservations(ProgressiveMesh& pm) : mesh_(pm.mesh), locked_(pm.lockedVertices) {}
 
-    /// Holds the closed rings of all these vertices, of which those that are kNone are left out.
-    /// False, with nothing held, if another thread holds any of it.
+    [[nodiscard]] bool isHeld(std::int32_t vertex) const { return locked_.Test(vertex); }
+
+    /// Holds the closed rings of all these vertices. False, with nothing held, if another thread
+    /// holds any of it.
     [[nodiscard]] bool hold(std::initializer_list<std::int32_t> centres) {
         // Mostly it is the centres that are held: those are cheap to ask.
-        for (const std::int32_t centre : centres) {
-            if (centre != kNone && locked_.Test(centre)) return false;
-        }
-        for (const std::int32_t centre : centres) {
-            if (centre != kNone && !gatherRing(centre)) {
-                reservedVertices_.clear();
-                return false;
-            }
+        if (std::any_of(centres.begin(), centres.end(), [this](auto v) { return isHeld(v); }))
+            return false;
+        warmVertexCorners(mesh_, {centres.begin(), centres.end()}, cursors_);
+        if (!std::all_of(centres.begin(), centres.end(),
+                         [this](auto v) { return gatherRing(v); })) {
+            reservedVertices_.clear();
+            return false;
         }
         for (const std::int32_t vertex : reservedVertices_)
             locked_.Set(vertex);
@@ -54,7 +56,7 @@ private:
     }
 
     bool gather(std::int32_t vertex) {
-        if (locked_.Test(vertex)) return false;
+        if (isHeld(vertex)) return false;
         reservedVertices_.push_back(vertex);
         return true;
     }
@@ -62,6 +64,7 @@ private:
     const DMesh& mesh_;
     BitArray& locked_;
     IndexList reservedVertices_;  // some of them several times
+    IndexList cursors_;           // of warmVertexCorners
 };
 
 }  // namespace korvalite

@@ -71,8 +71,9 @@ template <typename Metric>
 class ThreadLoop {
 public:
     ThreadLoop(ProgressiveMesh& pm, ThreadContext& context, SharedRun& run)
-        : pm_(pm), mesh_(pm.mesh), context_(context), run_(run), record_(context.workRecord), reservations_(pm),
-          driver_(pm, context, run.sections), changes_(pm, record_, run.sections),
+        : pm_(pm), mesh_(pm.mesh), context_(context), run_(run), record_(context.workRecord),
+          reservations_(pm), driver_(pm, context, run.sections),
+          changes_(pm, record_, run.sections),
           pair_(pm, driver_, changes_, record_.splitRecord, record_.mirrorSplitRecord) {}
 
     void run() {
@@ -127,13 +128,13 @@ private:
     /// Holds all that a collapse of the vertex may touch; false if others hold some of it.
     bool reserve(std::int32_t v) {
         ++context_.statistics.candidates;
+        // Before its record is reached for, which is in the cache of the one that holds it.
+        if (reservations_.isHeld(v)) return false;
         const std::int32_t u = mesh_.vertices[at(v)].partner;
-        std::int32_t mv = kNone;
-        std::int32_t mu = kNone;
-        if (pm_.m_handleSymmetry_internal && u != kNone) {
-            mv = mesh_.symmetryCache.pairing[at(v)];
-            mu = mesh_.symmetryCache.pairing[at(u)];
-        }
+        if (u == kNone) return reservations_.hold({v});
+        if (!pm_.m_handleSymmetry_internal) return reservations_.hold({v, u});
+        const std::int32_t mv = mesh_.symmetryCache.pairing[at(v)];
+        const std::int32_t mu = mesh_.symmetryCache.pairing[at(u)];
         if (mv == kNone || mu == kNone) return reservations_.hold({v, u});
         return reservations_.hold({v, u, mv, mu});
     }

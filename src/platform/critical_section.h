@@ -16,7 +16,7 @@ class alignas(kCacheLine) CriticalSection {
 public:
     void lock() {
         if (enter()) return;
-        constexpr int kLooks = 200;
+        constexpr int kLooks = 1000;
         for (int look = 0; look < kLooks; ++look) {
             pause();
             if (state_.load(std::memory_order_relaxed) == kFree && enter()) return;

@@ -218,7 +218,7 @@ TEST(CostQueue, WorksOnBehindItsEnd) {
     EXPECT_EQ(q.drain(), (Order{4, 3}));
 }
 
-TEST(CostQueue, TheTwentyThousandAndFirstVertexOfTheSetIsFoundWithoutAHandle) {
+TEST(CostQueue, VerticesOfASetOfMoreThanTwentyThousandAreFoundByTheirCost) {
     // All of cost 0, so all in the set at once; some of a higher cost behind them.
     std::vector<float> costs = copies(20500, 0);
     for (std::size_t v = 20400; v < costs.size(); ++v)
@@ -227,7 +227,6 @@ TEST(CostQueue, TheTwentyThousandAndFirstVertexOfTheSetIsFoundWithoutAHandle) {
     q.insertAll();
     ASSERT_EQ(q.queue.currentBucket(), 0);
     ASSERT_EQ(q.queue.bucketOf(20499), 0);
-    // Without a handle, then with one, whose slot the next insert takes again.
     for (const std::int32_t v : {20000, 20001, 20450, 20499, 0, 19999, 5}) {
         q.queue.Remove(v);
         EXPECT_FALSE(q.queue.isQueued(v));

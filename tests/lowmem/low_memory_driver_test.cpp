@@ -15,7 +15,6 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <memory_resource>
 #include <new>
 #include <set>
 #include <utility>
@@ -282,31 +281,7 @@ TEST_F(LowMemory, ColoursAreReplacedButForTheirFourthByte) {
     EXPECT_EQ(pm->mesh.vertexColors, ball.vertexColors);
 }
 
-// Where the nodes of the queue's set come from. It takes over-aligned memory, which the allocation
-// counter does not count.
-class MemoryOfTheSet : public std::pmr::memory_resource {
-public:
-    MemoryOfTheSet() { std::pmr::set_default_resource(this); }
-    ~MemoryOfTheSet() override { std::pmr::set_default_resource(nullptr); }
-    MemoryOfTheSet(const MemoryOfTheSet&) = delete;
-    MemoryOfTheSet& operator=(const MemoryOfTheSet&) = delete;
-
-    std::uint64_t allocations = 0;
-
-private:
-    void* do_allocate(std::size_t bytes, std::size_t alignment) override {
-        ++allocations;
-        return ::operator new(bytes, std::align_val_t(alignment));
-    }
-    void do_deallocate(void* memory, std::size_t bytes, std::size_t alignment) override {
-        ::operator delete(memory, bytes, std::align_val_t(alignment));
-    }
-    [[nodiscard]] bool do_is_equal(const memory_resource& other) const noexcept override {
-        return this == &other;
-    }
-};
-
-// Heap allocations until each progress point, but for those of the queue's set.
+// Heap allocations until each progress point.
 class CountAllocations : public StepObserver {
 public:
     CountAllocations() { totals.reserve(1000); }
@@ -319,7 +294,7 @@ private:
     test::AllocationCounter counter_;
 };
 
-TEST_F(LowMemory, TheSteadyStateAllocatesForTheQueuesSetAlone) {
+TEST_F(LowMemory, TheSteadyStateAllocatesForTheQueuesSetAloneAndSeldom) {
     for (const auto& [symmetric, colored] :
          {std::pair(false, false), std::pair(true, false), std::pair(false, true)}) {
         DMesh mesh = test::sphere(6);
@@ -329,18 +304,17 @@ TEST_F(LowMemory, TheSteadyStateAllocatesForTheQueuesSetAlone) {
                 return test::packColor(static_cast<std::uint32_t>(120 + 100 * p.x), 50, 60);
             });
         }
-        MemoryOfTheSet ofTheSet;
         CountAllocations counted;
         run(std::move(mesh), [&](ProgressiveMesh& pm) {
             pm.observer = &counted;
             test::targetPercent(pm, 30);
             if (symmetric) test::askForSymmetry(pm, 0);
         });
-        EXPECT_GT(ofTheSet.allocations, 0U) << "the set must be seen";
         ASSERT_GT(counted.totals.size(), 20U);
         const std::vector<std::uint64_t>& totals = counted.totals;
         const std::size_t half = totals.size() / 2;
-        EXPECT_LE(totals.back() - totals[half], 16U) << "a scratch list may still grow, once each";
+        // A scratch list may still grow, once each, and the set in steps of many vertices.
+        EXPECT_LE(totals.back() - totals[half], 40U);
         std::size_t longest = 0;
         std::size_t quiet = 0;
         for (std::size_t i = 1; i < totals.size(); ++i) {
