@@ -76,32 +76,21 @@ struct ManyThreads : ThreadGuards {
     static constexpr bool kRemovesOrphans = false;
 };
 
+void setActive(BitArray& bits, std::uint32_t& count, std::int32_t index, bool active) {
+    bits.Assign(index, active);
+    storeRelaxed(count, active ? count + 1 : count - 1);
+}
+
 template <typename Threads>
-void activateVertex(DMesh& mesh, std::int32_t vertex, const Threads& threads) {
+void setVertexActive(DMesh& mesh, std::int32_t vertex, bool active, const Threads& threads) {
     const auto guard = threads.activeVertices();
-    mesh.vertexActive.Set(vertex);
-    storeRelaxed(mesh.numActiveVertices, mesh.numActiveVertices + 1);
+    setActive(mesh.vertexActive, mesh.numActiveVertices, vertex, active);
 }
 
 template <typename Threads>
-void deactivateVertex(DMesh& mesh, std::int32_t vertex, const Threads& threads) {
-    const auto guard = threads.activeVertices();
-    mesh.vertexActive.Clear(vertex);
-    storeRelaxed(mesh.numActiveVertices, mesh.numActiveVertices - 1);
-}
-
-template <typename Threads>
-void activateTriangle(DMesh& mesh, std::int32_t triangle, const Threads& threads) {
+void setTriangleActive(DMesh& mesh, std::int32_t triangle, bool active, const Threads& threads) {
     const auto guard = threads.activeTriangles();
-    mesh.triangleActive.Set(triangle);
-    storeRelaxed(mesh.numActiveTriangles, mesh.numActiveTriangles + 1);
-}
-
-template <typename Threads>
-void deactivateTriangle(DMesh& mesh, std::int32_t triangle, const Threads& threads) {
-    const auto guard = threads.activeTriangles();
-    mesh.triangleActive.Clear(triangle);
-    storeRelaxed(mesh.numActiveTriangles, mesh.numActiveTriangles - 1);
+    setActive(mesh.triangleActive, mesh.numActiveTriangles, triangle, active);
 }
 
 void pushCorner(DMesh& mesh, std::int32_t vertex, std::int32_t corner) {
@@ -123,7 +112,7 @@ void handOverCorners(DMesh& mesh, const IndexList& cornersOfV, std::int32_t v, s
 void removeOrphan(ProgressiveMesh& pm, std::int32_t vertex) {
     if (!pm.mesh.vertexActive.Test(vertex)) return;
     pm.costQueue.Remove(vertex);
-    deactivateVertex(pm.mesh, vertex, OneThread{});
+    setVertexActive(pm.mesh, vertex, false, OneThread{});
 }
 
 /// Deactivates a degenerate triangle; true if that leaves one of its vertices without corners.
@@ -131,7 +120,7 @@ template <typename Threads>
 bool removeTriangle(ProgressiveMesh& pm, std::int32_t triangle, const Threads& threads) {
     DMesh& mesh = pm.mesh;
     const auto vertices = triangleVertices(mesh, triangle);
-    deactivateTriangle(mesh, triangle, threads);
+    setTriangleActive(mesh, triangle, false, threads);
     for (std::size_t k = 0; k < 3; ++k) {
         unlinkCorner(mesh.vertexTriangleHead[at(vertices[k])], mesh.cornerNext,
                      3 * triangle + static_cast<std::int32_t>(k));
@@ -179,10 +168,10 @@ void undo(DMesh& mesh, std::int32_t v, std::int32_t w, const VSplit& split,
     for (const std::int32_t corner : split.corners) {
         const std::int32_t triangle = corner / 3;
         if (mesh.triangleActive.Test(triangle)) continue;
-        activateTriangle(mesh, triangle, threads);
+        setTriangleActive(mesh, triangle, true, threads);
         for (std::int32_t c = 3 * triangle; c < 3 * triangle + 3; ++c) {
             const std::int32_t vertex = vertexAt(mesh, c);
-            if (!mesh.vertexActive.Test(vertex)) activateVertex(mesh, vertex, threads);
+            if (!mesh.vertexActive.Test(vertex)) setVertexActive(mesh, vertex, true, threads);
             pushCorner(mesh, vertex, c);
         }
     }
@@ -191,7 +180,7 @@ void undo(DMesh& mesh, std::int32_t v, std::int32_t w, const VSplit& split,
         unlinkCorner(mesh.vertexTriangleHead[at(w)], mesh.cornerNext, corner);
         pushCorner(mesh, v, corner);
     }
-    activateVertex(mesh, v, threads);
+    setVertexActive(mesh, v, true, threads);
 }
 
 template <typename Threads>
@@ -208,7 +197,7 @@ CollapseResult collapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
     }
     // The mirror image of a collapse may have been left without triangles by it, and be gone
     // already.
-    if (mesh.vertexActive.Test(v)) deactivateVertex(mesh, v, threads);
+    if (mesh.vertexActive.Test(v)) setVertexActive(mesh, v, false, threads);
     const bool borderV = mesh.borderVertices.Test(v);
     const bool borderW = mesh.borderVertices.Test(w);
     handOverCorners(mesh, split.corners, v, w);

@@ -188,7 +188,21 @@ bool CostQueue::pourNextBucket() {
         vertex = next;
     }
     setHead(bucket, kNone);
+    prefetchNextBucket();
     return true;
+}
+
+/// What the next pour will reach for.
+void CostQueue::prefetchNextBucket() const {
+    constexpr std::int32_t kFarthest = 16;
+    const std::int32_t end = std::min(bucketCount(), currentBucket_ + 1 + kFarthest);
+    for (std::int32_t bucket = currentBucket_ + 1; bucket < end; ++bucket) {
+        const std::int32_t first = bucketHeads_[at(bucket)];
+        if (first == kNone) continue;
+        prefetch(&links_[at(first)]);
+        prefetch(&mesh_.vertices[at(first)]);
+        return;
+    }
 }
 
 std::int32_t CostQueue::Top() {

@@ -121,6 +121,7 @@ private:
     void insertInSet(std::int32_t vertex);
     void unlinkFromBucket(std::int32_t vertex);
     bool pourNextBucket();
+    void prefetchNextBucket() const;
     [[nodiscard]] Links linksOf(std::int32_t vertex) const {
         return links_[static_cast<std::size_t>(vertex)];
     }

@@ -165,7 +165,8 @@ private:
         ++context_.statistics.turns;
         if (turn == Turn::Stands) recordSplits();
         applyUpdates();
-        pm_.costQueue.RemoveAll(record_.removedVertices);
+        for (const std::int32_t vertex : record_.removedVertices)
+            pm_.costQueue.Remove(vertex);
         pm_.vsplitList.spillIfFull();
         reservations_.releaseAll();
         showProgress();
@@ -192,8 +193,8 @@ private:
     }
 
     void applyUpdates() {
-        pm_.costQueue.RemoveAll(record_.updateVertices);
         for (std::size_t i = 0; i < record_.updateVertices.size(); ++i) {
+            pm_.costQueue.Remove(record_.updateVertices[i]);
             VertexRecord& vertex = mesh_.vertices[at(record_.updateVertices[i])];
             vertex.cost = record_.updateCosts[i];
             vertex.partner = record_.updatePartners[i];
