@@ -14,8 +14,6 @@
 #include "support/scratch_folder.h"
 #include "support/surface_distance.h"
 
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -36,9 +34,15 @@ struct Driver {
 constexpr std::array kDrivers{
     Driver{"high-speed", MEMSPEED_TRADEOFF_HIGH_SPEED, 1},
     Driver{"low-memory", MEMSPEED_TRADEOFF_LOW_MEM, 1},
-    Driver{"two threads", MEMSPEED_TRADEOFF_LOW_MEM_MT, 2},
+    Driver{"two-threads", MEMSPEED_TRADEOFF_LOW_MEM_MT, 2},
     Driver{"melax", MEMSPEED_TRADEOFF_MELAX, 1},
 };
+
+const Driver* driverNamed(std::string_view name) {
+    const auto* const found = std::find_if(kDrivers.begin(), kDrivers.end(),
+                                           [&](const Driver& row) { return row.name == name; });
+    return found == kDrivers.end() ? nullptr : found;
+}
 
 bool load(const char* input, DMesh& mesh) {
     if (!importDMesh(input, mesh) || !canBeDecimated(mesh)) return false;
@@ -56,13 +60,6 @@ bool decimate(const Driver& driver, ProgressiveMesh& pm, float percent) {
     const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertices.size());
     pm.TargetNumItem = static_cast<std::uint32_t>(targetVertexCount(settings, vertexCount));
     return RunDecimation(pm) == 0;
-}
-
-// The most resident memory that this process has had.
-long peakBytes() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss * 1024;
 }
 
 // The input is read again for the distance, so that a copy does not count as memory of the run.
@@ -98,10 +95,14 @@ bool printDriverTimes(const char* input, float percent) {
     });
 }
 
+bool printDriverTime(const char* driver, const char* input, float percent) {
+    const Driver* const found = driverNamed(driver);
+    return found != nullptr && printDriver(*found, input, percent);
+}
+
 bool decimateWith(const char* driver, const char* input, const char* output, float percent) {
-    const auto* const found = std::find_if(kDrivers.begin(), kDrivers.end(),
-                                           [&](const Driver& row) { return row.name == driver; });
-    if (found == kDrivers.end()) return false;
+    const Driver* const found = driverNamed(driver);
+    if (found == nullptr) return false;
     const test::ScratchFolder folder;
     SetJobDirectory(folder.path().c_str());
     ProgressiveMesh pm;

@@ -10,8 +10,11 @@ namespace korvalite::bench {
 /// the diagonal of the input's bounding box. False if one of them failed.
 bool printDriverTimes(const char* input, float percent);
 
-/// Decimates with the driver of that name: high-speed, low-memory or melax. False if there is no
-/// such driver, or a file failed.
+/// The same with the driver of that name: high-speed, low-memory, two-threads or melax. False if
+/// there is no such driver, too.
+bool printDriverTime(const char* driver, const char* input, float percent);
+
+/// Decimates with one of these drivers. False if there is no such driver, or a file failed.
 bool decimateWith(const char* driver, const char* input, const char* output, float percent);
 
 }  // namespace korvalite::bench

@@ -8,8 +8,10 @@
 // korvalite_bench --full-level INPUT.kvm OUTPUT.Vok PERCENT     a level, by a load in full
 // korvalite_bench --obj TRIANGLES                               saveObj against fprintf
 // korvalite_bench --drivers INPUT.Vok PERCENT                   all drivers side by side
+// korvalite_bench --distance DRIVER INPUT.Vok PERCENT           one of them
 // korvalite_bench --decimate DRIVER INPUT.Vok OUTPUT.Vok PERCENT
-//                 one driver, which may be one that no job reaches: high-speed, low-memory, melax
+//                 one driver, which may be one that no job reaches: high-speed, low-memory,
+//                 two-threads or melax
 //
 // scripts/bench puts them together; a process of its own for each mesh keeps one measurement out of
 // the memory of the next.
@@ -67,6 +69,8 @@ int main(int argc, char** argv) {
     if (mode == "--obj" && argc == 3) return finish(printObjTimes(wholeNumber(argv[2])), "an OBJ");
     if (mode == "--drivers" && argc == 4)
         return finish(printDriverTimes(argv[2], number(argv[3])), argv[2]);
+    if (mode == "--distance" && argc == 5)
+        return finish(printDriverTime(argv[2], argv[3], number(argv[4])), argv[3]);
     if (mode == "--decimate" && argc == 6)
         return finish(decimateWith(argv[2], argv[3], argv[4], number(argv[5])), argv[3]);
     return runKernels(argc, argv);

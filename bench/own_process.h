@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,6 +23,13 @@ bool inOwnProcess(Work work) {
     }
     int status = 0;
     return waitpid(child, &status, 0) == child && status == 0;
+}
+
+/// The most resident memory that this process has had.
+inline long peakBytes() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss * 1024;
 }
 
 }  // namespace korvalite::bench

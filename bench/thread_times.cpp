@@ -11,6 +11,7 @@
 #include "shell/base/job_paths.h"
 #include "shell/load_input.h"
 #include "shell/target_count.h"
+#include "support/scratch_folder.h"
 
 #include <algorithm>
 #include <array>
@@ -51,7 +52,9 @@ ThreadStatistics sumOf(const ProgressiveMesh& pm) {
 }
 
 bool printThreads(const char* input, float percent, std::int32_t threads, bool measured) {
-    SetJobDirectory(".");
+    const test::ScratchFolder folder;
+    SetJobDirectory(folder.path().c_str());
+    const long idleBytes = peakBytes();
     ProgressiveMesh pm;
     if (!importDMesh(input, pm.mesh)) return false;
     BatchSettings settings;
@@ -64,11 +67,11 @@ bool printThreads(const char* input, float percent, std::int32_t threads, bool m
     decimateTimed(pm, threads, measured, prepare, loop);
     const ThreadStatistics sum = sumOf(pm);
     std::printf("threads=%d measured=%d vertices=%u after=%u prepare=%.4f loop=%.4f turns=%llu "
-                "candidates=%llu waiting=%.4f queue=%.4f all=%.4f\n",
+                "candidates=%llu waiting=%.4f queue=%.4f all=%.4f peak=%ld\n",
                 threads, measured ? 1 : 0, vertexCount, pm.mesh.numActiveVertices,
                 prepare.seconds(), loop.seconds(), static_cast<unsigned long long>(sum.turns),
                 static_cast<unsigned long long>(sum.candidates), sum.secondsWaiting,
-                sum.secondsInQueue, sum.secondsInLoop);
+                sum.secondsInQueue, sum.secondsInLoop, peakBytes() - idleBytes);
     return true;
 }
 

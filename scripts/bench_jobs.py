@@ -24,9 +24,11 @@ import bench_levels
 import bench_obj
 import bench_report
 import bench_sizes
+import bench_threads
 import tool_runs
 
-PARTS = {"sizes": bench_sizes, "levels": bench_levels, "obj": bench_obj, "drivers": bench_drivers}
+PARTS = {"sizes": bench_sizes, "threads": bench_threads, "levels": bench_levels, "obj": bench_obj,
+         "drivers": bench_drivers}
 Tools = namedtuple("Tools", "tool bench")
 
 
