@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "decimation/vertex_cost.h"
 
-#include "decimation/edge_cost.h"
-#include "decimation/triangle_quadrics.h"
+#include "decimation/metric.h"
 #include "support/prepared_mesh.h"
-#include "support/random.h"
+#include "support/slow_ranking.h"
 
 #include <gtest/gtest.h>
 
@@ -19,43 +18,13 @@ const VertexRecord& recompute(ProgressiveMesh& pm, std::int32_t vertex) {
     return pm.mesh.vertices[static_cast<std::size_t>(vertex)];
 }
 
-// The quadrics of all triangles at a vertex, from the highest corner down.
-void addTriangles(const ProgressiveMesh& pm, Quadric3D& sum, std::int32_t vertex) {
-    for (std::int32_t corner = pm.mesh.cornerCount() - 1; corner >= 0; --corner) {
-        if (vertexAt(pm.mesh, corner) == vertex) sum += ComputeTriangleQuadric(pm, corner / 3);
-    }
-}
-
-struct Ranking {
-    float cost = kNotCollapsible;
-    std::int32_t partner = kNone;
-};
-
-// Told again, with the neighbours' quadric that is never cleared in between.
-Ranking rankSlowly(const ProgressiveMesh& pm, std::int32_t v) {
-    Quadric3D own;
-    Quadric3D others;
-    addTriangles(pm, own, v);
-    IndexList ring;
-    GetVertexNeighbours(pm.mesh, v, ring);
-    Ranking best;
-    for (const std::int32_t x : ring) {
-        if (x == v) continue;
-        addTriangles(pm, others, x);
-        EdgeEvaluation edge;
-        EvaluateEdgeCost(pm, edge, v, x, own + others);
-        if (best.cost > edge.cost) best = {edge.cost, x};
-    }
-    return best;
-}
-
 TEST(RecomputeVertexCost, RanksAgainstTheRingWithTheSumOfAllNeighboursSoFar) {
     DMesh mesh = test::grid(6, 6, test::hills);
     test::jitter(mesh, 0.2F, 1);
     ProgressiveMesh pm;
     test::prepare(pm, mesh);
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
-        const Ranking expected = rankSlowly(pm, v);
+        const RankedVertex expected = test::rankSlowly<PlainMetric>(pm, v);
         const VertexRecord& record = recompute(pm, v);
         EXPECT_EQ(record.cost, expected.cost) << v;
         EXPECT_EQ(record.partner, expected.partner) << v;
@@ -71,13 +40,13 @@ TEST(RecomputeVertexCost, TheSumMakesLaterNeighboursDearer) {
     int different = 0;
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
         Quadric3D own;
-        addTriangles(pm, own, v);
+        test::addTriangles<PlainMetric>(pm, own, v);
         IndexList ring;
         GetVertexNeighbours(pm.mesh, v, ring);
         float best = kNotCollapsible;
         for (const std::int32_t x : ring) {
             Quadric3D others;
-            addTriangles(pm, others, x);
+            test::addTriangles<PlainMetric>(pm, others, x);
             EdgeEvaluation edge;
             EvaluateEdgeCost(pm, edge, v, x, own + others);
             best = std::min(best, edge.cost);
