@@ -1,0 +1,457 @@
+// SPDX-License-Identifier: MIT
+//
+// The collapse and its way back in the forms that several threads may run at once.
+#include "decimation/collapse.h"
+
+#include "decimation/thread_guards.h"
+#include "support/decimation_run.h"
+#include "support/level_walk.h"
+#include "support/mesh_validator.h"
+#include "support/prepared_mesh.h"
+#include "support/random.h"
+#include "support/run_state.h"
+#include "support/threads.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+std::size_t at(std::int32_t index) {
+    return static_cast<std::size_t>(index);
+}
+
+test::Words wordsOf(const CollapseRecord& record) {
+    const VSplit& split = record.split;
+    test::Words words{static_cast<std::uint32_t>(split.vertex), split.savedColor,
+                      record.flags.collapsed ? 1U : 0U, record.flags.survivorWasBorder ? 1U : 0U};
+    for (const float coordinate : {split.position.x, split.position.y, split.position.z})
+        test::appendFloat(words, coordinate);
+    for (const auto* list :
+         {&split.corners, &split.removedTriangles, &record.neighbours, &record.ringCorners}) {
+        words.push_back(static_cast<std::uint32_t>(list->size()));
+        test::append(words, *list);
+    }
+    return words;
+}
+
+// A mesh with all vertices queued, and what one thread needs to collapse on it.
+struct Side {
+    ProgressiveMesh pm;
+    CollapseRecord record;
+    CollapseScratch scratch;
+
+    explicit Side(const DMesh& mesh) {
+        test::prepare(pm, mesh);
+        for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v)
+            pm.costQueue.Insert(v);
+    }
+};
+
+// The same mesh twice: `one` for the forms of a single thread, `many` for the others.
+struct Twins {
+    Side one;
+    Side many;
+    CriticalSections sections;
+
+    explicit Twins(const DMesh& mesh) : one(mesh), many(mesh) {}
+
+    template <typename Set>
+    void set(Set set) {
+        set(one.pm);
+        set(many.pm);
+    }
+    CollapseResult run(std::int32_t v, std::int32_t w, const FloatVec3& position) {
+        one.record.clear();
+        many.record.clear();
+        const CollapseResult result = CollapseEdge(one.pm, v, w, position, one.record, one.scratch);
+        EXPECT_EQ(CollapseEdge_MT(many.pm, v, w, position, many.record, many.scratch, sections),
+                  result);
+        EXPECT_EQ(wordsOf(many.record), wordsOf(one.record));
+        return result;
+    }
+    CollapseResult run(std::int32_t v, std::int32_t w) {
+        return run(v, w, one.pm.mesh.vertices[at(w)].position());
+    }
+    void undo(std::int32_t v, std::int32_t w) {
+        UndoCollapse(one.pm, v, w, one.record.split, one.record.flags);
+        UndoCollapse_MT(many.pm, v, w, many.record.split, many.record.flags, sections);
+    }
+    [[nodiscard]] bool areAlike() const { return test::stateOf(one.pm) == test::stateOf(many.pm); }
+};
+
+TEST(CollapseOnThreads, LeavesWhatACollapseOfOneThreadLeaves) {
+    Twins t(test::grid(3, 3));
+    ASSERT_EQ(t.run(5, 6, {1.5F, 1, 0}), CollapseResult::Done);
+    EXPECT_TRUE(t.areAlike());
+    EXPECT_EQ(t.many.pm.mesh.numActiveVertices, 15U);
+    EXPECT_EQ(t.many.pm.mesh.numActiveTriangles, 16U);
+    EXPECT_EQ(t.many.record.split.removedTriangles, (IndexList{8, 3}));
+    EXPECT_EQ(t.many.record.neighbours.size(), 8U);
+    t.undo(5, 6);
+    EXPECT_TRUE(t.areAlike());
+    EXPECT_EQ(t.many.pm.mesh.numActiveVertices, 16U);
+}
+
+TEST(CollapseOnThreads, ARefusalByANormalChangesNothingAtAll) {
+    Twins t(test::grid(3, 3));
+    const test::Words before = test::stateOf(t.many.pm);
+    EXPECT_EQ(t.run(5, 6, {10, 10, 0}), CollapseResult::Refused);
+    EXPECT_TRUE(test::stateOf(t.many.pm) == before);
+    EXPECT_TRUE(t.areAlike());
+}
+
+TEST(CollapseOnThreads, ARefusalByTheLinkTestIsTakenBackInTheSameWay) {
+    Twins both(test::grid(2, 1));
+    EXPECT_EQ(both.run(1, 4), CollapseResult::RefusedBothBorder);
+    EXPECT_TRUE(both.areAlike());
+    EXPECT_TRUE(test::isSound(both.many.pm.mesh));
+    EXPECT_TRUE(test::cornerListsAreSound(both.many.pm.mesh));
+
+    Twins inner(test::grid(3, 3));
+    inner.set([](ProgressiveMesh& pm) { pm.mesh.borderVertices.Set(5); });
+    EXPECT_EQ(inner.run(5, 6), CollapseResult::Refused);
+    EXPECT_TRUE(inner.areAlike());
+    EXPECT_FALSE(inner.many.pm.mesh.borderVertices.Test(6));
+}
+
+TEST(CollapseOnThreads, WithProtectTopologyALoneVertexRefusesIt) {
+    Twins t(test::oneTriangle());
+    EXPECT_EQ(t.run(0, 1), CollapseResult::Refused);
+    EXPECT_TRUE(t.areAlike());
+    EXPECT_EQ(t.many.pm.mesh.numActiveVertices, 3U);
+}
+
+TEST(CollapseOnThreads, TheKeptVertexInheritsTheBorderUntilItIsUndone) {
+    Twins t(test::grid(3, 3));
+    t.set([](ProgressiveMesh& pm) { pm.ProtectTopology = pm.AvoidNormalReverse = false; });
+    ASSERT_EQ(t.run(1, 5), CollapseResult::Done);
+    EXPECT_TRUE(t.many.pm.mesh.borderVertices.Test(5));
+    EXPECT_TRUE(t.areAlike());
+    t.undo(1, 5);
+    EXPECT_FALSE(t.many.pm.mesh.borderVertices.Test(5));
+    EXPECT_TRUE(t.areAlike());
+}
+
+TEST(CollapseOnThreads, WithoutProtectTopologyAVertexLeftWithoutCornersStaysActiveAndQueued) {
+    Twins t(test::oneTriangle());
+    t.set([](ProgressiveMesh& pm) { pm.ProtectTopology = false; });
+    ASSERT_EQ(t.run(0, 1), CollapseResult::Done);
+    const ProgressiveMesh& pm = t.many.pm;
+    for (const std::int32_t orphan : {1, 2}) {
+        EXPECT_EQ(pm.mesh.vertexTriangleHead[at(orphan)], kNone);
+        EXPECT_TRUE(pm.mesh.vertexActive.Test(orphan));
+        EXPECT_TRUE(pm.costQueue.isQueued(orphan));
+    }
+    EXPECT_EQ(pm.mesh.numActiveVertices, 2U);
+    EXPECT_EQ(pm.mesh.numActiveTriangles, 0U);
+    // One thread has the queue at hand, and takes both away at once.
+    EXPECT_EQ(t.one.pm.mesh.numActiveVertices, 0U);
+    EXPECT_FALSE(t.one.pm.costQueue.isQueued(2));
+    t.undo(0, 1);
+    EXPECT_EQ(pm.mesh.numActiveVertices, 3U);
+    EXPECT_TRUE(test::isSound(pm.mesh));
+    EXPECT_TRUE(test::cornerListsAreSound(pm.mesh));
+}
+
+// Collapses at random, every second one undone. Where one thread takes an orphan away the twins
+// part, and the walk ends.
+class RandomCollapses {
+public:
+    RandomCollapses(const DMesh& mesh, std::uint32_t seed) : random_(seed), t_(mesh) {
+        const bool protect = random_.onceIn(2);
+        const bool avoid = random_.onceIn(2);
+        const bool finishing = random_.onceIn(4);
+        t_.set([&](ProgressiveMesh& pm) {
+            pm.ProtectTopology = protect;
+            pm.AvoidNormalReverse = avoid;
+            pm.inFinishStep = finishing;
+        });
+    }
+    void run(int steps) {
+        while (steps-- > 0 && !testing::Test::HasFailure() && takeStep()) {
+        }
+    }
+
+private:
+    bool takeStep() {
+        const DMesh& mesh = t_.one.pm.mesh;
+        const auto v = static_cast<std::int32_t>(
+            random_.below(static_cast<std::uint32_t>(mesh.vertices.size())));
+        IndexList ring;
+        if (mesh.vertexActive.Test(v)) GetVertexNeighbours(mesh, v, ring);
+        if (ring.empty()) return true;
+        const std::int32_t w = ring[random_.below(static_cast<std::uint32_t>(ring.size()))];
+        if (w == v) return true;
+        const std::uint32_t before = mesh.numActiveVertices;
+        const CollapseResult result =
+            t_.run(v, w,
+                   mesh.vertices[at(w)].position() +
+                       FloatVec3{random_.around(0.2F), random_.around(0.2F), 0});
+        if (result == CollapseResult::Done && mesh.numActiveVertices < before - 1) {
+            EXPECT_EQ(t_.many.pm.mesh.numActiveVertices, before - 1);
+            EXPECT_TRUE(test::countsMatchBits(t_.many.pm.mesh));
+            return false;
+        }
+        if (result == CollapseResult::Done && random_.onceIn(2)) t_.undo(v, w);
+        EXPECT_TRUE(t_.areAlike());
+        return true;
+    }
+
+    test::Random random_;
+    Twins t_;
+};
+
+TEST(CollapseOnThreads, DoesAtRandomWhatOneThreadDoesBitForBit) {
+    DMesh dirty = test::grid(4, 4, test::hills);
+    for (std::size_t i = 0; i < 15; ++i)
+        dirty.triangles.push_back(dirty.triangles[i]);
+    dirty.triangles.insert(dirty.triangles.end(), {7, 6, 12, 12, 6, 18, 8, 8, 9, 13, 13, 13});
+    test::completeMesh(dirty);
+    for (const DMesh& mesh : {test::sphere(2), test::torus(8, 6), test::grid(6, 5, test::hills),
+                              test::tetrahedron(), dirty}) {
+        for (std::uint32_t seed = 1; seed <= 12; ++seed) {
+            RandomCollapses(mesh, seed).run(200);
+            ASSERT_FALSE(testing::Test::HasFailure()) << "seed " << seed;
+        }
+    }
+}
+
+constexpr std::int32_t kIslands = 16;
+
+// Sixteen grids of 3 x 3 squares that lie like the teeth of a comb: vertex i of island k has the
+// index 16 * i + k, and so has each triangle. Every byte of the bit arrays holds eight islands.
+DMesh islands() {
+    const DMesh grid = test::grid(3, 3);
+    test::Points points;
+    test::Faces faces;
+    for (const VertexRecord& vertex : grid.vertices) {
+        for (std::int32_t k = 0; k < kIslands; ++k)
+            points.push_back(vertex.position() + FloatVec3{0, 0, static_cast<float>(k)});
+    }
+    for (std::size_t t = 0; t < grid.triangles.size(); t += 3) {
+        for (std::uint32_t k = 0; k < kIslands; ++k) {
+            const auto here = [&](std::size_t c) { return kIslands * grid.triangles[t + c] + k; };
+            faces.push_back({here(0), here(1), here(2)});
+        }
+    }
+    return test::buildMesh(points, faces);
+}
+
+// Vertex 1 of an island, on its border, onto the inner vertex 5.
+constexpr std::int32_t removedOn(std::int32_t island) {
+    return kIslands * 1 + island;
+}
+constexpr std::int32_t keptOn(std::int32_t island) {
+    return kIslands * 5 + island;
+}
+
+class SharedBytes : public testing::Test {
+protected:
+    static constexpr std::size_t kThreads = 4;
+    static constexpr int kRounds = 1500;
+
+    SharedBytes() : before(islands()) {
+        pm.ProtectTopology = pm.AvoidNormalReverse = false;
+        test::prepare(pm, before);
+        // Threads whose islands are neighbours in a byte collapse there again and again.
+        test::onThreads(kThreads, [&](std::size_t thread) {
+            CollapseRecord record;
+            CollapseScratch scratch;
+            for (int round = 0; round < kRounds; ++round) {
+                for (auto k = static_cast<std::int32_t>(thread); k < kIslands;
+                     k += static_cast<std::int32_t>(kThreads))
+                    collapse(k, round + 1 == kRounds, record, scratch);
+            }
+        });
+    }
+
+    // Takes it back unless it is to stay.
+    void collapse(std::int32_t island, bool stays, CollapseRecord& record,
+                  CollapseScratch& scratch) {
+        const std::int32_t v = removedOn(island);
+        const std::int32_t w = keptOn(island);
+        record.clear();
+        CollapseEdge_MT(pm, v, w, {1, 0, 0}, record, scratch, sections);
+        if (!stays) UndoCollapse_MT(pm, v, w, record.split, record.flags, sections);
+    }
+    static bool isRemoved(std::int32_t vertex) { return vertex / kIslands == 1; }
+
+    const DMesh before;
+    ProgressiveMesh pm;
+    CriticalSections sections;
+};
+
+TEST_F(SharedBytes, ThreadsThatTakeVerticesOfOneByteLoseNoBitAndNoCount) {
+    for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v)
+        EXPECT_EQ(pm.mesh.vertexActive.Test(v), !isRemoved(v)) << v;
+    EXPECT_EQ(pm.mesh.numActiveVertices, 15U * kIslands);
+}
+
+TEST_F(SharedBytes, ThreadsThatTakeTrianglesOfOneByteLoseNoBitAndNoCount) {
+    // Those that hold the edge: (0, 1, 5) and (1, 6, 5).
+    std::uint32_t left = 0;
+    for (std::int32_t t = 0; t < pm.mesh.triangleCount(); ++t) {
+        bool dies = true;
+        for (const std::int32_t row : {1, 5}) {
+            bool named = false;
+            for (std::size_t c = 3 * at(t); c < 3 * at(t) + 3; ++c)
+                named = named || static_cast<std::int32_t>(before.triangles[c]) / kIslands == row;
+            dies = dies && named;
+        }
+        EXPECT_EQ(pm.mesh.triangleActive.Test(t), !dies) << t;
+        left += dies ? 0 : 1;
+    }
+    EXPECT_EQ(left, 16U * kIslands);
+    EXPECT_EQ(pm.mesh.numActiveTriangles, left);
+}
+
+TEST_F(SharedBytes, ThreadsThatMoveTheBorderInOneByteLoseNoBit) {
+    // The inner vertices are 5, 6, 9 and 10; 5 has become part of the border.
+    for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
+        const std::int32_t row = v / kIslands;
+        EXPECT_EQ(pm.mesh.borderVertices.Test(v), row != 6 && row != 9 && row != 10) << v;
+    }
+}
+
+TEST_F(SharedBytes, AllIsAsIfOneThreadHadBeenEverywhere) {
+    Side one(before);
+    one.pm.costQueue.Clear();
+    one.pm.ProtectTopology = one.pm.AvoidNormalReverse = false;
+    for (std::int32_t k = 0; k < kIslands; ++k) {
+        const auto collapseThere = [&] {
+            one.record.clear();
+            CollapseEdge(one.pm, removedOn(k), keptOn(k), {1, 0, 0}, one.record, one.scratch);
+        };
+        for (int round = 0; round + 1 < kRounds; ++round) {
+            collapseThere();
+            UndoCollapse(one.pm, removedOn(k), keptOn(k), one.record.split, one.record.flags);
+        }
+        collapseThere();
+    }
+    one.pm.costQueue.Init(one.pm.mesh.vertexCount());
+    EXPECT_TRUE(test::stateOf(pm) == test::stateOf(one.pm));
+    EXPECT_TRUE(test::cornerListsAreSound(pm.mesh));
+}
+
+// What each section guards, as another thread sees it.
+struct Guarded {
+    const char* name;
+    CriticalSection CriticalSections::*section;
+    test::Words (*look)(const DMesh&);
+};
+
+test::Words look(const BitArray& bits, const std::uint32_t& count) {
+    test::Words words{loadRelaxed(count)};
+    test::append(words, bits);
+    return words;
+}
+
+constexpr Guarded kGuarded[] = {
+    {"vertices", &CriticalSections::csActiveVertices,
+     [](const DMesh& mesh) { return look(mesh.vertexActive, mesh.numActiveVertices); }},
+    {"triangles", &CriticalSections::csActiveTriangles,
+     [](const DMesh& mesh) { return look(mesh.triangleActive, mesh.numActiveTriangles); }},
+    {"borders", &CriticalSections::csBorderVertices,
+     [](const DMesh& mesh) { return look(mesh.borderVertices, 0); }},
+};
+
+TEST(CollapseOnThreads, NothingGuardedChangesWhileAnotherThreadIsInItsSection) {
+    for (const Guarded& guarded : kGuarded) {
+        for (const bool undone : {false, true}) {
+            Side side(test::grid(3, 3));
+            CriticalSections sections;
+            const DMesh& mesh = side.pm.mesh;
+            side.pm.ProtectTopology = side.pm.AvoidNormalReverse = false;
+            const auto collapse = [&] {
+                CollapseEdge_MT(side.pm, 1, 5, {1, 0, 0}, side.record, side.scratch, sections);
+            };
+            if (undone) collapse();
+
+            std::unique_lock inside(sections.*guarded.section);
+            const test::Words before = guarded.look(mesh);
+            std::thread other([&] {
+                if (!undone) return collapse();
+                UndoCollapse_MT(side.pm, 1, 5, side.record.split, side.record.flags, sections);
+            });
+            bool changed = false;
+            for (int i = 0; i < 2000; ++i) {
+                changed = changed || guarded.look(mesh) != before;
+                std::this_thread::yield();
+            }
+            inside.unlock();
+            other.join();
+            EXPECT_FALSE(changed) << guarded.name << undone;
+            EXPECT_NE(guarded.look(mesh), before) << guarded.name << undone;
+        }
+    }
+}
+
+class CountsAfterARun : public test::DecimationTest {
+protected:
+    template <typename Set>
+    static void expectExact(const DMesh& mesh, Set set) {
+        for (const std::uint32_t part : {2U, 8U, 1000U}) {
+            const test::MeshPtr pm = test::decimatedBy(
+                MEMSPEED_TRADEOFF_LOW_MEM_MT, mesh, [&](ProgressiveMesh& settings) {
+                    settings.NumThread = 4;
+                    settings.TargetNumItem = settings.mesh.numActiveVertices / part;
+                    set(settings);
+                });
+            EXPECT_EQ(pm->mesh.vertexActive.CountSet(),
+                      static_cast<std::int32_t>(pm->mesh.numActiveVertices));
+            EXPECT_EQ(pm->mesh.triangleActive.CountSet(),
+                      static_cast<std::int32_t>(pm->mesh.numActiveTriangles));
+            EXPECT_LT(pm->mesh.numActiveVertices, mesh.numActiveVertices);
+            EXPECT_TRUE(test::isSound(pm->mesh));
+            const auto reached = test::surfaceOf(pm->mesh);
+            test::goAllUp(*pm);
+            EXPECT_TRUE(test::isSound(pm->mesh));
+            EXPECT_EQ(pm->mesh.numActiveVertices, mesh.numActiveVertices);
+            EXPECT_TRUE(test::surfaceOf(pm->mesh) == test::surfaceOf(mesh));
+            test::goAllDown(*pm);
+            EXPECT_TRUE(test::isSound(pm->mesh));
+            EXPECT_TRUE(test::surfaceOf(pm->mesh) == reached);
+        }
+    }
+};
+
+TEST_F(CountsAfterARun, OfManyThreadsAreThoseOfTheBitsThatAreSet) {
+    DMesh ball = test::sphere(4);
+    test::jitter(ball, 0.005F, 3);
+    expectExact(ball, [](ProgressiveMesh&) {});
+    expectExact(test::grid(30, 30, test::hills), [](ProgressiveMesh&) {});
+}
+
+TEST_F(CountsAfterARun, WithSymmetryAreThoseOfTheBitsThatAreSet) {
+    expectExact(test::sphere(4), [](ProgressiveMesh& pm) { test::askForSymmetry(pm, 0); });
+}
+
+TEST_F(CountsAfterARun, WithoutProtectTopologyAreThoseOfTheBitsThatAreSet) {
+    // Triangles that hang at the grid by a vertex or by none.
+    DMesh mesh = test::grid(20, 20, test::hills);
+    test::Random random(1);
+    const auto last = static_cast<std::uint32_t>(mesh.vertices.size());
+    for (std::uint32_t i = 0; i < 40; ++i) {
+        for (std::uint32_t k = 0; k < 3; ++k) {
+            mesh.vertices.emplace_back();
+            mesh.vertices.back().setPosition(
+                {random.around(9), random.around(9), random.around(3)});
+        }
+        const std::uint32_t first = last + 3 * i;
+        const std::uint32_t third = random.onceIn(2) ? random.below(last) : first + 2;
+        mesh.triangles.insert(mesh.triangles.end(), {first, first + 1, third});
+    }
+    test::completeMesh(mesh);
+    expectExact(mesh, [](ProgressiveMesh& pm) { pm.ProtectTopology = false; });
+}
+
+}  // namespace
+}  // namespace korvalite

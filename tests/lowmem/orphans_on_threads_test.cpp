@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+//
+// Without ProtectTopology a collapse may take the last triangle of a third vertex. A thread that
+// collapses has no right to the queue, so that this vertex stays until it is picked itself.
+#include "lowmem/thread_loop.h"
+
+#include "decimation/initial_edges.h"
+#include "decimation/metric.h"
+#include "support/decimation_run.h"
+#include "support/mesh_validator.h"
+#include "support/prepared_mesh.h"
+
+#include <gtest/gtest.h>
+
+namespace korvalite {
+namespace {
+
+// 4 x 4 squares, and a triangle v u x that hangs at nothing, or at vertex 0 as its u.
+struct Hanging {
+    ProgressiveMesh pm;
+    ThreadContext context;
+    SharedRun run;
+    std::int32_t v = 0;
+    std::int32_t u = 0;
+    std::int32_t x = 0;
+
+    explicit Hanging(bool atTheGrid) {
+        DMesh mesh = test::grid(4, 4, test::hills);
+        const auto add = [&](const FloatVec3& position) {
+            mesh.vertices.emplace_back();
+            mesh.vertices.back().setPosition(position);
+            return mesh.vertexCount() - 1;
+        };
+        v = add({-1, -1, 0});
+        x = add({-1, -2, 0});
+        u = atTheGrid ? 0 : add({-2, -1, 0});
+        for (const std::int32_t vertex : {v, u, x})
+            mesh.triangles.push_back(static_cast<std::uint32_t>(vertex));
+        test::completeMesh(mesh);
+        test::prepare(pm, std::move(mesh));
+        for (VertexRecord& vertex : pm.mesh.vertices)
+            forgetCost(vertex);
+        pm.ProtectTopology = false;
+        pm.lockedVertices.Reset(pm.mesh.vertexCount());
+        context.marks.prepare(pm.mesh);
+    }
+    void queue(std::int32_t vertex, float cost, std::int32_t partner) {
+        pm.mesh.vertices[static_cast<std::size_t>(vertex)].cost = cost;
+        pm.mesh.vertices[static_cast<std::size_t>(vertex)].partner = partner;
+        pm.costQueue.Insert(vertex);
+    }
+    void collapseTo(std::uint32_t vertices) {
+        pm.TargetNumItem = vertices;
+        doDecimationLoop_LM_MT<PlainMetric>(pm, context, run);
+    }
+};
+
+class OrphansOnThreads : public test::DecimationTest {};
+
+TEST_F(OrphansOnThreads, StayActiveAndQueuedUntilTheyArePicked) {
+    Hanging h(false);
+    h.queue(h.v, 0, h.u);
+    h.queue(h.x, 1, h.v);
+    h.collapseTo(h.pm.mesh.numActiveVertices - 1);
+    EXPECT_FALSE(h.pm.mesh.vertexActive.Test(h.v));
+    EXPECT_TRUE(h.pm.mesh.vertexActive.Test(h.x));
+    EXPECT_TRUE(h.pm.costQueue.isQueued(h.x));
+    EXPECT_EQ(h.pm.mesh.numActiveVertices, 27U);
+    EXPECT_TRUE(test::isSound(h.pm.mesh));
+}
+
+TEST_F(OrphansOnThreads, AreDroppedAtTheirPickIfTheirPartnerIsGone) {
+    Hanging h(false);
+    h.queue(h.v, 0, h.u);
+    h.queue(h.x, 1, h.v);
+    h.collapseTo(0);
+    EXPECT_FALSE(h.pm.costQueue.isQueued(h.x));
+    EXPECT_TRUE(h.pm.mesh.vertexActive.Test(h.x));
+    EXPECT_EQ(h.pm.mesh.numActiveVertices, 27U);
+    EXPECT_TRUE(test::isSound(h.pm.mesh));
+    EXPECT_EQ(h.pm.lockedVertices.CountSet(), 0);
+}
+
+TEST_F(OrphansOnThreads, ComeUpOnceAndTakeNoTriangleAlongIfTheirPartnerIsStillThere) {
+    for (const bool atTheGrid : {false, true}) {
+        Hanging h(atTheGrid);
+        h.queue(h.v, 0, h.u);
+        h.queue(h.x, 0, h.u);
+        const std::uint32_t triangles = h.pm.mesh.numActiveTriangles;
+        h.collapseTo(h.pm.mesh.numActiveVertices - 1);
+        ASSERT_TRUE(h.pm.costQueue.isQueued(h.x));
+        h.collapseTo(h.pm.mesh.numActiveVertices - 1);
+        EXPECT_FALSE(h.pm.costQueue.isQueued(h.x) &&
+                     h.pm.mesh.vertices[static_cast<std::size_t>(h.x)].cost < kPenalizedCost)
+            << "it does not come up again";
+        EXPECT_EQ(h.pm.mesh.numActiveTriangles, triangles - 1);
+        EXPECT_TRUE(test::isSound(h.pm.mesh));
+        EXPECT_TRUE(test::cornerListsAreSound(h.pm.mesh));
+        EXPECT_EQ(h.pm.lockedVertices.CountSet(), 0);
+    }
+}
+
+}  // namespace
+}  // namespace korvalite
