@@ -16,9 +16,7 @@
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
-#include <string>
-#include <thread>
+#include <memory>
 #include <vector>
 
 namespace korvalite {
@@ -253,92 +251,135 @@ constexpr std::int32_t keptOn(std::int32_t island) {
     return kIslands * 5 + island;
 }
 
-class SharedBytes : public testing::Test {
-protected:
-    static constexpr std::size_t kThreads = 4;
-    static constexpr int kRounds = 1500;
+// Four threads that collapse on the islands again and again, each on those of its own, which share
+// their bytes with those of the others. The last collapses stay.
+class Crowd {
+public:
+    static constexpr std::int32_t kThreads = 4;
+    static constexpr int kRounds = 40'000;
 
-    SharedBytes() : before(islands()) {
+    Crowd() : before(islands()) {
         pm.ProtectTopology = pm.AvoidNormalReverse = false;
         test::prepare(pm, before);
-        // Threads whose islands are neighbours in a byte collapse there again and again.
         test::onThreads(kThreads, [&](std::size_t thread) {
-            CollapseRecord record;
-            CollapseScratch scratch;
-            for (int round = 0; round < kRounds; ++round) {
-                for (auto k = static_cast<std::int32_t>(thread); k < kIslands;
-                     k += static_cast<std::int32_t>(kThreads))
-                    collapse(k, round + 1 == kRounds, record, scratch);
+            Owner owner(*this, static_cast<std::int32_t>(thread));
+            for (int round = 1; round < kRounds && !lost; ++round) {
+                owner.collapse();
+                owner.undo();
             }
+            owner.collapse();
         });
     }
-
-    // Takes it back unless it is to stay.
-    void collapse(std::int32_t island, bool stays, CollapseRecord& record,
-                  CollapseScratch& scratch) {
-        const std::int32_t v = removedOn(island);
-        const std::int32_t w = keptOn(island);
-        record.clear();
-        CollapseEdge_MT(pm, v, w, {1, 0, 0}, record, scratch, sections);
-        if (!stays) UndoCollapse_MT(pm, v, w, record.split, record.flags, sections);
-    }
-    static bool isRemoved(std::int32_t vertex) { return vertex / kIslands == 1; }
 
     const DMesh before;
     ProgressiveMesh pm;
     CriticalSections sections;
+    std::atomic<bool> lost = false;
+
+private:
+    class Owner {
+    public:
+        Owner(Crowd& crowd, std::int32_t thread) : crowd_(crowd), first_(thread) {}
+
+        void collapse() {
+            for (std::size_t i = 0; i < kOwned; ++i) {
+                records_[i].clear();
+                CollapseEdge_MT(crowd_.pm, removedOn(island(i)), keptOn(island(i)), {1, 0, 0},
+                                records_[i], scratch_, crowd_.sections);
+            }
+            lookFor(true);
+        }
+        void undo() {
+            for (std::size_t i = 0; i < kOwned; ++i) {
+                UndoCollapse_MT(crowd_.pm, removedOn(island(i)), keptOn(island(i)),
+                                records_[i].split, records_[i].flags, crowd_.sections);
+            }
+            lookFor(false);
+        }
+
+    private:
+        static constexpr std::size_t kOwned = kIslands / kThreads;
+
+        [[nodiscard]] std::int32_t island(std::size_t i) const {
+            return first_ + kThreads * static_cast<std::int32_t>(i);
+        }
+        // The next round would hide it.
+        void lookFor(bool collapsed) {
+            const DMesh& mesh = crowd_.pm.mesh;
+            for (std::size_t i = 0; i < kOwned; ++i) {
+                bool asItShould = mesh.vertexActive.Test(removedOn(island(i))) != collapsed &&
+                                  mesh.borderVertices.Test(keptOn(island(i))) == collapsed;
+                for (const std::int32_t triangle : records_[i].split.removedTriangles)
+                    asItShould = asItShould && mesh.triangleActive.Test(triangle) != collapsed;
+                if (!asItShould) crowd_.lost = true;
+            }
+        }
+
+        Crowd& crowd_;
+        std::int32_t first_;
+        CollapseRecord records_[kOwned];
+        CollapseScratch scratch_;
+    };
 };
 
-TEST_F(SharedBytes, ThreadsThatTakeVerticesOfOneByteLoseNoBitAndNoCount) {
-    for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v)
-        EXPECT_EQ(pm.mesh.vertexActive.Test(v), !isRemoved(v)) << v;
-    EXPECT_EQ(pm.mesh.numActiveVertices, 15U * kIslands);
+class SharedBytes : public testing::Test {
+protected:
+    static void SetUpTestSuite() { crowd = std::make_unique<Crowd>(); }
+    static void TearDownTestSuite() { crowd.reset(); }
+
+    static inline std::unique_ptr<Crowd> crowd;
+};
+
+TEST_F(SharedBytes, NobodyFindsABitOfItsOwnChangedByAnother) {
+    EXPECT_FALSE(crowd->lost);
 }
 
-TEST_F(SharedBytes, ThreadsThatTakeTrianglesOfOneByteLoseNoBitAndNoCount) {
-    // Those that hold the edge: (0, 1, 5) and (1, 6, 5).
-    std::uint32_t left = 0;
-    for (std::int32_t t = 0; t < pm.mesh.triangleCount(); ++t) {
-        bool dies = true;
-        for (const std::int32_t row : {1, 5}) {
-            bool named = false;
-            for (std::size_t c = 3 * at(t); c < 3 * at(t) + 3; ++c)
-                named = named || static_cast<std::int32_t>(before.triangles[c]) / kIslands == row;
-            dies = dies && named;
+TEST_F(SharedBytes, VerticesOfOneByteLoseNoBitAndNoCountToThreadsThatTakeThem) {
+    const DMesh& mesh = crowd->pm.mesh;
+    for (std::int32_t v = 0; v < mesh.vertexCount(); ++v)
+        EXPECT_EQ(mesh.vertexActive.Test(v), v / kIslands != 1) << v;
+    EXPECT_EQ(mesh.numActiveVertices, 15U * kIslands);
+}
+
+TEST_F(SharedBytes, TrianglesOfOneByteLoseNoBitAndNoCountToThreadsThatTakeThem) {
+    // Those that hold the edge from 1 to 5.
+    const DMesh& mesh = crowd->pm.mesh;
+    for (std::int32_t t = 0; t < mesh.triangleCount(); ++t) {
+        int ends = 0;
+        for (std::size_t c = 3 * at(t); c < 3 * at(t) + 3; ++c) {
+            const std::uint32_t row = crowd->before.triangles[c] / kIslands;
+            ends += row == 1 || row == 5 ? 1 : 0;
         }
-        EXPECT_EQ(pm.mesh.triangleActive.Test(t), !dies) << t;
-        left += dies ? 0 : 1;
+        EXPECT_EQ(mesh.triangleActive.Test(t), ends < 2) << t;
     }
-    EXPECT_EQ(left, 16U * kIslands);
-    EXPECT_EQ(pm.mesh.numActiveTriangles, left);
+    EXPECT_EQ(mesh.numActiveTriangles, 16U * kIslands);
 }
 
-TEST_F(SharedBytes, ThreadsThatMoveTheBorderInOneByteLoseNoBit) {
+TEST_F(SharedBytes, BordersOfOneByteLoseNoBitToThreadsThatMoveThem) {
     // The inner vertices are 5, 6, 9 and 10; 5 has become part of the border.
-    for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
+    const DMesh& mesh = crowd->pm.mesh;
+    for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
         const std::int32_t row = v / kIslands;
-        EXPECT_EQ(pm.mesh.borderVertices.Test(v), row != 6 && row != 9 && row != 10) << v;
+        EXPECT_EQ(mesh.borderVertices.Test(v), row != 6 && row != 9 && row != 10) << v;
     }
 }
 
 TEST_F(SharedBytes, AllIsAsIfOneThreadHadBeenEverywhere) {
-    Side one(before);
-    one.pm.costQueue.Clear();
-    one.pm.ProtectTopology = one.pm.AvoidNormalReverse = false;
+    ProgressiveMesh one;
+    CollapseRecord record;
+    CollapseScratch scratch;
+    one.ProtectTopology = one.AvoidNormalReverse = false;
+    test::prepare(one, crowd->before);
     for (std::int32_t k = 0; k < kIslands; ++k) {
-        const auto collapseThere = [&] {
-            one.record.clear();
-            CollapseEdge(one.pm, removedOn(k), keptOn(k), {1, 0, 0}, one.record, one.scratch);
-        };
-        for (int round = 0; round + 1 < kRounds; ++round) {
-            collapseThere();
-            UndoCollapse(one.pm, removedOn(k), keptOn(k), one.record.split, one.record.flags);
+        for (int round = 1; round <= Crowd::kRounds; ++round) {
+            record.clear();
+            CollapseEdge(one, removedOn(k), keptOn(k), {1, 0, 0}, record, scratch);
+            if (round == Crowd::kRounds) break;
+            UndoCollapse(one, removedOn(k), keptOn(k), record.split, record.flags);
         }
-        collapseThere();
     }
-    one.pm.costQueue.Init(one.pm.mesh.vertexCount());
-    EXPECT_TRUE(test::stateOf(pm) == test::stateOf(one.pm));
-    EXPECT_TRUE(test::cornerListsAreSound(pm.mesh));
+    EXPECT_TRUE(test::stateOf(crowd->pm) == test::stateOf(one));
+    EXPECT_TRUE(test::cornerListsAreSound(crowd->pm.mesh));
 }
 
 // What each section guards, as another thread sees it.
@@ -348,7 +389,7 @@ struct Guarded {
     test::Words (*look)(const DMesh&);
 };
 
-test::Words look(const BitArray& bits, const std::uint32_t& count) {
+test::Words bitsAndCount(const BitArray& bits, const std::uint32_t& count) {
     test::Words words{loadRelaxed(count)};
     test::append(words, bits);
     return words;
@@ -356,11 +397,11 @@ test::Words look(const BitArray& bits, const std::uint32_t& count) {
 
 constexpr Guarded kGuarded[] = {
     {"vertices", &CriticalSections::csActiveVertices,
-     [](const DMesh& mesh) { return look(mesh.vertexActive, mesh.numActiveVertices); }},
+     [](const DMesh& mesh) { return bitsAndCount(mesh.vertexActive, mesh.numActiveVertices); }},
     {"triangles", &CriticalSections::csActiveTriangles,
-     [](const DMesh& mesh) { return look(mesh.triangleActive, mesh.numActiveTriangles); }},
+     [](const DMesh& mesh) { return bitsAndCount(mesh.triangleActive, mesh.numActiveTriangles); }},
     {"borders", &CriticalSections::csBorderVertices,
-     [](const DMesh& mesh) { return look(mesh.borderVertices, 0); }},
+     [](const DMesh& mesh) { return bitsAndCount(mesh.borderVertices, 0); }},
 };
 
 TEST(CollapseOnThreads, NothingGuardedChangesWhileAnotherThreadIsInItsSection) {
@@ -375,21 +416,16 @@ TEST(CollapseOnThreads, NothingGuardedChangesWhileAnotherThreadIsInItsSection) {
             };
             if (undone) collapse();
 
-            std::unique_lock inside(sections.*guarded.section);
-            const test::Words before = guarded.look(mesh);
-            std::thread other([&] {
-                if (!undone) return collapse();
-                UndoCollapse_MT(side.pm, 1, 5, side.record.split, side.record.flags, sections);
-            });
-            bool changed = false;
-            for (int i = 0; i < 2000; ++i) {
-                changed = changed || guarded.look(mesh) != before;
-                std::this_thread::yield();
-            }
-            inside.unlock();
-            other.join();
-            EXPECT_FALSE(changed) << guarded.name << undone;
-            EXPECT_NE(guarded.look(mesh), before) << guarded.name << undone;
+            const auto look = [&] { return guarded.look(mesh); };
+            const test::Words before = look();
+            EXPECT_TRUE(test::staysTheSameInside(
+                sections.*guarded.section, look,
+                [&] {
+                    if (!undone) return collapse();
+                    UndoCollapse_MT(side.pm, 1, 5, side.record.split, side.record.flags, sections);
+                }))
+                << guarded.name << undone;
+            EXPECT_NE(look(), before) << guarded.name << undone;
         }
     }
 }

@@ -265,6 +265,16 @@ TEST(DeferredChanges, FreesOneSlaveAtOnceAndNoOther) {
     EXPECT_TRUE(m.isUntouched());
 }
 
+TEST(DeferredChanges, NoSlaveIsFreedWhileAnotherThreadIsInTheSection) {
+    Hills m;
+    m.pm.symmetrySlaves.Resize(m.pm.mesh.vertexCount(), false);
+    m.pm.symmetrySlaves.Set(12);
+    EXPECT_TRUE(test::staysTheSameInside(
+        m.sections.csSymmetrySlaves, [&] { return m.pm.symmetrySlaves.Test(12); },
+        [&] { m.changes.freeSlave(12); }));
+    EXPECT_FALSE(m.pm.symmetrySlaves.Test(12));
+}
+
 TEST(DeferredChanges, ThreadsThatFreeSlavesOfOneByteLoseNone) {
     constexpr std::int32_t kThreads = 4;
     constexpr std::int32_t kSlaves = 40'000;

@@ -156,7 +156,7 @@ protected:
             twins.updateAround(v);
     }
     template <typename Metric>
-    static void expectAlikeThroughCollapses(Twins<Metric>& twins, int collapses = 100) {
+    static void expectAlikeThroughCollapses(Twins<Metric>& twins, int collapses = 50) {
         while (collapses-- > 0 && !HasFailure() && twins.collapseNext()) {
         }
         EXPECT_LT(twins.one->mesh.numActiveVertices,

@@ -135,8 +135,8 @@ TEST(Reservations, ARefusedNeighbourhoodIsNotReleasedWithTheNextOne) {
     Reservations others(board.pm);
     Reservations own(board.pm);
     ASSERT_TRUE(others.hold({at(4, 4)}));
-    // The ring of (1, 1) is free, that of (3, 3) is not.
-    EXPECT_FALSE(own.hold({at(1, 1), at(3, 3)}));
+    // Both centres and the ring of the first are free, the ring of the second is not.
+    EXPECT_FALSE(own.hold({at(1, 1), at(2, 3)}));
     Reservations third(board.pm);
     ASSERT_TRUE(third.hold({at(1, 1)}));
     ASSERT_TRUE(own.hold({at(1, 5)}));
@@ -157,6 +157,18 @@ TEST(Reservations, ReleaseAllFreesAllThatOverlapsAndNothingOfOthers) {
     second.releaseAll();
     EXPECT_EQ(board.pm.lockedVertices.CountSet(), 0);
     EXPECT_TRUE(second.hold({at(1, 1), at(2, 2), at(1, 2)}));
+}
+
+TEST(Reservations, WhatWasReleasedBelongsToTheNextHolder) {
+    Board board;
+    Reservations own(board.pm);
+    Reservations others(board.pm);
+    ASSERT_TRUE(own.hold({at(2, 2)}));
+    own.releaseAll();
+    ASSERT_TRUE(others.hold({at(2, 2)}));
+    ASSERT_TRUE(own.hold({at(5, 5)}));
+    own.releaseAll();
+    EXPECT_EQ(heldIn(board.pm), closedRings(board.pm.mesh, {at(2, 2)}));
 }
 
 TEST(Reservations, WhatOneThreadHoldsIsHeldForAll) {
@@ -258,11 +270,11 @@ TEST_F(ReservationsAfterARun, NoneIsLeftAfterAStopRequest) {
     EXPECT_EQ(pm->mesh.numActiveVertices, 258U);
 }
 
-// Takes the memory away when all threads are up, just before they begin.
+// Leaves memory for a reservation and not for its costs, from when all threads are up.
 class TakeMemory : public StepObserver {
 public:
     void step(int number) override {
-        if (number == 10) limit.emplace(std::size_t{64});
+        if (number == 10) limit.emplace(std::size_t{1000});
     }
     std::optional<test::AllocationLimit> limit;
 };

@@ -42,7 +42,7 @@ void longEnoughForTheOthersToSleep() {
 }
 
 TEST(CriticalSection, LetsOneThreadInAtATime) {
-    constexpr std::uint64_t kStays = 5000;
+    constexpr std::uint64_t kStays = 40'000;
     Guarded guarded;
     test::onThreads(kThreads, [&](std::size_t) {
         for (std::uint64_t i = 0; i < kStays; ++i)

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <latch>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -22,6 +24,29 @@ void onThreads(std::size_t count, Work work) {
     }
     for (std::thread& thread : threads)
         thread.join();
+}
+
+// Does work() on another thread while this one is inside the section. True if look() has given the
+// same all that time; the work is over on return.
+template <typename Section, typename Look, typename Work>
+bool staysTheSameInside(Section& section, Look look, Work work) {
+    std::unique_lock inside(section);
+    const auto before = look();
+    std::atomic<bool> begun = false;
+    std::thread other([&] {
+        begun = true;
+        work();
+    });
+    while (!begun)
+        std::this_thread::yield();
+    bool stays = true;
+    for (int i = 0; i < 2000; ++i) {
+        stays = stays && look() == before;
+        std::this_thread::yield();
+    }
+    inside.unlock();
+    other.join();
+    return stays;
 }
 
 }  // namespace korvalite::test
