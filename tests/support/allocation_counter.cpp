@@ -17,7 +17,26 @@ namespace {
 constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 
 std::atomic<std::uint64_t> allocations{0};
+std::atomic<std::uint64_t> allocatedBytes{0};
 std::atomic<std::size_t> mostBytesAtOnce{kNoLimit};
+
+// Allocations up to the one that fails, and 0 from then on; nothing fails at 0.
+thread_local std::uint64_t leftHere = 0;
+std::atomic<std::uint64_t> leftElsewhere{0};
+thread_local bool isExempt = false;  // from leftElsewhere
+
+bool failsHere() {
+    return leftHere != 0 && --leftHere == 0;
+}
+
+bool failsElsewhere() {
+    if (isExempt) return false;
+    std::uint64_t left = leftElsewhere.load(std::memory_order_relaxed);
+    while (left != 0 &&
+           !leftElsewhere.compare_exchange_weak(left, left - 1, std::memory_order_relaxed)) {
+    }
+    return left == 1;
+}
 
 }  // namespace
 
@@ -25,6 +44,10 @@ namespace korvalite::test {
 
 std::uint64_t AllocationCounter::total() {
     return allocations.load(std::memory_order_relaxed);
+}
+
+std::uint64_t AllocationCounter::totalBytes() {
+    return allocatedBytes.load(std::memory_order_relaxed);
 }
 
 AllocationLimit::AllocationLimit(std::size_t bytes) {
@@ -35,10 +58,38 @@ AllocationLimit::~AllocationLimit() {
     mostBytesAtOnce.store(kNoLimit, std::memory_order_relaxed);
 }
 
+FailingAllocation::FailingAllocation(std::uint64_t nth) {
+    leftHere = nth;
+}
+
+FailingAllocation::~FailingAllocation() {
+    leftHere = 0;
+}
+
+bool FailingAllocation::hasFailed() {
+    return leftHere == 0;
+}
+
+FailingAllocationElsewhere::FailingAllocationElsewhere(std::uint64_t nth) {
+    isExempt = true;
+    leftElsewhere.store(nth, std::memory_order_relaxed);
+}
+
+FailingAllocationElsewhere::~FailingAllocationElsewhere() {
+    leftElsewhere.store(0, std::memory_order_relaxed);
+    isExempt = false;
+}
+
+bool FailingAllocationElsewhere::hasFailed() {
+    return leftElsewhere.load(std::memory_order_relaxed) == 0;
+}
+
 }  // namespace korvalite::test
 
 void* operator new(std::size_t size) {
     allocations.fetch_add(1, std::memory_order_relaxed);
+    allocatedBytes.fetch_add(size, std::memory_order_relaxed);
+    if (failsHere() || failsElsewhere()) throw std::bad_alloc();
     if (size > mostBytesAtOnce.load(std::memory_order_relaxed)) throw std::bad_alloc();
     if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
     throw std::bad_alloc();

@@ -24,6 +24,15 @@ TEST(AllocationCounter, CountsWhatVectorsAllocate) {
     EXPECT_EQ(afterGrowth, 2U);
 }
 
+TEST(AllocationCounter, SumsUpWhatWasAskedFor) {
+    std::vector<int> items;
+    const AllocationCounter counter;
+    items.reserve(100);
+    items.reserve(150);
+    const auto bytes = counter.bytes();
+    EXPECT_EQ(bytes, 250 * sizeof(int));
+}
+
 TEST(AllocationCounter, CountsArrays) {
     const AllocationCounter counter;
     const auto array = std::make_unique<int[]>(50);

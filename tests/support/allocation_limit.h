@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace korvalite::test {
 
@@ -13,6 +14,30 @@ public:
     ~AllocationLimit();
     AllocationLimit(const AllocationLimit&) = delete;
     AllocationLimit& operator=(const AllocationLimit&) = delete;
+};
+
+// Lets the nth allocation of the thread that makes this fail, counted from now on; those before and
+// behind it succeed. One at a time on a thread.
+class FailingAllocation {
+public:
+    explicit FailingAllocation(std::uint64_t nth);
+    ~FailingAllocation();
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+
+    // On the same thread.
+    static bool hasFailed();
+};
+
+// The same for all threads but the one that makes this, counted together. One at a time.
+class FailingAllocationElsewhere {
+public:
+    explicit FailingAllocationElsewhere(std::uint64_t nth);
+    ~FailingAllocationElsewhere();
+    FailingAllocationElsewhere(const FailingAllocationElsewhere&) = delete;
+    FailingAllocationElsewhere& operator=(const FailingAllocationElsewhere&) = delete;
+
+    static bool hasFailed();
 };
 
 }  // namespace korvalite::test
