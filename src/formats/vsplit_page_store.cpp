@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdio>
 #include <limits>
+#include <utility>
 
 namespace korvalite {
 
@@ -26,12 +27,13 @@ std::int64_t byteLength(std::span<const std::uint32_t> page) {
 
 void VSplitPageStore::open() {
     HeapString candidate = GetFreeFilePath("VSplitList.data");
-    for (int i = 0; i < kMaxNames && !file_; ++i) {
+    for (int i = 0; i < kMaxNames; ++i) {
         file_ = platform::File::createExclusively(candidate.c_str());
-        if (file_)
-            path_ = candidate;
-        else
-            candidate = IncrementFileName(candidate);
+        if (file_) {
+            path_ = std::move(candidate);  // needs no memory: the file must not lose its name
+            break;
+        }
+        candidate = IncrementFileName(candidate);
     }
     // Pages come and go in one piece. A buffer would gain nothing, and could hold on to bytes that
     // a full disk has refused and put them in the way of later reads.

@@ -5,6 +5,7 @@
 #include "platform/platform.h"
 #include "shell/base/job_paths.h"
 #include "support/allocation_counter.h"
+#include "support/allocation_limit.h"
 #include "support/full_disk.h"
 #include "support/scratch_folder.h"
 
@@ -12,6 +13,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -41,6 +43,22 @@ TEST_F(VSplitListTest, ComputedPageCapacityFollowsTheFormat) {
         list.open(kAllFormats[i], kManyVertices, 2);
         EXPECT_EQ(list.recordsPerPage(), expected[i]);
         EXPECT_EQ(list.pageCapacity, 0U);
+    }
+}
+
+TEST_F(VSplitListTest, ALackOfMemoryWhileItOpensLeavesNoFileBehind) {
+    bool failed = true;
+    for (std::uint64_t nth = 1; failed; ++nth) {
+        {
+            VSplitList list;
+            const test::FailingAllocation failure(nth);
+            try {
+                list.open({}, kManyVertices, 2);
+            } catch (const std::bad_alloc&) {
+            }
+            failed = test::FailingAllocation::hasFailed();
+        }
+        ASSERT_EQ(filesInFolder(), 0U) << nth;
     }
 }
 
