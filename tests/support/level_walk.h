@@ -82,6 +82,17 @@ inline Words arraysOf(const DMesh& mesh, Part part) {
     return words;
 }
 
+// All records, in order of collapse.
+inline Words splitsOf(ProgressiveMesh& pm) {
+    Words words;
+    const auto count = static_cast<std::int32_t>(pm.vsplitList.NumVtxSplit());
+    for (std::int32_t i = 0; i < count; ++i) {
+        const auto record = pm.vsplitList.ensureLoaded(i).words();
+        words.insert(words.end(), record.begin(), record.end());
+    }
+    return words;
+}
+
 // As the batch driver leaves it after a run: all records are applied.
 inline void markAllApplied(ProgressiveMesh& pm) {
     pm.CurVtxSplitPos = static_cast<std::int32_t>(pm.vsplitList.NumVtxSplit());

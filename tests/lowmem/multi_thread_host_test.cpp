@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+//
+// The multi-threaded driver as an observer and a host see it, and how they stop it.
+#include "lowmem/multi_thread_driver.h"
+
+#include "shell/base/progress_channel.h"
+#include "support/level_walk.h"
+#include "support/multi_thread_run.h"
+#include "support/progress_image.h"
+#include "support/scratch_folder.h"
+#include "support/step_recorder.h"
+#include "support/stop_request.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+using test::bumpyBall;
+using test::MeshPtr;
+using test::turnsOf;
+
+class MultiThreadHost : public test::MultiThreadTest {};
+
+TEST_F(MultiThreadHost, AStopRequestEndsItBeforeTheFirstCollapse) {
+    const test::StopRequest stop;
+    const MeshPtr pm = runTo(40, 3, bumpyBall());
+    EXPECT_EQ(turnsOf(*pm), 0U);
+    EXPECT_EQ(pm->vsplitList.NumVtxSplit(), 0U);
+    EXPECT_EQ(test::surfaceOf(pm->mesh), test::surfaceOf(bumpyBall()));
+}
+
+class AskToStopAt : public StepObserver {
+public:
+    explicit AskToStopAt(int number) : number_(number) {}
+    void step(int number) override {
+        if (number == number_) test::HostedProgress::askToStop();
+    }
+
+private:
+    int number_;
+};
+
+TEST_F(MultiThreadHost, AStopRequestWhileTheThreadsWaitForTheirStartEndsThemAll) {
+    const test::HostedProgress host;
+    AskToStopAt ask(10);
+    const MeshPtr pm = run(4, bumpyBall(), [&](ProgressiveMesh& settings) {
+        settings.observer = &ask;
+        settings.TargetNumItem = 40;
+    });
+    EXPECT_EQ(pm->threadContexts.size(), 4U);
+    EXPECT_EQ(turnsOf(*pm), 0U);
+    EXPECT_EQ(pm->mesh.numActiveVertices, 258U);
+}
+
+TEST_F(MultiThreadHost, TellsAnObserverItsStepsButNoProgress) {
+    test::StepRecorder steps;
+    const MeshPtr pm = run(2, bumpyBall(4), [&](ProgressiveMesh& settings) {
+        settings.observer = &steps;
+        settings.TargetNumItem = 400;
+    });
+    EXPECT_GT(pm->vsplitList.NumVtxSplit(), 400U);
+    EXPECT_EQ(steps.numbers, (std::vector<int>{4, 5, 7, 8, 9, 10, 12}));
+}
+
+// What the record says at each step.
+class StageReader : public StepObserver {
+public:
+    void step(int number) override {
+        const ProgressRecord& record = progressChannel().record();
+        if (number == 5 || number == 10) flagsBefore += record.stageFlag1 + record.stageFlag2;
+        if (number != 12) return;
+        flag1 = record.stageFlag1;
+        flag2 = record.stageFlag2;
+        mainActive = record.mainActive;
+        subActive = record.subActive;
+    }
+    int flagsBefore = 0;
+    int flag1 = -1;
+    int flag2 = -1;
+    int mainActive = -1;
+    int subActive = -1;
+};
+
+TEST_F(MultiThreadHost, RaisesTheFirstStageFlagAloneAndLeavesTheMainTaskOpen) {
+    for (const std::int32_t threads : {1, 3}) {
+        const test::HostedProgress host;
+        StageReader reader;
+        run(threads, bumpyBall(), [&](ProgressiveMesh& pm) {
+            pm.observer = &reader;
+            pm.TargetNumItem = 200;
+        });
+        EXPECT_EQ(reader.flagsBefore, 0);
+        EXPECT_EQ(reader.flag1, 1);
+        EXPECT_EQ(reader.flag2, 0);
+        EXPECT_EQ(reader.mainActive, 1);
+        EXPECT_EQ(reader.subActive, 0);
+        EXPECT_EQ(progressChannel().record().mainActive, 1);
+        EXPECT_EQ(progressChannel().record().subActive, 0);
+        progressChannel().EndMainTask();
+    }
+}
+
+// Looks at the progress file, as a host does, until it shows a text or is told to end.
+class Host {
+public:
+    explicit Host(const char* text) : text_(text) {}
+    ~Host() {
+        end_ = true;
+        thread_.join();
+    }
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    bool hasSeen() const { return seen_; }
+    // REQUIRES: hasSeen().
+    std::int32_t total() const { return total_; }
+
+private:
+    void look() {
+        while (!end_ && !seen_) {
+            const test::ProgressImage image(test::readWhole(path_));
+            if (image.subText() != text_) continue;
+            total_ = image.subTotal();
+            seen_ = true;
+        }
+    }
+
+    const std::string path_ = progressChannel().path().c_str();
+    const std::string text_;
+    std::atomic<bool> end_ = false;
+    std::atomic<bool> seen_ = false;
+    std::atomic<std::int32_t> total_ = 0;
+    std::thread thread_{[this] { look(); }};
+};
+
+TEST_F(MultiThreadHost, ShowsTheHostThatItIsProcessingAndHowManyVertices) {
+    const test::HostedProgress hosted;
+    const Host host("processing");
+    // It may look away for the whole of a run.
+    for (int runs = 0; !host.hasSeen(); ++runs) {
+        ASSERT_LT(runs, 1000);
+        runTo(60, 2, bumpyBall());
+        progressChannel().EndMainTask();
+    }
+    EXPECT_EQ(host.total(), 258);
+}
+
+}  // namespace
+}  // namespace korvalite

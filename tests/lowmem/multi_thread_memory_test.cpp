@@ -1,0 +1,285 @@
+// SPDX-License-Identifier: MIT
+//
+// The multi-threaded driver where memory is short, and how much of it it takes.
+#include "lowmem/multi_thread_driver.h"
+
+#include "decimation/metric.h"
+#include "lowmem/thread_loop.h"
+#include "shell/base/progress_channel.h"
+#include "support/allocation_counter.h"
+#include "support/allocation_limit.h"
+#include "support/decimation_run.h"
+#include "support/mesh_builder.h"
+#include "support/mesh_validator.h"
+#include "support/stop_request.h"
+#include "support/watchdog.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#if defined(__GLIBC__)
+#include <pthread.h>
+#endif
+
+namespace korvalite {
+namespace {
+
+using test::MeshPtr;
+
+class MultiThreadMemory : public test::DecimationTest {
+protected:
+    static MeshPtr prepared(std::int32_t threads, unsigned level, std::uint32_t target) {
+        MeshPtr pm = test::prepared(test::sphere(level));
+        pm->MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
+        pm->NumThread = threads;
+        pm->TargetNumItem = target;
+        return pm;
+    }
+
+    // What must hold after a run that has run out of memory.
+    static void expectEnded(const ProgressiveMesh& pm, int result) {
+        EXPECT_EQ(result, 2);
+        EXPECT_EQ(pm.lockedVertices.CountSet(), 0);
+        EXPECT_EQ(progressChannel().record().mainActive, 0);
+    }
+    static void expectTheNextRunSucceeds(std::int32_t threads) {
+        const MeshPtr pm = prepared(threads, 3, 100);
+        EXPECT_EQ(RunDecimation(*pm), 0);
+        EXPECT_LE(pm->mesh.numActiveVertices, 100U);
+        EXPECT_TRUE(test::isClosedManifold(pm->mesh));
+        progressChannel().EndMainTask();
+    }
+
+    test::Watchdog watchdog{"MultiThreadMemory"};
+    test::HostedProgress host;
+};
+
+// Lets the nth allocation of the main thread behind a step fail, but none when the loops have
+// ended. Notes which steps come.
+class FailBehind : public StepObserver {
+public:
+    FailBehind(int step, std::uint64_t nth) : step_(step), nth_(nth) {}
+    void step(int number) override {
+        last = number;
+        if (number == step_) failure_.emplace(nth_);
+        if (number == 12) failure_.reset();
+    }
+    int last = 0;
+
+private:
+    int step_;
+    std::uint64_t nth_;
+    std::optional<test::FailingAllocation> failure_;
+};
+
+TEST_F(MultiThreadMemory, AnyAllocationOfTheMainThreadMayFail) {
+    bool failed = true;
+    std::uint64_t nth = 0;
+    int failures = 0;
+    while (failed) {
+        const MeshPtr pm = prepared(3, 2, 30);
+        int result = 0;
+        {
+            const test::FailingAllocation failure(++nth);
+            result = RunDecimation(*pm);
+            failed = test::FailingAllocation::hasFailed();
+        }
+        progressChannel().EndMainTask();
+        // An array form of the first costs has another to fall back on.
+        EXPECT_TRUE(result == 0 || (result == 2 && failed)) << nth;
+        EXPECT_EQ(pm->lockedVertices.CountSet(), 0) << nth;
+        failures += result == 2 ? 1 : 0;
+    }
+    EXPECT_GT(failures, 20);
+    expectTheNextRunSucceeds(3);
+}
+
+TEST_F(MultiThreadMemory, WhileTheThreadsAreSetUpThoseThatAreUpEndAgain) {
+    int failures = 0;
+    for (std::uint64_t nth = 1;; ++nth) {
+        const MeshPtr pm = prepared(4, 2, 30);
+        FailBehind observer(9, nth);
+        pm->observer = &observer;
+        const int result = RunDecimation(*pm);
+        if (observer.last != 9) {
+            progressChannel().EndMainTask();
+            break;
+        }
+        expectEnded(*pm, result);
+        EXPECT_EQ(pm->vsplitList.NumVtxSplit(), 0U);
+        EXPECT_TRUE(test::isClosedManifold(pm->mesh));
+        ++failures;
+    }
+    // A context's tables for each thread, and a worker.
+    EXPECT_GT(failures, 4 * 3);
+    expectTheNextRunSucceeds(4);
+}
+
+TEST_F(MultiThreadMemory, InTheLoopOfTheMainThreadTheWorkersEndToo) {
+    for (const std::uint64_t nth : {1U, 2U, 3U, 5U, 8U, 13U}) {
+        bool failed = false;
+        // The workers may have done everything before the main thread needs anything.
+        for (int runs = 0; !failed; ++runs) {
+            ASSERT_LT(runs, 1000) << nth;
+            const MeshPtr pm = prepared(3, 4, 100);
+            FailBehind observer(10, nth);
+            pm->observer = &observer;
+            const int result = RunDecimation(*pm);
+            failed = observer.last != 12;
+            if (failed) {
+                expectEnded(*pm, result);
+            } else {
+                EXPECT_EQ(result, 0);
+                progressChannel().EndMainTask();
+            }
+        }
+    }
+    expectTheNextRunSucceeds(3);
+}
+
+TEST_F(MultiThreadMemory, InAWorkerTheOtherThreadsEndTooAndTheRunFails) {
+    for (const std::int32_t threads : {2, 5}) {
+        for (const std::uint64_t nth : {1U, 2U, 3U, 5U, 8U, 13U, 21U}) {
+            bool failed = false;
+            // The main thread may have done everything before a worker needs that much.
+            for (int runs = 0; !failed; ++runs) {
+                ASSERT_LT(runs, 1000) << nth;
+                const MeshPtr pm = prepared(threads, 4, 100);
+                int result = 0;
+                {
+                    const test::FailingAllocationElsewhere failure(nth);
+                    result = RunDecimation(*pm);
+                    failed = test::FailingAllocationElsewhere::hasFailed();
+                }
+                if (failed) {
+                    expectEnded(*pm, result);
+                } else {
+                    EXPECT_EQ(result, 0);
+                    progressChannel().EndMainTask();
+                }
+            }
+        }
+        expectTheNextRunSucceeds(threads);
+    }
+}
+
+TEST_F(MultiThreadMemory, ALoopThatFindsNoneCommitsNothingMoreAndTellsTheOthers) {
+    for (std::uint64_t nth = 1; nth < 30; ++nth) {
+        const MeshPtr pm = prepared(2, 3, 50);
+        doDecimationInit_LM_MT<PlainMetric>(*pm);
+        SharedRun run;
+        ThreadContext first;
+        ThreadContext second;
+        first.marks.prepare(pm->mesh);
+        second.marks.prepare(pm->mesh);
+        std::uint64_t committed = 0;
+        {
+            const test::FailingAllocation failure(nth);
+            doDecimationLoop_LM_MT<PlainMetric>(*pm, first, run);
+            ASSERT_TRUE(test::FailingAllocation::hasFailed()) << nth;
+        }
+        EXPECT_TRUE(run.outOfMemory) << nth;
+        EXPECT_EQ(pm->lockedVertices.CountSet(), 0) << nth;
+        committed = pm->vsplitList.NumVtxSplit();
+        doDecimationLoop_LM_MT<PlainMetric>(*pm, second, run);
+        EXPECT_EQ(second.statistics.turns, 0U) << nth;
+        EXPECT_EQ(pm->vsplitList.NumVtxSplit(), committed) << nth;
+        progressChannel().EndMainTask();
+    }
+}
+
+#if defined(__GLIBC__)
+// No address space is large enough for the stack of a thread that is started while this lives.
+class NoMoreThreads {
+public:
+    NoMoreThreads() {
+        pthread_attr_t attributes;
+        pthread_getattr_default_np(&attributes);
+        pthread_attr_getstacksize(&attributes, &before_);
+        set(std::size_t{1} << 60U);
+        pthread_attr_destroy(&attributes);
+    }
+    ~NoMoreThreads() { set(before_); }
+    NoMoreThreads(const NoMoreThreads&) = delete;
+    NoMoreThreads& operator=(const NoMoreThreads&) = delete;
+
+private:
+    static void set(std::size_t bytes) {
+        pthread_attr_t attributes;
+        pthread_getattr_default_np(&attributes);
+        pthread_attr_setstacksize(&attributes, bytes);
+        pthread_setattr_default_np(&attributes);
+        pthread_attr_destroy(&attributes);
+    }
+
+    std::size_t before_ = 0;
+};
+
+TEST_F(MultiThreadMemory, AThreadThatCannotBeStartedIsDoneWithout) {
+    const MeshPtr pm = prepared(4, 3, 100);
+    {
+        const NoMoreThreads none;
+        EXPECT_EQ(RunDecimation(*pm), 0);
+    }
+    EXPECT_EQ(pm->threadContexts.size(), 1U);
+    EXPECT_EQ(pm->mesh.numActiveVertices, 100U);
+    EXPECT_TRUE(test::isClosedManifold(pm->mesh));
+    progressChannel().EndMainTask();
+    expectTheNextRunSucceeds(4);
+}
+#endif
+
+// Bytes asked for until the loops begin. From then on, nothing as long as the mesh is to be had.
+class TablesOnly : public StepObserver {
+public:
+    explicit TablesOnly(std::size_t mostBytesInTheLoop) : most_(mostBytesInTheLoop) {}
+    void step(int number) override {
+        if (number == 10) {
+            bytes = counter_.bytes();
+            limit_.emplace(most_);
+        }
+        if (number == 12) limit_.reset();
+    }
+    std::uint64_t bytes = 0;
+
+private:
+    std::size_t most_;
+    test::AllocationCounter counter_;
+    std::optional<test::AllocationLimit> limit_;
+};
+
+std::uint64_t bytesOfTables(std::int32_t driver, std::int32_t threads) {
+    const MeshPtr pm = test::prepared(test::sphere(6));
+    TablesOnly tables(pm->mesh.vertices.size());
+    pm->observer = &tables;
+    pm->MemSpeedTradeOff = driver;
+    pm->NumThread = threads;
+    pm->recordVSplits = false;
+    pm->DoReorder = false;
+    test::targetPercent(*pm, 90);
+    EXPECT_EQ(RunDecimation(*pm), 0);
+    progressChannel().EndMainTask();
+    return tables.bytes;
+}
+
+TEST_F(MultiThreadMemory, AThreadTakesTwoBytesAVertexAndABitATriangleMore) {
+    const std::uint64_t vertices = 16386;
+    const std::uint64_t triangles = 2 * vertices - 4;
+    const std::uint64_t tablesOfAThread = 2 * vertices + (triangles + 7) / 8;
+    const std::uint64_t reservations = (vertices + 7) / 8;
+    // Its lists and messages do not grow with the mesh.
+    constexpr std::uint64_t kOfAnySize = 2000;
+    const std::uint64_t alone = bytesOfTables(MEMSPEED_TRADEOFF_LOW_MEM, 1);
+    for (const std::int32_t threads : {1, 2, 4}) {
+        const auto more = static_cast<std::uint64_t>(threads - 1) * tablesOfAThread + reservations;
+        const std::uint64_t taken = bytesOfTables(MEMSPEED_TRADEOFF_LOW_MEM_MT, threads) - alone;
+        EXPECT_GE(taken, more) << threads;
+        EXPECT_LE(taken, more + static_cast<std::uint64_t>(threads) * kOfAnySize) << threads;
+    }
+}
+
+}  // namespace
+}  // namespace korvalite

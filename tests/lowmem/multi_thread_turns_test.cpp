@@ -1,0 +1,359 @@
+// SPDX-License-Identifier: MIT
+//
+// Single turns of the multi-threaded driver, with every thread stopped where the test wants it.
+#include "lowmem/thread_loop.h"
+
+#include "decimation/metric.h"
+#include "lowmem/multi_thread_driver.h"
+#include "mesh/corner_lists.h"
+#include "shell/base/progress_channel.h"
+#include "support/allocation_limit.h"
+#include "support/decimation_run.h"
+#include "support/level_walk.h"
+#include "support/mesh_builder.h"
+#include "support/mesh_validator.h"
+#include "support/multi_thread_run.h"
+#include "support/stop_request.h"
+#include "support/watchdog.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace korvalite {
+namespace {
+
+using test::bumpyBall;
+using test::MeshPtr;
+
+// A run of which the test starts and stops the threads. As long as it holds them, each stands in
+// the middle of its first collapse: no vertex can be made inactive.
+class HeldRun {
+public:
+    HeldRun(DMesh mesh, std::uint32_t target, bool symmetric = false)
+        : pm_(test::prepared(std::move(mesh))) {
+        pm_->MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
+        pm_->TargetNumItem = target;
+        if (symmetric) test::askForSymmetry(*pm_, 0);
+        doDecimationInit_LM_MT<PlainMetric>(*pm_);
+    }
+    ~HeldRun() {
+        letGo();
+        progressChannel().EndMainTask();
+    }
+    HeldRun(const HeldRun&) = delete;
+    HeldRun& operator=(const HeldRun&) = delete;
+
+    ProgressiveMesh& pm() { return *pm_; }
+    DMesh& mesh() { return pm_->mesh; }
+    SharedRun& shared() { return run_; }
+    const ThreadContext& context(std::size_t thread) { return pm_->threadContexts[thread]; }
+
+    // Back when the thread has picked, which it must be able to.
+    void startAndHold() {
+        if (!hold_.owns_lock()) hold_.lock();
+        ThreadContext& added = addContext();
+        threads_.emplace_back(
+            [this, &added] { doDecimationLoop_LM_MT<PlainMetric>(*pm_, added, run_); });
+        while (pickedBy(added) == kNone)
+            std::this_thread::yield();
+    }
+
+    // One more thread, from its begin to its end.
+    void runOneMore() { doDecimationLoop_LM_MT<PlainMetric>(*pm_, addContext(), run_); }
+    // The same, and it finds no memory.
+    void runOneMoreWithoutMemory() {
+        ThreadContext& added = addContext();
+        const test::FailingAllocation failure(1);
+        doDecimationLoop_LM_MT<PlainMetric>(*pm_, added, run_);
+    }
+
+    // Until all have ended.
+    void letGo() {
+        if (hold_.owns_lock()) hold_.unlock();
+        for (std::thread& thread : threads_)
+            thread.join();
+        threads_.clear();
+    }
+
+    // What the threads are held at, and as little else as possible.
+    std::unique_lock<CriticalSection> enterQueue() {
+        return std::unique_lock(run_.sections.csQueue);
+    }
+
+private:
+    ThreadContext& addContext() {
+        ThreadContext& added = pm_->threadContexts.emplace_back();
+        added.threadIndex = static_cast<std::int32_t>(pm_->threadContexts.size()) - 1;
+        added.marks.prepare(pm_->mesh);
+        return added;
+    }
+    std::int32_t pickedBy(const ThreadContext& context) {
+        const auto lock = enterQueue();
+        return context.workRecord.pickedVertex;
+    }
+
+    MeshPtr pm_;
+    SharedRun run_;
+    std::unique_lock<CriticalSection> hold_{run_.sections.csActiveVertices, std::defer_lock};
+    std::vector<std::thread> threads_;
+};
+
+// Of both ends of the collapse that a vertex is queued for.
+std::set<std::int32_t> closedRings(const DMesh& mesh, std::int32_t v) {
+    std::set<std::int32_t> rings;
+    for (const std::int32_t end : {v, mesh.vertices[static_cast<std::size_t>(v)].partner}) {
+        IndexList ring;
+        GetVertexNeighbours(mesh, end, ring);
+        rings.insert(end);
+        rings.insert(ring.begin(), ring.end());
+    }
+    return rings;
+}
+
+bool meet(const std::set<std::int32_t>& a, const std::set<std::int32_t>& b) {
+    return std::any_of(a.begin(), a.end(), [&b](auto v) { return b.count(v) != 0; });
+}
+
+// In two parts that share no vertex: 0 to 5, and 6 to 11.
+DMesh twoOctahedra() {
+    DMesh mesh = test::octahedron();
+    const DMesh one = mesh;
+    for (const VertexRecord& vertex : one.vertices) {
+        mesh.vertices.emplace_back();
+        mesh.vertices.back().setPosition(vertex.position() + FloatVec3{5, 0, 0});
+    }
+    for (const std::uint32_t vertex : one.triangles)
+        mesh.triangles.push_back(vertex + 6);
+    test::completeMesh(mesh);
+    return mesh;
+}
+
+class MultiThreadTurns : public test::DecimationTest {
+protected:
+    test::Watchdog watchdog{"MultiThreadTurns"};
+};
+
+TEST_F(MultiThreadTurns, AThreadHoldsTheClosedRingsOfBothEnds) {
+    HeldRun run(bumpyBall(), 200);
+    const std::int32_t cheapest = run.pm().costQueue.Top();
+    const std::set<std::int32_t> rings = closedRings(run.mesh(), cheapest);
+    run.startAndHold();
+    const auto lock = run.enterQueue();
+    EXPECT_EQ(run.context(0).workRecord.pickedVertex, cheapest);
+    for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v)
+        EXPECT_EQ(run.pm().lockedVertices.Test(v), rings.count(v) != 0) << v;
+}
+
+TEST_F(MultiThreadTurns, AHeldVertexStaysQueuedAndIsPassedOverUntilItsThreadCommits) {
+    HeldRun run(bumpyBall(), 200);
+    const std::int32_t first = run.pm().costQueue.Top();
+    const std::set<std::int32_t> held = closedRings(run.mesh(), first);
+    run.startAndHold();
+    // The cheapest one that has nothing in common with it.
+    std::int32_t next = kNone;
+    for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v) {
+        const auto costOf = [&](std::int32_t vertex) {
+            return run.mesh().vertices[static_cast<std::size_t>(vertex)].cost;
+        };
+        if (meet(held, closedRings(run.mesh(), v))) continue;
+        if (next == kNone || costOf(v) < costOf(next)) next = v;
+    }
+    run.startAndHold();
+    {
+        const auto lock = run.enterQueue();
+        EXPECT_EQ(run.context(0).workRecord.pickedVertex, first);
+        EXPECT_EQ(run.context(1).workRecord.pickedVertex, next);
+        EXPECT_TRUE(run.pm().costQueue.isQueued(first));
+        EXPECT_TRUE(run.pm().costQueue.isQueued(next));
+    }
+    run.letGo();
+    for (const std::int32_t v : {first, next}) {
+        EXPECT_FALSE(run.mesh().vertexActive.Test(v));
+        EXPECT_FALSE(run.pm().costQueue.isQueued(v));
+    }
+}
+
+TEST_F(MultiThreadTurns, NoVertexCollapsesTwice) {
+    HeldRun run(bumpyBall(), 60);
+    for (int i = 0; i < 4; ++i)
+        run.startAndHold();
+    run.letGo();
+    std::set<std::int32_t> collapsed;
+    const auto count = static_cast<std::int32_t>(run.pm().vsplitList.NumVtxSplit());
+    for (std::int32_t i = 0; i < count; ++i)
+        EXPECT_TRUE(collapsed.insert(run.pm().vsplitList.ensureLoaded(i).vertex()).second) << i;
+    EXPECT_EQ(collapsed.size(), 258 - run.mesh().numActiveVertices);
+}
+
+TEST_F(MultiThreadTurns, WhereAllIsHeldAThreadLeavesAndAnotherFinishes) {
+    HeldRun run(test::octahedron(), 4);
+    run.startAndHold();
+    run.runOneMore();
+    EXPECT_EQ(run.context(1).workRecord.pickedVertex, kNone);
+    EXPECT_EQ(run.context(1).statistics.turns, 1U);
+    EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), 0U);
+    run.letGo();
+    EXPECT_EQ(run.mesh().numActiveVertices, 4U);
+    EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), 2U);
+    EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
+}
+
+TEST_F(MultiThreadTurns, TurnsInTheMakingAreAllCommittedWhenTheTargetIsReached) {
+    for (const int threads : {2, 4}) {
+        HeldRun run(bumpyBall(), 257);
+        for (int i = 0; i < threads; ++i)
+            run.startAndHold();
+        run.letGo();
+        EXPECT_EQ(run.mesh().numActiveVertices, 258U - static_cast<std::uint32_t>(threads));
+        EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), static_cast<std::uint32_t>(threads));
+        EXPECT_TRUE(test::isClosedManifold(run.mesh()));
+    }
+}
+
+TEST_F(MultiThreadTurns, MirroredPairsInTheMakingAreAllCommittedToo) {
+    DMesh half = test::grid(12, 12, test::hills);
+    test::jitter(half, 0.05F, 3);
+    for (VertexRecord& vertex : half.vertices)
+        vertex.setPosition({vertex.x < 0.5F ? 0.0F : vertex.x, vertex.y, vertex.z});
+    const DMesh whole = test::withMirrorImage(half, 0);
+    const std::uint32_t count = whole.numActiveVertices;
+    HeldRun run(whole, count - 1, true);
+    ASSERT_TRUE(run.pm().m_handleSymmetry_internal);
+    run.startAndHold();
+    run.startAndHold();
+    run.letGo();
+    ASSERT_NE(run.context(0).workRecord.mirrorSplitRecord.split.vertex, kNone);
+    ASSERT_NE(run.context(1).workRecord.mirrorSplitRecord.split.vertex, kNone);
+    EXPECT_EQ(run.mesh().numActiveVertices, count - 4);
+    EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), 4U);
+    EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
+}
+
+TEST_F(MultiThreadTurns, AfterAStopRequestEachThreadCommitsItsTurnAndLeaves) {
+    const test::HostedProgress host;
+    HeldRun run(bumpyBall(), 20);
+    for (int i = 0; i < 3; ++i)
+        run.startAndHold();
+    {
+        const auto lock = run.enterQueue();
+        test::HostedProgress::askToStop();
+    }
+    run.letGo();
+    EXPECT_EQ(run.mesh().numActiveVertices, 255U);
+    EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), 3U);
+    EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
+    EXPECT_TRUE(test::isClosedManifold(run.mesh()));
+    for (std::size_t thread = 0; thread < 3; ++thread)
+        EXPECT_EQ(run.context(thread).statistics.turns, 1U) << thread;
+    test::markAllApplied(run.pm());
+    test::goAllUp(run.pm());
+    EXPECT_EQ(test::surfaceOf(run.mesh()), test::surfaceOf(bumpyBall()));
+}
+
+TEST_F(MultiThreadTurns, AfterALackOfMemoryTheOthersCommitTheirTurnsAndLeave) {
+    HeldRun run(bumpyBall(), 20);
+    for (int i = 0; i < 3; ++i)
+        run.startAndHold();
+    const std::int32_t heldByThem = run.pm().lockedVertices.CountSet();
+    run.runOneMoreWithoutMemory();
+    EXPECT_EQ(run.pm().lockedVertices.CountSet(), heldByThem);
+    run.runOneMore();
+    EXPECT_EQ(run.context(4).statistics.turns, 0U);
+    run.letGo();
+    EXPECT_TRUE(run.shared().outOfMemory);
+    EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), 3U);
+    EXPECT_EQ(run.mesh().numActiveVertices, 255U);
+    EXPECT_TRUE(test::isClosedManifold(run.mesh()));
+    EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
+}
+
+TEST_F(MultiThreadTurns, BitsThatShareAByteBothSurvive) {
+    HeldRun run(twoOctahedra(), 11);
+    run.startAndHold();
+    run.startAndHold();
+    EXPECT_EQ(run.mesh().vertexActive.CountSet(), 12) << "none may go before the section is free";
+    std::int32_t a = kNone;
+    std::int32_t b = kNone;
+    {
+        const auto lock = run.enterQueue();
+        a = run.context(0).workRecord.pickedVertex;
+        b = run.context(1).workRecord.pickedVertex;
+    }
+    ASSERT_EQ(a / 8, b / 8);
+    run.letGo();
+    for (std::int32_t v = 0; v < 12; ++v)
+        EXPECT_EQ(run.mesh().vertexActive.Test(v), v != a && v != b) << v;
+    EXPECT_TRUE(test::isSound(run.mesh()));
+}
+
+TEST_F(MultiThreadTurns, AVertexWithoutALivingPartnerLeavesTheQueueInSilence) {
+    for (const bool partnerIsGone : {false, true}) {
+        HeldRun run(bumpyBall(), 100);
+        const std::int32_t v = run.pm().costQueue.Top();
+        VertexRecord& record = run.mesh().vertices[static_cast<std::size_t>(v)];
+        if (partnerIsGone) {
+            run.mesh().vertexActive.Clear(record.partner);
+        } else {
+            record.partner = kNone;
+        }
+        const float cost = record.cost;
+        run.pm().costQueue.Clear();
+        run.pm().costQueue.Insert(v);
+        run.runOneMore();
+        EXPECT_TRUE(run.mesh().vertexActive.Test(v));
+        EXPECT_FALSE(run.pm().costQueue.isQueued(v));
+        EXPECT_EQ(record.cost, cost) << "not penalized";
+        EXPECT_EQ(run.context(0).statistics.turns, 2U) << "and the one that finds nothing";
+        EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), 0U);
+        EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
+    }
+}
+
+TEST_F(MultiThreadTurns, AThreadThatMeetsARefusedVertexLeavesIt) {
+    HeldRun run(bumpyBall(), 100);
+    for (const bool finishStep : {false, true}) {
+        run.pm().AllowFinishStep = finishStep;
+        run.pm().finishStepStarted = finishStep;
+        run.pm().costQueue.Clear();
+        VertexRecord& refused = run.mesh().vertices[7];
+        refused.cost = kPenalizedCost;
+        run.pm().costQueue.Insert(7);
+        run.runOneMore();
+        EXPECT_EQ(run.mesh().numActiveVertices, 258U);
+        EXPECT_TRUE(run.pm().costQueue.isQueued(7));
+        EXPECT_EQ(refused.cost, kPenalizedCost);
+        EXPECT_FALSE(run.pm().inFinishStep);
+        EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
+    }
+}
+
+TEST_F(MultiThreadTurns, ProgressIsShownEvery5000TurnsOfAllThreadsTogether) {
+    const test::HostedProgress host;
+    HeldRun run(bumpyBall(), 100);
+    ASSERT_TRUE(progressChannel().BeginSubTask("processing", 258));
+    run.shared().progressCount = 4990;
+    run.pm().TargetNumItem = 258 - 9;
+    run.runOneMore();
+    EXPECT_EQ(progressChannel().record().subDone, 0);
+    run.pm().TargetNumItem = 258 - 20;
+    run.runOneMore();
+    EXPECT_EQ(run.shared().progressCount, 5010U);
+    EXPECT_EQ(progressChannel().record().subDone, 10);
+}
+
+TEST_F(MultiThreadTurns, ProgressCountsRefusedTurnsToo) {
+    // Two triangles back to back: nothing of them may collapse.
+    HeldRun run(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0.5F}}, {{0, 1, 2}, {1, 0, 2}}), 0);
+    run.runOneMore();
+    EXPECT_EQ(run.mesh().numActiveVertices, 3U);
+    EXPECT_EQ(run.shared().progressCount, 4U) << "three refusals, and the turn that meets them";
+}
+
+}  // namespace
+}  // namespace korvalite

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
+
+namespace korvalite::test {
+
+// For a test whose threads could wait for each other for ever: ends the process if this lives for
+// minutes, and says where.
+class Watchdog {
+public:
+    explicit Watchdog(const char* where) : where_(where) {}
+    ~Watchdog() {
+        {
+            const std::lock_guard lock(mutex_);
+            isDone_ = true;
+        }
+        done_.notify_one();
+        thread_.join();
+    }
+    Watchdog(const Watchdog&) = delete;
+    Watchdog& operator=(const Watchdog&) = delete;
+
+private:
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+    static constexpr std::chrono::seconds kPatience{600};
+#else
+    static constexpr std::chrono::seconds kPatience{120};
+#endif
+
+    void watch() {
+        std::unique_lock lock(mutex_);
+        if (done_.wait_for(lock, kPatience, [this] { return isDone_; })) return;
+        std::fprintf(stderr, "hangs: %s\n", where_);
+        std::abort();
+    }
+
+    const char* where_;
+    std::mutex mutex_;
+    std::condition_variable done_;
+    bool isDone_ = false;
+    std::thread thread_{[this] { watch(); }};
+};
+
+}  // namespace korvalite::test
