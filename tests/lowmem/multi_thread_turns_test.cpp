@@ -19,11 +19,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <deque>
 #include <mutex>
 #include <set>
 #include <thread>
 #include <utility>
-#include <vector>
 
 namespace korvalite {
 namespace {
@@ -54,14 +55,20 @@ public:
     SharedRun& shared() { return run_; }
     const ThreadContext& context(std::size_t thread) { return pm_->threadContexts[thread]; }
 
-    // Back when the thread has picked, which it must be able to.
-    void startAndHold() {
+    // One more thread, up to its first collapse. False if it has ended without a pick.
+    bool startAndHold() {
         if (!hold_.owns_lock()) hold_.lock();
         ThreadContext& added = addContext();
-        threads_.emplace_back(
-            [this, &added] { doDecimationLoop_LM_MT<PlainMetric>(*pm_, added, run_); });
-        while (pickedBy(added) == kNone)
+        Thread& started = threads_.emplace_back();
+        started.thread = std::thread([this, &added, &started] {
+            doDecimationLoop_LM_MT<PlainMetric>(*pm_, added, run_);
+            started.hasEnded = true;
+        });
+        while (pickedBy(added) == kNone) {
+            if (started.hasEnded) return pickedBy(added) != kNone;
             std::this_thread::yield();
+        }
+        return true;
     }
 
     // One more thread, from its begin to its end.
@@ -76,8 +83,8 @@ public:
     // Until all have ended.
     void letGo() {
         if (hold_.owns_lock()) hold_.unlock();
-        for (std::thread& thread : threads_)
-            thread.join();
+        for (Thread& started : threads_)
+            started.thread.join();
         threads_.clear();
     }
 
@@ -87,6 +94,11 @@ public:
     }
 
 private:
+    struct Thread {
+        std::thread thread;
+        std::atomic<bool> hasEnded = false;
+    };
+
     ThreadContext& addContext() {
         ThreadContext& added = pm_->threadContexts.emplace_back();
         added.threadIndex = static_cast<std::int32_t>(pm_->threadContexts.size()) - 1;
@@ -101,7 +113,7 @@ private:
     MeshPtr pm_;
     SharedRun run_;
     std::unique_lock<CriticalSection> hold_{run_.sections.csActiveVertices, std::defer_lock};
-    std::vector<std::thread> threads_;
+    std::deque<Thread> threads_;
 };
 
 // Of both ends of the collapse that a vertex is queued for.
@@ -134,6 +146,15 @@ DMesh twoOctahedra() {
     return mesh;
 }
 
+// Uneven but for the plane x = 0.
+DMesh mirroredHills() {
+    DMesh half = test::grid(12, 12, test::hills);
+    test::jitter(half, 0.05F, 3);
+    for (VertexRecord& vertex : half.vertices)
+        vertex.setPosition({vertex.x < 0.5F ? 0.0F : vertex.x, vertex.y, vertex.z});
+    return test::withMirrorImage(half, 0);
+}
+
 class MultiThreadTurns : public test::DecimationTest {
 protected:
     test::Watchdog watchdog{"MultiThreadTurns"};
@@ -143,9 +164,27 @@ TEST_F(MultiThreadTurns, AThreadHoldsTheClosedRingsOfBothEnds) {
     HeldRun run(bumpyBall(), 200);
     const std::int32_t cheapest = run.pm().costQueue.Top();
     const std::set<std::int32_t> rings = closedRings(run.mesh(), cheapest);
-    run.startAndHold();
+    EXPECT_TRUE(run.startAndHold());
     const auto lock = run.enterQueue();
     EXPECT_EQ(run.context(0).workRecord.pickedVertex, cheapest);
+    for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v)
+        EXPECT_EQ(run.pm().lockedVertices.Test(v), rings.count(v) != 0) << v;
+}
+
+TEST_F(MultiThreadTurns, AThreadHoldsTheMirrorImagesOfTheseRingsToo) {
+    HeldRun run(mirroredHills(), 100, true);
+    ASSERT_TRUE(run.pm().m_handleSymmetry_internal);
+    const auto& pairing = run.mesh().symmetryCache.pairing;
+    const std::int32_t cheapest = run.pm().costQueue.Top();
+    std::set<std::int32_t> rings = closedRings(run.mesh(), cheapest);
+    const std::size_t ownCount = rings.size();
+    for (const std::int32_t v : std::set<std::int32_t>(rings)) {
+        ASSERT_NE(pairing[static_cast<std::size_t>(v)], kNone);
+        rings.insert(pairing[static_cast<std::size_t>(v)]);
+    }
+    ASSERT_GT(rings.size(), ownCount);
+    EXPECT_TRUE(run.startAndHold());
+    const auto lock = run.enterQueue();
     for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v)
         EXPECT_EQ(run.pm().lockedVertices.Test(v), rings.count(v) != 0) << v;
 }
@@ -154,7 +193,7 @@ TEST_F(MultiThreadTurns, AHeldVertexStaysQueuedAndIsPassedOverUntilItsThreadComm
     HeldRun run(bumpyBall(), 200);
     const std::int32_t first = run.pm().costQueue.Top();
     const std::set<std::int32_t> held = closedRings(run.mesh(), first);
-    run.startAndHold();
+    EXPECT_TRUE(run.startAndHold());
     // The cheapest one that has nothing in common with it.
     std::int32_t next = kNone;
     for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v) {
@@ -164,7 +203,7 @@ TEST_F(MultiThreadTurns, AHeldVertexStaysQueuedAndIsPassedOverUntilItsThreadComm
         if (meet(held, closedRings(run.mesh(), v))) continue;
         if (next == kNone || costOf(v) < costOf(next)) next = v;
     }
-    run.startAndHold();
+    EXPECT_TRUE(run.startAndHold());
     {
         const auto lock = run.enterQueue();
         EXPECT_EQ(run.context(0).workRecord.pickedVertex, first);
@@ -182,7 +221,7 @@ TEST_F(MultiThreadTurns, AHeldVertexStaysQueuedAndIsPassedOverUntilItsThreadComm
 TEST_F(MultiThreadTurns, NoVertexCollapsesTwice) {
     HeldRun run(bumpyBall(), 60);
     for (int i = 0; i < 4; ++i)
-        run.startAndHold();
+        EXPECT_TRUE(run.startAndHold());
     run.letGo();
     std::set<std::int32_t> collapsed;
     const auto count = static_cast<std::int32_t>(run.pm().vsplitList.NumVtxSplit());
@@ -193,9 +232,8 @@ TEST_F(MultiThreadTurns, NoVertexCollapsesTwice) {
 
 TEST_F(MultiThreadTurns, WhereAllIsHeldAThreadLeavesAndAnotherFinishes) {
     HeldRun run(test::octahedron(), 4);
-    run.startAndHold();
-    run.runOneMore();
-    EXPECT_EQ(run.context(1).workRecord.pickedVertex, kNone);
+    EXPECT_TRUE(run.startAndHold());
+    EXPECT_FALSE(run.startAndHold());
     EXPECT_EQ(run.context(1).statistics.turns, 1U);
     EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), 0U);
     run.letGo();
@@ -208,7 +246,7 @@ TEST_F(MultiThreadTurns, TurnsInTheMakingAreAllCommittedWhenTheTargetIsReached) 
     for (const int threads : {2, 4}) {
         HeldRun run(bumpyBall(), 257);
         for (int i = 0; i < threads; ++i)
-            run.startAndHold();
+            EXPECT_TRUE(run.startAndHold());
         run.letGo();
         EXPECT_EQ(run.mesh().numActiveVertices, 258U - static_cast<std::uint32_t>(threads));
         EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), static_cast<std::uint32_t>(threads));
@@ -217,16 +255,12 @@ TEST_F(MultiThreadTurns, TurnsInTheMakingAreAllCommittedWhenTheTargetIsReached) 
 }
 
 TEST_F(MultiThreadTurns, MirroredPairsInTheMakingAreAllCommittedToo) {
-    DMesh half = test::grid(12, 12, test::hills);
-    test::jitter(half, 0.05F, 3);
-    for (VertexRecord& vertex : half.vertices)
-        vertex.setPosition({vertex.x < 0.5F ? 0.0F : vertex.x, vertex.y, vertex.z});
-    const DMesh whole = test::withMirrorImage(half, 0);
+    const DMesh whole = mirroredHills();
     const std::uint32_t count = whole.numActiveVertices;
     HeldRun run(whole, count - 1, true);
     ASSERT_TRUE(run.pm().m_handleSymmetry_internal);
-    run.startAndHold();
-    run.startAndHold();
+    EXPECT_TRUE(run.startAndHold());
+    EXPECT_TRUE(run.startAndHold());
     run.letGo();
     ASSERT_NE(run.context(0).workRecord.mirrorSplitRecord.split.vertex, kNone);
     ASSERT_NE(run.context(1).workRecord.mirrorSplitRecord.split.vertex, kNone);
@@ -239,7 +273,7 @@ TEST_F(MultiThreadTurns, AfterAStopRequestEachThreadCommitsItsTurnAndLeaves) {
     const test::HostedProgress host;
     HeldRun run(bumpyBall(), 20);
     for (int i = 0; i < 3; ++i)
-        run.startAndHold();
+        EXPECT_TRUE(run.startAndHold());
     {
         const auto lock = run.enterQueue();
         test::HostedProgress::askToStop();
@@ -259,11 +293,11 @@ TEST_F(MultiThreadTurns, AfterAStopRequestEachThreadCommitsItsTurnAndLeaves) {
 TEST_F(MultiThreadTurns, AfterALackOfMemoryTheOthersCommitTheirTurnsAndLeave) {
     HeldRun run(bumpyBall(), 20);
     for (int i = 0; i < 3; ++i)
-        run.startAndHold();
+        EXPECT_TRUE(run.startAndHold());
     const std::int32_t heldByThem = run.pm().lockedVertices.CountSet();
     run.runOneMoreWithoutMemory();
     EXPECT_EQ(run.pm().lockedVertices.CountSet(), heldByThem);
-    run.runOneMore();
+    EXPECT_FALSE(run.startAndHold());
     EXPECT_EQ(run.context(4).statistics.turns, 0U);
     run.letGo();
     EXPECT_TRUE(run.shared().outOfMemory);
@@ -275,8 +309,8 @@ TEST_F(MultiThreadTurns, AfterALackOfMemoryTheOthersCommitTheirTurnsAndLeave) {
 
 TEST_F(MultiThreadTurns, BitsThatShareAByteBothSurvive) {
     HeldRun run(twoOctahedra(), 11);
-    run.startAndHold();
-    run.startAndHold();
+    EXPECT_TRUE(run.startAndHold());
+    EXPECT_TRUE(run.startAndHold());
     EXPECT_EQ(run.mesh().vertexActive.CountSet(), 12) << "none may go before the section is free";
     std::int32_t a = kNone;
     std::int32_t b = kNone;
