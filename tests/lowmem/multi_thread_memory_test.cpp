@@ -58,7 +58,7 @@ protected:
 };
 
 // Lets the nth allocation of the main thread behind a step fail, but none when the loops have
-// ended. Notes which steps come.
+// ended. Notes the last step.
 class FailBehind : public StepObserver {
 public:
     FailBehind(int step, std::uint64_t nth) : step_(step), nth_(nth) {}
@@ -175,7 +175,6 @@ TEST_F(MultiThreadMemory, ALoopThatFindsNoneCommitsNothingMoreAndTellsTheOthers)
         ThreadContext second;
         first.marks.prepare(pm->mesh);
         second.marks.prepare(pm->mesh);
-        std::uint64_t committed = 0;
         {
             const test::FailingAllocation failure(nth);
             doDecimationLoop_LM_MT<PlainMetric>(*pm, first, run);
@@ -183,7 +182,7 @@ TEST_F(MultiThreadMemory, ALoopThatFindsNoneCommitsNothingMoreAndTellsTheOthers)
         }
         EXPECT_TRUE(run.outOfMemory) << nth;
         EXPECT_EQ(pm->lockedVertices.CountSet(), 0) << nth;
-        committed = pm->vsplitList.NumVtxSplit();
+        const std::uint32_t committed = pm->vsplitList.NumVtxSplit();
         doDecimationLoop_LM_MT<PlainMetric>(*pm, second, run);
         EXPECT_EQ(second.statistics.turns, 0U) << nth;
         EXPECT_EQ(pm->vsplitList.NumVtxSplit(), committed) << nth;
