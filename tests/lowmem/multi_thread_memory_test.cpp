@@ -29,30 +29,33 @@ namespace {
 
 using test::MeshPtr;
 
+MeshPtr prepared(std::int32_t threads, unsigned level, std::uint32_t target) {
+    MeshPtr pm = test::prepared(test::sphere(level));
+    pm->MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
+    pm->NumThread = threads;
+    pm->TargetNumItem = target;
+    return pm;
+}
+
+// Whether or not it has run out of memory, which is what this gives back.
+bool hasEndedAsItShould(const ProgressiveMesh& pm, int result, bool failed) {
+    EXPECT_EQ(result, failed ? 2 : 0);
+    EXPECT_EQ(pm.lockedVertices.CountSet(), 0);
+    EXPECT_EQ(progressChannel().record().mainActive, failed ? 0 : 1);
+    progressChannel().EndMainTask();
+    return failed;
+}
+
+void expectTheNextRunSucceeds(std::int32_t threads) {
+    const MeshPtr pm = prepared(threads, 3, 100);
+    EXPECT_EQ(RunDecimation(*pm), 0);
+    EXPECT_LE(pm->mesh.numActiveVertices, 100U);
+    EXPECT_TRUE(test::isClosedManifold(pm->mesh));
+    progressChannel().EndMainTask();
+}
+
 class MultiThreadMemory : public test::DecimationTest {
 protected:
-    static MeshPtr prepared(std::int32_t threads, unsigned level, std::uint32_t target) {
-        MeshPtr pm = test::prepared(test::sphere(level));
-        pm->MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
-        pm->NumThread = threads;
-        pm->TargetNumItem = target;
-        return pm;
-    }
-
-    // What must hold after a run that has run out of memory.
-    static void expectEnded(const ProgressiveMesh& pm, int result) {
-        EXPECT_EQ(result, 2);
-        EXPECT_EQ(pm.lockedVertices.CountSet(), 0);
-        EXPECT_EQ(progressChannel().record().mainActive, 0);
-    }
-    static void expectTheNextRunSucceeds(std::int32_t threads) {
-        const MeshPtr pm = prepared(threads, 3, 100);
-        EXPECT_EQ(RunDecimation(*pm), 0);
-        EXPECT_LE(pm->mesh.numActiveVertices, 100U);
-        EXPECT_TRUE(test::isClosedManifold(pm->mesh));
-        progressChannel().EndMainTask();
-    }
-
     test::Watchdog watchdog{"MultiThreadMemory"};
     test::HostedProgress host;
 };
@@ -108,7 +111,7 @@ TEST_F(MultiThreadMemory, WhileTheThreadsAreSetUpThoseThatAreUpEndAgain) {
             progressChannel().EndMainTask();
             break;
         }
-        expectEnded(*pm, result);
+        hasEndedAsItShould(*pm, result, true);
         EXPECT_EQ(pm->vsplitList.NumVtxSplit(), 0U);
         EXPECT_TRUE(test::isClosedManifold(pm->mesh));
         ++failures;
@@ -118,49 +121,40 @@ TEST_F(MultiThreadMemory, WhileTheThreadsAreSetUpThoseThatAreUpEndAgain) {
     expectTheNextRunSucceeds(4);
 }
 
+// False if the run was over before the main thread needed that much in its loop.
+bool failsInTheMainThread(std::int32_t threads, std::uint64_t nth) {
+    const MeshPtr pm = prepared(threads, 4, 100);
+    FailBehind observer(10, nth);
+    pm->observer = &observer;
+    const int result = RunDecimation(*pm);
+    return hasEndedAsItShould(*pm, result, observer.last != 12);
+}
+
 TEST_F(MultiThreadMemory, InTheLoopOfTheMainThreadTheWorkersEndToo) {
     for (const std::uint64_t nth : {1U, 2U, 3U, 5U, 8U, 13U}) {
-        bool failed = false;
-        // The workers may have done everything before the main thread needs anything.
-        for (int runs = 0; !failed; ++runs) {
-            ASSERT_LT(runs, 1000) << nth;
-            const MeshPtr pm = prepared(3, 4, 100);
-            FailBehind observer(10, nth);
-            pm->observer = &observer;
-            const int result = RunDecimation(*pm);
-            failed = observer.last != 12;
-            if (failed) {
-                expectEnded(*pm, result);
-            } else {
-                EXPECT_EQ(result, 0);
-                progressChannel().EndMainTask();
-            }
-        }
+        // The workers may have done everything first.
+        int runs = 1;
+        while (!failsInTheMainThread(3, nth))
+            ASSERT_LT(++runs, 1000) << nth;
     }
     expectTheNextRunSucceeds(3);
+}
+
+// False if the run was over before the workers together needed that much.
+bool failsInAWorker(std::int32_t threads, std::uint64_t nth) {
+    const MeshPtr pm = prepared(threads, 4, 100);
+    const test::FailingAllocationElsewhere failure(nth);
+    const int result = RunDecimation(*pm);
+    return hasEndedAsItShould(*pm, result, test::FailingAllocationElsewhere::hasFailed());
 }
 
 TEST_F(MultiThreadMemory, InAWorkerTheOtherThreadsEndTooAndTheRunFails) {
     for (const std::int32_t threads : {2, 5}) {
         for (const std::uint64_t nth : {1U, 2U, 3U, 5U, 8U, 13U, 21U}) {
-            bool failed = false;
-            // The main thread may have done everything before a worker needs that much.
-            for (int runs = 0; !failed; ++runs) {
-                ASSERT_LT(runs, 1000) << nth;
-                const MeshPtr pm = prepared(threads, 4, 100);
-                int result = 0;
-                {
-                    const test::FailingAllocationElsewhere failure(nth);
-                    result = RunDecimation(*pm);
-                    failed = test::FailingAllocationElsewhere::hasFailed();
-                }
-                if (failed) {
-                    expectEnded(*pm, result);
-                } else {
-                    EXPECT_EQ(result, 0);
-                    progressChannel().EndMainTask();
-                }
-            }
+            // The main thread may have done everything first.
+            int runs = 1;
+            while (!failsInAWorker(threads, nth))
+                ASSERT_LT(++runs, 1000) << nth;
         }
         expectTheNextRunSucceeds(threads);
     }
