@@ -2,12 +2,11 @@
 //
 // What a frozen border and a mask do to a run: which vertices stay as they are, and where the
 // triangles go.
+#include "property/kept_vertices.h"
 #include "property/run_cases.h"
 
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
-#include "mesh/borders.h"
-#include "mesh/corner_lists.h"
 #include "support/level_walk.h"
 #include "support/mesh_validator.h"
 
@@ -35,26 +34,6 @@ protected:
     }
     static MeshPtr inPlace(const DMesh& mesh, float percent) {
         return inPlace(mesh, percent, [](ProgressiveMesh&) {});
-    }
-    static void expectUntouched(const DMesh& mesh, const DMesh& original, std::int32_t v) {
-        const auto i = static_cast<std::size_t>(v);
-        EXPECT_TRUE(mesh.vertexActive.Test(v)) << v;
-        const FloatVec3 is = mesh.vertices[i].position();
-        const FloatVec3 was = original.vertices[i].position();
-        EXPECT_TRUE(is.x == was.x && is.y == was.y && is.z == was.z) << v;
-        if (mesh.hasColors()) {
-            EXPECT_EQ(mesh.vertexColors[i], original.vertexColors[i]) << v;
-        }
-    }
-    // The vertices of the surface that lie on its borders.
-    static std::vector<std::int32_t> borderOf(DMesh mesh) {
-        BuildVertexCorners(mesh);
-        ComputeBorderVertices(mesh);
-        std::vector<std::int32_t> border;
-        for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
-            if (mesh.borderVertices.Test(v)) border.push_back(v);
-        }
-        return border;
     }
     static DMesh coloredHills(std::uint32_t seed) {
         DMesh mesh = unevenHills(seed);
@@ -84,7 +63,7 @@ TEST_F(BorderAndMask, AFrozenBorderKeepsEachOfItsVerticesBitForBit) {
             });
             EXPECT_LT(pm->mesh.numActiveVertices, original.vertices.size() * 2 / 3);
             for (const std::int32_t v : border)
-                expectUntouched(pm->mesh, original, v);
+                EXPECT_TRUE(isUntouched(pm->mesh, original, v));
         }
     }
 }
@@ -113,7 +92,7 @@ TEST_F(BorderAndMask, AMaskOfZeroKeepsItsVerticesUntouched) {
                 for (std::int32_t v = 0; v < original.vertexCount(); ++v) {
                     if (original.maskValues[static_cast<std::size_t>(v)] != 0) continue;
                     ++masked;
-                    expectUntouched(pm->mesh, original, v);
+                    EXPECT_TRUE(isUntouched(pm->mesh, original, v));
                 }
                 EXPECT_GT(masked, 30);
             }

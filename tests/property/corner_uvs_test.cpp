@@ -2,6 +2,7 @@
 //
 // What a run leaves of corner UVs: charts that are never mixed, seams where they were, and UVs bit
 // for bit where nothing has moved.
+#include "property/chart_cases.h"
 #include "property/run_cases.h"
 
 #include "mesh/corner_lists.h"
@@ -14,36 +15,9 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <set>
-#include <vector>
 
 namespace korvalite::test {
 namespace {
-
-constexpr std::uint32_t kColumns = 24;
-constexpr std::uint32_t kRows = 16;
-constexpr std::uint32_t kSeamColumn = 11;
-
-// Hills of two charts that meet in a straight line of the plan, x = kSeamColumn.
-DMesh hillsOfTwoCharts(std::uint32_t seed) {
-    DMesh mesh = grid(kColumns, kRows, hills);
-    Random random(seed);
-    for (VertexRecord& vertex : mesh.vertices) {
-        const bool onSeam = vertex.x == static_cast<float>(kSeamColumn);
-        const FloatVec3 move{onSeam ? 0 : random.around(0.2F), random.around(0.2F),
-                             random.around(0.2F)};
-        vertex.setPosition(vertex.position() + move);
-    }
-    recomputeBoundingBox(mesh);
-    addCornerUVs(
-        mesh, [](std::uint32_t triangle) { return triangle / 2 % kColumns < kSeamColumn ? 0 : 1; });
-    return mesh;
-}
-
-// addCornerUVs puts each chart four to the right of the one before.
-int chartAt(const DMesh& mesh, std::size_t corner) {
-    return static_cast<int>(std::floor((mesh.coordsUV[mesh.indicesUV[corner]].u + 1.0F) / 4.0F));
-}
 
 class CornerUVs : public DecimationTest {
 protected:
@@ -52,24 +26,6 @@ protected:
             targetPercent(pm, percent);
             pm.DoReorder = false;
         });
-    }
-    template <typename Visit>
-    static void forEachActiveCorner(const DMesh& mesh, Visit visit) {
-        for (std::size_t c = 0; c < mesh.triangles.size(); ++c) {
-            if (mesh.triangleActive.Test(static_cast<std::int32_t>(c / 3))) visit(c);
-        }
-    }
-    // The UV indices that the active corners of each vertex have.
-    static std::vector<std::set<std::uint32_t>> uvsOf(const DMesh& mesh) {
-        std::vector<std::set<std::uint32_t>> uvs(mesh.vertices.size());
-        forEachActiveCorner(
-            mesh, [&](std::size_t c) { uvs[mesh.triangles[c]].insert(mesh.indicesUV[c]); });
-        return uvs;
-    }
-    static DMesh welded(DMesh mesh) {
-        BuildVertexCorners(mesh);
-        WeldCornerUVs(mesh);
-        return mesh;
     }
 };
 

@@ -142,6 +142,20 @@ std::vector<RunCase> casesWhere(Wanted wanted) {
     return cases;
 }
 
+// A vertex that could still be collapsed has a finite cost below the penalties and a living
+// partner.
+inline bool isLeftUntried(const DMesh& mesh, std::int32_t v) {
+    constexpr float kRefusedOnce = 1e10F;
+    const VertexRecord& vertex = mesh.vertices[static_cast<std::size_t>(v)];
+    return mesh.vertexActive.Test(v) && vertex.cost < kRefusedOnce && vertex.partner != kNone &&
+           mesh.vertexActive.Test(vertex.partner);
+}
+
+// What one turn may take from the count: a collapse, or a mirrored pair.
+inline std::uint32_t mostOfATurn(const ProgressiveMesh& pm) {
+    return (pm.targetCountsVertices ? 1U : 2U) * (pm.m_handleSymmetry_internal ? 2U : 1U);
+}
+
 // Of a test over runCases(), which has its own job folder.
 class RunTest : public testing::TestWithParam<RunCase> {
 protected:

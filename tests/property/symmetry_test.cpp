@@ -3,77 +3,22 @@
 // What stays of a mesh's mirror symmetry: everything when it was symmetric, and a sound mesh when
 // it was not.
 #include "property/run_cases.h"
+#include "property/symmetry_cases.h"
 
-#include "formats/vok_reader.h"
-#include "formats/vok_writer.h"
 #include "geometry/mirror_pairs.h"
 #include "support/mesh_validator.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <ostream>
 #include <string>
-#include <vector>
 
 namespace korvalite::test {
 namespace {
 
-struct SymmetryCase {
-    std::string name;
-    int axis = 0;
-    DMesh mesh;
-};
-void PrintTo(const SymmetryCase& row, std::ostream* out) {
-    *out << row.name;
-}
+class SymmetricMesh : public SymmetryTest {};
 
-std::vector<SymmetryCase> symmetricMeshes() {
-    std::vector<SymmetryCase> rows;
-    const char* axes[] = {"X", "Y", "Z"};
-    for (int axis = 0; axis < 3; ++axis) {
-        for (const std::uint32_t seed : {1U, 2U, 3U}) {
-            rows.push_back({std::string("Uneven") + axes[axis] + std::to_string(seed), axis,
-                            unevenMirrored(axis, seed)});
-        }
-        DMesh colored = unevenMirrored(axis, 6);
-        addColors(colored, [axis](const FloatVec3& p) {
-            return component(p, (axis + 1) % 3) < 0.1F ? packColor(250, 10, 20)
-                                                       : packColor(20, 10, 240);
-        });
-        rows.push_back({std::string("Colored") + axes[axis], axis, colored});
-        DMesh masked = unevenMirrored(axis, 7);
-        addMask(masked, [axis](const FloatVec3& p) {
-            return component(p, (axis + 2) % 3) < -0.3F ? 5 : 120;
-        });
-        rows.push_back({std::string("Masked") + axes[axis], axis, masked});
-    }
-    rows.push_back({"SampleX", 0, sample("synth-symmetric.Vok")});
-    return rows;
-}
-
-class SymmetricMesh : public DecimationTest, public testing::WithParamInterface<SymmetryCase> {
-protected:
-    // What is active, as a host gets it.
-    DMesh compacted(const DMesh& mesh) const {
-        const std::string path = job.folder() / u8"mesh.Vok";
-        DMesh result;
-        EXPECT_TRUE(exportDMesh(path.c_str(), mesh));
-        EXPECT_TRUE(importDMesh(path.c_str(), result));
-        return result;
-    }
-    static MirrorPairs pairsOf(const DMesh& mesh, int axis, const DMesh& original) {
-        KRDMeshSymmetryCache cache;
-        cache.computeTolerance(original, 0.01F);
-        MirrorPairs pairs;
-        EXPECT_TRUE(
-            pairVertices(pairs, mesh, axis, symmetryCentre(original.boundingBox), cache.tolerance));
-        return pairs;
-    }
-};
-
-INSTANTIATE_TEST_SUITE_P(Case, SymmetricMesh, testing::ValuesIn(symmetricMeshes()),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Case, SymmetricMesh, testing::ValuesIn(symmetricMeshes()), nameOfSymmetry);
 
 TEST_P(SymmetricMesh, PairsUpAgainAfterARun) {
     const auto& [name, axis, original] = GetParam();

@@ -5,13 +5,17 @@
 #pragma once
 
 #include "decimation/level_update.h"
+#include "mesh/corner_lists.h"
 #include "mesh/progressive_mesh.h"
+#include "mesh/uv_seams.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
 #include <limits>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace korvalite::test {
@@ -49,10 +53,11 @@ inline std::vector<Words> surfaceOf(const DMesh& mesh, UVs uvs = UVs::Compared) 
 }
 
 // Everything of the mesh that a level is made of, in the order of its arrays: of what is active, or
-// of all.
+// of all. The UVs that are ignored are their values: which one a corner has is compared all the
+// same.
 enum class Part { Active, All };
 
-inline Words arraysOf(const DMesh& mesh, Part part) {
+inline Words arraysOf(const DMesh& mesh, Part part, UVs uvs = UVs::Compared) {
     const bool all = part == Part::All;
     Words words{mesh.numActiveVertices, mesh.numActiveTriangles};
     for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
@@ -75,6 +80,7 @@ inline Words arraysOf(const DMesh& mesh, Part part) {
             words.push_back(mesh.triangles[c]);
             if (mesh.indicesUV.size() != mesh.triangles.size()) continue;
             words.push_back(mesh.indicesUV[c]);
+            if (uvs == UVs::Ignored) continue;
             appendFloat(words, mesh.coordsUV[mesh.indicesUV[c]].u);
             appendFloat(words, mesh.coordsUV[mesh.indicesUV[c]].v);
         }
@@ -104,6 +110,27 @@ inline void goAllUp(ProgressiveMesh& pm) {
 }
 inline void goAllDown(ProgressiveMesh& pm) {
     updateMeshAtLevel(pm, -1);
+}
+
+// Where two UVs of a vertex merge into one, the two exchanges do not lead back: both go in the
+// order of the pairs. Values of UVs are not compared then.
+inline UVs comparableUVs(ProgressiveMesh& pm) {
+    for (std::uint32_t i = 0; i < pm.vsplitList.NumVtxSplit(); ++i) {
+        const auto words =
+            pm.vsplitList.ensureLoaded(static_cast<std::int32_t>(i)).uvIndexPairWords();
+        std::set<std::int32_t> merged;
+        for (std::size_t k = 1; k < words.size(); k += 2) {
+            if (words[k - 1] == words[k] || !merged.insert(words[k]).second) return UVs::Ignored;
+        }
+    }
+    return UVs::Compared;
+}
+
+// What a run that handles UVs begins with.
+inline DMesh welded(DMesh mesh) {
+    BuildVertexCorners(mesh);
+    WeldCornerUVs(mesh);
+    return mesh;
 }
 
 }  // namespace korvalite::test

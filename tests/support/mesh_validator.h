@@ -109,6 +109,24 @@ inline testing::AssertionResult cornerListsAreSound(const DMesh& mesh) {
     return testing::AssertionSuccess();
 }
 
+// What is active is the beginning of the arrays, and names nothing behind it.
+inline testing::AssertionResult isAPrefix(const DMesh& mesh) {
+    for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
+        if (mesh.vertexActive.Test(v) != (static_cast<std::uint32_t>(v) < mesh.numActiveVertices))
+            return testing::AssertionFailure() << "vertex " << v;
+    }
+    for (std::int32_t t = 0; t < mesh.triangleCount(); ++t) {
+        if (mesh.triangleActive.Test(t) !=
+            (static_cast<std::uint32_t>(t) < mesh.numActiveTriangles))
+            return testing::AssertionFailure() << "triangle " << t;
+    }
+    for (std::size_t c = 0; c < 3 * std::size_t{mesh.numActiveTriangles}; ++c) {
+        if (mesh.triangles[c] >= mesh.numActiveVertices)
+            return testing::AssertionFailure() << "corner " << c << " of " << mesh.triangles[c];
+    }
+    return testing::AssertionSuccess();
+}
+
 // The active triangles form one closed fan around each of their vertices, all turning the same way.
 inline testing::AssertionResult isClosedManifold(const DMesh& mesh) {
     // Around v, the triangle (v, a, b) leads from a to b.
