@@ -18,6 +18,7 @@ constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 
 std::atomic<std::uint64_t> allocations{0};
 std::atomic<std::uint64_t> allocatedBytes{0};
+std::atomic<std::int64_t> live{0};
 std::atomic<std::size_t> mostBytesAtOnce{kNoLimit};
 
 // Allocations up to the one that fails, and 0 from then on; nothing fails at 0.
@@ -48,6 +49,10 @@ std::uint64_t AllocationCounter::total() {
 
 std::uint64_t AllocationCounter::totalBytes() {
     return allocatedBytes.load(std::memory_order_relaxed);
+}
+
+std::int64_t LiveAllocations::total() {
+    return live.load(std::memory_order_relaxed);
 }
 
 AllocationLimit::AllocationLimit(std::size_t bytes) {
@@ -91,7 +96,10 @@ void* operator new(std::size_t size) {
     allocatedBytes.fetch_add(size, std::memory_order_relaxed);
     if (failsHere() || failsElsewhere()) throw std::bad_alloc();
     if (size > mostBytesAtOnce.load(std::memory_order_relaxed)) throw std::bad_alloc();
-    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
+    if (void* memory = std::malloc(size != 0 ? size : 1)) {
+        live.fetch_add(1, std::memory_order_relaxed);
+        return memory;
+    }
     throw std::bad_alloc();
 }
 
@@ -112,14 +120,15 @@ void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
 }
 
 void operator delete(void* memory) noexcept {
+    if (memory != nullptr) live.fetch_sub(1, std::memory_order_relaxed);
     std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    operator delete(memory);
 }
 void operator delete[](void* memory) noexcept {
-    std::free(memory);
+    operator delete(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
+    operator delete(memory);
 }

@@ -28,4 +28,18 @@ private:
     std::uint64_t bytesAtStart_;
 };
 
+// Of the allocations made since its begin, by any thread, those that are not freed, less the older
+// ones that are: 0 after work that leaves nothing behind.
+class LiveAllocations {
+public:
+    LiveAllocations() : atStart_(total()) {}
+
+    std::int64_t count() const { return total() - atStart_; }
+
+private:
+    static std::int64_t total();
+
+    std::int64_t atStart_;
+};
+
 }  // namespace korvalite::test

@@ -49,5 +49,23 @@ TEST(AllocationCounter, SeesOnlyWhatComesAfterIt) {
     EXPECT_EQ(before.size(), 1000U);
 }
 
+TEST(LiveAllocations, AreThoseThatNobodyHasFreedYet) {
+    auto old = std::make_unique<int>(1);
+    const LiveAllocations live;
+    auto array = std::make_unique<int[]>(50);
+    auto object = std::make_unique<std::string>(1000, 'x');
+    const auto withBoth = live.count();
+    array.reset();
+    const auto withObject = live.count();
+    object.reset();
+    const auto withNone = live.count();
+    old.reset();
+    const auto withLess = live.count();
+    EXPECT_EQ(withBoth, 3);  // the array, the string and its text
+    EXPECT_EQ(withObject, 2);
+    EXPECT_EQ(withNone, 0);
+    EXPECT_EQ(withLess, -1);
+}
+
 }  // namespace
 }  // namespace korvalite::test
