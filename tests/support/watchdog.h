@@ -6,7 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <string>
 #include <thread>
+#include <utility>
 
 namespace korvalite::test {
 
@@ -14,7 +16,7 @@ namespace korvalite::test {
 // minutes, and says where.
 class Watchdog {
 public:
-    explicit Watchdog(const char* where) : where_(where) {}
+    explicit Watchdog(std::string where) : where_(std::move(where)) {}
     ~Watchdog() {
         {
             const std::lock_guard lock(mutex_);
@@ -36,11 +38,11 @@ private:
     void watch() {
         std::unique_lock lock(mutex_);
         if (done_.wait_for(lock, kPatience, [this] { return isDone_; })) return;
-        std::fprintf(stderr, "hangs: %s\n", where_);
+        std::fprintf(stderr, "hangs: %s\n", where_.c_str());
         std::abort();
     }
 
-    const char* where_;
+    const std::string where_;
     std::mutex mutex_;
     std::condition_variable done_;
     bool isDone_ = false;

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+//
+// Runs on several threads: asking for them, the loop by itself, and what a run must leave behind
+// whatever has ended it.
+#pragma once
+
+#include "lowmem/shared_run.h"
+#include "lowmem/thread_loop.h"
+#include "mesh/progressive_mesh.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <thread>
+#include <vector>
+
+namespace korvalite::test {
+
+inline void askForThreads(ProgressiveMesh& pm, std::int32_t count) {
+    pm.MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
+    pm.NumThread = count;
+}
+
+// No thread has left a reservation, or a mark in its own tables.
+inline testing::AssertionResult nothingIsHeld(const ProgressiveMesh& pm) {
+    if (pm.lockedVertices.count() != pm.mesh.vertexCount()) {
+        return testing::AssertionFailure() << pm.lockedVertices.count() << " reservation bits";
+    }
+    if (const auto held = pm.lockedVertices.CountSet(); held != 0)
+        return testing::AssertionFailure() << held << " vertices are held";
+    for (const ThreadContext& context : pm.threadContexts) {
+        const auto& slots = context.marks.vertexSlot;
+        const bool clear = std::all_of(slots.begin(), slots.end(), [](std::uint16_t slot) {
+            return slot == NeighbourhoodMarks::kNoSlot;
+        });
+        if (!clear || context.marks.triangleMark.CountSet() != 0)
+            return testing::AssertionFailure() << "thread " << context.threadIndex << " has marks";
+    }
+    return testing::AssertionSuccess();
+}
+
+// The loop on NumThread threads of a mesh that is ready for it, while this thread does something
+// else: meanwhile().
+template <typename Metric, typename Meanwhile>
+void runLoops(ProgressiveMesh& pm, SharedRun& run, Meanwhile meanwhile) {
+    pm.threadContexts.resize(static_cast<std::size_t>(pm.NumThread));
+    std::int32_t index = 0;
+    for (ThreadContext& context : pm.threadContexts) {
+        context.threadIndex = index++;
+        context.marks.prepare(pm.mesh);
+    }
+    std::vector<std::jthread> threads;
+    for (ThreadContext& context : pm.threadContexts)
+        threads.emplace_back([&] { doDecimationLoop_LM_MT<Metric>(pm, context, run); });
+    meanwhile();
+}
+
+}  // namespace korvalite::test
