@@ -53,8 +53,7 @@ inline std::vector<Words> surfaceOf(const DMesh& mesh, UVs uvs = UVs::Compared) 
 }
 
 // Everything of the mesh that a level is made of, in the order of its arrays: of what is active, or
-// of all. The UVs that are ignored are their values: which one a corner has is compared all the
-// same.
+// of all.
 enum class Part { Active, All };
 
 inline Words arraysOf(const DMesh& mesh, Part part, UVs uvs = UVs::Compared) {
@@ -78,9 +77,8 @@ inline Words arraysOf(const DMesh& mesh, Part part, UVs uvs = UVs::Compared) {
         for (std::size_t k = 0; k < 3; ++k) {
             const std::size_t c = 3 * static_cast<std::size_t>(t) + k;
             words.push_back(mesh.triangles[c]);
-            if (mesh.indicesUV.size() != mesh.triangles.size()) continue;
+            if (uvs == UVs::Ignored || mesh.indicesUV.size() != mesh.triangles.size()) continue;
             words.push_back(mesh.indicesUV[c]);
-            if (uvs == UVs::Ignored) continue;
             appendFloat(words, mesh.coordsUV[mesh.indicesUV[c]].u);
             appendFloat(words, mesh.coordsUV[mesh.indicesUV[c]].v);
         }
@@ -113,7 +111,8 @@ inline void goAllDown(ProgressiveMesh& pm) {
 }
 
 // Where two UVs of a vertex merge into one, the two exchanges do not lead back: both go in the
-// order of the pairs. Values of UVs are not compared then.
+// order of the pairs. Where a mirrored pair gives a pair of one UV with itself, its corners do not
+// lead back. UVs are not compared then.
 inline UVs comparableUVs(ProgressiveMesh& pm) {
     for (std::uint32_t i = 0; i < pm.vsplitList.NumVtxSplit(); ++i) {
         const auto words =
