@@ -91,9 +91,8 @@ public:
 
 private:
     enum class Turn {
-        Stands,     // a collapse, or a mirrored pair
-        Dropped,    // the picked vertex left the queue or was refused
-        PassEnded,  // nothing could be picked, or only what has been refused before
+        Stands,   // a collapse, or a mirrored pair
+        Dropped,  // the picked vertex left the queue or was refused
     };
 
     /// The end of a turn, if there was one, and the begin of the next in one stay under csQueue.
@@ -102,7 +101,7 @@ private:
         const auto lock = enterQueue();
         const TimeTaken inQueue(timeOf(&ThreadStatistics::secondsInQueue));
         if (done) commit(*done);
-        return done != Turn::PassEnded && pick();
+        return pick();
     }
 
     [[nodiscard]] std::unique_lock<CriticalSection> enterQueue() {
@@ -122,7 +121,20 @@ private:
         record_.clear();
         record_.pickedVertex =
             pm_.costQueue.FirstAccepted([this](std::int32_t vertex) { return reserve(vertex); });
-        return true;
+        if (!endsPass(record_.pickedVertex)) return true;
+        // Not even for a moment: another thread would take what is left here for somebody's work
+        // and leave too.
+        reservations_.releaseAll();
+        return false;
+    }
+
+    /// Nothing could be picked, or only what has been refused before. There is no finish step here:
+    /// whatever the settings, each thread ends when it meets this.
+    [[nodiscard]] bool endsPass(std::int32_t v) const {
+        if (v == kNone) return true;
+        const VertexRecord& vertex = mesh_.vertices[at(v)];
+        return vertex.cost >= kPenalizedCost && vertex.partner != kNone &&
+               mesh_.vertexActive.Test(vertex.partner);
     }
 
     /// Holds all that a collapse of the vertex may touch; false if others hold some of it.
@@ -147,15 +159,11 @@ private:
 
     Turn collapsePicked() {
         const std::int32_t v = record_.pickedVertex;
-        if (v == kNone) return Turn::PassEnded;
         const std::int32_t u = mesh_.vertices[at(v)].partner;
         if (u == kNone || !mesh_.vertexActive.Test(u)) {
             record_.removedVertices.push_back(v);
             return Turn::Dropped;
         }
-        // All that is queued has been refused once. There is no finish step here: whatever the
-        // settings, each thread ends when it meets this.
-        if (mesh_.vertices[at(v)].cost >= kPenalizedCost) return Turn::PassEnded;
         if (!pair_.collapse(v, u)) return Turn::Dropped;
         pair_.rankAgain(v, u);
         return Turn::Stands;
