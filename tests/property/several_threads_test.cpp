@@ -89,7 +89,7 @@ TEST_P(SeveralThreads, ReachTheirTargetOrLeaveOnlyWhatWasRefused) {
 
 TEST_P(SeveralThreads, RecordSplitsThatLeadBackToTheBeginningBitForBit) {
     const DMesh original = GetParam().mesh();
-    for (const std::int32_t threads : kThreadCounts) {
+    for (const std::int32_t threads : {2, 4, 8}) {
         SCOPED_TRACE(threads);
         const MeshPtr pm = onThreads(threads, 8, [](ProgressiveMesh& settings) {
             settings.DoReorder = false;
