@@ -5,6 +5,13 @@ add_library(project_options INTERFACE)
 target_compile_features(project_options INTERFACE cxx_std_20)
 target_compile_options(project_options INTERFACE -ffp-contract=off)
 
+# Optimised across files, g++ stops inlining when the whole program has grown by its budget. Which of
+# the small functions in the hot loops are called then depends on code that has nothing to do with
+# them, and makes up a tenth of the time and more: let it inline all that it finds worth it.
+set(inline_all $<$<CXX_COMPILER_ID:GNU>:--param=inline-unit-growth=300>)
+target_compile_options(project_options INTERFACE ${inline_all})
+target_link_options(project_options INTERFACE ${inline_all})
+
 set(KORVALITE_SANITIZE "" CACHE STRING "Value for -fsanitize=, empty for none")
 option(KORVALITE_FUZZ "Build the libFuzzer targets (clang only)" OFF)
 
