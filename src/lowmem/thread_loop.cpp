@@ -122,9 +122,9 @@ private:
         record_.pickedVertex =
             pm_.costQueue.FirstAccepted([this](std::int32_t vertex) { return reserve(vertex); });
         if (!endsPass(record_.pickedVertex)) return true;
-        // Not even for a moment: another thread would take what is left here for somebody's work
-        // and leave too.
-        reservations_.releaseAll();
+        // Committed at once: while it held something here, another thread could find all that is
+        // left held, and leave too.
+        commit(Turn::Dropped);
         return false;
     }
 
