@@ -92,7 +92,7 @@ public:
 private:
     enum class Turn {
         Stands,   // a collapse, or a mirrored pair
-        Dropped,  // the picked vertex left the queue or was refused
+        Dropped,  // the picked vertex left the queue, was refused, or ended the pass
     };
 
     /// The end of a turn, if there was one, and the begin of the next in one stay under csQueue.
