@@ -90,8 +90,12 @@ std::int32_t CostQueue::bucketOf(float cost) const {
 }
 
 void CostQueue::Insert(std::int32_t vertex) {
-    if (costOf(vertex) == kNotCollapsible || isQueued(vertex)) return;
-    insertInBucket(vertex, bucketOf(costOf(vertex)));
+    const float cost = costOf(vertex);
+    if (cost != kNotCollapsible) Insert(vertex, bucketOf(cost));
+}
+
+void CostQueue::Insert(std::int32_t vertex, std::int32_t bucket) {
+    if (bucket != kNone && !isQueued(vertex)) insertInBucket(vertex, bucket);
 }
 
 void CostQueue::InsertAll(std::span<const std::int32_t> vertices) {
@@ -101,15 +105,8 @@ void CostQueue::InsertAll(std::span<const std::int32_t> vertices) {
         buckets_.push_back(cost == kNotCollapsible ? kNone : bucketOf(cost));
     }
     prefetchBuckets(buckets_);
-    InsertAll(vertices, buckets_);
-}
-
-void CostQueue::InsertAll(std::span<const std::int32_t> vertices,
-                          std::span<const std::int32_t> buckets) {
-    for (std::size_t i = vertices.size(); i-- > 0;) {
-        if (buckets[i] == kNone || isQueued(vertices[i])) continue;
-        insertInBucket(vertices[i], buckets[i]);
-    }
+    for (std::size_t i = 0; i < vertices.size(); ++i)
+        Insert(vertices[i], buckets_[i]);
 }
 
 void CostQueue::prefetchBuckets(std::span<const std::int32_t> buckets) const {

@@ -41,6 +41,8 @@ public:
 
     /// No effect for a vertex that is not collapsible, nor for one that is queued already.
     void Insert(std::int32_t vertex);
+    /// The same with bucketOf its cost, known before; -1 leaves it out.
+    void Insert(std::int32_t vertex, std::int32_t bucket);
 
     /// No effect for a vertex that is not queued.
     void Remove(std::int32_t vertex);
@@ -50,11 +52,7 @@ public:
     void InsertAll(std::span<const std::int32_t> vertices);
     void RemoveAll(std::span<const std::int32_t> vertices);
 
-    /// The same with bucketOf each cost, or -1 for a vertex that is to stay out. Of two entries of
-    /// one vertex the later one holds.
-    void InsertAll(std::span<const std::int32_t> vertices, std::span<const std::int32_t> buckets);
-
-    /// Fetch what RemoveAll and InsertAll will reach for.
+    /// Fetch what Remove and Insert will reach for.
     void prefetchLinks(std::span<const std::int32_t> vertices) const;
     void prefetchBuckets(std::span<const std::int32_t> buckets) const;
 

@@ -200,14 +200,15 @@ private:
         queue.prefetchBuckets(record_.updateBuckets);
     }
 
+    /// One after the other: a vertex may have two entries, and ends as the later one says.
     void applyUpdates() {
         for (std::size_t i = 0; i < record_.updateVertices.size(); ++i) {
-            pm_.costQueue.Remove(record_.updateVertices[i]);
-            VertexRecord& vertex = mesh_.vertices[at(record_.updateVertices[i])];
-            vertex.cost = record_.updateCosts[i];
-            vertex.partner = record_.updatePartners[i];
+            const std::int32_t x = record_.updateVertices[i];
+            pm_.costQueue.Remove(x);
+            mesh_.vertices[at(x)].cost = record_.updateCosts[i];
+            mesh_.vertices[at(x)].partner = record_.updatePartners[i];
+            pm_.costQueue.Insert(x, record_.updateBuckets[i]);
         }
-        pm_.costQueue.InsertAll(record_.updateVertices, record_.updateBuckets);
     }
 
     void showProgress() {

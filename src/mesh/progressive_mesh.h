@@ -97,8 +97,8 @@ struct ProgressiveMesh : DecimationSettings {
 
     // Results.
     alignas(kCacheLine) VSplitList vsplitList;
-    alignas(kCacheLine) std::int32_t CurVtxSplitPos =
-        kNone;  // records applied to the mesh as it stands
+    // Records applied to the mesh as it stands.
+    alignas(kCacheLine) std::int32_t CurVtxSplitPos = kNone;
     std::int32_t askedNumItem = kNone;
     std::int32_t finalDecimNumItem = kNone;
     std::int32_t decimationFinishTriangleCount = kNone;

@@ -199,6 +199,18 @@ TEST(CostQueue, InsertingTwiceAndRemovingWhatIsNotThereHaveNoEffect) {
     EXPECT_EQ(q.queue.Top(), -1);
 }
 
+TEST(CostQueue, ABucketThatIsKnownBeforeTakesTheSamePlace) {
+    Queue q(copies(1000, 3e-7F), 1000);
+    q.cost(5) = 2;
+    q.cost(6) = 1;
+    for (const std::int32_t v : {5, 6})
+        q.queue.Insert(v, q.queue.bucketOf(q.cost(v)));
+    q.queue.Insert(7, kNone);
+    q.queue.Insert(6, q.queue.bucketOf(2));  // is queued already
+    EXPECT_FALSE(q.queue.isQueued(7));
+    EXPECT_EQ(q.drain(), (Order{6, 5}));
+}
+
 TEST(CostQueue, TopDoesNotRemove) {
     Queue q({3, 2});
     q.insertAll();

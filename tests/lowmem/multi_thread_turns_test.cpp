@@ -25,6 +25,7 @@
 #include <set>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace korvalite {
 namespace {
@@ -347,6 +348,28 @@ TEST_F(MultiThreadTurns, AVertexWithoutALivingPartnerLeavesTheQueueInSilence) {
         EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), 0U);
         EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
     }
+}
+
+TEST_F(MultiThreadTurns, OfTwoEntriesOfOneVertexTheLaterOneHolds) {
+    HeldRun run(bumpyBall(), 257);
+    ASSERT_TRUE(run.startAndHold());
+    std::vector<std::int32_t> others;
+    for (std::int32_t v = 0; others.size() < 2; ++v) {
+        if (!run.pm().lockedVertices.Test(v)) others.push_back(v);
+    }
+    const std::int32_t out = others[0];
+    const std::int32_t in = others[1];
+    ASSERT_TRUE(run.pm().costQueue.isQueued(out));
+    ThreadWorkRecord& record = run.pm().threadContexts[0].workRecord;
+    record.appendUpdate(out, 0.0F, in);
+    record.appendUpdate(in, kNotCollapsible, kNone);
+    record.appendUpdate(out, kNotCollapsible, kNone);
+    record.appendUpdate(in, 0.0F, out);
+    run.letGo();
+    EXPECT_FALSE(run.pm().costQueue.isQueued(out));
+    EXPECT_EQ(run.mesh().vertices[static_cast<std::size_t>(out)].cost, kNotCollapsible);
+    EXPECT_EQ(run.pm().costQueue.Top(), in);
+    EXPECT_EQ(run.mesh().vertices[static_cast<std::size_t>(in)].partner, out);
 }
 
 TEST_F(MultiThreadTurns, AThreadThatMeetsARefusedVertexLeavesIt) {
