@@ -147,10 +147,8 @@ TEST_F(KvmWriter, AFileThatCannotBeOpenedGivesOne) {
     EXPECT_EQ(saveProgressiveMesh(pm, HeapString()), 1);
 }
 
+#ifndef _WIN32
 TEST_F(KvmWriter, AFullDiskLeavesAShortFileAndGivesZero) {
-#ifdef _WIN32
-    GTEST_SKIP() << "needs a limit for the size of files";
-#else
     const KvmFile file = test::rowOfSplits(200, 190);
     for (const std::size_t bytesThatFit : {std::size_t{0}, std::size_t{50}, std::size_t{4096}}) {
         ProgressiveMesh pm;
@@ -163,8 +161,8 @@ TEST_F(KvmWriter, AFullDiskLeavesAShortFileAndGivesZero) {
         EXPECT_EQ(result, 0);
         EXPECT_EQ(readWhole(path()), file.bytes().substr(0, bytesThatFit));
     }
-#endif
 }
+#endif
 
 TEST_F(KvmWriter, AnOlderFileIsReplacedWhole) {
     test::writeWhole(path(), std::string(100000, 'x'));

@@ -259,7 +259,7 @@ TEST(VokWriter, FullDiskLeavesNoFileWhereverItStrikes) {
 }
 
 TEST(VokWriter, DeviceFailsAndStays) {
-    if (!platform::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
+    ASSERT_TRUE(platform::exists("/dev/full"));
     // Through a link: a tool that deleted what it wrote to would do no harm.
     const ScratchFolder folder;
     const std::string link = folder / u8"full.Vok";
