@@ -4,13 +4,13 @@
 #include "best_time.h"
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
+#include "job_settings.h"
 #include "lowmem/run_decimation.h"
 #include "mesh/mesh_check.h"
 #include "mesh/progressive_mesh.h"
 #include "own_process.h"
 #include "shell/base/job_paths.h"
 #include "shell/load_input.h"
-#include "shell/target_count.h"
 #include "support/scratch_folder.h"
 #include "support/surface_distance.h"
 
@@ -52,13 +52,9 @@ bool load(const char* input, DMesh& mesh) {
 
 // No job key reaches the driver: it is set on the object.
 bool decimate(const Driver& driver, ProgressiveMesh& pm, float percent) {
-    BatchSettings settings;
-    settings.DecimationTargetPourcent = percent;
-    applySettings(settings, pm);
+    askForPercent(pm, percent);
     pm.MemSpeedTradeOff = driver.memSpeedTradeOff;
     pm.NumThread = driver.numThread;
-    const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertices.size());
-    pm.TargetNumItem = static_cast<std::uint32_t>(targetVertexCount(settings, vertexCount));
     return RunDecimation(pm) == 0;
 }
 

@@ -5,11 +5,10 @@
 #include "decimation/reorder.h"
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
+#include "job_settings.h"
 #include "lowmem/low_memory_driver.h"
 #include "mesh/progressive_mesh.h"
 #include "shell/base/job_paths.h"
-#include "shell/load_input.h"
-#include "shell/target_count.h"
 
 #include <cstdio>
 #include <ctime>
@@ -53,17 +52,13 @@ void decimateInStages(ProgressiveMesh& pm) {
 
 bool printStageTimes(const char* input, const char* output, float percent) {
     SetJobDirectory(".");
-    BatchSettings settings;
-    settings.DecimationTargetPourcent = percent;
     ProgressiveMesh pm;
     {
         const Stage stage("read");
         if (!importDMesh(input, pm.mesh)) return false;
     }
-    applySettings(settings, pm);
-    const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertices.size());
-    pm.TargetNumItem = static_cast<std::uint32_t>(targetVertexCount(settings, vertexCount));
-    std::printf(" vertices=%u triangles=%d", vertexCount, pm.mesh.triangleCount());
+    askForPercent(pm, percent);
+    std::printf(" vertices=%d triangles=%d", pm.mesh.vertexCount(), pm.mesh.triangleCount());
     decimateInStages(pm);
     std::printf(" collapses=%u", pm.vsplitList.NumVtxSplit());
     bool written = false;

@@ -4,13 +4,12 @@
 #include "best_time.h"
 #include "decimation/metric.h"
 #include "formats/vok_reader.h"
+#include "job_settings.h"
 #include "lowmem/low_memory_driver.h"
 #include "lowmem/multi_thread_driver.h"
 #include "mesh/progressive_mesh.h"
 #include "own_process.h"
 #include "shell/base/job_paths.h"
-#include "shell/load_input.h"
-#include "shell/target_count.h"
 #include "support/scratch_folder.h"
 
 #include <algorithm>
@@ -57,18 +56,14 @@ bool printThreads(const char* input, float percent, std::int32_t threads, bool m
     const long idleBytes = peakBytes();
     ProgressiveMesh pm;
     if (!importDMesh(input, pm.mesh)) return false;
-    BatchSettings settings;
-    settings.DecimationTargetPourcent = percent;
-    applySettings(settings, pm);
-    const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertices.size());
-    pm.TargetNumItem = static_cast<std::uint32_t>(targetVertexCount(settings, vertexCount));
+    askForPercent(pm, percent);
     BestTime prepare;
     BestTime loop;
     decimateTimed(pm, threads, measured, prepare, loop);
     const ThreadStatistics sum = sumOf(pm);
-    std::printf("threads=%d measured=%d vertices=%u after=%u prepare=%.4f loop=%.4f turns=%llu "
+    std::printf("threads=%d measured=%d vertices=%d after=%u prepare=%.4f loop=%.4f turns=%llu "
                 "candidates=%llu waiting=%.4f queue=%.4f all=%.4f peak=%ld\n",
-                threads, measured ? 1 : 0, vertexCount, pm.mesh.numActiveVertices,
+                threads, measured ? 1 : 0, pm.mesh.vertexCount(), pm.mesh.numActiveVertices,
                 prepare.seconds(), loop.seconds(), static_cast<unsigned long long>(sum.turns),
                 static_cast<unsigned long long>(sum.candidates), sum.secondsWaiting,
                 sum.secondsInQueue, sum.secondsInLoop, peakBytes() - idleBytes);

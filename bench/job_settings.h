@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "mesh/progressive_mesh.h"
+#include "shell/load_input.h"
+#include "shell/target_count.h"
+
+#include <cstdint>
+
+namespace korvalite::bench {
+
+/// What a job without other keys asks of a mesh that has been read.
+inline void askForPercent(ProgressiveMesh& pm, float percent) {
+    BatchSettings settings;
+    settings.DecimationTargetPourcent = percent;
+    applySettings(settings, pm);
+    const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertices.size());
+    pm.TargetNumItem = static_cast<std::uint32_t>(targetVertexCount(settings, vertexCount));
+}
+
+}  // namespace korvalite::bench
