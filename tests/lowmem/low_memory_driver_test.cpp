@@ -84,16 +84,8 @@ TEST_F(LowMemory, ATargetAtOrAboveTheCountEndsWithoutACollapse) {
 }
 
 TEST_F(LowMemory, WhereAllIsRefusedItEndsEvenWithTheFinishStep) {
-    // Two triangles back to back, three times: nothing of them may collapse.
-    test::Points points;
-    test::Faces faces;
-    for (std::uint32_t i = 0; i < 3; ++i) {
-        const auto x = static_cast<float>(3 * i);
-        points.insert(points.end(), {{x, 0, 0}, {x + 1, 0, 0}, {x, 1, 0.5F}});
-        faces.insert(faces.end(), {{3 * i, 3 * i + 1, 3 * i + 2}, {3 * i + 1, 3 * i, 3 * i + 2}});
-    }
     for (const bool finishStep : {false, true}) {
-        const MeshPtr pm = run(test::buildMesh(points, faces), [&](ProgressiveMesh& settings) {
+        const MeshPtr pm = run(test::threePillows(), [&](ProgressiveMesh& settings) {
             settings.AllowFinishStep = finishStep;
         });
         EXPECT_EQ(pm->mesh.numActiveVertices, 9U);
@@ -132,15 +124,7 @@ TEST_F(LowMemory, AVertexWhosePartnerIsGoneLeavesTheQueueToo) {
 }
 
 TEST_F(LowMemory, AMirrorImageThatIsRefusedLeavesTheMeshAsBeforeAndNoSplit) {
-    // A second copy of a triangle on the side that follows: collapses there fail the link test,
-    // those of the other side alone would not.
-    DMesh ball = test::sphere(3);
-    std::size_t corner = 0;
-    while (ball.vertices[ball.triangles[corner]].x < 0.5F)
-        corner += 3;
-    for (std::size_t k = 0; k < 3; ++k)
-        ball.triangles.push_back(ball.triangles[corner + k]);
-    test::completeMesh(ball);
+    const DMesh ball = test::ballWithADoubledTriangle();
     const MeshPtr pm = symmetricTo(100, ball);
     EXPECT_GE(refused(*pm), 2);
     EXPECT_EQ(pm->vsplitList.NumVtxSplit(), 258 - pm->mesh.numActiveVertices);

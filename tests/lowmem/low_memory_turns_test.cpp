@@ -130,9 +130,7 @@ TEST_F(LowMemoryTurns, WhereTheKeptVertexIsGoneTooTheRestOfItsTriangleIsRanked) 
     for (const std::int32_t vertex : {v, u, 0})
         mesh.triangles.push_back(static_cast<std::uint32_t>(vertex));
     test::completeMesh(mesh);
-    test::prepare(pm, std::move(mesh));
-    for (VertexRecord& vertex : pm.mesh.vertices)
-        forgetCost(vertex);
+    test::prepareUnranked(pm, std::move(mesh));
     pm.ProtectTopology = false;
     pm.TargetNumItem = pm.mesh.numActiveVertices - 1;
     pm.mesh.vertices[index(v)].cost = 0;

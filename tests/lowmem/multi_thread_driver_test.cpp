@@ -59,17 +59,22 @@ private:
     const ProgressiveMesh& pm_;
 };
 
+// A run to 100 vertices. Gives how many threads there were when the loops began.
+std::size_t runAndCountThreads(ProgressiveMesh& pm, std::int32_t threads) {
+    ThreadsAtTheBegin begin(pm);
+    pm.observer = &begin;
+    test::askForThreads(pm, threads);
+    pm.TargetNumItem = 100;
+    EXPECT_EQ(RunDecimation(pm), 0);
+    pm.observer = nullptr;
+    return begin.threads;
+}
+
 TEST_F(MultiThread, OneThreadOrLessIsTheCallingOneAlone) {
     for (const std::int32_t threads : {1, 0, -1, -7}) {
         MeshPtr pm = test::prepared(bumpyBall());
-        ThreadsAtTheBegin begin(*pm);
-        pm->observer = &begin;
-        pm->MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
-        pm->NumThread = threads;
-        pm->TargetNumItem = 100;
-        EXPECT_EQ(RunDecimation(*pm), 0);
+        EXPECT_EQ(runAndCountThreads(*pm, threads), 1U) << threads;
         EXPECT_EQ(pm->NumThread, 1) << threads;
-        EXPECT_EQ(begin.threads, 1U) << threads;
         EXPECT_EQ(pm->mesh.numActiveVertices, 100U);
         EXPECT_EQ(turnsOf(*pm), 158U) << "all by itself";
     }
@@ -78,13 +83,7 @@ TEST_F(MultiThread, OneThreadOrLessIsTheCallingOneAlone) {
 TEST_F(MultiThread, AsManyThreadsRunAsAreAskedFor) {
     for (const std::int32_t threads : {2, 3, 16}) {
         MeshPtr pm = test::prepared(bumpyBall());
-        ThreadsAtTheBegin begin(*pm);
-        pm->observer = &begin;
-        pm->MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
-        pm->NumThread = threads;
-        pm->TargetNumItem = 100;
-        EXPECT_EQ(RunDecimation(*pm), 0);
-        EXPECT_EQ(begin.threads, static_cast<std::size_t>(threads));
+        EXPECT_EQ(runAndCountThreads(*pm, threads), static_cast<std::size_t>(threads));
         std::int32_t index = 0;
         for (const ThreadContext& context : pm->threadContexts)
             EXPECT_EQ(context.threadIndex, index++);
@@ -227,16 +226,8 @@ TEST_F(MultiThread, CountsAreExactHoweverManyThreadsShareTheirBytes) {
 }
 
 TEST_F(MultiThread, WhereAllIsRefusedItEndsEvenWithTheFinishStep) {
-    // Two triangles back to back, three times: nothing of them may collapse.
-    test::Points points;
-    test::Faces faces;
-    for (std::uint32_t i = 0; i < 3; ++i) {
-        const auto x = static_cast<float>(3 * i);
-        points.insert(points.end(), {{x, 0, 0}, {x + 1, 0, 0}, {x, 1, 0.5F}});
-        faces.insert(faces.end(), {{3 * i, 3 * i + 1, 3 * i + 2}, {3 * i + 1, 3 * i, 3 * i + 2}});
-    }
     for (const bool finishStep : {false, true}) {
-        const MeshPtr pm = run(3, test::buildMesh(points, faces), [&](ProgressiveMesh& settings) {
+        const MeshPtr pm = run(3, test::threePillows(), [&](ProgressiveMesh& settings) {
             settings.AllowFinishStep = finishStep;
             settings.finishStepStarted = true;  // forgotten before the loops begin
             settings.inFinishStep = true;
@@ -251,15 +242,7 @@ TEST_F(MultiThread, WhereAllIsRefusedItEndsEvenWithTheFinishStep) {
 }
 
 TEST_F(MultiThread, AMirrorImageThatIsRefusedLeavesTheMeshAsBeforeAndNoSplit) {
-    // A second copy of a triangle on the side that follows: collapses there fail the link test,
-    // those of the other side alone would not.
-    DMesh ball = test::sphere(3);
-    std::size_t corner = 0;
-    while (ball.vertices[ball.triangles[corner]].x < 0.5F)
-        corner += 3;
-    for (std::size_t k = 0; k < 3; ++k)
-        ball.triangles.push_back(ball.triangles[corner + k]);
-    test::completeMesh(ball);
+    const DMesh ball = test::ballWithADoubledTriangle();
     for (const std::int32_t threads : {1, 4}) {
         const MeshPtr pm = run(threads, ball, [](ProgressiveMesh& settings) {
             settings.TargetNumItem = 100;

@@ -149,13 +149,7 @@ TEST(UpdateNeighbourCosts, RanksTheKeptVertexAndItsRingByQuadricsBuiltAnew) {
 }
 
 TEST(UpdateNeighbourCosts, DoesTheSameWithColours) {
-    DMesh mesh = test::sphere(2);
-    test::jitter(mesh, 0.02F, 1);
-    test::addColors(mesh, [](const FloatVec3& p) {
-        return test::packColor(static_cast<std::uint32_t>(100 + 90 * p.x), 30,
-                               static_cast<std::uint32_t>(100 + 90 * p.y));
-    });
-    expectAsTold<ColorMetric>(mesh);
+    expectAsTold<ColorMetric>(test::colorfulBall());
 }
 
 TEST(UpdateNeighbourCosts, EdgesHeldByASeamAreLeftOut) {
@@ -282,9 +276,7 @@ DMesh hub(std::uint32_t spokes) {
 TEST(UpdateNeighbourCosts, ARingLongerThanTheSlotsRanksAsManyAsFitAndLeavesNoMark) {
     DMesh mesh = hub(70000);
     ProgressiveMesh pm;
-    test::prepare(pm, std::move(mesh));
-    for (VertexRecord& vertex : pm.mesh.vertices)
-        forgetCost(vertex);
+    test::prepareUnranked(pm, std::move(mesh));
     NeighbourhoodMarks marks;
     NeighbourhoodScratch<PlainMetric> scratch;
     marks.prepare(pm.mesh);

@@ -185,13 +185,7 @@ TEST_F(NeighbourCostsOnThreads, StayAlikeFromCollapseToCollapse) {
 }
 
 TEST_F(NeighbourCostsOnThreads, AreAlikeByTheColourMetric) {
-    DMesh mesh = test::sphere(2);
-    test::jitter(mesh, 0.02F, 1);
-    test::addColors(mesh, [](const FloatVec3& p) {
-        return test::packColor(static_cast<std::uint32_t>(100 + 90 * p.x), 30,
-                               static_cast<std::uint32_t>(100 + 90 * p.y));
-    });
-    Twins<ColorMetric> made(mesh);
+    Twins<ColorMetric> made(test::colorfulBall());
     expectAlikeEverywhere(made);
     Twins<ColorMetric> real(test::sample("spot-colored.Vok"));
     expectAlikeThroughCollapses(real);

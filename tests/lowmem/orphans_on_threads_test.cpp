@@ -37,9 +37,7 @@ struct Hanging {
         for (const std::int32_t vertex : {v, u, x})
             mesh.triangles.push_back(static_cast<std::uint32_t>(vertex));
         test::completeMesh(mesh);
-        test::prepare(pm, std::move(mesh));
-        for (VertexRecord& vertex : pm.mesh.vertices)
-            forgetCost(vertex);
+        test::prepareUnranked(pm, std::move(mesh));
         pm.ProtectTopology = false;
         pm.lockedVertices.Reset(pm.mesh.vertexCount());
         context.marks.prepare(pm.mesh);

@@ -247,15 +247,7 @@ TEST_F(ReservationsAfterARun, NoneIsLeftWhereNothingCouldCollapseAnyMore) {
 }
 
 TEST_F(ReservationsAfterARun, NoneIsLeftWhereASymmetricPairWasRefused) {
-    // A second copy of a triangle on one side: collapses there fail the link test.
-    DMesh ball = test::sphere(3);
-    std::size_t corner = 0;
-    while (ball.vertices[ball.triangles[corner]].x < 0.5F)
-        corner += 3;
-    for (std::size_t k = 0; k < 3; ++k)
-        ball.triangles.push_back(ball.triangles[corner + k]);
-    test::completeMesh(ball);
-    test::MeshPtr pm = test::prepared(ball);
+    test::MeshPtr pm = test::prepared(test::ballWithADoubledTriangle());
     test::askForSymmetry(*pm, 0);
     pm->NumThread = 4;
     doDecimationInit_LM_MT<PlainMetric>(*pm);

@@ -24,17 +24,6 @@ constexpr std::uint32_t kSeeds[] = {1, 2, 3};
 
 class BorderAndMask : public DecimationTest {
 protected:
-    template <typename Set>
-    static MeshPtr inPlace(const DMesh& mesh, float percent, Set set) {
-        return decimated(mesh, [&](ProgressiveMesh& pm) {
-            targetPercent(pm, percent);
-            pm.DoReorder = false;
-            set(pm);
-        });
-    }
-    static MeshPtr inPlace(const DMesh& mesh, float percent) {
-        return inPlace(mesh, percent, [](ProgressiveMesh&) {});
-    }
     static DMesh coloredHills(std::uint32_t seed) {
         DMesh mesh = unevenHills(seed);
         addColors(mesh, redOrBlue);
@@ -56,21 +45,14 @@ protected:
 TEST_F(BorderAndMask, AFrozenBorderKeepsEachOfItsVerticesBitForBit) {
     for (const std::uint32_t seed : kSeeds) {
         for (const DMesh& original : {unevenHills(seed), coloredHills(seed)}) {
-            const auto border = borderOf(original);
-            ASSERT_EQ(border.size(), 2U * (22 + 18));
-            const MeshPtr pm = inPlace(original, 0, [](ProgressiveMesh& settings) {
-                settings.BorderMode = BORDERMODE_FREEZE;
-            });
-            EXPECT_LT(pm->mesh.numActiveVertices, original.vertices.size() * 2 / 3);
-            for (const std::int32_t v : border)
-                EXPECT_TRUE(isUntouched(pm->mesh, original, v));
+            expectBorderKept(*decimatedInPlace(original, 0, freezeBorder), original);
         }
     }
 }
 
 TEST_F(BorderAndMask, AProtectedBorderIsDecimatedToo) {
     const DMesh original = unevenHills(1);
-    const MeshPtr pm = inPlace(original, 10);
+    const MeshPtr pm = decimatedInPlace(original, 10);
     std::uint32_t left = 0;
     for (const std::int32_t v : borderOf(original))
         left += pm->mesh.vertexActive.Test(v) ? 1U : 0U;
@@ -81,20 +63,11 @@ TEST_F(BorderAndMask, AMaskOfZeroKeepsItsVerticesUntouched) {
     for (const std::uint32_t seed : kSeeds) {
         for (const bool colored : {false, true}) {
             for (const int axis : {-1, 0}) {
-                DMesh original = axis < 0 ? unevenSphere(seed) : unevenMirrored(axis, seed);
-                if (colored) addColors(original, redOrBlue);
-                addMask(original, [](const FloatVec3& p) { return p.y < -0.2F ? 0 : 255; });
-                const MeshPtr pm = inPlace(original, 0, [&](ProgressiveMesh& settings) {
+                const DMesh original = maskedBelow(axis, seed, colored);
+                const MeshPtr pm = decimatedInPlace(original, 0, [&](ProgressiveMesh& settings) {
                     if (axis >= 0) askForSymmetry(settings, axis);
                 });
-                EXPECT_LT(pm->mesh.numActiveVertices, original.vertices.size() * 3 / 4);
-                int masked = 0;
-                for (std::int32_t v = 0; v < original.vertexCount(); ++v) {
-                    if (original.maskValues[static_cast<std::size_t>(v)] != 0) continue;
-                    ++masked;
-                    EXPECT_TRUE(isUntouched(pm->mesh, original, v));
-                }
-                EXPECT_GT(masked, 30);
+                expectMaskedKept(*pm, original);
             }
         }
     }
@@ -104,7 +77,7 @@ TEST_F(BorderAndMask, AFlatMaskOfAFileChangesNothing) {
     const std::string path = job.folder() / u8"mesh.Vok";
     for (const std::uint32_t seed : kSeeds) {
         const DMesh plain = unevenSphere(seed);
-        const MeshPtr expected = inPlace(plain, 12);
+        const MeshPtr expected = decimatedInPlace(plain, 12);
         for (const int value : {0, 1, 7, 100, 254, 255}) {
             DMesh masked = plain;
             addMask(masked, [&](const FloatVec3&) { return value; });
@@ -112,7 +85,7 @@ TEST_F(BorderAndMask, AFlatMaskOfAFileChangesNothing) {
             DMesh loaded;
             ASSERT_TRUE(importDMesh(path.c_str(), loaded));
             dropUniformMask(loaded);
-            const MeshPtr pm = inPlace(loaded, 12);
+            const MeshPtr pm = decimatedInPlace(loaded, 12);
             EXPECT_TRUE(arraysOf(pm->mesh, Part::All) == arraysOf(expected->mesh, Part::All))
                 << value;
         }
@@ -125,8 +98,8 @@ TEST_F(BorderAndMask, AMaskOf255IsNoMask) {
         const DMesh plain = unevenSphere(seed);
         DMesh masked = plain;
         addMask(masked, [](const FloatVec3&) { return 255; });
-        const MeshPtr without = inPlace(plain, 12);
-        const MeshPtr with = inPlace(masked, 12);
+        const MeshPtr without = decimatedInPlace(plain, 12);
+        const MeshPtr with = decimatedInPlace(masked, 12);
         with->mesh.maskValues.clear();
         EXPECT_TRUE(arraysOf(with->mesh, Part::All) == arraysOf(without->mesh, Part::All));
     }
@@ -136,13 +109,13 @@ TEST_F(BorderAndMask, AMaskOf255IsNoMask) {
 TEST_F(BorderAndMask, TrianglesStayWhereTheMaskIsLow) {
     for (const std::uint32_t seed : kSeeds) {
         const DMesh plain = unevenSphere(seed);
-        const auto [plainRight, plainLeft] = sidesOf(inPlace(plain, 20)->mesh);
+        const auto [plainRight, plainLeft] = sidesOf(decimatedInPlace(plain, 20)->mesh);
         int before = plainLeft;
         // From weak to strong: a factor of 3.75, 13.25 and 118.25 against 1.
         for (const int low : {200, 10, 4}) {
             DMesh masked = plain;
             addMask(masked, [&](const FloatVec3& p) { return p.x < 0 ? low : 255; });
-            const MeshPtr pm = inPlace(masked, 20);
+            const MeshPtr pm = decimatedInPlace(masked, 20);
             const auto [right, left] = sidesOf(pm->mesh);
             EXPECT_GT(left, before) << low;
             EXPECT_LT(right, plainRight) << low;
@@ -155,8 +128,8 @@ TEST_F(BorderAndMask, ARealMaskKeepsMoreOfItsLowEndAndLessOfItsHighOne) {
     const DMesh masked = sample("fish-masked.Vok");
     DMesh plain = masked;
     plain.maskValues.clear();
-    const MeshPtr with = inPlace(masked, 15);
-    const MeshPtr without = inPlace(plain, 15);
+    const MeshPtr with = decimatedInPlace(masked, 15);
+    const MeshPtr without = decimatedInPlace(plain, 15);
     const auto leftBetween = [&](const DMesh& mesh, int low, int high) {
         int count = 0;
         for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {

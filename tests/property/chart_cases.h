@@ -83,4 +83,32 @@ inline testing::AssertionResult noTriangleMixesChartsOf(const DMesh& before, con
     return result;
 }
 
+// Of what is left of hillsOfTwoCharts: its seam vertices are still on the seam, with a UV of each
+// chart.
+inline void expectSeamsOnTheSeam(const DMesh& mesh) {
+    const auto uvs = uvsOf(mesh);
+    std::uint32_t onSeam = 0;
+    for (std::size_t v = 0; v < uvs.size(); ++v) {
+        if (uvs[v].size() < 2) continue;
+        ++onSeam;
+        // Samples between two points of one x may be off it by the rounding.
+        EXPECT_NEAR(mesh.vertices[v].x, static_cast<float>(kSeamColumn), 1e-5F) << v;
+        EXPECT_EQ(uvs[v].size(), 2U) << v;
+    }
+    EXPECT_GT(onSeam, 2U);
+    EXPECT_LT(onSeam, kRows + 2);
+}
+
+// What is on one side of the seam by its chart lies there: no chart has grown over the seam.
+inline void expectChartsOnTheirSides(const DMesh& mesh) {
+    forEachActiveCorner(mesh, [&](std::size_t c) {
+        const float x = mesh.vertices[mesh.triangles[c]].x - kSeamColumn;
+        if (chartAt(mesh, c) == 0) {
+            EXPECT_LE(x, 1e-5F) << c;
+        } else {
+            EXPECT_GE(x, -1e-5F) << c;
+        }
+    });
+}
+
 }  // namespace korvalite::test

@@ -19,20 +19,12 @@
 namespace korvalite::test {
 namespace {
 
-class CornerUVs : public DecimationTest {
-protected:
-    static MeshPtr inPlace(const DMesh& mesh, float percent) {
-        return decimated(mesh, [&](ProgressiveMesh& pm) {
-            targetPercent(pm, percent);
-            pm.DoReorder = false;
-        });
-    }
-};
+class CornerUVs : public DecimationTest {};
 
 TEST_F(CornerUVs, NoTriangleMixesCharts) {
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
         for (const float percent : {60.0F, 30.0F, 10.0F}) {
-            const MeshPtr pm = inPlace(hillsOfTwoCharts(seed), percent);
+            const MeshPtr pm = decimatedInPlace(hillsOfTwoCharts(seed), percent);
             ASSERT_TRUE(pm->m_handleUVs_internal);
             std::array<int, 2> triangles{};
             for (std::int32_t t = 0; t < pm->mesh.triangleCount(); ++t) {
@@ -55,34 +47,14 @@ TEST_F(CornerUVs, NoTriangleMixesCharts) {
 TEST_F(CornerUVs, SeamsStayOnTheSeam) {
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
         for (const float percent : {80.0F, 60.0F, 30.0F}) {
-            const MeshPtr pm = inPlace(hillsOfTwoCharts(seed), percent);
-            const auto uvs = uvsOf(pm->mesh);
-            std::uint32_t onSeam = 0;
-            for (std::size_t v = 0; v < uvs.size(); ++v) {
-                if (uvs[v].size() < 2) continue;
-                ++onSeam;
-                // Samples between two points of one x may be off it by the rounding.
-                EXPECT_NEAR(pm->mesh.vertices[v].x, static_cast<float>(kSeamColumn), 1e-5F) << v;
-                EXPECT_EQ(uvs[v].size(), 2U) << v;
-            }
-            EXPECT_GT(onSeam, 2U);
-            EXPECT_LT(onSeam, kRows + 2);
+            expectSeamsOnTheSeam(decimatedInPlace(hillsOfTwoCharts(seed), percent)->mesh);
         }
     }
 }
 
-// What is on one side of the seam by its chart lies there: no chart grows over the seam.
 TEST_F(CornerUVs, ChartsStayOnTheirSideOfTheSeam) {
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
-        const MeshPtr pm = inPlace(hillsOfTwoCharts(seed), 25);
-        forEachActiveCorner(pm->mesh, [&](std::size_t c) {
-            const float x = pm->mesh.vertices[pm->mesh.triangles[c]].x - kSeamColumn;
-            if (chartAt(pm->mesh, c) == 0) {
-                EXPECT_LE(x, 1e-5F) << c;
-            } else {
-                EXPECT_GE(x, -1e-5F) << c;
-            }
-        });
+        expectChartsOnTheirSides(decimatedInPlace(hillsOfTwoCharts(seed), 25)->mesh);
     }
 }
 
@@ -114,12 +86,12 @@ TEST_F(CornerUVs, CornersThatDidNotMoveKeepTheirUVsBitForBit) {
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
         const DMesh before = welded(hillsOfTwoCharts(seed));
         for (const float percent : {95.0F, 85.0F})
-            expectKeptUVs(before, *inPlace(hillsOfTwoCharts(seed), percent), 20);
+            expectKeptUVs(before, *decimatedInPlace(hillsOfTwoCharts(seed), percent), 20);
     }
     for (const char* file : {"synth-seams.Vok", "spot.Vok"}) {
         const DMesh before = welded(sample(file));
         for (const float percent : {80.0F, 50.0F})
-            expectKeptUVs(before, *inPlace(sample(file), percent), 200);
+            expectKeptUVs(before, *decimatedInPlace(sample(file), percent), 200);
     }
 }
 
@@ -147,7 +119,7 @@ TEST_F(CornerUVs, OfAVertexThatOthersFallOntoWhereItStandsAreKept) {
         const VertexRecord& vertex = fine.vertices[v];
         fine.coordsUV.push_back({vertex.x + vertex.z / 16.0F, vertex.y + vertex.z / 8.0F});
     }
-    const MeshPtr pm = inPlace(fine, 9);
+    const MeshPtr pm = decimatedInPlace(fine, 9);
     ASSERT_TRUE(pm->m_handleUVs_internal);
     int kept = 0;
     for (auto i = static_cast<std::int32_t>(pm->vsplitList.NumVtxSplit()); i-- > 0;) {
@@ -172,7 +144,7 @@ TEST_F(CornerUVs, OfAVertexThatOthersFallOntoWhereItStandsAreKept) {
 // Each UV of a seam vertex lies in the chart of its corner, and near where the plan has it: the
 // UVs of a straight seam move along with the vertex.
 TEST_F(CornerUVs, FollowTheSurface) {
-    const MeshPtr pm = inPlace(hillsOfTwoCharts(1), 50);
+    const MeshPtr pm = decimatedInPlace(hillsOfTwoCharts(1), 50);
     double sum = 0;
     int corners = 0;
     forEachActiveCorner(pm->mesh, [&](std::size_t c) {
@@ -191,8 +163,8 @@ TEST_F(CornerUVs, ThatDoNotFitTheTrianglesHaveNoPartInTheRun) {
     DMesh plain = mesh;
     plain.coordsUV.clear();
     mesh.coordsUV.pop_back();
-    const MeshPtr with = inPlace(mesh, 30);
-    const MeshPtr without = inPlace(plain, 30);
+    const MeshPtr with = decimatedInPlace(mesh, 30);
+    const MeshPtr without = decimatedInPlace(plain, 30);
     EXPECT_FALSE(with->m_handleUVs_internal);
     EXPECT_TRUE(surfaceOf(with->mesh) == surfaceOf(without->mesh));
 }
@@ -202,7 +174,7 @@ TEST_F(CornerUVs, ThatDoNotFitTheTrianglesHaveNoPartInTheRun) {
 TEST_F(CornerUVs, OnASeamThoseOfTheRemovedVertexWin) {
     int seen = 0;
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
-        const MeshPtr pm = inPlace(hillsOfTwoCharts(seed), 30);
+        const MeshPtr pm = decimatedInPlace(hillsOfTwoCharts(seed), 30);
         for (auto i = static_cast<std::int32_t>(pm->vsplitList.NumVtxSplit()); i-- > 0;) {
             const VSplitView split = pm->vsplitList.ensureLoaded(i);
             const auto words = split.uvIndexPairWords();

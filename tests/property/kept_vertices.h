@@ -6,6 +6,8 @@
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
 #include "mesh/dmesh.h"
+#include "mesh/progressive_mesh.h"
+#include "property/run_cases.h"
 
 #include <gtest/gtest.h>
 
@@ -37,6 +39,39 @@ inline std::vector<std::int32_t> borderOf(DMesh mesh) {
         if (mesh.borderVertices.Test(v)) border.push_back(v);
     }
     return border;
+}
+
+inline void freezeBorder(ProgressiveMesh& pm) {
+    pm.BorderMode = BORDERMODE_FREEZE;
+}
+
+// Of unevenHills: the border is as it was, and the rest is not.
+inline void expectBorderKept(const ProgressiveMesh& pm, const DMesh& original) {
+    const auto border = borderOf(original);
+    EXPECT_EQ(border.size(), 2U * (22 + 18));
+    EXPECT_LT(pm.mesh.numActiveVertices, original.vertices.size() * 2 / 3);
+    for (const std::int32_t v : border)
+        EXPECT_TRUE(isUntouched(pm.mesh, original, v));
+}
+
+// A ball with a mask of 0 below and of 255 above, mirrored across an axis of 0, 1 or 2.
+inline DMesh maskedBelow(int axis, std::uint32_t seed, bool colored) {
+    DMesh mesh = axis < 0 ? unevenSphere(seed) : unevenMirrored(axis, seed);
+    if (colored) addColors(mesh, redOrBlue);
+    addMask(mesh, [](const FloatVec3& p) { return p.y < -0.2F ? 0 : 255; });
+    return mesh;
+}
+
+// Of that: what is masked by 0 is as it was, and the rest is not.
+inline void expectMaskedKept(const ProgressiveMesh& pm, const DMesh& original) {
+    EXPECT_LT(pm.mesh.numActiveVertices, original.vertices.size() * 3 / 4);
+    int masked = 0;
+    for (std::int32_t v = 0; v < original.vertexCount(); ++v) {
+        if (original.maskValues[static_cast<std::size_t>(v)] != 0) continue;
+        ++masked;
+        EXPECT_TRUE(isUntouched(pm.mesh, original, v));
+    }
+    EXPECT_GT(masked, 30);
 }
 
 }  // namespace korvalite::test

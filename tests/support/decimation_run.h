@@ -79,6 +79,20 @@ MeshPtr decimatedBy(std::int32_t driver, DMesh mesh, Set set) {
     });
 }
 
+// On the driver that `set` asks for, a low-memory one, to a percentage of the vertices, with
+// vertices and triangles left at their places.
+template <typename Set>
+MeshPtr decimatedInPlace(const DMesh& mesh, float percent, Set set) {
+    return decimated(mesh, [&](ProgressiveMesh& pm) {
+        targetPercent(pm, percent);
+        pm.DoReorder = false;
+        set(pm);
+    });
+}
+inline MeshPtr decimatedInPlace(const DMesh& mesh, float percent) {
+    return decimatedInPlace(mesh, percent, [](ProgressiveMesh&) {});
+}
+
 // One of the project's sample meshes, as the batch driver loads it.
 inline DMesh sample(const std::string& name) {
     DMesh mesh;

@@ -264,4 +264,40 @@ void addMask(DMesh& mesh, MaskOf maskOf) {
         mesh.maskValues.push_back(static_cast<std::uint8_t>(maskOf(vertex.position())));
 }
 
+// Two triangles back to back, three times: nothing of them may collapse.
+inline DMesh threePillows() {
+    Points points;
+    Faces faces;
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        const auto x = static_cast<float>(3 * i);
+        points.insert(points.end(), {{x, 0, 0}, {x + 1, 0, 0}, {x, 1, 0.5F}});
+        faces.insert(faces.end(), {{3 * i, 3 * i + 1, 3 * i + 2}, {3 * i + 1, 3 * i, 3 * i + 2}});
+    }
+    return buildMesh(points, faces);
+}
+
+// sphere(3) with a second copy of a triangle on the side of positive x, which follows in a mirrored
+// pair: collapses there fail the link test, those of the other side alone would not.
+inline DMesh ballWithADoubledTriangle() {
+    DMesh ball = sphere(3);
+    std::size_t corner = 0;
+    while (ball.vertices[ball.triangles[corner]].x < 0.5F)
+        corner += 3;
+    for (std::size_t k = 0; k < 3; ++k)
+        ball.triangles.push_back(ball.triangles[corner + k]);
+    completeMesh(ball);
+    return ball;
+}
+
+// Uneven, and of another colour at each vertex.
+inline DMesh colorfulBall() {
+    DMesh mesh = sphere(2);
+    jitter(mesh, 0.02F, 1);
+    addColors(mesh, [](const FloatVec3& p) {
+        return packColor(static_cast<std::uint32_t>(100 + 90 * p.x), 30,
+                         static_cast<std::uint32_t>(100 + 90 * p.y));
+    });
+    return mesh;
+}
+
 }  // namespace korvalite::test

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "decimation/initial_edges.h"
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
 #include "mesh/progressive_mesh.h"
@@ -16,6 +17,13 @@ inline void prepare(ProgressiveMesh& pm, DMesh mesh) {
     BuildVertexCorners(pm.mesh);
     ComputeBorderVertices(pm.mesh);
     pm.costQueue.Init(pm.mesh.vertexCount());
+}
+
+// The same, with no cost at any vertex.
+inline void prepareUnranked(ProgressiveMesh& pm, DMesh mesh) {
+    prepare(pm, std::move(mesh));
+    for (VertexRecord& vertex : pm.mesh.vertices)
+        forgetCost(vertex);
 }
 
 }  // namespace korvalite::test
