@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/platform.h"
 #include "support/scratch_folder.h"
 
+#include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
 #include <stdexcept>
@@ -41,6 +43,13 @@ public:
 
     void wait() {
         if (!ended_) ended_ = waitpid(process_, &status_, 0) == process_;
+    }
+
+    // Holds it up, so that what it does next comes that much later.
+    void suspendFor(int milliseconds) const {
+        kill(process_, SIGSTOP);
+        platform::sleepMilliseconds(milliseconds);
+        kill(process_, SIGCONT);
     }
 
     // After wait(): the exit status, -1 if the process did not end by itself.
