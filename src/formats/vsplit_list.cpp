@@ -73,7 +73,9 @@ void VSplitList::start(VSplitFormat format, std::uint32_t recordsPerPage) {
 void VSplitList::reserveRecords(std::uint32_t count) {
     recordStarts_.reserve(count);
     // Two words more than the records: the count in front and the length behind.
-    pageWords_.reserve(std::size_t{count} * nominalRecordBytes(format_) / kWordBytes + 2);
+    const std::size_t words = std::size_t{count} * nominalRecordBytes(format_) / kWordBytes + 2;
+    pageWords_.reserve(words);
+    fullPage_.reserve(words);
 }
 
 void VSplitList::clearPage() {
@@ -92,6 +94,8 @@ void VSplitList::close() {
     dirty_ = false;
     std::vector<std::uint32_t>().swap(pageWords_);
     std::vector<std::size_t>().swap(recordStarts_);
+    std::vector<std::uint32_t>().swap(fullPage_);
+    isStoring_ = false;
     std::vector<std::uint32_t>().swap(incomingWords_);
     std::vector<std::size_t>().swap(incomingStarts_);
 }
@@ -109,18 +113,35 @@ void VSplitList::append(const VSplit& split) {
     dirty_ = true;
 }
 
-void VSplitList::spillIfFull() {
-    if (pageCount() < recordsPerPage_ || !isLastPage()) return;
-    writePageIfDirty();
+bool VSplitList::takeFullPage() {
+    if (recordStarts_.empty() || pageCount() < recordsPerPage_ || !isLastPage()) return false;
+    if (isStoring_.load(std::memory_order_acquire)) return false;
+    const bool isToStore = dirty_;
+    fullPage_.reserve(pageWords_.capacity());
+    fullPageOffset_ = pageOffset_;
     pageFirst_ += static_cast<std::int32_t>(pageCount());
     pageOffset_ += pageBytes();
+    completePage();
+    fullPage_.swap(pageWords_);
     clearPage();
+    isStoring_.store(isToStore, std::memory_order_relaxed);
+    return isToStore;
+}
+
+void VSplitList::storeFullPage() {
+    store_.put(fullPageOffset_, fullPage_);
+    isStoring_.store(false, std::memory_order_release);
+}
+
+/// Puts the count in front and the length behind.
+void VSplitList::completePage() {
+    pageWords_[0] = pageCount();
+    pageWords_.push_back(static_cast<std::uint32_t>(pageBytes()));
 }
 
 void VSplitList::writePageIfDirty() {
     if (!dirty_ || recordStarts_.empty()) return;
-    pageWords_[0] = pageCount();
-    pageWords_.push_back(static_cast<std::uint32_t>(pageBytes()));
+    completePage();
     store_.put(pageOffset_, pageWords_);
     pageWords_.pop_back();
     dirty_ = false;

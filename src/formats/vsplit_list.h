@@ -11,8 +11,9 @@
 // The pages keep the sizes of their first spill. There is no index of them: the length at the end
 // of each page leads to the one before, and its own length to the one behind.
 //
-// Thread safety: none. Failures of the scratch file are not reported: pages that it does not take
-// stay in memory, so that the list is right all the same. Lack of memory throws std::bad_alloc.
+// Thread safety: none, but that a full page may be stored beside the rest (takeFullPage). Failures
+// of the scratch file are not reported: pages that it does not take stay in memory, so that the
+// list is right all the same. Lack of memory throws std::bad_alloc.
 #pragma once
 
 #include "formats/vsplit_page_store.h"
@@ -21,6 +22,7 @@
 #include "shell/base/heap_string.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -61,7 +63,15 @@ public:
 
     /// Lets the page go if it holds pageCapacity records. Call after each collapse or mirrored
     /// pair.
-    void spillIfFull();
+    void spillIfFull() {
+        if (takeFullPage()) storeFullPage();
+    }
+
+    /// The two halves of spillIfFull, so that nobody need wait for the disk. After true the caller
+    /// must run the second, and other threads may append and take meanwhile; a page that fills up
+    /// before that is over grows beyond its capacity.
+    [[nodiscard]] bool takeFullPage();
+    void storeFullPage();
 
     /// The record at a list position. REQUIRES: 0 <= position < NumVtxSplit(). The view is valid
     /// until the next append, spillIfFull, ensureLoaded, saveTo or close. A record that the scratch
@@ -102,6 +112,7 @@ private:
     [[nodiscard]] std::int64_t pageEnd() const { return pageFirst_ + std::int64_t{pageCount()}; }
     [[nodiscard]] bool isLastPage() const { return pageEnd() == std::int64_t{numVtxSplit_}; }
 
+    void completePage();
     void writePageIfDirty();
     bool loadNextPage();
     bool loadPreviousPage();
@@ -123,6 +134,11 @@ private:
     // While open: room for the count word, then the records as they stand on disk.
     std::vector<std::uint32_t> pageWords_;
     std::vector<std::size_t> recordStarts_;  // ascending indices into pageWords_
+
+    // The page that is being stored: its taker's, as is the store, until isStoring_ is false again.
+    std::vector<std::uint32_t> fullPage_;
+    std::int64_t fullPageOffset_ = 0;
+    std::atomic<bool> isStoring_ = false;
 
     // The page that is being loaded: it replaces the other only when it has come whole.
     std::vector<std::uint32_t> incomingWords_;

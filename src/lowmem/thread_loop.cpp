@@ -12,6 +12,7 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <utility>
 
 namespace korvalite {
 
@@ -80,7 +81,7 @@ public:
         const TimeTaken inLoop(timeOf(&ThreadStatistics::secondsInLoop));
         try {
             std::optional<Turn> done;
-            while (commitAndPick(done))
+            while (takeTurn(done))
                 done = work();
         } catch (const std::bad_alloc&) {
             const std::lock_guard lock(run_.sections.csQueue);
@@ -95,8 +96,15 @@ private:
         Dropped,  // the picked vertex left the queue, was refused, or ended the pass
     };
 
-    /// The end of a turn, if there was one, and the begin of the next in one stay under csQueue.
-    /// False if the loop is over.
+    /// The end of a turn, if there was one, and the begin of the next. False if the loop is over.
+    bool takeTurn(std::optional<Turn> done) {
+        const bool goesOn = commitAndPick(done);
+        // Nobody waits for the disk.
+        if (std::exchange(tookFullPage_, false)) pm_.vsplitList.storeFullPage();
+        return goesOn;
+    }
+
+    /// Both in one stay under csQueue.
     bool commitAndPick(std::optional<Turn> done) {
         const auto lock = enterQueue();
         const TimeTaken inQueue(timeOf(&ThreadStatistics::secondsInQueue));
@@ -118,12 +126,12 @@ private:
         if (run_.outOfMemory || progressChannel().stopRequested()) return false;
         if (pm_.activeCount() <= pm_.TargetNumItem) return false;
         if (pm_.costQueue.vertexCount() == 0) return false;
-        record_.clear();
-        record_.pickedVertex =
+        picked_ =
             pm_.costQueue.FirstAccepted([this](std::int32_t vertex) { return reserve(vertex); });
-        if (!endsPass(record_.pickedVertex)) return true;
+        if (!endsPass(picked_)) return true;
         // Committed at once: while it held something here, another thread could find all that is
         // left held, and leave too.
+        record_.clear();
         commit(Turn::Dropped);
         return false;
     }
@@ -152,6 +160,8 @@ private:
     }
 
     Turn work() {
+        record_.clear();
+        record_.pickedVertex = picked_;
         const Turn turn = collapsePicked();
         prepareUpdates();
         return turn;
@@ -175,7 +185,7 @@ private:
         applyUpdates();
         for (const std::int32_t vertex : record_.removedVertices)
             pm_.costQueue.Remove(vertex);
-        pm_.vsplitList.spillIfFull();
+        tookFullPage_ = pm_.vsplitList.takeFullPage() || tookFullPage_;
         reservations_.releaseAll();
         showProgress();
     }
@@ -227,6 +237,8 @@ private:
     ThreadDriver<Metric> driver_;
     DeferredChanges changes_;
     PairCollapse<ThreadDriver<Metric>, DeferredChanges> pair_;
+    std::int32_t picked_ = kNone;
+    bool tookFullPage_ = false;  // which is to be stored
 };
 
 }  // namespace

@@ -8,11 +8,13 @@
 #include "support/allocation_limit.h"
 #include "support/full_disk.h"
 #include "support/scratch_folder.h"
+#include "support/threads.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <filesystem>
+#include <mutex>
 #include <new>
 #include <string>
 #include <vector>
@@ -141,6 +143,84 @@ TEST_F(VSplitListTest, PageThatIsNotFullStays) {
     list.append(samples.next());
     list.spillIfFull();
     EXPECT_EQ(list.pageFirst(), 4);
+}
+
+TEST_F(VSplitListTest, APageThatIsTakenIsStoredLater) {
+    const auto splits = samples.next(8);
+    VSplitList list;
+    list.pageCapacity = 3;
+    list.open({}, kManyVertices, 2);
+    for (std::size_t i = 0; i < 3; ++i)
+        list.append(splits[i]);
+    ASSERT_TRUE(list.takeFullPage());
+    EXPECT_EQ(list.pageFirst(), 3);
+    EXPECT_EQ(list.pageCount(), 0U);
+    EXPECT_EQ(test::readWhole(list.path().c_str()), "");
+    list.append(splits[3]);
+    list.storeFullPage();
+    EXPECT_EQ(test::readWhole(list.path().c_str()).size(),
+              static_cast<std::size_t>(list.pageOffset()));
+    appendAll(list, {splits.begin() + 4, splits.end()});
+    EXPECT_EQ(firstDifference(list, splits, {}), -1);
+}
+
+TEST_F(VSplitListTest, APageThatFillsUpWhileOneIsStoredGrows) {
+    const auto splits = samples.next(9);
+    VSplitList list;
+    list.pageCapacity = 2;
+    list.open({}, kManyVertices, 2);
+    list.append(splits[0]);
+    list.append(splits[1]);
+    ASSERT_TRUE(list.takeFullPage());
+    for (std::size_t i = 2; i < 7; ++i) {
+        list.append(splits[i]);
+        EXPECT_FALSE(list.takeFullPage());
+    }
+    EXPECT_EQ(list.pageCount(), 5U);
+    list.storeFullPage();
+    list.spillIfFull();
+    EXPECT_EQ(list.pageFirst(), 7);
+    appendAll(list, {splits.begin() + 7, splits.end()});
+    EXPECT_EQ(firstDifference(list, splits, {}), -1);
+}
+
+TEST_F(VSplitListTest, AFullPageThatIsOnDiskAlreadyIsLetGoAlone) {
+    const auto splits = samples.next(4);
+    VSplitList list;
+    list.pageCapacity = 2;
+    list.open({}, kManyVertices, 2);
+    appendAll(list, {splits.begin(), splits.begin() + 2});
+    list.append(splits[2]);
+    list.append(splits[3]);
+    (void)list.ensureLoaded(0);
+    (void)list.ensureLoaded(3);
+    ASSERT_FALSE(list.dirty());
+    EXPECT_FALSE(list.takeFullPage());
+    EXPECT_EQ(list.pageFirst(), 4);
+    EXPECT_EQ(firstDifference(list, splits, {}), -1);
+}
+
+// Each thread appends under a lock and stores without it, as the threads of a decimation do.
+TEST_F(VSplitListTest, ThreadsStorePagesWhileOthersAppend) {
+    constexpr std::size_t kThreads = 4;
+    constexpr std::size_t kEach = 3000;
+    const auto splits = samples.next(kThreads * kEach);
+    std::vector<VSplit> model;
+    std::mutex mutex;
+    VSplitList list;
+    list.pageCapacity = 7;
+    list.open({}, kManyVertices, 2 * kThreads);
+    test::onThreads(kThreads, [&](std::size_t thread) {
+        for (std::size_t i = 0; i < kEach; ++i) {
+            std::unique_lock lock(mutex);
+            model.push_back(splits[thread * kEach + i]);
+            list.append(model.back());
+            const bool tookPage = list.takeFullPage();
+            lock.unlock();
+            if (tookPage) list.storeFullPage();
+        }
+    });
+    EXPECT_EQ(firstDifference(list, model, {}), -1);
 }
 
 TEST_F(VSplitListTest, ScratchFileHoldsPagesWithTheirLengths) {
