@@ -50,6 +50,20 @@ ThreadStatistics sumOf(const ProgressiveMesh& pm) {
     return sum;
 }
 
+/// Seconds that one reading of the clock takes.
+double clockSeconds() {
+    constexpr int kReadings = 1000000;
+    ThreadStatistics statistics;
+    BestTime time;
+    for (int round = 0; round < 3; ++round) {
+        time.measure([&] {
+            for (int i = 0; i < kReadings; i += 2)
+                const TimeTaken twoReadings(&statistics.secondsInLoop);
+        });
+    }
+    return time.seconds() / kReadings;
+}
+
 bool printThreads(const char* input, float percent, std::int32_t threads, bool measured) {
     const test::ScratchFolder folder;
     SetJobDirectory(folder.path().c_str());
@@ -61,12 +75,13 @@ bool printThreads(const char* input, float percent, std::int32_t threads, bool m
     BestTime loop;
     decimateTimed(pm, threads, measured, prepare, loop);
     const ThreadStatistics sum = sumOf(pm);
+    const long bytes = peakBytes() - idleBytes;
     std::printf("threads=%d measured=%d vertices=%d after=%u prepare=%.4f loop=%.4f turns=%llu "
-                "candidates=%llu waiting=%.4f queue=%.4f all=%.4f peak=%ld\n",
+                "candidates=%llu waiting=%.4f queue=%.4f all=%.4f clock=%g peak=%ld\n",
                 threads, measured ? 1 : 0, pm.mesh.vertexCount(), pm.mesh.numActiveVertices,
                 prepare.seconds(), loop.seconds(), static_cast<unsigned long long>(sum.turns),
                 static_cast<unsigned long long>(sum.candidates), sum.secondsWaiting,
-                sum.secondsInQueue, sum.secondsInLoop, peakBytes() - idleBytes);
+                sum.secondsInQueue, sum.secondsInLoop, measured ? clockSeconds() : 0.0, bytes);
     return true;
 }
 

@@ -14,7 +14,7 @@ SIZE = 1_000_000  # triangles
 QUICK_SIZE = 100_000
 SAMPLES = ("boot", "fish-masked", "spot", "spot-colored")
 PERCENT = 10
-RUNS_FOR_QUALITY = 5  # a run on several threads is never the same twice
+RUNS = 5  # a run on several threads is never the same twice
 CORES = (2, 4, 8, 16)
 # What is promised of two threads beside one.
 TIME_OF_TWO = 0.58
@@ -22,8 +22,8 @@ MORE_BYTES_PER_VERTEX = 5
 WORSE = 1.03
 HEADINGS = {
     "threads": f"One mesh to {PERCENT} %, by the driver for one thread and by that for several; bytes of\n"
-               "peak memory for each vertex of the input:",
-    "queue": "Where the threads' time goes; the reading of the clock is in it:",
+               f"peak memory for each vertex of the input. Medians of {RUNS} runs in turn:",
+    "queue": "Where the threads' time goes, without what the reading of the clock takes:",
     "cores": "Times faster than the driver for one thread, as the times of two threads predict it:",
     "quality": "The result of two threads beside that of one, as parts of the diagonal:",
 }
@@ -35,9 +35,11 @@ def measure(tools, folder, quick):
     mesh = folder / "mesh.Vok"
     print(f"{size:,} triangles on one thread and several", file=sys.stderr)
     bench_report.run_bench(tools.bench, "--write-mesh", size, mesh)
-    rows = [row | {"kind": "measured" if row["measured"] else "threads"}
-            for row in bench_report.run_bench(tools.bench, "--threads", mesh, PERCENT)]
-    runs = 1 if quick else RUNS_FOR_QUALITY
+    runs = 1 if quick else RUNS
+    rounds = [bench_report.run_bench(tools.bench, "--threads", mesh, PERCENT) for _ in range(runs)]
+    rows = [bench_report.medians(same_row) for same_row in zip(*rounds)]
+    for row in rows:
+        row["kind"] = "measured" if row["measured"] else "threads"
     return rows + [quality(tools, sample, runs) for sample in SAMPLES]
 
 
@@ -73,9 +75,21 @@ def thread_table(rows):
     return tool_runs.table(lines)
 
 
+def per_turn(row, part, clock_readings):
+    return row[part] / row["turns"] - clock_readings * row["clock"]
+
+
 def stay(row):
     """Seconds of one stay under the queue's lock: a commit and the next pick."""
-    return row["queue"] / row["turns"]
+    return per_turn(row, "queue", 1)
+
+
+def waiting(row):
+    return max(per_turn(row, "waiting", 1), 0)
+
+
+def turn(row):
+    return per_turn(row, "all", 4)
 
 
 def queue_table(rows):
@@ -84,8 +98,8 @@ def queue_table(rows):
     for row in kind(rows, "measured"):
         lines.append((f"{row['threads']:.0f}", f"{row['turns']:,.0f}",
                       f"{row['candidates'] / row['turns']:.2f}",
-                      f"{row['all'] / row['turns'] * 1e6:.2f}", f"{stay(row) * 1e6:.2f}",
-                      f"{row['queue'] / row['all']:.1%}", f"{row['waiting'] / row['all']:.1%}"))
+                      f"{turn(row) * 1e6:.2f}", f"{stay(row) * 1e6:.2f}",
+                      f"{stay(row) / turn(row):.1%}", f"{waiting(row) / turn(row):.1%}"))
     return tool_runs.table(lines)
 
 
@@ -95,7 +109,7 @@ def predicted(rows, cores):
     alone = kind(rows, "threads")[0]
     one, two = (row for row in kind(rows, "measured") if row["threads"] in (1, 2))
     held = stay(two)
-    work = (two["all"] - two["queue"] - two["waiting"]) / two["turns"]
+    work = turn(two) - held - waiting(two)
     queue = turns_per_second = 0
     for threads in range(1, cores + 1):
         at_lock = held * (1 + queue)
