@@ -42,6 +42,7 @@ float CostQueue::costOf(std::int32_t vertex) const {
 
 void CostQueue::Init(std::int32_t vertexCount) {
     orderedSet_.clear();
+    fetched_ = kNone;
     vertexCount_ = vertexCount;
     bucketHeads_.assign(at(vertexCount + 9) / 10, kNone);
     reserveLarge(links_, at(vertexCount));
@@ -185,36 +186,46 @@ bool CostQueue::pourNextBucket() {
         vertex = next;
     }
     setHead(bucket, kNone);
-    prefetchNextBucket();
+    fetchNextBucket();
     return true;
 }
 
-/// What the next pour will reach for.
-void CostQueue::prefetchNextBucket() const {
+void CostQueue::fetchNextBucket() {
     constexpr std::int32_t kFarthest = 16;
+    fetched_ = kNone;
     const std::int32_t end = std::min(bucketCount(), currentBucket_ + 1 + kFarthest);
-    for (std::int32_t bucket = currentBucket_ + 1; bucket < end; ++bucket) {
-        const std::int32_t first = bucketHeads_[at(bucket)];
-        if (first == kNone) continue;
-        prefetch(&links_[at(first)]);
-        prefetch(&mesh_.vertices[at(first)]);
-        return;
-    }
+    for (std::int32_t bucket = currentBucket_ + 1; bucket < end && fetched_ == kNone; ++bucket)
+        fetched_ = bucketHeads_[at(bucket)];
+    if (fetched_ != kNone) prefetchVertex(fetched_);
+}
+
+void CostQueue::fetchOneMore() {
+    if (fetched_ < 0) return;
+    fetched_ = linksOf(fetched_).next;
+    if (fetched_ >= 0) prefetchVertex(fetched_);
+}
+
+void CostQueue::prefetchVertex(std::int32_t vertex) const {
+    prefetch(&links_[at(vertex)]);
+    prefetch(&mesh_.vertices[at(vertex)]);
 }
 
 std::int32_t CostQueue::Top() {
+    fetchOneMore();
     if (orderedSet_.empty() && !pourNextBucket()) return kNone;
     return orderedSet_.first();
 }
 
 void CostQueue::Clear() {
     orderedSet_.clear();
+    fetched_ = kNone;
     std::fill(bucketHeads_.begin(), bucketHeads_.end(), kNone);
     std::fill(links_.begin(), links_.end(), Links{});
 }
 
 void CostQueue::Release() {
     orderedSet_.clear();
+    fetched_ = kNone;
     std::vector<std::int32_t>().swap(bucketHeads_);
     std::vector<Links>().swap(links_);
     vertexCount_ = 0;
