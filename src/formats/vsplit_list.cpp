@@ -117,12 +117,13 @@ bool VSplitList::takeFullPage() {
     if (recordStarts_.empty() || pageCount() < recordsPerPage_ || !isLastPage()) return false;
     if (isStoring_.load(std::memory_order_acquire)) return false;
     const bool isToStore = dirty_;
+    const std::int64_t bytes = pageBytes();
     fullPage_.reserve(pageWords_.capacity());
-    fullPageOffset_ = pageOffset_;
-    pageFirst_ += static_cast<std::int32_t>(pageCount());
-    pageOffset_ += pageBytes();
     completePage();
     fullPage_.swap(pageWords_);
+    fullPageOffset_ = pageOffset_;
+    pageFirst_ += static_cast<std::int32_t>(pageCount());
+    pageOffset_ += bytes;
     clearPage();
     isStoring_.store(isToStore, std::memory_order_relaxed);
     return isToStore;
