@@ -126,12 +126,12 @@ private:
         if (run_.outOfMemory || progressChannel().stopRequested()) return false;
         if (pm_.activeCount() <= pm_.TargetNumItem) return false;
         if (pm_.costQueue.vertexCount() == 0) return false;
-        picked_ =
+        record_.clear();
+        record_.pickedVertex =
             pm_.costQueue.FirstAccepted([this](std::int32_t vertex) { return reserve(vertex); });
-        if (!endsPass(picked_)) return true;
+        if (!endsPass(record_.pickedVertex)) return true;
         // Committed at once: while it held something here, another thread could find all that is
         // left held, and leave too.
-        record_.clear();
         commit(Turn::Dropped);
         return false;
     }
@@ -160,8 +160,6 @@ private:
     }
 
     Turn work() {
-        record_.clear();
-        record_.pickedVertex = picked_;
         const Turn turn = collapsePicked();
         prepareUpdates();
         return turn;
@@ -237,7 +235,6 @@ private:
     ThreadDriver<Metric> driver_;
     DeferredChanges changes_;
     PairCollapse<ThreadDriver<Metric>, DeferredChanges> pair_;
-    std::int32_t picked_ = kNone;
     bool tookFullPage_ = false;  // which is to be stored
 };
 
