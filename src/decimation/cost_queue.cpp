@@ -42,7 +42,7 @@ float CostQueue::costOf(std::int32_t vertex) const {
 
 void CostQueue::Init(std::int32_t vertexCount) {
     orderedSet_.clear();
-    fetched_ = kNone;
+    prefetched_ = kNone;
     vertexCount_ = vertexCount;
     bucketHeads_.assign(at(vertexCount + 9) / 10, kNone);
     reserveLarge(links_, at(vertexCount));
@@ -186,23 +186,23 @@ bool CostQueue::pourNextBucket() {
         vertex = next;
     }
     setHead(bucket, kNone);
-    fetchNextBucket();
+    prefetchNextBucket();
     return true;
 }
 
-void CostQueue::fetchNextBucket() {
+void CostQueue::prefetchNextBucket() {
     constexpr std::int32_t kFarthest = 16;
-    fetched_ = kNone;
+    prefetched_ = kNone;
     const std::int32_t end = std::min(bucketCount(), currentBucket_ + 1 + kFarthest);
-    for (std::int32_t bucket = currentBucket_ + 1; bucket < end && fetched_ == kNone; ++bucket)
-        fetched_ = bucketHeads_[at(bucket)];
-    if (fetched_ != kNone) prefetchVertex(fetched_);
+    for (std::int32_t bucket = currentBucket_ + 1; bucket < end && prefetched_ == kNone; ++bucket)
+        prefetched_ = bucketHeads_[at(bucket)];
+    if (prefetched_ != kNone) prefetchVertex(prefetched_);
 }
 
-void CostQueue::fetchOneMore() {
-    if (fetched_ < 0) return;
-    fetched_ = linksOf(fetched_).next;
-    if (fetched_ >= 0) prefetchVertex(fetched_);
+void CostQueue::prefetchOneMore() {
+    if (prefetched_ < 0) return;
+    prefetched_ = linksOf(prefetched_).next;
+    if (prefetched_ >= 0) prefetchVertex(prefetched_);
 }
 
 void CostQueue::prefetchVertex(std::int32_t vertex) const {
@@ -211,21 +211,20 @@ void CostQueue::prefetchVertex(std::int32_t vertex) const {
 }
 
 std::int32_t CostQueue::Top() {
-    fetchOneMore();
+    prefetchOneMore();
     if (orderedSet_.empty() && !pourNextBucket()) return kNone;
     return orderedSet_.first();
 }
 
 void CostQueue::Clear() {
     orderedSet_.clear();
-    fetched_ = kNone;
     std::fill(bucketHeads_.begin(), bucketHeads_.end(), kNone);
     std::fill(links_.begin(), links_.end(), Links{});
 }
 
 void CostQueue::Release() {
     orderedSet_.clear();
-    fetched_ = kNone;
+    prefetched_ = kNone;
     std::vector<std::int32_t>().swap(bucketHeads_);
     std::vector<Links>().swap(links_);
     vertexCount_ = 0;

@@ -68,7 +68,7 @@ public:
     /// where it takes none of those that are in order.
     template <typename Accept>
     std::int32_t FirstAccepted(Accept accept) {
-        fetchOneMore();
+        prefetchOneMore();
         if (orderedSet_.empty()) pourNextBucket();
         if (orderedSet_.empty()) return -1;
         do {
@@ -120,8 +120,8 @@ private:
     void insertInSet(std::int32_t vertex);
     void unlinkFromBucket(std::int32_t vertex);
     bool pourNextBucket();
-    void fetchNextBucket();
-    void fetchOneMore();
+    void prefetchNextBucket();
+    void prefetchOneMore();
     void prefetchVertex(std::int32_t vertex) const;
     [[nodiscard]] Links linksOf(std::int32_t vertex) const {
         return links_[static_cast<std::size_t>(vertex)];
@@ -137,9 +137,9 @@ private:
     std::int32_t vertexCount_ = 0;
     std::int32_t currentBucket_ = 0;  // the highest bucket poured so far
     // Somewhere in the bucket to be poured next, mostly. Its list is a chain of cache misses, so
-    // each look at the queue fetches one more of it. A vertex that has gone elsewhere leads astray,
-    // which does no harm.
-    std::int32_t fetched_ = -1;
+    // each look at the queue prefetches one more of it. A vertex that has gone elsewhere leads
+    // astray, which does no harm.
+    std::int32_t prefetched_ = -1;
     std::vector<std::int32_t> bucketHeads_;
     std::vector<Links> links_;
     OrderedSet orderedSet_;

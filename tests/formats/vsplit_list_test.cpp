@@ -145,14 +145,19 @@ TEST_F(VSplitListTest, PageThatIsNotFullStays) {
     EXPECT_EQ(list.pageFirst(), 4);
 }
 
+// The first of the splits, as many as a page of this list holds, and that page taken.
+void takeFirstPage(VSplitList& list, const std::vector<VSplit>& splits, std::uint32_t capacity) {
+    list.pageCapacity = capacity;
+    list.open({}, kManyVertices, 2);
+    for (std::uint32_t i = 0; i < capacity; ++i)
+        list.append(splits[i]);
+    ASSERT_TRUE(list.takeFullPage());
+}
+
 TEST_F(VSplitListTest, APageThatIsTakenIsStoredLater) {
     const auto splits = samples.next(8);
     VSplitList list;
-    list.pageCapacity = 3;
-    list.open({}, kManyVertices, 2);
-    for (std::size_t i = 0; i < 3; ++i)
-        list.append(splits[i]);
-    ASSERT_TRUE(list.takeFullPage());
+    takeFirstPage(list, splits, 3);
     EXPECT_EQ(list.pageFirst(), 3);
     EXPECT_EQ(list.pageCount(), 0U);
     EXPECT_EQ(test::readWhole(list.path().c_str()), "");
@@ -167,11 +172,7 @@ TEST_F(VSplitListTest, APageThatIsTakenIsStoredLater) {
 TEST_F(VSplitListTest, APageThatFillsUpWhileOneIsStoredGrows) {
     const auto splits = samples.next(9);
     VSplitList list;
-    list.pageCapacity = 2;
-    list.open({}, kManyVertices, 2);
-    list.append(splits[0]);
-    list.append(splits[1]);
-    ASSERT_TRUE(list.takeFullPage());
+    takeFirstPage(list, splits, 2);
     for (std::size_t i = 2; i < 7; ++i) {
         list.append(splits[i]);
         EXPECT_FALSE(list.takeFullPage());
