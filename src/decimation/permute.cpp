@@ -1,56 +1,126 @@
 // SPDX-License-Identifier: MIT
 #include "decimation/permute.h"
 
+#include "platform/prefetch.h"
+
+#include <algorithm>
 #include <array>
-#include <utility>
+#include <cstddef>
 
 namespace korvalite {
 
 namespace {
 
-/// `load(i)` gives item i by value, `store(i, item)` writes it.
-template <typename Load, typename Store>
-void permuteInPlace(IndexMap& map, Load load, Store store) {
-    const auto count = static_cast<std::int32_t>(map.size());
-    for (std::int32_t i = 0; i < count; ++i) {
-        std::int32_t to = map[static_cast<std::size_t>(i)];
-        if (to < 0) continue;
-        map[static_cast<std::size_t>(i)] = ~to;
-        auto held = load(i);
-        while (to != i) {
-            auto displaced = load(to);
-            store(to, held);
-            held = displaced;
-            std::int32_t& next = map[static_cast<std::size_t>(to)];
-            to = std::exchange(next, ~next);
-        }
-        store(i, held);
-    }
-    for (std::int32_t& entry : map)
-        entry = ~entry;
-}
+// Each step along a cycle waits for memory, and only then knows the next. So this many walks go
+// side by side.
+constexpr std::size_t kWalks = 16;
 
+/// The walks of one array. `Items` has load(i), store(i, item) and place(i), its address.
 template <typename Items>
-void permuteItems(Items& items, IndexMap& map) {
-    permuteInPlace(
-        map, [&](std::int32_t i) { return items[static_cast<std::size_t>(i)]; },
-        [&](std::int32_t i, const auto& item) { items[static_cast<std::size_t>(i)] = item; });
+class CycleWalks {
+public:
+    CycleWalks(Items items, IndexMap& map) : items_(items), map_(map) {}
+
+    void run() {
+        std::array<Walk, kWalks> walks;
+        std::size_t count = 0;
+        while (count < kWalks && begin(walks[count]))
+            ++count;
+        while (count > 0) {
+            for (std::size_t i = 0; i < count;) {
+                if (step(walks[i]) || begin(walks[i])) {
+                    ++i;
+                } else {
+                    walks[i] = walks[--count];
+                }
+            }
+        }
+        for (std::int32_t& entry : map_)
+            entry = ~entry;
+    }
+
+private:
+    struct Walk {
+        typename Items::Item held{};
+        std::int32_t to = 0;  // where it goes
+    };
+
+    [[nodiscard]] std::int32_t& entry(std::int32_t i) { return map_[static_cast<std::size_t>(i)]; }
+
+    Walk take(std::int32_t i) {
+        const std::int32_t to = entry(i);
+        entry(i) = ~to;
+        prefetch(&entry(to));
+        prefetch(items_.place(to));
+        return {items_.load(i), to};
+    }
+
+    /// Takes the first item that is where it was; false if there is none.
+    bool begin(Walk& walk) {
+        const auto count = static_cast<std::int32_t>(map_.size());
+        while (next_ < count && entry(next_) < 0)
+            ++next_;
+        if (next_ == count) return false;
+        walk = take(next_);
+        return true;
+    }
+
+    /// False if the walk is over: the item that stood here is on its way already, as this walk or
+    /// another one began here.
+    bool step(Walk& walk) {
+        const std::int32_t here = walk.to;
+        if (entry(here) < 0) {
+            items_.store(here, walk.held);
+            return false;
+        }
+        const Walk onward = take(here);
+        items_.store(here, walk.held);
+        walk = onward;
+        return true;
+    }
+
+    Items items_;
+    IndexMap& map_;
+    std::int32_t next_ = 0;  // all below have been taken
+};
+
+template <typename Vector>
+struct SingleItems {
+    using Item = typename Vector::value_type;
+
+    Vector& items;
+
+    [[nodiscard]] Item* place(std::int32_t i) const { return &items[static_cast<std::size_t>(i)]; }
+    [[nodiscard]] Item load(std::int32_t i) const { return *place(i); }
+    void store(std::int32_t i, const Item& item) const { *place(i) = item; }
+};
+
+struct Triples {
+    using Item = std::array<std::uint32_t, 3>;
+
+    std::vector<std::uint32_t>& words;
+
+    [[nodiscard]] std::uint32_t* place(std::int32_t i) const {
+        return &words[3 * static_cast<std::size_t>(i)];
+    }
+    [[nodiscard]] Item load(std::int32_t i) const {
+        const std::uint32_t* const triple = place(i);
+        return {triple[0], triple[1], triple[2]};
+    }
+    void store(std::int32_t i, const Item& triple) const {
+        std::copy(triple.begin(), triple.end(), place(i));
+    }
+};
+
+template <typename Vector>
+void permuteItems(Vector& items, IndexMap& map) {
+    CycleWalks(SingleItems<Vector>{items}, map).run();
 }
 
 }  // namespace
 
 void PermuteTriples(std::vector<std::uint32_t>& words, IndexMap& map) {
-    using Triple = std::array<std::uint32_t, 3>;
-    permuteInPlace(
-        map,
-        [&](std::int32_t i) {
-            const std::uint32_t* triple = &words[3 * static_cast<std::size_t>(i)];
-            return Triple{triple[0], triple[1], triple[2]};
-        },
-        [&](std::int32_t i, const Triple& triple) {
-            std::copy(triple.begin(), triple.end(),
-                      words.begin() + 3 * static_cast<std::ptrdiff_t>(i));
-        });
+    CycleWalks(Triples{words}, map).run();
 }
 
 void PermuteBits(BitArray& bits, IndexMap& map) {

@@ -19,7 +19,7 @@ using IndexMap = std::vector<std::int32_t>;
 
 /// Three words per item of the map: a triangle's corners.
 void PermuteTriples(std::vector<std::uint32_t>& words, IndexMap& map);
-/// By way of a copy: of bits it is small, and following cycles would wait for memory at every step.
+/// By way of a copy: of bits it is small.
 void PermuteBits(BitArray& bits, IndexMap& map);
 void PermuteVertexRecords(VertexRecords& records, IndexMap& map);
 void PermuteWords(std::vector<std::uint32_t>& words, IndexMap& map);
