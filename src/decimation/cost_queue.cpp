@@ -153,6 +153,11 @@ void CostQueue::RemoveAll(std::span<const std::int32_t> vertices) {
         Remove(vertex);
 }
 
+void CostQueue::prefetchOwnLinks(std::span<const std::int32_t> vertices) const {
+    for (const std::int32_t vertex : vertices)
+        prefetch(&links_[at(vertex)]);
+}
+
 void CostQueue::prefetchLinks(std::span<const std::int32_t> vertices) const {
     for (const std::int32_t vertex : vertices) {
         const Links links = loadRelaxed(links_[at(vertex)]);

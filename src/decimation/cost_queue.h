@@ -52,7 +52,8 @@ public:
     void InsertAll(std::span<const std::int32_t> vertices);
     void RemoveAll(std::span<const std::int32_t> vertices);
 
-    /// Fetch what Remove and Insert will reach for.
+    /// Fetch what Remove and Insert will reach for. The first fetches what the second looks at.
+    void prefetchOwnLinks(std::span<const std::int32_t> vertices) const;
     void prefetchLinks(std::span<const std::int32_t> vertices) const;
     void prefetchBuckets(std::span<const std::int32_t> buckets) const;
 

@@ -86,9 +86,11 @@ public:
 
     void run(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
         gatherRing(kept, ringCorners, neighbours);
+        fetchRing();
+        gatherOuterRing();
         costs_.begin(ring());
         next_ = costs_.next();
-        gatherOuterRing();
+        listOuterTriangles();
         sumQuadrics();
         gatherEdges();
         fetchRingAhead();
@@ -142,7 +144,13 @@ private:
         for (const std::int32_t vertex : *ring)
             giveSlot(vertex);
         ringEnd_ = s_.localVertices.size();
-        warmVertexCorners(mesh_, std::span(s_.localVertices).subspan(1, ringEnd_ - 1), s_.cursors);
+    }
+
+    /// With what the queue links the ring to, one step at a time.
+    void fetchRing() {
+        pm_.costQueue.prefetchOwnLinks(ring());
+        warmVertexCorners(mesh_, ring().subspan(1), s_.cursors, &marks_.triangleMark);
+        pm_.costQueue.prefetchLinks(ring());
     }
 
     void gatherOuterRing() {
@@ -156,11 +164,15 @@ private:
             for (const std::int32_t x : s_.neighbours) {
                 prefetch(&marks_.vertexSlot[at(x)]);
                 prefetch(&mesh_.vertexTriangleHead[at(x)]);
+                mesh_.borderVertices.prefetchBit(x);
             }
         }
         for (const std::int32_t x : s_.ringNeighbours) {
             if (marks_.vertexSlot[at(x)] == NeighbourhoodMarks::kNoSlot) giveSlot(x);
         }
+    }
+
+    void listOuterTriangles() {
         const auto outerRing = std::span(s_.localVertices).subspan(ringEnd_);
         warmWithNext(outerRing);
         for (const std::int32_t x : outerRing) {
@@ -183,14 +195,18 @@ private:
             if (partner != kNone) s_.nextPair.push_back(partner);
         }
         s_.warmed.insert(s_.warmed.end(), s_.nextPair.begin(), s_.nextPair.end());
-        warmVertexCorners(mesh_, s_.warmed, s_.cursors);
+        warmVertexCorners(mesh_, s_.warmed, s_.cursors, &marks_.triangleMark);
     }
 
     void fetchRingAhead() {
         s_.nextRing.clear();
         for (const std::int32_t vertex : s_.nextPair) {
+            mesh_.vertexActive.prefetchBit(vertex);
+            mesh_.borderVertices.prefetchBit(vertex);
             forEachCorner(mesh_, vertex, [&](std::int32_t corner) {
                 const std::int32_t x = vertexAt(mesh_, nextCorner(corner));
+                mesh_.triangleActive.prefetchBit(corner / 3);
+                mesh_.borderVertices.prefetchBit(x);
                 s_.nextRing.push_back(x);
                 prefetch(&mesh_.vertexTriangleHead[at(x)]);
                 prefetch(&mesh_.vertices[at(x)]);

@@ -8,6 +8,7 @@
 // Clear of one bit alone are meant; the rest is for one thread.
 #pragma once
 
+#include "platform/prefetch.h"
 #include "platform/relaxed.h"
 
 #include <cstddef>
@@ -26,6 +27,12 @@ public:
     }
     [[nodiscard]] bool Test(std::uint32_t index) const {
         return Test(static_cast<std::int32_t>(index));
+    }
+
+    /// A hint that Test will be asked for this bit; none for an index that is not below count().
+    void prefetchBit(std::int32_t index) const {
+        const auto i = static_cast<std::uint32_t>(index);
+        if (i < static_cast<std::uint32_t>(count_)) prefetch(&bytes_[i >> 3U]);
     }
 
     /// REQUIRES: index < count().

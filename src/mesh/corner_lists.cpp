@@ -124,7 +124,7 @@ void GetUVCornersAndNeighbours(const DMesh& mesh, std::int32_t uvIndex, IndexLis
 }
 
 void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices,
-                       IndexList& cursors) {
+                       IndexList& cursors, const BitArray* triangleBits) {
     for (const std::int32_t vertex : vertices) {
         prefetch(&mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]);
         prefetch(&mesh.vertices[static_cast<std::size_t>(vertex)]);
@@ -138,6 +138,7 @@ void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices
         for (const std::int32_t corner : cursors) {
             if (corner == kNone) continue;
             prefetch(&mesh.triangles[static_cast<std::size_t>(corner)]);
+            if (triangleBits != nullptr) triangleBits->prefetchBit(corner / 3);
             cursors[left++] = loadRelaxed(mesh.cornerNext[static_cast<std::size_t>(corner)]);
         }
         cursors.resize(left);

@@ -60,9 +60,10 @@ void GetUVCornersAndNeighbours(const DMesh& mesh, std::int32_t uvIndex, IndexLis
 
 /// Touches the corner lists and triangles of several vertices ahead of their use. A list is a chain
 /// of loads that wait for each other, and in a large mesh nearly every one misses the cache; walked
-/// side by side, the misses of different lists overlap. `cursors` is scratch.
+/// side by side, the misses of different lists overlap. `cursors` is scratch; the bits of the
+/// triangles in `triangleBits`, unless null, come along.
 void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices,
-                       IndexList& cursors);
+                       IndexList& cursors, const BitArray* triangleBits = nullptr);
 
 /// True if a triangle at `a` also holds `b`.
 bool AreVerticesAdjacent(const DMesh& mesh, std::int32_t a, std::int32_t b);
