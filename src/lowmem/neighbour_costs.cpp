@@ -24,9 +24,10 @@ public:
     CostsAtOnce(ProgressiveMesh& pm, IndexList& queued) : pm_(pm), queued_(queued) {}
 
     void begin(std::span<const std::int32_t> ring) {
-        pm_.costQueue.RemoveAll(ring);
-        for (const std::int32_t vertex : ring)
+        for (const std::int32_t vertex : ring) {
+            pm_.costQueue.Remove(vertex);
             forgetCost(pm_.mesh.vertices[at(vertex)]);
+        }
     }
     void rank(std::uint16_t /*slot*/, std::int32_t vertex, std::int32_t partner, float cost) {
         VertexRecord& record = pm_.mesh.vertices[at(vertex)];
@@ -146,7 +147,7 @@ private:
         ringEnd_ = s_.localVertices.size();
     }
 
-    /// With what the queue links the ring to, one step at a time.
+    /// The corner lists of the ring, and what its vertices are linked to in the queue.
     void fetchRing() {
         pm_.costQueue.prefetchOwnLinks(ring());
         warmVertexCorners(mesh_, ring().subspan(1), s_.cursors, &marks_.triangleMark);
