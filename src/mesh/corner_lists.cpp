@@ -3,7 +3,7 @@
 
 #include "platform/prefetch.h"
 
-#include <numeric>
+#include <bit>
 
 namespace korvalite {
 
@@ -37,20 +37,51 @@ void walk(const std::vector<std::int32_t>& head, const std::vector<std::int32_t>
 // Up to here a linear search is the fastest; a hub of thousands of triangles needs another way.
 constexpr std::size_t kLongestSearchedRing = 64;
 
+/// A hash set of items for one ring after the other, emptied by a new round number.
+class SeenItems {
+public:
+    /// Empties the set and makes room for `most` items.
+    void begin(std::size_t most) {
+        const std::size_t slots = std::bit_ceil(2 * most);
+        if (slots > slots_.size() || ++round_ == 0) {
+            slots_.assign(std::max(slots, slots_.size()), {});
+            round_ = 1;
+        }
+        mask_ = slots - 1;
+    }
+
+    /// False if the item is in the set already.
+    bool add(std::int32_t item) {
+        // A multiplicative hash (D. Knuth): neighbouring indices fall far from each other.
+        std::size_t at =
+            (static_cast<std::uint32_t>(item) * std::uint64_t{2654435769U} >> 16U) & mask_;
+        while (slots_[at].round == round_) {
+            if (slots_[at].item == item) return false;
+            at = (at + 1) & mask_;
+        }
+        slots_[at] = {item, round_};
+        return true;
+    }
+
+private:
+    struct Slot {
+        std::int32_t item = kNone;
+        std::uint32_t round = 0;  // a slot of an earlier round is free
+    };
+    std::vector<Slot> slots_;
+    std::size_t mask_ = 0;
+    std::uint32_t round_ = 0;
+};
+
 /// Keeps the first of equal items, in order.
 void keepFirstOfEach(IndexList& items) {
-    std::vector<std::size_t> places(items.size());
-    std::iota(places.begin(), places.end(), std::size_t{0});
-    const auto sameItem = [&](std::size_t a, std::size_t b) { return items[a] == items[b]; };
-    std::sort(places.begin(), places.end(), [&](std::size_t a, std::size_t b) {
-        return items[a] != items[b] ? items[a] < items[b] : a < b;
-    });
-    places.erase(std::unique(places.begin(), places.end(), sameItem), places.end());
-    std::sort(places.begin(), places.end());
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        items[i] = items[places[i]];
+    static thread_local SeenItems seen;  // keeps its room from ring to ring
+    seen.begin(items.size());
+    std::size_t kept = 0;
+    for (const std::int32_t item : items) {
+        if (seen.add(item)) items[kept++] = item;
     }
-    items.resize(places.size());
+    items.resize(kept);
 }
 
 void appendNeighbour(IndexList& neighbours, const std::uint32_t& item) {

@@ -76,6 +76,15 @@ void forEachTriangle(const DMesh& mesh, Visit visit) {
     }
 }
 
+/// The first corner of a vertex, in list order, that matches(corner); kNone if none does.
+template <typename Matches>
+std::int32_t findCorner(const DMesh& mesh, std::int32_t vertex, Matches matches) {
+    std::int32_t corner = loadRelaxed(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]);
+    while (corner != kNone && !matches(corner))
+        corner = loadRelaxed(mesh.cornerNext[static_cast<std::size_t>(corner)]);
+    return corner;
+}
+
 /// Calls visit(corner) for each corner of a vertex, in list order.
 template <typename Visit>
 void forEachCorner(const DMesh& mesh, std::int32_t vertex, Visit visit) {

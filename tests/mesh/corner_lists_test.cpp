@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mesh/corner_lists.h"
 
+#include "support/allocation_counter.h"
 #include "support/mesh_builder.h"
 #include "support/mesh_validator.h"
 #include "support/random.h"
@@ -130,6 +131,20 @@ TEST(CornerLists, AHubOfHundredsOfTrianglesKeepsTheOrderOfFirstSight) {
                 << rim << ' ' << v;
         }
     }
+}
+
+TEST(CornerLists, ALongRingIsGatheredWithoutAnAllocation) {
+    constexpr std::uint32_t kRim = 700;
+    test::Faces faces;
+    for (std::uint32_t i = 0; i < kRim; ++i)
+        faces.push_back({0, 1 + i, 1 + (i + 1) % kRim});
+    const DMesh mesh = listed(test::buildMesh(test::Points(kRim + 1), faces));
+    IndexList neighbours;
+    GetVertexNeighbours(mesh, 0, neighbours);
+    const test::AllocationCounter counter;
+    GetVertexNeighbours(mesh, 0, neighbours);
+    EXPECT_EQ(counter.count(), 0U);
+    EXPECT_EQ(neighbours.size(), kRim);
 }
 
 TEST(CornerLists, AreSoundForAllKindsOfMeshes) {
