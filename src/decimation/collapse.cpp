@@ -4,6 +4,7 @@
 #include "decimation/thread_guards.h"
 #include "mesh/progressive_mesh.h"
 
+#include <algorithm>
 #include <array>
 
 namespace korvalite {
@@ -25,42 +26,61 @@ bool isDegenerate(const std::array<std::int32_t, 3>& t) {
     return t[0] == t[1] || t[1] == t[2] || t[2] == t[0];
 }
 
-/// The triangles at v and w without those at both, which die in the collapse.
-void gatherMovedTriangles(const DMesh& mesh, const IndexList& cornersOfV, std::int32_t w,
-                          IndexList& triangles) {
-    triangles.clear();
-    for (const std::int32_t corner : cornersOfV)
-        triangles.push_back(corner / 3);
-    forEachCorner(mesh, w, [&](std::int32_t corner) {
-        const auto shared = std::find(triangles.begin(), triangles.end(), corner / 3);
-        if (shared == triangles.end()) {
-            triangles.push_back(corner / 3);
-        } else {
-            triangles.erase(shared);
-        }
-    });
+bool holds(const std::array<std::int32_t, 3>& triangle, std::int32_t vertex) {
+    return triangle[0] == vertex || triangle[1] == vertex || triangle[2] == vertex;
 }
 
-bool turnsOver(const DMesh& mesh, std::int32_t triangle, std::int32_t v, std::int32_t w,
-               const FloatVec3& position) {
+/// Where a collapse takes the vertices it moves: v and w alike.
+struct Move {
+    std::int32_t v;
+    std::int32_t w;
+    FloatVec3 position;
+};
+
+bool turnsOver(const DMesh& mesh, const std::array<std::int32_t, 3>& triangle, const Move& move) {
     std::array<FloatVec3, 3> before;
     std::array<FloatVec3, 3> after;
-    const auto vertices = triangleVertices(mesh, triangle);
     for (std::size_t k = 0; k < 3; ++k) {
-        before[k] = mesh.vertices[at(vertices[k])].position();
-        after[k] = vertices[k] == v || vertices[k] == w ? position : before[k];
+        before[k] = mesh.vertices[at(triangle[k])].position();
+        after[k] = triangle[k] == move.v || triangle[k] == move.w ? move.position : before[k];
     }
     const FloatVec3 normalBefore = cross(before[1] - before[0], before[2] - before[0]);
     const FloatVec3 normalAfter = cross(after[1] - after[0], after[2] - after[0]);
     return 0.0F > dot(normalAfter, normalBefore);
 }
 
-bool anyNormalTurnsOver(const DMesh& mesh, const IndexList& cornersOfV, std::int32_t v,
-                        std::int32_t w, const FloatVec3& position, IndexList& triangles) {
-    gatherMovedTriangles(mesh, cornersOfV, w, triangles);
-    return std::any_of(triangles.begin(), triangles.end(), [&](std::int32_t triangle) {
-        return turnsOver(mesh, triangle, v, w, position);
-    });
+/// Whether the collapse turns a triangle at `moved` over that does not hold `other`: those at both
+/// ends die.
+bool turnsOverAt(const DMesh& mesh, std::int32_t triangle, std::int32_t moved, std::int32_t other,
+                 const Move& move) {
+    const auto vertices = triangleVertices(mesh, triangle);
+    return holds(vertices, moved) && !holds(vertices, other) && turnsOver(mesh, vertices, move);
+}
+
+/// Any triangle that turns over will do. Around a hub, collapse after collapse is refused for the
+/// same few triangles: those are looked at before the hundreds of others.
+bool anyNormalTurnsOver(const DMesh& mesh, const IndexList& cornersOfV, const Move& move,
+                        CollapseScratch& scratch) {
+    const auto turnsOverAtV = [&](std::int32_t corner) {
+        return turnsOverAt(mesh, corner / 3, move.v, move.w, move);
+    };
+    const auto turnsOverAtW = [&](std::int32_t triangle) {
+        ++scratch.trianglesTested;
+        return turnsOverAt(mesh, triangle, move.w, move.v, move);
+    };
+    if (std::ranges::any_of(cornersOfV, turnsOverAtV)) return true;
+
+    const auto recent = scratch.turnedOver.triangles();
+    const auto again = std::ranges::find_if(recent, turnsOverAtW);
+    std::int32_t culprit = again == recent.end() ? kNone : *again;
+    if (culprit == kNone) {
+        const std::int32_t corner =
+            findCorner(mesh, move.w, [&](std::int32_t c) { return turnsOverAtW(c / 3); });
+        if (corner == kNone) return false;
+        culprit = corner / 3;
+    }
+    scratch.turnedOver.add(culprit);
+    return true;
 }
 
 // One body for one thread and for many. The threads differ in the guards, which each stand around
@@ -191,7 +211,7 @@ CollapseResult collapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
     VSplit& split = record.split;
     GetVertexCorners(mesh, v, split.corners);
     if (pm.AvoidNormalReverse &&
-        anyNormalTurnsOver(mesh, split.corners, v, w, position, scratch.movedTriangles)) {
+        anyNormalTurnsOver(mesh, split.corners, {v, w, position}, scratch)) {
         split.corners.clear();
         return CollapseResult::Refused;
     }

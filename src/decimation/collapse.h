@@ -10,7 +10,10 @@
 #include "decimation/vsplit.h"
 #include "mesh/corner_lists.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <span>
 
 namespace korvalite {
 
@@ -41,9 +44,30 @@ struct CollapseRecord {
     }
 };
 
-/// The scratch list of the normal test.
+/// The triangles that turned over last, the latest first.
+class TurnedOverTriangles {
+public:
+    [[nodiscard]] std::span<const std::int32_t> triangles() const {
+        return std::span(triangles_).first(count_);
+    }
+    void add(std::int32_t triangle) {
+        const auto known = std::ranges::find(triangles(), triangle);
+        auto place = static_cast<std::size_t>(known - triangles().begin());
+        if (place == count_) place = count_ < kMost ? count_++ : kMost - 1;
+        std::shift_right(triangles_.begin(), triangles_.begin() + place + 1, 1);
+        triangles_.front() = triangle;
+    }
+
+private:
+    static constexpr std::size_t kMost = 16;
+    std::array<std::int32_t, kMost> triangles_{};
+    std::size_t count_ = 0;
+};
+
+/// What a driver or thread keeps from one normal test to the next.
 struct CollapseScratch {
-    IndexList movedTriangles;
+    TurnedOverTriangles turnedOver;
+    std::uint64_t trianglesTested = 0;  // around kept vertices, so far
 };
 
 /// Collapses v onto w at `position`. Fills `record`, which must be clear. After a refusal nothing

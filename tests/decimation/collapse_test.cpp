@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <limits>
+#include <numbers>
 #include <vector>
 
 namespace korvalite {
@@ -458,6 +459,45 @@ TEST(CollapseEdge, TakesCoordinatesThatAreNoNumbers) {
         if (random.onceIn(3)) vertex.y = random.onceIn(2) ? kNaN : kInfinity;
     }
     collapseAtRandom(mesh);
+}
+
+// Flat, around vertex 0 in the middle; every other vertex of the rim is halfway in.
+DMesh star(std::uint32_t spokes) {
+    test::Points points{{0, 0, 0}};
+    test::Faces faces;
+    for (std::uint32_t i = 0; i < spokes; ++i) {
+        const double angle = 2 * std::numbers::pi * i / spokes;
+        const double radius = i % 2 == 0 ? 1.0 : 0.5;
+        points.push_back({static_cast<float>(radius * std::cos(angle)),
+                          static_cast<float>(radius * std::sin(angle)), 0});
+        faces.push_back({0, i + 1, (i + 1) % spokes + 1});
+    }
+    return test::buildMesh(points, faces);
+}
+
+TEST(CollapseEdge, RefusalsOntoAHubLookAtFewOfItsTriangles) {
+    constexpr std::int32_t kSpokes = 1000;
+    Collapse c(star(kSpokes));
+    const State before(c.pm.mesh);
+    for (std::int32_t v = 1; v <= kSpokes; v += 2) {
+        // The hub would go out to a point of the star, past the notches beside it.
+        const FloatVec3 tip = c.pm.mesh.vertices[static_cast<std::size_t>(v)].position();
+        ASSERT_EQ(c.run(v, 0, tip), CollapseResult::Refused) << v;
+    }
+    EXPECT_TRUE(State(c.pm.mesh) == before);
+    EXPECT_LE(c.scratch.trianglesTested, 20U * kSpokes / 2);
+}
+
+TEST(CollapseEdge, WhatTurnedOverBeforeIsTestedWhereItIsNow) {
+    // A triangle that made one collapse fail does not make another one fail at another vertex, nor
+    // once it has gone.
+    Collapse c(star(12));
+    const auto positionOf = [&](std::size_t v) { return c.pm.mesh.vertices[v].position(); };
+    ASSERT_EQ(c.run(1, 0, positionOf(1)), CollapseResult::Refused);
+    EXPECT_FALSE(c.scratch.turnedOver.triangles().empty());
+    EXPECT_EQ(c.run(2, 1, positionOf(1)), CollapseResult::Done);
+    EXPECT_EQ(c.run(3, 0, positionOf(0)), CollapseResult::Done);
+    expectSound(c.pm.mesh);
 }
 
 }  // namespace
