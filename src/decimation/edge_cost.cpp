@@ -179,6 +179,12 @@ void EvaluateEdgeCost(const ProgressiveMesh& pm, EdgeEvaluation& result, std::in
     applyMask(mesh, result.cost, a, b);
 }
 
+bool mayCostBeNegative(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b) {
+    const bool borderA = pm.mesh.borderVertices.Test(a);
+    const bool borderB = pm.mesh.borderVertices.Test(b);
+    return placementAt(pm, a, b, borderA, borderB).placement == Placement::KeepEndpoint;
+}
+
 void EvaluateEdgeCostColor(const ProgressiveMesh& pm, EdgeEvaluation& result, std::int32_t a,
                            std::int32_t b, const ColorQuadric& quadric) {
     const DMesh& mesh = pm.mesh;

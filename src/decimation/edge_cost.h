@@ -32,6 +32,10 @@ struct EdgeEvaluation {
 void EvaluateEdgeCost(const ProgressiveMesh& pm, EdgeEvaluation& result, std::int32_t a,
                       std::int32_t b, const Quadric3D& quadric);
 
+/// Whether the cost of an edge can be below zero: only the error at an endpoint that the edge keeps
+/// is not clamped.
+[[nodiscard]] bool mayCostBeNegative(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b);
+
 /// The colour form. Unlike the plain one it has no search, and an edge that touches a border or a
 /// seam never collapses.
 void EvaluateEdgeCostColor(const ProgressiveMesh& pm, EdgeEvaluation& result, std::int32_t a,

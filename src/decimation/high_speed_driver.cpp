@@ -23,7 +23,8 @@ public:
         scratch_.inRing.Resize(pm.mesh.vertexCount(), false);
     }
 
-    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t /*u*/) const {
+    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t /*u*/,
+                                       KeptQuadrics<Metric>& /*keptQuadrics*/) const {
         EdgeEvaluation evaluation;
         evaluation.position = pm_.bestPositions[at(v)];
         return evaluation;

@@ -18,7 +18,8 @@ public:
 
     explicit MelaxDriver(ProgressiveMesh& pm) : pm_(pm) {}
 
-    [[nodiscard]] EdgeEvaluation place(std::int32_t /*v*/, std::int32_t u) const {
+    [[nodiscard]] EdgeEvaluation place(std::int32_t /*v*/, std::int32_t u,
+                                       KeptQuadrics<Metric>& /*keptQuadrics*/) const {
         EdgeEvaluation evaluation;
         evaluation.position = pm_.mesh.vertices[static_cast<std::size_t>(u)].position();
         return evaluation;

@@ -10,6 +10,9 @@
 #include "decimation/vsplit.h"
 #include "mesh/progressive_mesh.h"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace korvalite {
@@ -28,6 +31,9 @@ struct PlainMetric {
     static void evaluateEdge(const ProgressiveMesh& pm, EdgeEvaluation& result, std::int32_t a,
                              std::int32_t b, const Quadric& quadric) {
         EvaluateEdgeCost(pm, result, a, b, quadric);
+    }
+    static bool mayCostBeNegative(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b) {
+        return korvalite::mayCostBeNegative(pm, a, b);
     }
     static void carryColor(DMesh& /*mesh*/, VSplit& /*split*/, std::int32_t /*kept*/,
                            const EdgeEvaluation& /*evaluation*/) {}
@@ -48,6 +54,10 @@ struct ColorMetric {
                              std::int32_t b, const Quadric& quadric) {
         EvaluateEdgeCostColor(pm, result, a, b, quadric);
     }
+    static bool mayCostBeNegative(const ProgressiveMesh& /*pm*/, std::int32_t /*a*/,
+                                  std::int32_t /*b*/) {
+        return false;
+    }
     /// Red, green and blue of the kept vertex change; the split takes what was there.
     static void carryColor(DMesh& mesh, VSplit& split, std::int32_t kept,
                            const EdgeEvaluation& evaluation) {
@@ -60,15 +70,48 @@ struct ColorMetric {
     }
 };
 
+/// The quadrics of the vertices that collapses were tried onto last. Around a hub, hundreds of
+/// collapses are refused one after the other, and each asks for the quadric of the same vertex.
+template <typename Metric>
+class KeptQuadrics {
+public:
+    using Quadric = typename Metric::Quadric;
+
+    /// The quadric of a vertex, from the triangles as they stood when it was first asked for.
+    const Quadric& of(const ProgressiveMesh& pm, std::int32_t vertex) {
+        const auto known = std::find_if(entries_.begin(), entries_.end(),
+                                        [=](const Entry& entry) { return entry.vertex == vertex; });
+        if (known != entries_.end()) return known->quadric;
+        Entry& entry = entries_[oldest_];
+        oldest_ = (oldest_ + 1) % entries_.size();
+        entry = {vertex, {}};
+        Metric::addVertexQuadric(pm, entry.quadric, vertex);
+        return entry.quadric;
+    }
+
+    /// REQUIRES: called when the triangles around a vertex, or only the order of their list, may
+    /// have changed.
+    void forget() {
+        for (Entry& entry : entries_)
+            entry.vertex = kNone;
+    }
+
+private:
+    struct Entry {
+        std::int32_t vertex = kNone;
+        Quadric quadric;
+    };
+    std::array<Entry, 2> entries_;  // of a collapse and of its mirror image
+    std::size_t oldest_ = 0;
+};
+
 /// The evaluation of collapsing `removed` onto `kept`, from the triangles around both as they
 /// stand. Where no position or colour is found, the kept vertex keeps its own.
 template <typename Metric>
-EdgeEvaluation evaluateCollapse(const ProgressiveMesh& pm, std::int32_t removed,
-                                std::int32_t kept) {
+EdgeEvaluation evaluateCollapse(const ProgressiveMesh& pm, std::int32_t removed, std::int32_t kept,
+                                KeptQuadrics<Metric>& keptQuadrics) {
     typename Metric::Quadric removedQuadric;
-    typename Metric::Quadric keptQuadric;
     Metric::addVertexQuadric(pm, removedQuadric, removed);
-    Metric::addVertexQuadric(pm, keptQuadric, kept);
 
     EdgeEvaluation result;
     const auto index = static_cast<std::size_t>(kept);
@@ -78,7 +121,7 @@ EdgeEvaluation evaluateCollapse(const ProgressiveMesh& pm, std::int32_t removed,
         result.color = {static_cast<std::uint8_t>(color), static_cast<std::uint8_t>(color >> 8U),
                         static_cast<std::uint8_t>(color >> 16U)};
     }
-    Metric::evaluateEdge(pm, result, removed, kept, removedQuadric + keptQuadric);
+    Metric::evaluateEdge(pm, result, removed, kept, removedQuadric + keptQuadrics.of(pm, kept));
     return result;
 }
 

@@ -6,7 +6,7 @@
 // A driver is a class of hooks:
 //
 //   using Metric                            of the mirror image's position
-//   EdgeEvaluation place(v, u)              where u goes, and its colour
+//   EdgeEvaluation place(v, u, quadrics)    where u goes, and its colour; from KeptQuadrics
 //   void carryAttributes(record, removed, kept, evaluation)
 //   void updateCosts(kept, record)          after a collapse onto a vertex that is still active
 //   void refreshCosts(record)               ... that is not
@@ -19,6 +19,7 @@
 
 #include "decimation/collapse.h"
 #include "decimation/edge_cost.h"
+#include "decimation/metric.h"
 #include "decimation/symmetric_collapse.h"
 #include "mesh/progressive_mesh.h"
 
@@ -30,6 +31,8 @@ namespace korvalite {
 /// For a driver that is alone on the mesh.
 class ChangesAtOnce {
 public:
+    static constexpr bool kOthersChangeTheMesh = false;
+
     explicit ChangesAtOnce(ProgressiveMesh& pm) : pm_(pm) {}
 
     CollapseResult collapse(std::int32_t v, std::int32_t w, const FloatVec3& position,
@@ -64,17 +67,16 @@ public:
     /// and what was refused is penalized.
     bool collapse(std::int32_t v, std::int32_t u) {
         // The cost of the evaluation is not looked at: the stored one has decided.
-        EdgeEvaluation evaluation = driver_.place(v, u);
+        if (Changes::kOthersChangeTheMesh) keptQuadrics_.forget();
+        EdgeEvaluation evaluation = driver_.place(v, u, keptQuadrics_);
         mirror_ = {};
         if (pm_.m_handleSymmetry_internal &&
-            !CheckSymmetricCollapse<typename Driver::Metric>(pm_, v, u, evaluation, mirror_)) {
+            !CheckSymmetricCollapse(pm_, v, u, evaluation, mirror_, keptQuadrics_)) {
             return refuse(v);
         }
         first_.clear();
         second_.clear();
-        if (changes_.collapse(v, u, evaluation.position, first_) != CollapseResult::Done) {
-            return refuse(v);
-        }
+        if (!tryCollapse(v, u, evaluation.position, first_)) return refuse(v);
         if (mirror_.doMirror && !collapseMirror(v, u)) return refuse(v);
         driver_.carryAttributes(first_, v, u, evaluation);
         if (mirror_.doMirror) {
@@ -102,6 +104,14 @@ public:
     [[nodiscard]] bool hasMirror() const { return mirror_.doMirror; }
 
 private:
+    bool tryCollapse(std::int32_t v, std::int32_t w, const FloatVec3& position,
+                     CollapseRecord& record) {
+        const CollapseResult result = changes_.collapse(v, w, position, record);
+        // Taken back or not: the lists have another order now.
+        if (record.split.vertex != kNone) keptQuadrics_.forget();
+        return result == CollapseResult::Done;
+    }
+
     bool refuse(std::int32_t v) {
         changes_.penalize(v);
         return false;
@@ -116,8 +126,7 @@ private:
             return true;
         }
         mesh_.vertices[static_cast<std::size_t>(mv)].partner = mirror_.mirrorW;
-        if (changes_.collapse(mv, mirror_.mirrorW, mirror_.evaluation.position, second_) !=
-            CollapseResult::Done) {
+        if (!tryCollapse(mv, mirror_.mirrorW, mirror_.evaluation.position, second_)) {
             changes_.penalize(mv);
             changes_.undo(v, u, first_);
             return false;
@@ -152,6 +161,7 @@ private:
     CollapseRecord& first_;
     CollapseRecord& second_;
     SymmetricCollapse mirror_;
+    KeptQuadrics<typename Driver::Metric> keptQuadrics_;
 };
 
 }  // namespace korvalite

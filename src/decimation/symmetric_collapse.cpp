@@ -33,7 +33,8 @@ FloatVec3 ontoPlane(const DMesh& mesh, const FloatVec3& position) {
 /// Both ends of the collapse are paired. False refuses it.
 template <typename Metric>
 bool checkPairedCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
-                         EdgeEvaluation& evaluation, SymmetricCollapse& mirror) {
+                         EdgeEvaluation& evaluation, SymmetricCollapse& mirror,
+                         KeptQuadrics<Metric>& keptQuadrics) {
     const DMesh& mesh = pm.mesh;
     const bool vOnPlane = mirror.mirrorV == v;
     const bool wOnPlane = mirror.mirrorW == w;
@@ -54,7 +55,7 @@ bool checkPairedCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t
         mirror.evaluation = evaluation;
         mirror.positionFixed = true;
     } else {
-        mirror.evaluation = evaluateCollapse<Metric>(pm, mirror.mirrorV, mirror.mirrorW);
+        mirror.evaluation = evaluateCollapse(pm, mirror.mirrorV, mirror.mirrorW, keptQuadrics);
         if (mirror.evaluation.cost == kNotCollapsible) {
             mirror.doMirror = false;
             return true;
@@ -88,13 +89,14 @@ void BuildSymmetrySlaves(ProgressiveMesh& pm) {
 
 template <typename Metric>
 bool CheckSymmetricCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
-                            EdgeEvaluation& evaluation, SymmetricCollapse& mirror) {
+                            EdgeEvaluation& evaluation, SymmetricCollapse& mirror,
+                            KeptQuadrics<Metric>& keptQuadrics) {
     const auto& pairing = pm.mesh.symmetryCache.pairing;
     mirror = {};
     mirror.mirrorV = pairing[static_cast<std::size_t>(v)];
     mirror.mirrorW = pairing[static_cast<std::size_t>(w)];
     if (mirror.mirrorV != kNone && mirror.mirrorW != kNone) {
-        return checkPairedCollapse<Metric>(pm, v, w, evaluation, mirror);
+        return checkPairedCollapse(pm, v, w, evaluation, mirror, keptQuadrics);
     }
     if (mirror.mirrorW != kNone) {
         // w does not move, so that its mirror image keeps its place.
@@ -106,10 +108,10 @@ bool CheckSymmetricCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int3
 }
 
 template bool CheckSymmetricCollapse<PlainMetric>(const ProgressiveMesh&, std::int32_t,
-                                                  std::int32_t, EdgeEvaluation&,
-                                                  SymmetricCollapse&);
+                                                  std::int32_t, EdgeEvaluation&, SymmetricCollapse&,
+                                                  KeptQuadrics<PlainMetric>&);
 template bool CheckSymmetricCollapse<ColorMetric>(const ProgressiveMesh&, std::int32_t,
-                                                  std::int32_t, EdgeEvaluation&,
-                                                  SymmetricCollapse&);
+                                                  std::int32_t, EdgeEvaluation&, SymmetricCollapse&,
+                                                  KeptQuadrics<ColorMetric>&);
 
 }  // namespace korvalite

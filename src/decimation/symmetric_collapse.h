@@ -13,6 +13,8 @@
 namespace korvalite {
 
 struct ProgressiveMesh;
+template <typename Metric>
+class KeptQuadrics;
 
 /// Sets `symmetrySlaves`: the vertices of the second side that are paired and lie two rings or more
 /// from any unpaired vertex. They never collapse on their own initiative and stay out of the queue.
@@ -34,6 +36,7 @@ struct SymmetricCollapse {
 /// False refuses the collapse. REQUIRES: m_handleSymmetry_internal.
 template <typename Metric>
 bool CheckSymmetricCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
-                            EdgeEvaluation& evaluation, SymmetricCollapse& mirror);
+                            EdgeEvaluation& evaluation, SymmetricCollapse& mirror,
+                            KeptQuadrics<Metric>& keptQuadrics);
 
 }  // namespace korvalite

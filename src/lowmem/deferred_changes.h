@@ -32,6 +32,8 @@ void RefreshRingCosts_MT(const ProgressiveMesh& pm, std::int32_t removed, Thread
 /// The Changes of PairCollapse.
 class DeferredChanges {
 public:
+    static constexpr bool kOthersChangeTheMesh = true;
+
     DeferredChanges(ProgressiveMesh& pm, ThreadWorkRecord& record, CriticalSections& sections)
         : pm_(pm), record_(record), sections_(sections), guards_(sections) {}
 

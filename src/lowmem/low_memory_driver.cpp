@@ -25,8 +25,9 @@ public:
         marks_.prepare(mesh_);
     }
 
-    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u) const {
-        return evaluateCollapse<Metric>(pm_, v, u);
+    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u,
+                                       KeptQuadrics<Metric>& keptQuadrics) const {
+        return evaluateCollapse(pm_, v, u, keptQuadrics);
     }
 
     void carryAttributes(CollapseRecord& collapse, std::int32_t removed, std::int32_t kept,

@@ -31,8 +31,9 @@ public:
     ThreadDriver(ProgressiveMesh& pm, ThreadContext& context, CriticalSections& sections)
         : pm_(pm), context_(context), sections_(sections) {}
 
-    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u) const {
-        return evaluateCollapse<Metric>(pm_, v, u);
+    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u,
+                                       KeptQuadrics<Metric>& keptQuadrics) const {
+        return evaluateCollapse(pm_, v, u, keptQuadrics);
     }
 
     void carryAttributes(CollapseRecord& collapse, std::int32_t removed, std::int32_t kept,

@@ -45,6 +45,34 @@ TEST_F(CollapseLoopTest, PlacesCollapsesCarriesRanksAndThenRecords) {
     EXPECT_FALSE(t.pm.costQueue.isQueued(kV));
 }
 
+TEST_F(CollapseLoopTest, TheQuadricOfAKeptVertexIsSummedAgainOnlyAfterAChange) {
+    Turns t;
+    const auto sum = [&](std::int32_t v) {
+        Quadric3D quadric;
+        ComputeVertexQuadricFromTriangles(t.pm, quadric, v);
+        return quadric.q;
+    };
+    const auto before = sum(kU);
+    // Two are refused, since they would turn the triangles around kU over; then one collapses.
+    const std::int32_t left = at(1, 1);
+    const std::int32_t right = at(3, 1);
+    t.script.replace = [&](std::int32_t v, std::int32_t u) {
+        t.pm.mesh.vertices[index(kU)].z += 1;  // which no test of a collapse looks at
+        const FloatVec3 stay = t.pm.mesh.vertices[index(u)].position();
+        return v == kV ? stay : FloatVec3{100, 100, 0};
+    };
+    t.queue(left, kU, 1);
+    t.queue(right, kU, 2);
+    t.queue(kV, kU, 3);
+    t.queue(at(2, 0), kU, 4);
+    t.run();
+    ASSERT_EQ(t.script.quadrics.size(), 4U);
+    EXPECT_EQ(t.script.quadrics[0].q, before);
+    EXPECT_EQ(t.script.quadrics[1].q, before);
+    EXPECT_EQ(t.script.quadrics[2].q, before);
+    EXPECT_NE(t.script.quadrics[3].q, before);
+}
+
 TEST_F(CollapseLoopTest, RecordsNothingUnlessAsked) {
     Turns t;
     t.pm.recordVSplits = false;

@@ -40,8 +40,9 @@ public:
 
     explicit Script(ProgressiveMesh& pm) : pm_(pm) {}
 
-    EdgeEvaluation place(std::int32_t v, std::int32_t u) {
+    EdgeEvaluation place(std::int32_t v, std::int32_t u, KeptQuadrics<Metric>& keptQuadrics) {
         log.push_back(line("place", v, u));
+        quadrics.push_back(keptQuadrics.of(pm_, u));
         if (replace != nullptr) return {1, replace(v, u), {}};
         return {evaluatedCost, pm_.mesh.vertices[index(u)].position(), {}};
     }
@@ -77,6 +78,7 @@ public:
     Log log;
     std::vector<IndexList> neighbours;
     std::vector<std::uint32_t> recordedBefore;
+    std::vector<Quadric3D> quadrics;  // that place was offered for the kept vertex
 
 private:
     ProgressiveMesh& pm_;

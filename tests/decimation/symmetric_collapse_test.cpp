@@ -17,7 +17,8 @@ struct Mirrored : test::MirroredGrid {
     SymmetricCollapse mirror;
     bool check(std::int32_t v, std::int32_t w) {
         evaluation = {1, {0.25F, 2, 3}, {}};
-        return CheckSymmetricCollapse<PlainMetric>(pm, v, w, evaluation, mirror);
+        KeptQuadrics<PlainMetric> quadrics;
+        return CheckSymmetricCollapse(pm, v, w, evaluation, mirror, quadrics);
     }
 };
 
@@ -79,8 +80,8 @@ TEST(CheckSymmetricCollapse, OneSideIsAccompaniedByItsMirrorImage) {
     EXPECT_FALSE(m.mirror.mirrorOntoPlane);
     EXPECT_FALSE(m.mirror.positionFixed);
     EXPECT_EQ(m.evaluation.position.x, 0.25F);  // as it was
-    const EdgeEvaluation own =
-        evaluateCollapse<PlainMetric>(m.pm, m.mirror.mirrorV, m.mirror.mirrorW);
+    KeptQuadrics<PlainMetric> quadrics;
+    const EdgeEvaluation own = evaluateCollapse(m.pm, m.mirror.mirrorV, m.mirror.mirrorW, quadrics);
     EXPECT_EQ(m.mirror.evaluation.cost, own.cost);
     EXPECT_EQ(m.mirror.evaluation.position.x, own.position.x);
     EXPECT_LT(own.position.x, 0.0F);
@@ -123,7 +124,8 @@ TEST(CheckSymmetricCollapse, AVertexMayFallOntoItsOwnMirrorImage) {
     buildTransforms(cache.planeProjection, cache.mirrorTransform, {1, 0, 0}, {0.5F, 0, 0});
     EdgeEvaluation evaluation{1, {0.75F, 2, 3}, {}};
     SymmetricCollapse mirror;
-    EXPECT_TRUE(CheckSymmetricCollapse<PlainMetric>(pm, 4, 5, evaluation, mirror));
+    KeptQuadrics<PlainMetric> quadrics;
+    EXPECT_TRUE(CheckSymmetricCollapse(pm, 4, 5, evaluation, mirror, quadrics));
     EXPECT_FALSE(mirror.doMirror);
     EXPECT_TRUE(mirror.mirrorOntoPlane);
     EXPECT_EQ(evaluation.position.x, 0.5F);
@@ -196,15 +198,14 @@ TEST(CheckSymmetricCollapse, TheColourFormGivesTheMirrorImageItsOwnColour) {
     });
     m.pm.colorScale = 0.01;
     EdgeEvaluation evaluation;
-    ASSERT_TRUE(
-        CheckSymmetricCollapse<ColorMetric>(m.pm, at(2, 2), at(3, 2), evaluation, m.mirror));
+    KeptQuadrics<ColorMetric> quadrics;
+    ASSERT_TRUE(CheckSymmetricCollapse(m.pm, at(2, 2), at(3, 2), evaluation, m.mirror, quadrics));
     ASSERT_TRUE(m.mirror.doMirror);
     EXPECT_LT(m.mirror.evaluation.color[0], 100);
     EXPECT_NEAR(m.mirror.evaluation.color[1], 50, 1);
     // Onto the plane it takes the colour of the first.
     evaluation.color = {1, 2, 3};
-    ASSERT_TRUE(
-        CheckSymmetricCollapse<ColorMetric>(m.pm, at(1, 2), at(0, 2), evaluation, m.mirror));
+    ASSERT_TRUE(CheckSymmetricCollapse(m.pm, at(1, 2), at(0, 2), evaluation, m.mirror, quadrics));
     EXPECT_EQ(m.mirror.evaluation.color, (std::array<std::uint8_t, 3>{1, 2, 3}));
 }
 

@@ -126,7 +126,8 @@ private:
         }
     }
     bool collapseOn(ProgressiveMesh& pm, std::int32_t v, std::int32_t u, CollapseRecord& record) {
-        const EdgeEvaluation evaluation = evaluateCollapse<Metric>(pm, v, u);
+        KeptQuadrics<Metric> quadrics;
+        const EdgeEvaluation evaluation = evaluateCollapse(pm, v, u, quadrics);
         if (CollapseEdge(pm, v, u, evaluation.position, record, collapseScratch_) !=
             CollapseResult::Done) {
             Penalize(pm.mesh, pm.costQueue, v);
