@@ -7,6 +7,8 @@
 #include "decimation/vertex_cost.h"
 #include "platform/prefetch.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <span>
 
 namespace korvalite {
@@ -28,6 +30,9 @@ public:
             pm_.costQueue.Remove(vertex);
             forgetCost(pm_.mesh.vertices[at(vertex)]);
         }
+    }
+    [[nodiscard]] float best(std::uint16_t /*slot*/, std::int32_t vertex) const {
+        return pm_.mesh.vertices[at(vertex)].cost;
     }
     void rank(std::uint16_t /*slot*/, std::int32_t vertex, std::int32_t partner, float cost) {
         VertexRecord& record = pm_.mesh.vertices[at(vertex)];
@@ -62,6 +67,9 @@ public:
         for (const std::int32_t vertex : ring)
             record_.appendUpdate(vertex, kNotCollapsible, kNone);
     }
+    [[nodiscard]] float best(std::uint16_t slot, std::int32_t /*vertex*/) const {
+        return record_.updateCosts[first_ + slot];
+    }
     void rank(std::uint16_t slot, std::int32_t /*vertex*/, std::int32_t partner, float cost) {
         float& best = record_.updateCosts[first_ + slot];
         if (best > cost) {
@@ -89,15 +97,20 @@ public:
         gatherRing(kept, ringCorners, neighbours);
         fetchRing();
         gatherOuterRing();
+        const bool onDemand = isMostlyFree();
         costs_.begin(ring());
         next_ = costs_.next();
         listOuterTriangles();
-        sumQuadrics();
         gatherEdges();
         fetchRingAhead();
-        evaluateEdges();
+        if (onDemand) {
+            rankOnDemand();
+        } else {
+            sumQuadrics();
+            evaluateEdges();
+            applyCosts();
+        }
         fetchOuterRingAhead();
-        applyCosts();
         costs_.finish(ring());
         resetMarks();
     }
@@ -276,11 +289,46 @@ private:
         }
     }
 
+    // Where the surface is flat, collapses cost nothing, and grow hubs with hundreds of edges. A
+    // vertex that is ranked at no cost needs no further edge, nor the quadric at its other end,
+    // unless that edge can cost less than nothing.
+
+    /// Whether much of the ring cost nothing so far, refused once or not.
+    [[nodiscard]] bool isMostlyFree() const {
+        constexpr std::size_t kLargeNeighbourhood = 128;
+        const auto isFree = [this](std::int32_t vertex) {
+            const float cost = mesh_.vertices[at(vertex)].cost;
+            return cost <= 0.0F || cost == penalizedCost(0.0F);
+        };
+        const auto free = static_cast<std::size_t>(std::ranges::count_if(ring(), isFree));
+        return 2 * free > ringEnd_ || (free > 0 && s_.localVertices.size() > kLargeNeighbourhood);
+    }
+
+    void rankOnDemand() {
+        s_.quadrics.prepare(mesh_, s_.localTriangles, marks_, s_.localVertices.size());
+        EdgeEvaluation result;
+        for (const RingEdge& edge : s_.edges) {
+            if (!mayLowerACost(edge)) continue;
+            Metric::evaluateEdge(pm_, result, edge.w, edge.x,
+                                 s_.quadrics.of(pm_, edge.slotW) + s_.quadrics.of(pm_, edge.slotX));
+            rank(edge, result.cost);
+        }
+    }
+
+    [[nodiscard]] bool mayLowerACost(const RingEdge& edge) const {
+        return (edge.mayRankW && costs_.best(edge.slotW, edge.w) > 0.0F) ||
+               (edge.mayRankX && costs_.best(edge.slotX, edge.x) > 0.0F) ||
+               Metric::mayCostBeNegative(pm_, edge.w, edge.x);
+    }
+
+    void rank(const RingEdge& edge, float cost) {
+        if (edge.mayRankW) costs_.rank(edge.slotW, edge.w, edge.x, cost);
+        if (edge.mayRankX) costs_.rank(edge.slotX, edge.x, edge.w, cost);
+    }
+
     void applyCosts() {
         for (std::size_t i = 0; i < s_.edges.size(); ++i) {
-            const RingEdge& edge = s_.edges[i];
-            if (edge.mayRankW) costs_.rank(edge.slotW, edge.w, edge.x, s_.edgeCosts[i]);
-            if (edge.mayRankX) costs_.rank(edge.slotX, edge.x, edge.w, s_.edgeCosts[i]);
+            rank(s_.edges[i], s_.edgeCosts[i]);
         }
     }
 

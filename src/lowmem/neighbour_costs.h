@@ -6,6 +6,7 @@
 #pragma once
 
 #include "lowmem/neighbourhood_marks.h"
+#include "lowmem/quadrics_on_demand.h"
 #include "lowmem/thread_context.h"
 #include "mesh/corner_lists.h"
 #include "mesh/progressive_mesh.h"
@@ -45,6 +46,7 @@ struct NeighbourhoodScratch {
     IndexList cursors;  // of warmVertexCorners
     std::vector<RingEdge> edges;
     std::vector<float> edgeCosts;
+    QuadricsOnDemand<Metric> quadrics;
 };
 
 /// Ranks `kept` and its ring again and queues them. `ringCorners` and `neighbours` are what

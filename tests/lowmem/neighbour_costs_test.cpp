@@ -152,6 +152,32 @@ TEST(UpdateNeighbourCosts, DoesTheSameWithColours) {
     expectAsTold<ColorMetric>(test::colorfulBall());
 }
 
+// Flat at a height of a third, where errors are rounding and of either sign, then hilly.
+DMesh halfFlatGrid() {
+    return test::grid(8, 8, [](std::uint32_t c, std::uint32_t r) {
+        return c < 5 ? 1.0F / 3.0F : test::hills(c, r);
+    });
+}
+
+TEST(UpdateNeighbourCosts, DoesTheSameWhereCollapsesCostNothing) {
+    expectAsTold<PlainMetric>(test::grid(8, 8));
+    expectAsTold<PlainMetric>(halfFlatGrid());
+    DMesh tilted = halfFlatGrid();
+    for (VertexRecord& vertex : tilted.vertices)
+        vertex.setPosition({vertex.x, 0.6F * vertex.y - 0.8F * vertex.z, vertex.z + vertex.y / 7});
+    expectAsTold<PlainMetric>(tilted);
+    DMesh coloured = halfFlatGrid();
+    test::addColors(coloured, [](const FloatVec3&) { return test::packColor(10, 20, 30); });
+    expectAsTold<ColorMetric>(coloured);
+}
+
+TEST(UpdateNeighbourCosts, DoesTheSameWhereFlatGroundWasRefusedBefore) {
+    Queued<PlainMetric> m(halfFlatGrid());
+    for (std::int32_t v = 0; v < m.pm.mesh.vertexCount(); ++v)
+        Penalize(m.pm.mesh, m.pm.costQueue, v);
+    expectAsTold(m);
+}
+
 TEST(UpdateNeighbourCosts, EdgesHeldByASeamAreLeftOut) {
     // A seam across the grid, with a bend in its middle.
     Queued<PlainMetric> m(hillyGrid());
