@@ -126,12 +126,12 @@ bool writeVokFile(platform::File& file, const DMesh& mesh) {
 bool exportDMesh(const HeapString& path, const DMesh& mesh) {
     DebugLog(" START exportDMesh in Vok: %s");
     platform::File file = platform::File::open(path.c_str(), "wb");
-    const bool opened = file.isOpen();
     const bool written = writeVokFile(file, mesh);
     // A full disk may show only here.
     if (file.close() && written) return true;
     DebugLog("   - **** ERROR in Vok Export ****");
-    if (opened && platform::isRegularFile(path.c_str())) platform::deleteFile(path.c_str());
+    // One that could not even be opened goes too: it is an older mesh, and not what was asked for.
+    if (platform::isRegularFile(path.c_str())) platform::deleteFile(path.c_str());
     return false;
 }
 

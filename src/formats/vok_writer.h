@@ -13,8 +13,9 @@
 
 namespace korvalite {
 
-/// True when the whole file stood on disk and was closed. On failure no half-written file stays; a
-/// file that could not be opened for writing, or is no regular file, is left alone.
+/// True when the whole file is on disk and closed. On failure the file is deleted, also one that
+/// could not be opened for writing, so that neither a half-written mesh nor an older one passes for
+/// the new one. What is not a regular file stays.
 bool exportDMesh(const HeapString& path, const DMesh& mesh);
 
 /// The 32 bytes at the front. False on a closed file or a short write.

@@ -4,6 +4,7 @@
 #include "formats/vok_reader.h"
 #include "platform/platform.h"
 #include "support/full_disk.h"
+#include "support/no_more_files.h"
 #include "support/scratch_folder.h"
 #include "support/vok_builder.h"
 
@@ -256,6 +257,28 @@ TEST(VokWriter, FullDiskLeavesNoFileWhereverItStrikes) {
     }
     const test::FullDisk disk(largeSize);
     EXPECT_TRUE(exportDMesh(path.c_str(), large));
+}
+
+TEST(VokWriter, AnOldFileThatCannotBeOpenedIsNotLeftInPlaceOfTheNewOne) {
+    const ScratchFolder folder;
+    const std::string path = folder / u8"out.Vok";
+    ASSERT_TRUE(exportDMesh(path.c_str(), square()));
+    {
+        const test::NoMoreFiles noMore;
+        EXPECT_FALSE(exportDMesh(path.c_str(), square()));
+    }
+    EXPECT_FALSE(platform::exists(path.c_str()));
+}
+
+TEST(VokWriter, ADeviceThatCannotBeOpenedStays) {
+    const ScratchFolder folder;
+    const std::string link = folder / u8"null.Vok";
+    std::filesystem::create_symlink("/dev/null", test::pathOfUtf8(link));
+    {
+        const test::NoMoreFiles noMore;
+        EXPECT_FALSE(exportDMesh(link.c_str(), square()));
+    }
+    EXPECT_TRUE(platform::exists(link.c_str()));
 }
 
 TEST(VokWriter, DeviceFailsAndStays) {
