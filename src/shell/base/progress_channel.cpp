@@ -3,6 +3,7 @@
 
 #include "platform/file.h"
 #include "platform/platform.h"
+#include "platform/utf8.h"
 #include "shell/base/debug_log.h"
 
 #include <algorithm>
@@ -73,7 +74,7 @@ void walkFields(Walker walker, Record& record) {
 
 void fillText(ProgressRecord::Text& target, const HeapString& source) {
     target.fill('\0');
-    const std::string_view text = source.view().substr(0, target.size() - 1);
+    const std::string_view text = platform::cutAtCharacter(source.view(), target.size() - 1);
     std::copy(text.begin(), text.end(), target.begin());
 }
 

@@ -148,6 +148,29 @@ TEST_F(ProgressChannelTest, ATextOfAHundredCharactersIsCutTo79AndAZero) {
     EXPECT_EQ(onDisk().byte(83 + 79), 0);
 }
 
+TEST_F(ProgressChannelTest, ATextIsCutBetweenTwoCharacters) {
+    openOnMarker();
+    const std::string umlaut = "\xC3\xA4";
+    const std::string kept(78, 'x');
+    channel_.BeginMainTask((kept + umlaut).c_str());
+    EXPECT_EQ(onDisk().mainText(), kept);
+    EXPECT_EQ(onDisk().byte(3 + 78), 0);
+    channel_.BeginSubTask((kept.substr(1) + umlaut + 'x').c_str(), 1);
+    EXPECT_EQ(onDisk().subText(), kept.substr(1) + umlaut);
+    channel_.EndSubTask();
+    channel_.BeginSubTask("processing", 1);
+    channel_.SetSubTaskText((kept + umlaut).c_str());
+    channel_.WriteRecord();
+    EXPECT_EQ(onDisk().subText(), kept);
+}
+
+TEST_F(ProgressChannelTest, ATextThatIsNotUtf8IsCutAt79Bytes) {
+    openOnMarker();
+    const std::string text = std::string(78, 'x') + "\xC3\xA4\xFF";
+    channel_.BeginMainTask(text.c_str());
+    EXPECT_EQ(onDisk().mainText(), text.substr(0, 79));
+}
+
 TEST_F(ProgressChannelTest, AShorterTextLeavesNothingOfTheLongerOne) {
     openOnMarker();
     channel_.BeginMainTask("a long text");
