@@ -5,6 +5,7 @@
 #include "platform/platform.h"
 
 #include "platform/command_line.h"
+#include "platform/utf8.h"
 
 #include <fcntl.h>
 #include <io.h>
@@ -20,13 +21,24 @@ namespace {
 constexpr DWORD kRefuseBadBytes = MB_ERR_INVALID_CHARS;
 constexpr DWORD kReplaceBadBytes = 0;
 
-// UTF-16 of a UTF-8 text; empty for null, for "" and for a text that cannot be converted.
+// The code page of narrow text on this system. CP_ACP is that of the process, which the manifest
+// makes UTF-8.
+UINT systemCodePage() {
+    DWORD codePage = CP_ACP;
+    GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
+                   reinterpret_cast<wchar_t*>(&codePage), sizeof codePage / sizeof(wchar_t));
+    return codePage;
+}
+
+// UTF-16 of a UTF-8 text. Other text is taken as that of a host that uses the narrow calls. Empty
+// for null, for "" and for a text that cannot be converted.
 std::wstring wide(const char* text, DWORD badBytes) {
     if (text == nullptr || *text == '\0') return {};
-    const int lengthWithZero = MultiByteToWideChar(CP_UTF8, badBytes, text, -1, nullptr, 0);
+    const UINT codePage = isUtf8(text) ? CP_UTF8 : systemCodePage();
+    const int lengthWithZero = MultiByteToWideChar(codePage, badBytes, text, -1, nullptr, 0);
     if (lengthWithZero <= 0) return {};
     std::wstring result(static_cast<std::size_t>(lengthWithZero), L'\0');
-    MultiByteToWideChar(CP_UTF8, badBytes, text, -1, result.data(), lengthWithZero);
+    MultiByteToWideChar(codePage, badBytes, text, -1, result.data(), lengthWithZero);
     result.pop_back();
     return result;
 }
