@@ -2,6 +2,7 @@
 //
 // korvalite_bench [Google Benchmark arguments]                  the kernels
 // korvalite_bench --write-mesh TRIANGLES FILE.Vok               a synthetic mesh for whole jobs
+// korvalite_bench --hard-mesh KIND SIZE FILE.Vok                one with flat ground or hubs
 // korvalite_bench --stages INPUT.Vok OUTPUT.Vok PERCENT         a decimation, timed by stages
 // korvalite_bench --threads INPUT.Vok PERCENT                   one thread and several
 // korvalite_bench --levels FILE.kvm                             all splits up and down, timed
@@ -17,9 +18,11 @@
 // the memory of the next.
 #include "bumpy_torus.h"
 #include "driver_times.h"
+#include "formats/vok_writer.h"
 #include "level_times.h"
 #include "obj_times.h"
 #include "stage_times.h"
+#include "support/hard_meshes.h"
 #include "thread_times.h"
 
 #include <benchmark/benchmark.h>
@@ -44,6 +47,11 @@ float number(const char* text) {
     return static_cast<float>(std::atof(text));
 }
 
+bool writeHardMesh(const char* kind, std::int32_t size, const char* path) {
+    const auto mesh = korvalite::test::hardMesh(kind, size);
+    return mesh && korvalite::exportDMesh(path, *mesh);
+}
+
 int runKernels(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
@@ -59,6 +67,8 @@ int main(int argc, char** argv) {
     const std::string_view mode = argc > 1 ? argv[1] : "";
     if (mode == "--write-mesh" && argc == 4)
         return finish(writeBumpyTorus(argv[3], wholeNumber(argv[2])), argv[3]);
+    if (mode == "--hard-mesh" && argc == 5)
+        return finish(writeHardMesh(argv[2], wholeNumber(argv[3]), argv[4]), argv[4]);
     if (mode == "--stages" && argc == 5)
         return finish(printStageTimes(argv[2], argv[3], number(argv[4])), argv[2]);
     if (mode == "--threads" && argc == 4)

@@ -11,6 +11,7 @@ option(KORVALITE_BENCH "Build the benchmarks (needs Google Benchmark)" ${bench_d
 
 file(GLOB bench_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/bench/*.cpp")
 set(bench_support
+    "${CMAKE_SOURCE_DIR}/tests/support/hard_meshes.cpp"
     "${CMAKE_SOURCE_DIR}/tests/support/surface_distance.cpp"
     "${CMAKE_SOURCE_DIR}/tests/support/triangle_grid.cpp")
 if(KORVALITE_BENCH AND bench_sources)

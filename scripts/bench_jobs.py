@@ -20,6 +20,7 @@ import tempfile
 from collections import namedtuple
 
 import bench_drivers
+import bench_hard
 import bench_levels
 import bench_obj
 import bench_report
@@ -28,7 +29,7 @@ import bench_threads
 import tool_runs
 
 PARTS = {"sizes": bench_sizes, "threads": bench_threads, "levels": bench_levels, "obj": bench_obj,
-         "drivers": bench_drivers}
+         "drivers": bench_drivers, "hard": bench_hard}
 Tools = namedtuple("Tools", "tool bench")
 
 
