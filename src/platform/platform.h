@@ -3,10 +3,11 @@
 // The one interface to the operating system. posix.cpp and windows.cpp each implement all of it,
 // and the build picks one of them.
 //
-// Paths and texts are zero-terminated UTF-8 on every system. On Windows, one that is not valid UTF-8
-// is read in the system's own code page; elsewhere a path is the bytes that it is. A null or empty
-// path names nothing: every call with one fails. Nothing here throws but for a failed allocation.
-// All functions may be called from any thread; a std::FILE* is used by one thread at a time.
+// Paths and texts are zero-terminated UTF-8 on every system. On Windows, one that is not valid
+// UTF-8 is read in the system's own code page; elsewhere a path is the bytes that it is. A null or
+// empty path names nothing: every call with one fails. Nothing here throws but for a failed
+// allocation. All functions may be called from any thread; a std::FILE* is used by one thread at a
+// time.
 #pragma once
 
 #include <cstdint>
