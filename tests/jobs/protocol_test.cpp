@@ -4,155 +4,188 @@
 #include "jobs/job_run.h"
 
 #include "platform/platform.h"
+#include "support/held_marker.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <functional>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <sys/inotify.h>
+#include <unistd.h>
+#include <vector>
 
 namespace korvalite::test {
 namespace {
 
 class ProtocolTest : public JobTest {
 protected:
-    // Takes long enough in every build for the record to be written again and again.
-    static constexpr std::uint32_t kBigSide = 600;
-    static constexpr std::int64_t kBigVertexCount = std::int64_t{kBigSide} * kBigSide;
-
-    static const std::string& bigMesh() {
-        static const std::string bytes = bumpyGrid(kBigSide).bytes();
-        return bytes;
+    ProtocolTest() {
+        writeMesh("a.Vok");
+        writeMesh("b.Vok");
     }
-
-    // Reads the record over and over until the tool ends or `enough` says so.
-    std::vector<ProgressImage> watch(RunningTool& tool,
-                                     const std::function<bool(const ProgressImage&)>& enough) {
-        std::vector<ProgressImage> seen;
-        while (tool.isRunning()) {
-            const ProgressImage image(readWhole(marker_));
-            const bool halfWritten = readWhole(marker_) != image.bytes();
-            if (!halfWritten && image.isWhole() &&
-                (seen.empty() || seen.back().bytes() != image.bytes())) {
-                seen.push_back(image);
-                if (enough(image)) break;
-            }
-            platform::sleepMilliseconds(1);
-        }
-        return seen;
+    // Runs a job with a host that reads every record, and may delete the marker at one of them.
+    std::vector<ProgressImage> follow(const std::string& entries,
+                                      const std::function<bool(const ProgressImage&)>& seen,
+                                      const ProgressImage& marker = ProgressImage::opened()) {
+        writeJob("UseProgressBar=1\n" + entries);
+        HeldMarker held(marker_, marker);
+        RunningTool tool(job_);
+        const std::vector<ProgressImage> records = held.follow(tool, seen);
+        finish(tool);
+        return records;
+    }
+    std::vector<ProgressImage> follow(const std::string& entries,
+                                      const ProgressImage& marker = ProgressImage::opened()) {
+        return follow(
+            entries, [](const ProgressImage&) { return true; }, marker);
     }
 
     static bool isProcessing(const ProgressImage& image) { return image.subText() == "processing"; }
+    static bool isNotProcessing(const ProgressImage& image) { return !isProcessing(image); }
 };
 
-/// The place of a step in the order of an entry's steps.
-int stepNumber(const std::string& subText) {
-    const std::vector<std::string> steps{"Read mesh file", "analysing mesh", "processing"};
-    const auto found = std::find(steps.begin(), steps.end(), subText);
-    return found == steps.end() ? -1 : static_cast<int>(found - steps.begin());
+using Steps = std::vector<std::string>;
+
+/// The steps that records show one after the other, each with its total, and "end" for the end of a
+/// main task. Before a step begins, the one before it must have ended.
+Steps stepsOf(const std::vector<ProgressImage>& records) {
+    Steps steps;
+    std::string last;
+    for (const ProgressImage& image : records) {
+        std::string step = image.subText() + ' ' + std::to_string(image.subTotal());
+        if (image.byte(ProgressImage::kMainActive) == 0)
+            step = "end";
+        else if (image.byte(ProgressImage::kSubActive) == 0)
+            step = "";
+        if (!step.empty() && (steps.empty() || step != steps.back())) steps.push_back(step);
+        EXPECT_TRUE(step == last || step == "end" || step.empty() || last.empty()) << step;
+        last = step;
+    }
+    return steps;
 }
 
-TEST_F(ProtocolTest, TheRecordAdvancesThroughItsTextsAndCounts) {
-    writeWhole(in("big head.I.Vok"), bigMesh());
-    writeMarker();
-    writeJob("UseProgressBar=1\n" + entry("big head.I.Vok", "out.Vok"));
-    RunningTool tool(job_);
-    // The count is written about twice a second: on a fast machine the loop might end before.
-    bool suspended = false;
-    const std::vector<ProgressImage> seen = watch(tool, [&](const ProgressImage& image) {
-        if (isProcessing(image) && !suspended) {
-            tool.suspendFor(600);
-            suspended = true;
-        }
-        return false;
-    });
-    finish(tool);
+TEST_F(ProtocolTest, OneThreadShowsItsStepsUpToTheLastCollapse) {
+    const auto records = follow(entry("a.Vok", "out.Vok"));
+    EXPECT_EQ(stepsOf(records),
+              (Steps{"Read mesh file -1", "analysing mesh -1", "processing 400", "end"}));
+    for (const ProgressImage& image : records) {
+        if (!isProcessing(image)) continue;
+        EXPECT_EQ(image.byte(ProgressImage::kStageFlag1), 1);
+        EXPECT_EQ(image.byte(ProgressImage::kStageFlag2), 1);
+    }
+}
 
-    int step = 0;
-    std::int32_t done = 0;
-    std::set<std::int32_t> counts;
-    bool analysed = false;
-    bool flagged = false;
-    for (const ProgressImage& image : seen) {
+TEST_F(ProtocolTest, SeveralThreadsShowReorderingAndWritingToo) {
+    const auto records = follow(entry("a.Vok", "out.Vok", "NumThread=2"));
+    EXPECT_EQ(stepsOf(records), (Steps{"Read mesh file -1", "analysing mesh -1", "processing 400",
+                                       "reordering -1", "Writing file to disk -1", "end"}));
+    for (const ProgressImage& image : records) {
+        EXPECT_EQ(image.byte(ProgressImage::kStageFlag2), 0);
+        if (!isProcessing(image)) continue;
+        EXPECT_EQ(image.byte(ProgressImage::kStageFlag1), 1);
+    }
+}
+
+TEST_F(ProtocolTest, ALevelShowsWhatItTakesAwayOrBringsBack) {
+    runJob(entry("a.Vok", "a.kvm", "DoReorder=0\nProgressiveMeshMinNum=100"));
+    EXPECT_EQ(
+        stepsOf(follow(entry("a.kvm", "out.Vok"))),
+        (Steps{"Read mesh file -1", "apply decimation 100", "Writing file to disk -1", "end"}));
+}
+
+TEST_F(ProtocolTest, AnEntryThatFailsShowsThatItWasRead) {
+    EXPECT_EQ(stepsOf(follow(entry("none.Vok", "out1.Vok") + entry("b.Vok", "out2.Vok"))),
+              (Steps{"Read mesh file -1", "end", "Read mesh file -1", "analysing mesh -1",
+                     "processing 400", "end"}));
+}
+
+TEST_F(ProtocolTest, TheMainTextIsTheNameOfTheMesh) {
+    writeMesh("big head.I.Vok");
+    for (const ProgressImage& image : follow(entry("big head.I.Vok", "out.Vok"))) {
+        const bool isActive = image.byte(ProgressImage::kMainActive) == 1;
+        EXPECT_EQ(image.mainText(), isActive ? "big head" : "");
+        EXPECT_EQ(image.byte(ProgressImage::kOpen), 1);
         EXPECT_EQ(image.byte(ProgressImage::kStopCurrent), 0);
         EXPECT_EQ(image.byte(ProgressImage::kStopAll), 0);
-        if (image.byte(ProgressImage::kMainActive) == 0) {
-            EXPECT_EQ(image.mainText(), "");
-            EXPECT_EQ(image.subText(), "");
-            continue;
-        }
-        EXPECT_EQ(image.byte(ProgressImage::kOpen), 1);
-        EXPECT_EQ(image.mainText(), "big head");
-        if (image.byte(ProgressImage::kSubActive) == 0) {
-            EXPECT_EQ(image.subText(), "");
-            EXPECT_EQ(image.subTotal(), -1);
-            continue;
-        }
-        EXPECT_GE(stepNumber(image.subText()), step);
-        step = stepNumber(image.subText());
-        analysed = analysed || image.subText() == "analysing mesh";
-        if (image.subText() != "processing") {
-            EXPECT_EQ(image.subTotal(), -1);
-            EXPECT_EQ(image.subDone(), 0);
-            continue;
-        }
-        EXPECT_EQ(image.subTotal(), kBigVertexCount);
-        EXPECT_GE(image.subDone(), done);
-        EXPECT_LE(image.subDone(), kBigVertexCount / 2);
-        done = image.subDone();
-        counts.insert(done);
-        flagged = image.byte(ProgressImage::kStageFlag1) == 1 &&
-                  image.byte(ProgressImage::kStageFlag2) == 1;
-        EXPECT_TRUE(flagged);
     }
-    EXPECT_TRUE(analysed);
-    EXPECT_TRUE(flagged);
-    EXPECT_GE(counts.size(), 2U);
     EXPECT_FALSE(exists("scene.kvc.running"));
-    EXPECT_EQ(vertexCountOf(in("out.Vok")), kBigVertexCount / 2);
+    EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
+}
+
+TEST_F(ProtocolTest, TheCountIsOfTheVerticesTakenAway) {
+    writeMesh("c.Vok", 30);
+    std::vector<std::int32_t> counts;
+    bool analysed = false;
+    follow(entry("c.Vok", "out.Vok"), [&](const ProgressImage& image) {
+        analysed = analysed || image.subText() == "analysing mesh";
+        if (isProcessing(image)) counts.push_back(image.subDone());
+        // A host that takes its time makes the next write due at once.
+        const bool mayBegin = analysed && counts.empty() && image.subText().empty();
+        if (mayBegin || isProcessing(image)) platform::sleepMilliseconds(510);
+        return true;
+    });
+    EXPECT_EQ(counts, (std::vector<std::int32_t>{0, 200, 400}));
 }
 
 TEST_F(ProtocolTest, DeletingTheMarkerStopsTheBatchAfterTheEntryInProgress) {
-    writeWhole(in("big.Vok"), bigMesh());
-    writeMesh("b.Vok");
-    writeMarker();
-    writeJob("UseProgressBar=1\nDeleteConfigFile=1\n" +
-             entry("big.Vok", "out1.Vok", "DeleteInputFile=1") +
-             entry("b.Vok", "out2.Vok", "DeleteInputFile=1"));
-    RunningTool tool(job_);
-    const std::vector<ProgressImage> seen = watch(tool, isProcessing);
-    ASSERT_FALSE(seen.empty());
-    ASSERT_TRUE(isProcessing(seen.back()));
-    std::filesystem::remove(pathOfUtf8(marker_));
-    finish(tool);
+    follow("DeleteConfigFile=1\n" + entry("a.Vok", "out1.Vok", "DeleteInputFile=1") +
+               entry("b.Vok", "out2.Vok", "DeleteInputFile=1"),
+           isNotProcessing);
     EXPECT_EQ(errors_, "");
     EXPECT_EQ(files(), (std::set<std::string>{"b.Vok", "out1.Vok"}));
-    EXPECT_EQ(vertexCountOf(in("out1.Vok")), kBigVertexCount / 2);
+    EXPECT_EQ(vertexCountOf(in("out1.Vok")), kVertexCount / 2);
 }
 
 TEST_F(ProtocolTest, DeletingTheMarkerDuringTheLastEntryIsNoError) {
-    writeWhole(in("big.Vok"), bigMesh());
-    writeMarker();
-    writeJob("UseProgressBar=1\n" + entry("big.Vok", "out.Vok"));
-    RunningTool tool(job_);
-    ASSERT_FALSE(watch(tool, isProcessing).empty());
-    std::filesystem::remove(pathOfUtf8(marker_));
-    finish(tool);
+    follow(entry("a.Vok", "out.Vok"), isNotProcessing);
     EXPECT_EQ(errors_, "");
-    EXPECT_EQ(vertexCountOf(in("out.Vok")), kBigVertexCount / 2);
+    EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
+}
+
+// Whichever way an entry goes, the tool looks for the marker at its end.
+class MarkerDeletedInAnEntry : public ProtocolTest {
+protected:
+    // While the first of two entries is being read.
+    void expectNoSecondEntry(const std::string& first) {
+        follow(first + entry("b.Vok", "next.Vok", "DeleteInputFile=1"),
+               [](const ProgressImage& image) { return image.subText() != "Read mesh file"; });
+        EXPECT_FALSE(exists("next.Vok"));
+        EXPECT_TRUE(exists("b.Vok"));
+    }
+};
+
+TEST_F(MarkerDeletedInAnEntry, OfSeveralThreadsEndsTheBatch) {
+    expectNoSecondEntry(entry("a.Vok", "out.Vok", "NumThread=2"));
+    EXPECT_EQ(errors_, "");
+    EXPECT_TRUE(exists("out.Vok"));
+}
+
+TEST_F(MarkerDeletedInAnEntry, ThatTakesALevelEndsTheBatch) {
+    runJob(entry("a.Vok", "a.kvm"));
+    expectNoSecondEntry(entry("a.kvm", "out.Vok"));
+    EXPECT_EQ(errors_, "");
+    EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
+}
+
+TEST_F(MarkerDeletedInAnEntry, ThatFailsEndsTheBatch) {
+    expectNoSecondEntry(entry("none.Vok", "out.Vok"));
+    EXPECT_EQ(errors_, failureBox(in("none.Vok")));
 }
 
 TEST_F(ProtocolTest, StopAllSetBeforehandStartsNoEntry) {
-    writeMesh("a.Vok");
     ProgressImage image = ProgressImage::opened();
     image.setByte(ProgressImage::kStopAll, 1);
     writeMarker(image);
     runJob("UseProgressBar=1\nDeleteConfigFile=1\n" +
            entry("a.Vok", "out.Vok", "DeleteInputFile=1"));
     EXPECT_EQ(errors_, "");
-    EXPECT_EQ(files(), std::set<std::string>{"a.Vok"});
+    EXPECT_EQ(files(), (std::set<std::string>{"a.Vok", "b.Vok"}));
 }
 
 TEST_F(ProtocolTest, StopCurrentSetBeforehandEndsTheFirstDecimationAlone) {
-    writeMesh("a.Vok");
-    writeMesh("b.Vok");
     ProgressImage image = ProgressImage::opened();
     image.setByte(ProgressImage::kStopCurrent, 1);
     writeMarker(image);
@@ -163,7 +196,6 @@ TEST_F(ProtocolTest, StopCurrentSetBeforehandEndsTheFirstDecimationAlone) {
 }
 
 TEST_F(ProtocolTest, WithoutTheProgressBarStopBytesAreNotRead) {
-    writeMesh("a.Vok");
     ProgressImage image = ProgressImage::opened();
     image.setByte(ProgressImage::kStopAll, 1);
     image.setByte(ProgressImage::kStopCurrent, 1);
@@ -172,43 +204,74 @@ TEST_F(ProtocolTest, WithoutTheProgressBarStopBytesAreNotRead) {
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
 }
 
+// The names that come to be in a folder while this lives, for however short a time.
+class NewNames {
+public:
+    explicit NewNames(const std::string& folder) : queue_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+        if (inotify_add_watch(queue_, folder.c_str(), IN_CREATE | IN_MOVED_TO) < 0)
+            throw std::runtime_error("cannot watch " + folder);
+    }
+    ~NewNames() { close(queue_); }
+    NewNames(const NewNames&) = delete;
+    NewNames& operator=(const NewNames&) = delete;
+
+    std::set<std::string> seen() const {
+        std::set<std::string> names;
+        std::array<char, 65536> events;
+        const ssize_t size = read(queue_, events.data(), events.size());
+        for (ssize_t at = 0; at < size;) {
+            inotify_event event;
+            std::memcpy(&event, events.data() + at, sizeof event);
+            names.emplace(events.data() + at + sizeof event);
+            at += static_cast<ssize_t>(sizeof event + event.len);
+        }
+        return names;
+    }
+
+private:
+    int queue_;
+};
+
 TEST_F(ProtocolTest, WithoutAMarkerTheJobRunsAndMakesNone) {
-    writeMesh("a.Vok");
     writeJob("UseProgressBar=1\n" + entry("a.Vok", "out.Vok"));
-    RunningTool tool(job_);
-    const auto seen = watch(tool, [](const ProgressImage&) { return true; });
-    finish(tool);
-    EXPECT_TRUE(seen.empty());
-    EXPECT_EQ(files(), (std::set<std::string>{"a.Vok", "out.Vok", "scene.kvc"}));
+    const NewNames names(folder_.path());
+    run();
+    EXPECT_EQ(names.seen(), (std::set<std::string>{"VSplitList.data", "out.Vok"}));
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
 }
 
+TEST_F(ProtocolTest, WithoutTheProgressBarTheMarkerGoesBeforeTheFirstEntry) {
+    writeMesh("scene.kvc.running");
+    std::filesystem::create_symlink(pathOfUtf8(marker_), pathOfUtf8(in("link.Vok")));
+    runJob(entry("link.Vok", "out.Vok"));
+    EXPECT_EQ(errors_, failureBox(in("link.Vok")));
+    EXPECT_FALSE(exists("out.Vok"));
+}
+
 TEST_F(ProtocolTest, AMarkerThatIsNotOpenIsNeverWritten) {
-    writeMesh("a.Vok");
-    writeMarker(ProgressImage());
-    writeJob("UseProgressBar=1\n" + entry("a.Vok", "out.Vok"));
-    RunningTool tool(job_);
-    const auto seen = watch(
-        tool, [](const ProgressImage& image) { return image.bytes() != ProgressImage().bytes(); });
-    finish(tool);
-    EXPECT_LE(seen.size(), 1U);
+    EXPECT_TRUE(follow(entry("a.Vok", "out.Vok"), ProgressImage()).empty());
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
     EXPECT_FALSE(exists("scene.kvc.running"));
 }
 
+TEST_F(ProtocolTest, StopCurrentInAMarkerThatIsNotOpenEndsEveryDecimation) {
+    ProgressImage image;
+    image.setByte(ProgressImage::kStopCurrent, 1);
+    writeMarker(image);
+    runJob("UseProgressBar=1\n" + entry("a.Vok", "out1.Vok") + entry("b.Vok", "out2.Vok"));
+    EXPECT_EQ(errors_, "");
+    EXPECT_EQ(vertexCountOf(in("out1.Vok")), kVertexCount);
+    EXPECT_EQ(vertexCountOf(in("out2.Vok")), kVertexCount);
+}
+
 TEST_F(ProtocolTest, AShortMarkerIsGrownToTheWholeRecord) {
-    writeWhole(in("big.Vok"), bigMesh());
-    writeWhole(marker_, "\x01");
-    writeJob("UseProgressBar=1\n" + entry("big.Vok", "out.Vok", "DecimationTargetPourcent=99"));
-    RunningTool tool(job_);
-    const auto seen = watch(tool, [](const ProgressImage&) { return true; });
-    finish(tool);
-    ASSERT_FALSE(seen.empty());
-    EXPECT_EQ(seen.front().mainText(), "big");
+    const auto records = follow(entry("a.Vok", "out.Vok"), ProgressImage("\x01"));
+    ASSERT_FALSE(records.empty());
+    EXPECT_TRUE(records.front().isWhole());
+    EXPECT_EQ(records.front().mainText(), "a");
 }
 
 TEST_F(ProtocolTest, AMainTaskThatTheHostLeftOpenIsNoHindrance) {
-    writeMesh("a.Vok");
     writeMarker(ProgressImage(std::string(174, '\xFF') + std::string(2, '\0')));
     runJob("UseProgressBar=1\n" + entry("a.Vok", "out.Vok"));
     EXPECT_EQ(errors_, "");

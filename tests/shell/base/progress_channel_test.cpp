@@ -209,6 +209,7 @@ TEST_F(ProgressChannelTest, AProgressThatWaitedGoesOutWithTheNextWrite) {
 TEST_F(ProgressChannelTest, AnAttemptThatFailsCountsAsAWriteToo) {
     openOnMarker();
     channel_.BeginMainTask("mesh");
+    platform::sleepMilliseconds(510);  // a write is due by now
     deleteMarker();
     EXPECT_FALSE(channel_.WriteRecord());
     EXPECT_TRUE(channel_.BeginSubTask("processing", 100));
