@@ -1,95 +1,104 @@
 // SPDX-License-Identifier: MIT
 //
-// Looks up mirror candidates by the two coordinates that a mirror image shares with its vertex.
+// Looks up mirror candidates by the positions of their mirror images.
 //
-// The sweep of pairVertices narrows candidates by one coordinate only. On a flat side of a model,
-// where all vertices share it, that leaves the whole side for each vertex. The pairing turns to
-// these cells only there, and finds in them exactly what walking the whole side would find.
+// The sweep of pairVertices narrows candidates by one coordinate only. Where many vertices share
+// it, on a flat side of a model or within a wide tolerance, that leaves a good part of the model
+// for each vertex. The pairing turns to this k-d tree only there, and finds in it exactly what
+// walking all candidates would find.
 #pragma once
 
-#include "geometry/remaining_places.h"
+#include "geometry/vec3.h"
 
-#include <cmath>
+#include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <vector>
 
 namespace korvalite {
 
-/// The coordinates off the sweep's axis, in double so that cell borders need no care for rounding.
-struct PlanePosition {
-    double a = 0.0;
-    double b = 0.0;
-
-    [[nodiscard]] bool isFinite() const { return std::isfinite(a) && std::isfinite(b); }
-};
-
-enum class CandidateVerdict {
-    Keep,
-    Remove,  // not a candidate any more, for any later vertex either
-    Leave,   // nothing at or below this place in the cell is of interest now
-};
+/// In the arithmetic that decides which candidate is nearest.
+inline float squaredDistance(const FloatVec3& a, const FloatVec3& b) {
+    const FloatVec3 offset = a - b;
+    return dot(offset, offset);
+}
 
 class MirrorCandidates {
 public:
-    /// `reach` is the farthest that a candidate may lie from a vertex in either coordinate.
-    /// REQUIRES: reach > 0; it may be infinite.
-    explicit MirrorCandidates(float reach);
+    /// Makes room for this many.
+    explicit MirrorCandidates(std::size_t most) { entries_.reserve(most); }
 
-    /// Enters the candidate at place `place` of the sweep; one with a coordinate that is not finite
-    /// matches nothing and is left out.
-    void add(std::int32_t place, const PlanePosition& position);
+    struct Search {
+        FloatVec3 from;
+        std::int32_t lowestPlace = 0;  // candidates at places below it do not count
+    };
 
-    /// REQUIRES: called once, after the last add and before the first visit.
+    /// Enters the candidate at place `place` of the sweep. One whose image is not finite matches
+    /// nothing and is left out.
+    void add(std::int32_t place, const FloatVec3& image);
+
+    /// REQUIRES: called once, after the last add and before all that follows.
     void finish();
 
-    /// Calls judge(place) for every candidate within reach and at or below `highest`, and perhaps
-    /// for others and for some twice. The places of one cell come in descending order.
-    /// REQUIRES: the position is finite.
-    template <typename Judge>
-    void visit(const PlanePosition& position, std::int32_t highest, Judge&& judge);
+    /// No effect for a place that is not in it.
+    void remove(std::int32_t place);
+
+    /// The candidate at the highest place whose squared distance is below `squaredReach`; -1 if
+    /// there is none.
+    [[nodiscard]] std::int32_t highestWithin(const Search& search, float squaredReach);
+
+    /// The nearest of these candidates, the one at the highest place among equals.
+    [[nodiscard]] std::int32_t nearestWithin(const Search& search, float squaredReach);
+
+    /// Nodes and candidates that all searches have looked at.
+    [[nodiscard]] std::uint64_t lookCount() const { return lookCount_; }
 
 private:
     struct Entry {
-        std::uint32_t cell;
+        FloatVec3 image;
         std::int32_t place;
     };
+    /// What remains of a part of the entries: the box around them and their highest place.
+    struct Node {
+        FloatVec3 low;
+        FloatVec3 high;
+        std::int32_t highestPlace;
+    };
+    /// The best so far of a search for the nearest. Its place is above all others until there is
+    /// one, so that a distance equal to the reach is never better.
+    struct Nearest {
+        float squaredDistance;
+        std::int32_t place;
 
-    [[nodiscard]] std::int64_t cellIndex(double coordinate) const;
-    [[nodiscard]] static std::uint32_t cellKey(std::int64_t a, std::int64_t b);
-    /// The last entry that is at or before the cell's entry for `highest`, -1 for none.
-    [[nodiscard]] std::int32_t lastEntry(std::uint32_t cell, std::int32_t highest) const;
-    template <typename Judge>
-    void visitCell(std::uint32_t cell, std::int32_t highest, Judge&& judge);
-
-    std::vector<Entry> entries_;                // by cell, then by place
-    std::optional<RemainingPlaces> remaining_;  // of entries_
-    double reach_;
-    double cellSize_;
-};
-
-template <typename Judge>
-void MirrorCandidates::visit(const PlanePosition& position, std::int32_t highest, Judge&& judge) {
-    const std::int64_t lastA = cellIndex(position.a + reach_);
-    const std::int64_t lastB = cellIndex(position.b + reach_);
-    for (std::int64_t a = cellIndex(position.a - reach_); a <= lastA; ++a) {
-        for (std::int64_t b = cellIndex(position.b - reach_); b <= lastB; ++b) {
-            visitCell(cellKey(a, b), highest, judge);
+        [[nodiscard]] bool isWorseThan(float otherDistance, std::int32_t otherPlace) const {
+            return otherDistance < squaredDistance ||
+                   (otherDistance == squaredDistance && otherPlace > place);
         }
-    }
-}
+    };
 
-template <typename Judge>
-void MirrorCandidates::visitCell(std::uint32_t cell, std::int32_t highest, Judge&& judge) {
-    std::int32_t e = remaining_->atOrBelow(lastEntry(cell, highest));
-    while (e >= 0) {
-        const Entry& entry = entries_[static_cast<std::size_t>(e)];
-        if (entry.cell != cell) return;
-        const CandidateVerdict verdict = judge(entry.place);
-        if (verdict == CandidateVerdict::Leave) return;
-        if (verdict == CandidateVerdict::Remove) remaining_->remove(e);
-        e = remaining_->atOrBelow(e - 1);
-    }
-}
+    [[nodiscard]] static Node emptyNode();
+    static void enclose(Node& node, const Node& other);
+    [[nodiscard]] static Node nodeOf(const Entry& entry);
+    [[nodiscard]] static float distanceToBox(const FloatVec3& from, const Node& box);
+
+    [[nodiscard]] std::size_t leafCount() const { return (nodes_.size() + 1) / 2; }
+    [[nodiscard]] bool isLeaf(std::size_t node) const { return node + 1 >= leafCount(); }
+    [[nodiscard]] std::size_t firstEntry(std::size_t leaf) const;
+    [[nodiscard]] std::size_t leafOf(std::size_t entry) const;
+    void split(std::size_t node, std::size_t firstLeaf, std::size_t endLeaf);
+    [[nodiscard]] Node leafNode(std::size_t leaf) const;
+    [[nodiscard]] Node innerNode(std::size_t node) const;
+    template <typename Visit>
+    void forEachEntry(std::size_t leafNode, Visit visit);
+    void findHighest(std::size_t node, const Search& search, float squaredReach,
+                     std::int32_t& best);
+    void findNearest(std::size_t node, const Search& search, Nearest& best);
+
+    std::vector<Entry> entries_;
+    std::vector<std::int32_t> entryAt_;  // by place; -1 for a place that is not in the tree
+    // A complete binary tree, the root first and the children of node i at 2i + 1 and 2i + 2. The
+    // leaves share the entries out evenly.
+    std::vector<Node> nodes_;
+    std::uint64_t lookCount_ = 0;
+};
 
 }  // namespace korvalite

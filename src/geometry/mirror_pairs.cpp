@@ -55,38 +55,16 @@ SortedVertices sortAlong(const VertexRecords& vertices, int axis) {
     return sorted;
 }
 
-/// The candidate that a walk down the places would take: the first near-exact one, else the
-/// nearest within tolerance, the first of equals. Candidates may be offered in any order.
-struct BestCandidate {
-    float nearExact;  // squared distances
-    float distance;
-    std::int32_t place = kNone;
-    bool isNearExact = false;
-
-    /// Whether nothing below this place can be better.
-    [[nodiscard]] bool isFinalBelow(std::int32_t candidate) const {
-        return isNearExact && candidate <= place;
-    }
-
-    void offer(std::int32_t candidate, float squaredDistance) {
-        if (nearExact > squaredDistance) {
-            if (!isNearExact || candidate > place) place = candidate;
-            isNearExact = true;
-        } else if (!isNearExact &&
-                   (distance > squaredDistance ||
-                    (distance == squaredDistance && place != kNone && candidate > place))) {
-            distance = squaredDistance;
-            place = candidate;
-        }
-    }
-};
-
 class Sweep {
 public:
     Sweep(MirrorPairs& pairs, const DMesh& mesh, int axis, float centre, float tolerance)
         : pairs_(pairs), vertices_(mesh.vertices), axis_(axis), centre_(centre),
-          tolerance_(tolerance), sorted_(sortAlong(mesh.vertices, axis)),
-          unpaired_(mesh.vertices.size()), high_(sorted_.numberedCount - 1) {}
+          tolerance_(tolerance), squaredTolerance_(tolerance * tolerance),
+          sorted_(sortAlong(mesh.vertices, axis)), unpaired_(mesh.vertices.size()),
+          high_(sorted_.numberedCount - 1) {
+        const float nearExact = tolerance / kNearExactDivisor;
+        squaredNearExact_ = nearExact * nearExact;
+    }
 
     void run() {
         const auto placeCount = static_cast<std::int32_t>(sorted_.places.size());
@@ -109,6 +87,7 @@ public:
         for (std::int32_t place = firstAbove; place < placeCount; ++place) {
             pairs_.secondSide.Set(at(place).vertex);
         }
+        if (candidates_) pairs_.lookCount += candidates_->lookCount();
     }
 
 private:
@@ -126,8 +105,10 @@ private:
     void take(std::int32_t place, std::int32_t mirror) {
         pairing(at(place).vertex) = at(mirror).vertex;
         pairing(at(mirror).vertex) = at(place).vertex;
-        unpaired_.remove(place);
-        unpaired_.remove(mirror);
+        for (const std::int32_t gone : {place, mirror}) {
+            unpaired_.remove(gone);
+            if (candidates_) candidates_->remove(gone);
+        }
         pairs_.pairedCount += place == mirror ? 1 : 2;
     }
 
@@ -136,53 +117,73 @@ private:
         // No distance to such a target is below any tolerance, nor any distance below 0.
         if (!std::isfinite(target) || !(tolerance_ > 0.0F)) return kNone;
 
-        // Targets fall as the sweep rises, so what is passed here is passed for good.
-        high_ = unpaired_.atOrBelow(high_);
-        while (high_ >= 0 && at(high_).key > target + tolerance_) {
-            high_ = unpaired_.atOrBelow(high_ - 1);
-        }
-
-        const float nearExact = tolerance_ / kNearExactDivisor;
-        BestCandidate best{nearExact * nearExact, tolerance_ * tolerance_};
+        dropAbove(target + tolerance_);
         const FloatVec3 from = position(at(place).vertex);
         const float lowest = target - tolerance_;
+        const std::optional<std::int32_t> walked = walkToMirror(from, lowest);
+        return walked ? *walked : lookUpMirror(from, lowest);
+    }
 
+    /// Targets fall as the sweep rises, so what is passed here is passed for good.
+    void dropAbove(float key) {
+        high_ = unpaired_.atOrBelow(high_);
+        while (high_ >= 0 && at(high_).key > key) {
+            if (candidates_) candidates_->remove(high_);
+            high_ = unpaired_.atOrBelow(high_ - 1);
+        }
+    }
+
+    /// The first near-exact candidate wins, else the nearest within tolerance, the first of equals.
+    /// Nothing if there are too many candidates to tell.
+    [[nodiscard]] std::optional<std::int32_t> walkToMirror(const FloatVec3& from, float lowest) {
+        std::int32_t best = kNone;
+        float bestDistance = squaredTolerance_;
         std::int32_t candidate = high_;
-        for (int walked = 0; walked < kWalkedCandidates; ++walked) {
-            if (candidate < 0 || lowest > at(candidate).key) return best.place;
-            best.offer(candidate, squaredDistance(from, at(candidate)));
-            if (best.isNearExact) return best.place;
+        for (int walked = 0; candidate >= 0 && !(lowest > at(candidate).key); ++walked) {
+            if (walked == kWalkedCandidates) return std::nullopt;
+            ++pairs_.lookCount;
+            const float distance = squaredDistance(from, imageOf(candidate));
+            if (squaredNearExact_ > distance) return candidate;
+            if (bestDistance > distance) {
+                bestDistance = distance;
+                best = candidate;
+            }
             candidate = unpaired_.atOrBelow(candidate - 1);
         }
-        if (candidate < 0 || !planePosition(from).isFinite()) return best.place;
-        candidates().visit(planePosition(from), candidate, [&](std::int32_t w) {
-            if (lowest > at(w).key) return CandidateVerdict::Leave;
-            if (pairing(at(w).vertex) != kNone) return CandidateVerdict::Remove;
-            best.offer(w, squaredDistance(from, at(w)));
-            return best.isFinalBelow(w) ? CandidateVerdict::Leave : CandidateVerdict::Keep;
-        });
-        return best.place;
+        return best;
     }
 
-    [[nodiscard]] float squaredDistance(const FloatVec3& from, const SortedVertex& w) const {
-        FloatVec3 image = position(w.vertex);
-        setComponent(image, axis_, mirrored(w.key));
-        const FloatVec3 offset = from - image;
-        return dot(offset, offset);
+    /// The same, whatever their number.
+    [[nodiscard]] std::int32_t lookUpMirror(const FloatVec3& from, float lowest) {
+        const MirrorCandidates::Search search{from, firstNotBelow(lowest)};
+        const std::int32_t nearExact = candidates().highestWithin(search, squaredNearExact_);
+        return nearExact != kNone ? nearExact
+                                  : candidates().nearestWithin(search, squaredTolerance_);
     }
 
-    [[nodiscard]] PlanePosition planePosition(const FloatVec3& p) const {
-        return {static_cast<double>(component(p, (axis_ + 1) % 3)),
-                static_cast<double>(component(p, (axis_ + 2) % 3))};
+    [[nodiscard]] FloatVec3 imageOf(std::int32_t place) const {
+        FloatVec3 image = position(at(place).vertex);
+        setComponent(image, axis_, mirrored(at(place).key));
+        return image;
+    }
+
+    /// The lowest place whose coordinate is not below this one.
+    [[nodiscard]] std::int32_t firstNotBelow(float key) const {
+        const auto begin = sorted_.places.begin();
+        const auto first =
+            std::partition_point(begin, begin + sorted_.numberedCount,
+                                 [key](const SortedVertex& w) { return key > w.key; });
+        return static_cast<std::int32_t>(first - begin);
     }
 
     /// Built when first needed: most meshes never do. Only what later searches can reach is in it.
     MirrorCandidates& candidates() {
         if (!candidates_) {
-            candidates_.emplace(tolerance_);
-            for (std::int32_t place = high_; place >= 0; place = unpaired_.atOrBelow(place - 1)) {
-                if (centre_ - tolerance_ > at(place).key) break;
-                candidates_->add(place, planePosition(position(at(place).vertex)));
+            const std::int32_t lowest = firstNotBelow(centre_ - tolerance_);
+            candidates_.emplace(static_cast<std::size_t>(std::max(high_ - lowest + 1, 0)));
+            for (std::int32_t place = high_; place >= lowest;) {
+                candidates_->add(place, imageOf(place));
+                place = unpaired_.atOrBelow(place - 1);
             }
             candidates_->finish();
         }
@@ -194,6 +195,8 @@ private:
     int axis_;
     float centre_;
     float tolerance_;
+    float squaredTolerance_;
+    float squaredNearExact_ = 0.0F;
     SortedVertices sorted_;
     RemainingPlaces unpaired_;
     std::int32_t high_;  // no candidate stands above this place
@@ -208,6 +211,7 @@ bool pairVertices(MirrorPairs& pairs, const DMesh& mesh, int axis, const FloatVe
     pairs.pairing.assign(mesh.vertices.size(), kNone);
     pairs.secondSide.Reset(mesh.vertexCount());
     pairs.pairedCount = 0;
+    pairs.lookCount = 0;
     Sweep(pairs, mesh, axis, component(centre, axis), tolerance).run();
     return true;
 }

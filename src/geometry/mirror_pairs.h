@@ -18,6 +18,7 @@ struct MirrorPairs {
         pairing;          // -1 unpaired, the vertex itself on the plane, else its mirror
     BitArray secondSide;  // vertices above the plane
     std::int32_t pairedCount = 0;
+    std::uint64_t lookCount = 0;  // at candidates and groups of them: what the search has cost
 };
 
 /// Pairs every vertex record, active or not, across the plane through `centre` at right angles to

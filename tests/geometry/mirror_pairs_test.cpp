@@ -59,7 +59,7 @@ void expectSymmetric(const MirrorPairs& pairs) {
     EXPECT_EQ(pairs.pairedCount, paired);
 }
 
-/// The sweep step by step, walking every candidate. REQUIRES: finite coordinates along the axis.
+/// The sweep step by step, walking every candidate.
 MirrorPairs pairByWalking(const DMesh& mesh, int axis, const FloatVec3& centre, float t) {
     const auto x = [&](std::int32_t v) {
         return component(mesh.vertices[static_cast<std::size_t>(v)].position(), axis);
@@ -68,7 +68,9 @@ MirrorPairs pairByWalking(const DMesh& mesh, int axis, const FloatVec3& centre, 
     const float c = component(centre, axis);
     Indices s(mesh.vertices.size());
     std::iota(s.begin(), s.end(), 0);
-    std::stable_sort(s.begin(), s.end(), [&](auto a, auto b) { return x(a) < x(b); });
+    std::stable_sort(s.begin(), s.end(), [&](auto a, auto b) {
+        return std::isnan(x(a)) ? false : std::isnan(x(b)) || x(a) < x(b);
+    });
 
     MirrorPairs result;
     result.pairing.assign(s.size(), -1);
@@ -245,6 +247,104 @@ TEST(PairVertices, FindsWhatWalkingAllCandidatesFinds) {
     EXPECT_GT(pairedInAll, 50000);
 }
 
+// Meshes of which a tolerance can hold anything from a single vertex to all of them.
+enum class Shape { TwoPoints, Lattice, Patches, BallAndStray, PointAgainstDisc, Kinds };
+
+std::vector<FloatVec3> pointsOf(Shape shape, int count, std::mt19937& random) {
+    std::uniform_real_distribution<float> unit(-1.0F, 1.0F);
+    const auto whole = [&](int most) {
+        return static_cast<float>(static_cast<int>(random() % static_cast<unsigned>(2 * most + 1)) -
+                                  most);
+    };
+    std::vector<FloatVec3> points;
+    for (int i = 0; i < count; ++i) {
+        const float side = i % 2 == 0 ? -1.0F : 1.0F;
+        switch (shape) {
+        case Shape::TwoPoints: points.push_back({side, i % 2 == 0 ? 0.0F : 0.1F, 0}); break;
+        case Shape::Lattice: points.push_back({whole(4), whole(2), whole(2)}); break;
+        case Shape::Patches:
+            points.push_back({side + 0.01F * unit(random), 0.01F * unit(random), 0});
+            break;
+        case Shape::BallAndStray: {
+            const FloatVec3 p{unit(random), unit(random), unit(random)};
+            const float length = std::sqrt(dot(p, p));
+            points.push_back({p.x / length, p.y / length, p.z / length});
+            if (i == 0) points.back() = {0, 1000, 0};
+            break;
+        }
+        case Shape::PointAgainstDisc:
+            points.push_back(i % 2 == 0 ? FloatVec3{-1, 0, 0}
+                                        : FloatVec3{1, unit(random), unit(random)});
+            break;
+        case Shape::Kinds: break;
+        }
+    }
+    return points;
+}
+
+// What no distance can be measured to.
+void spoilSome(std::vector<FloatVec3>& points, std::mt19937& random) {
+    constexpr std::array kOdd{kNaN, kInfinity, -kInfinity, 3e38F, -3e38F, -0.0F, 1e-45F};
+    for (int i = 0; i < 20; ++i) {
+        FloatVec3& p = points[random() % points.size()];
+        setComponent(p, static_cast<int>(random() % 3), kOdd[random() % kOdd.size()]);
+    }
+}
+
+TEST(PairVertices, FindsTheSameWhateverTheToleranceIsToTheSpacing) {
+    constexpr std::array kTolerances{1e-30F, 1e-19F,  1e-6F, 1e-4F,    1e-3F, 0.01F,
+                                     0.03F,  0.1F,    0.3F,  1.0F,     2.0F,  7.0F,
+                                     30.0F,  2000.0F, 1e20F, kInfinity};
+    std::mt19937 random(23);
+    for (int kind = 0; kind < static_cast<int>(Shape::Kinds); ++kind) {
+        for (std::size_t round = 0; round < 4 * kTolerances.size(); ++round) {
+            std::vector<FloatVec3> points =
+                pointsOf(static_cast<Shape>(kind), 150 + static_cast<int>(random() % 500), random);
+            if (round % 2 == 1) spoilSome(points, random);
+            const DMesh mesh = cloud(points);
+            const float tolerance = kTolerances[round / 4];
+            const FloatVec3 centre{round % 4 < 2 ? 0.0F : 0.002F, 0, 0};
+            const int axis = static_cast<int>(random() % 8) % 5 % 3;
+            MirrorPairs pairs;
+            ASSERT_TRUE(pairVertices(pairs, mesh, axis, centre, tolerance));
+            const MirrorPairs expected = pairByWalking(mesh, axis, centre, tolerance);
+            ASSERT_EQ(pairs.pairing, expected.pairing)
+                << "shape " << kind << ", tolerance " << tolerance << ", axis " << axis;
+            ASSERT_EQ(pairs.pairedCount, expected.pairedCount);
+            ASSERT_EQ(secondSideOf(pairs), secondSideOf(expected));
+        }
+    }
+}
+
+// The candidates stand where floats get twice as far apart, so that the window along the axis
+// leaves out some that are within the tolerance. Each vertex has a single one, among many that are
+// far off.
+TEST(PairVertices, FindsTheSameWhereRoundingDecidesWhatIsInTheWindow) {
+    std::mt19937 random(37);
+    std::uniform_real_distribution<float> around(-1.0F, 1.0F);
+    int leftOut = 0;
+    for (int round = 0; round < 200; ++round) {
+        const float tolerance = 1e-4F + 3e-4F * std::abs(around(random));
+        std::vector<FloatVec3> points;
+        for (int i = 0; i < 40; ++i) {
+            const float x = 3e-4F * around(random);
+            const auto z = static_cast<float>(i);
+            const float image = 1024.0F - x + 1.2F * tolerance * around(random);
+            points.push_back({x, 0, z});
+            points.push_back({image, 0, z});
+            leftOut += std::abs((1024.0F - image) - x) < tolerance ? 1 : 0;
+        }
+        for (int i = 0; i < 200; ++i)
+            points.push_back({1024.0F + 2e-4F * around(random), 9, 0});
+        const DMesh mesh = cloud(points);
+        MirrorPairs pairs;
+        ASSERT_TRUE(pairVertices(pairs, mesh, 0, {512, 0, 0}, tolerance));
+        ASSERT_EQ(pairs.pairing, pairByWalking(mesh, 0, {512, 0, 0}, tolerance).pairing) << round;
+        leftOut -= pairs.pairedCount / 2;
+    }
+    EXPECT_GT(leftOut, 5);
+}
+
 TEST(PairVertices, MirroredCloudPairsCompletely) {
     std::mt19937 random(3);
     std::uniform_real_distribution<float> coordinate(0.1F, 1.0F);
@@ -263,6 +363,20 @@ TEST(PairVertices, MirroredCloudPairsCompletely) {
         ASSERT_NEAR(mirror.x, -points[v].x, 1e-5F);
         ASSERT_NEAR(mirror.y, points[v].y, 1e-5F);
         ASSERT_EQ(pairs.secondSide.Test(static_cast<std::int32_t>(v)), points[v].x > 0);
+    }
+}
+
+// Walking all candidates of each vertex would look at some 10^8 in each of these.
+TEST(PairVertices, AWideToleranceDoesNotCostTheSquareOfTheVerticesWithinIt) {
+    std::mt19937 random(29);
+    for (const Shape shape : {Shape::TwoPoints, Shape::Lattice, Shape::Patches, Shape::BallAndStray,
+                              Shape::PointAgainstDisc}) {
+        const std::vector<FloatVec3> points = pointsOf(shape, 30000, random);
+        for (const float tolerance : {0.02F, 0.3F, 4.0F}) {
+            const MirrorPairs pairs = pairAcrossX(points, tolerance);
+            EXPECT_LT(pairs.lookCount, 500 * points.size())
+                << "shape " << static_cast<int>(shape) << ", tolerance " << tolerance;
+        }
     }
 }
 
