@@ -178,15 +178,17 @@ void CostQueue::unlinkFromBucket(std::int32_t vertex) {
     link(vertex, kNotQueued, kNoBackLink);
 }
 
-/// False if no bucket is left.
-bool CostQueue::pourNextBucket() {
+/// False if no bucket is left. Lists what it pours, unless `poured` is null.
+bool CostQueue::pourNextBucket(std::vector<OrderedSet::Key>* poured) {
     std::int32_t bucket = currentBucket_ + 1;
     while (bucket < bucketCount() && bucketHeads_[at(bucket)] == kNone)
         ++bucket;
     currentBucket_ = std::min(bucket, bucketCount());
     if (currentBucket_ == bucketCount()) return false;
+    if (poured != nullptr) poured->clear();
     for (std::int32_t vertex = bucketHeads_[at(bucket)]; vertex != kNone;) {
         const std::int32_t next = linksOf(vertex).next;
+        if (poured != nullptr) poured->push_back(OrderedSet::keyOf(vertex, costOf(vertex)));
         insertInSet(vertex);
         vertex = next;
     }
@@ -232,6 +234,7 @@ void CostQueue::Release() {
     prefetched_ = kNone;
     std::vector<std::int32_t>().swap(bucketHeads_);
     std::vector<Links>().swap(links_);
+    std::vector<OrderedSet::Key>().swap(poured_);
     vertexCount_ = 0;
     currentBucket_ = 0;
     minCost_ = kDefaultMinCost;

@@ -17,6 +17,7 @@
 #include "decimation/ordered_set.h"
 #include "platform/relaxed.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -66,17 +67,22 @@ public:
     std::int32_t Top();
 
     /// The cheapest vertex that accept(vertex) takes, not removed; -1 if it takes none. Pours on
-    /// where it takes none of those that are in order.
-    template <typename Accept>
-    std::int32_t FirstAccepted(Accept accept) {
+    /// where it takes none of those that are in order, as long as goesOn(). Each vertex is asked
+    /// once: what has been refused must stay refused until this returns.
+    template <typename Accept, typename GoesOn>
+    std::int32_t FirstAccepted(Accept accept, GoesOn goesOn) {
         prefetchOneMore();
         if (orderedSet_.empty()) pourNextBucket();
         if (orderedSet_.empty()) return -1;
-        do {
-            const std::int32_t vertex = orderedSet_.firstAccepted(accept);
-            if (vertex >= 0) return vertex;
-        } while (pourNextBucket());
-        return -1;
+        std::int32_t vertex = orderedSet_.firstAccepted(accept);
+        while (vertex < 0 && goesOn() && pourNextBucket(&poured_))
+            vertex = firstPoured(accept);
+        return vertex;
+    }
+
+    template <typename Accept>
+    std::int32_t FirstAccepted(Accept accept) {
+        return FirstAccepted(accept, [] { return true; });
     }
 
     /// What Top would give without pouring; -1 if it would have to. A guess at what comes next.
@@ -120,7 +126,16 @@ private:
     void insertInBucket(std::int32_t vertex, std::int32_t bucket);
     void insertInSet(std::int32_t vertex);
     void unlinkFromBucket(std::int32_t vertex);
-    bool pourNextBucket();
+    bool pourNextBucket(std::vector<OrderedSet::Key>* poured = nullptr);
+    template <typename Accept>
+    std::int32_t firstPoured(Accept accept) {
+        std::sort(poured_.begin(), poured_.end());
+        for (const OrderedSet::Key key : poured_) {
+            const std::int32_t vertex = OrderedSet::vertexOf(key);
+            if (accept(vertex)) return vertex;
+        }
+        return -1;
+    }
     void prefetchNextBucket();
     void prefetchOneMore();
     void prefetchVertex(std::int32_t vertex) const;
@@ -144,7 +159,8 @@ private:
     std::vector<std::int32_t> bucketHeads_;
     std::vector<Links> links_;
     OrderedSet orderedSet_;
-    std::vector<std::int32_t> buckets_;  // scratch of InsertAll
+    std::vector<std::int32_t> buckets_;    // scratch of InsertAll
+    std::vector<OrderedSet::Key> poured_;  // scratch of FirstAccepted
     double minCost_ = 1e-9;
     double maxCost_ = 10.0;
     double logRange_ = 5.0;  // decades

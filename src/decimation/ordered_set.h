@@ -21,6 +21,19 @@ namespace korvalite {
 
 class OrderedSet {
 public:
+    /// The cost above the vertex, so that integers in order are vertices in order.
+    // All bits of a negative float are turned over and the sign of the others, as in a radix sort;
+    // minus zero is made the zero that it equals.
+    using Key = std::uint64_t;
+    static Key keyOf(std::int32_t vertex, float cost) {
+        const auto bits = std::bit_cast<std::uint32_t>(cost + 0.0F);
+        const std::uint32_t ordered = bits ^ ((bits >> 31U) != 0 ? 0xFFFFFFFFU : 0x80000000U);
+        return Key{ordered} << 32U | static_cast<std::uint32_t>(vertex);
+    }
+    static std::int32_t vertexOf(Key key) {
+        return static_cast<std::int32_t>(static_cast<std::uint32_t>(key));
+    }
+
     [[nodiscard]] bool empty() const { return runs_.empty() || runs_.back().count == 0; }
 
     /// REQUIRES: not empty.
@@ -50,19 +63,6 @@ public:
     void clear() { runs_.clear(); }
 
 private:
-    // The cost above the vertex, so that integers in order are vertices in order. All bits of a
-    // negative float are turned over and the sign of the others, as in a radix sort; minus zero is
-    // made the zero that it equals.
-    using Key = std::uint64_t;
-    static Key keyOf(std::int32_t vertex, float cost) {
-        const auto bits = std::bit_cast<std::uint32_t>(cost + 0.0F);
-        const std::uint32_t ordered = bits ^ ((bits >> 31U) != 0 ? 0xFFFFFFFFU : 0x80000000U);
-        return Key{ordered} << 32U | static_cast<std::uint32_t>(vertex);
-    }
-    static std::int32_t vertexOf(Key key) {
-        return static_cast<std::int32_t>(static_cast<std::uint32_t>(key));
-    }
-
     static constexpr std::size_t kRunCapacity = 256;
     using Keys = std::array<Key, kRunCapacity>;
 

@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <initializer_list>
+#include <limits>
+#include <unordered_set>
+#include <vector>
 
 namespace korvalite {
 
@@ -21,50 +24,135 @@ public:
 
     [[nodiscard]] bool isHeld(std::int32_t vertex) const { return locked_.Test(vertex); }
 
-    /// Holds the closed rings of all these vertices. False, with nothing held, if another thread
-    /// holds any of it.
-    [[nodiscard]] bool hold(std::initializer_list<std::int32_t> centres) {
-        // Mostly it is the centres that are held: those are cheap to ask.
-        if (std::any_of(centres.begin(), centres.end(), [this](auto v) { return isHeld(v); }))
-            return false;
-        warmVertexCorners(mesh_, {centres.begin(), centres.end()}, cursors_);
-        if (!std::all_of(centres.begin(), centres.end(),
-                         [this](auto v) { return gatherRing(v); })) {
-            reservedVertices_.clear();
-            return false;
+    /// Before the attempts to hold something while csQueue is held. What others hold does not
+    /// change in between, so that a hub is walked once and not for each of its spokes.
+    void beginPick() {
+        freeHubs_.clear();
+        blockedHubs_.clear();
+    }
+
+    /// Gathers the closed rings of these vertices, to be held together with what has been gathered
+    /// already. False, with nothing gathered, if another thread holds any of it.
+    [[nodiscard]] bool gather(std::initializer_list<std::int32_t> centres) {
+        const bool isFree = gatherRings(centres);
+        if (!isFree) forgetGathered();
+        return isFree;
+    }
+
+    void holdGathered() {
+        for (const Hub& hub : gatheredHubs_) {
+            forEachNeighbourFrom(hub.corner, [this](std::int32_t vertex) {
+                reservedVertices_.push_back(vertex);
+                return true;
+            });
         }
         for (const std::int32_t vertex : reservedVertices_)
             locked_.Set(vertex);
+        isHolding_ = true;
+    }
+
+    /// Both in one.
+    [[nodiscard]] bool hold(std::initializer_list<std::int32_t> centres) {
+        if (!gather(centres)) return false;
+        holdGathered();
         return true;
     }
 
     void releaseAll() {
-        for (const std::int32_t vertex : reservedVertices_)
-            locked_.Clear(vertex);
-        reservedVertices_.clear();
+        if (isHolding_) {
+            for (const std::int32_t vertex : reservedVertices_)
+                locked_.Clear(vertex);
+        }
+        isHolding_ = false;
+        forgetGathered();
     }
 
+    /// Vertices of rings that were asked for so far.
+    [[nodiscard]] std::uint64_t lookCount() const { return lookCount_; }
+
 private:
-    /// False if one of them is held.
+    static constexpr int kLongestRing = 64;  // of what is no hub, in triangles
+    static constexpr int kWholeRing = std::numeric_limits<int>::max();
+
+    /// A vertex of many triangles, and where its corner list goes on after the first of them.
+    struct Hub {
+        std::int32_t centre;
+        std::int32_t corner;
+    };
+
+    void forgetGathered() {
+        reservedVertices_.clear();
+        gatheredHubs_.clear();
+    }
+
+    bool gatherRings(std::initializer_list<std::int32_t> centres) {
+        // Mostly it is the centres that are held: those are cheap to ask.
+        if (std::any_of(centres.begin(), centres.end(),
+                        [this](auto v) { return isHeld(v) || blockedHubs_.contains(v); }))
+            return false;
+        warmVertexCorners(mesh_, {centres.begin(), centres.end()}, cursors_);
+        const std::size_t hubsBefore = gatheredHubs_.size();
+        return std::all_of(centres.begin(), centres.end(),
+                           [this](auto v) { return gatherRing(v); }) &&
+               std::all_of(gatheredHubs_.begin() + static_cast<std::ptrdiff_t>(hubsBefore),
+                           gatheredHubs_.end(), [this](const Hub& hub) { return isFree(hub); });
+    }
+
+    /// The whole ring, or the start of a hub's. False if one of them is held.
     bool gatherRing(std::int32_t centre) {
-        bool isFree = gather(centre);
-        forEachCorner(mesh_, centre, [&](std::int32_t corner) {
-            isFree = isFree && gather(vertexAt(mesh_, nextCorner(corner))) &&
-                     gather(vertexAt(mesh_, previousCorner(corner)));
-        });
+        reservedVertices_.push_back(centre);
+        const std::int32_t first =
+            loadRelaxed(mesh_.vertexTriangleHead[static_cast<std::size_t>(centre)]);
+        bool isFree = true;
+        const std::int32_t rest = forEachNeighbourFrom(
+            first,
+            [&](std::int32_t vertex) {
+                ++lookCount_;
+                isFree = !isHeld(vertex);
+                if (isFree) reservedVertices_.push_back(vertex);
+                return isFree;
+            },
+            kLongestRing);
+        if (rest != kNone) gatheredHubs_.push_back({centre, rest});
         return isFree;
     }
 
-    bool gather(std::int32_t vertex) {
-        if (isHeld(vertex)) return false;
-        reservedVertices_.push_back(vertex);
-        return true;
+    bool isFree(const Hub& hub) {
+        if (freeHubs_.contains(hub.centre)) return true;
+        bool isFree = true;
+        forEachNeighbourFrom(hub.corner, [&](std::int32_t vertex) {
+            ++lookCount_;
+            isFree = !isHeld(vertex);
+            return isFree;
+        });
+        (isFree ? freeHubs_ : blockedHubs_).insert(hub.centre);
+        return isFree;
+    }
+
+    /// Visits the other vertices of the triangles on a corner list, of `most` triangles at most, as
+    /// long as visit() returns true. Returns the corner after the last triangle visited.
+    template <typename Visit>
+    std::int32_t forEachNeighbourFrom(std::int32_t corner, Visit visit,
+                                      int most = kWholeRing) const {
+        for (; corner != kNone && most > 0; --most) {
+            if (!visit(vertexAt(mesh_, nextCorner(corner))) ||
+                !visit(vertexAt(mesh_, previousCorner(corner))))
+                break;
+            corner = loadRelaxed(mesh_.cornerNext[static_cast<std::size_t>(corner)]);
+        }
+        return corner;
     }
 
     const DMesh& mesh_;
     BitArray& locked_;
     IndexList reservedVertices_;  // some of them several times
+    bool isHolding_ = false;      // them; else they are only gathered
     IndexList cursors_;           // of warmVertexCorners
+    std::vector<Hub> gatheredHubs_;
+    // Known in this pick, by whether another thread holds a neighbour.
+    std::unordered_set<std::int32_t> freeHubs_;
+    std::unordered_set<std::int32_t> blockedHubs_;
+    std::uint64_t lookCount_ = 0;
 };
 
 }  // namespace korvalite

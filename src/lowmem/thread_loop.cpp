@@ -109,8 +109,14 @@ private:
     bool commitAndPick(std::optional<Turn> done) {
         const auto lock = enterQueue();
         const TimeTaken inQueue(timeOf(&ThreadStatistics::secondsInQueue));
-        if (done) commit(*done);
-        return pick();
+        try {
+            if (done) commit(*done);
+            return pick();
+        } catch (const std::bad_alloc&) {
+            // Before any other thread can enter: the queue may have been left half poured.
+            run_.outOfMemory = true;
+            throw;
+        }
     }
 
     [[nodiscard]] std::unique_lock<CriticalSection> enterQueue() {
@@ -123,13 +129,17 @@ private:
         return pm_.measureThreads ? &(context_.statistics.*part) : nullptr;
     }
 
+    [[nodiscard]] static bool goesOn() { return !progressChannel().stopRequested(); }
+
     bool pick() {
-        if (run_.outOfMemory || progressChannel().stopRequested()) return false;
+        if (run_.outOfMemory || !goesOn()) return false;
         if (pm_.activeCount() <= pm_.TargetNumItem) return false;
         if (pm_.costQueue.vertexCount() == 0) return false;
         record_.clear();
-        record_.pickedVertex =
-            pm_.costQueue.FirstAccepted([this](std::int32_t vertex) { return reserve(vertex); });
+        reservations_.beginPick();
+        record_.pickedVertex = pm_.costQueue.FirstAccepted(
+            [this](std::int32_t vertex) { return reserve(vertex); }, goesOn);
+        if (record_.pickedVertex == kNone && !goesOn()) return false;
         if (!endsPass(record_.pickedVertex)) return true;
         // Committed at once: while it held something here, another thread could find all that is
         // left held, and leave too.
@@ -153,11 +163,17 @@ private:
         if (reservations_.isHeld(v)) return false;
         const std::int32_t u = mesh_.vertices[at(v)].partner;
         if (u == kNone) return reservations_.hold({v});
-        if (!pm_.m_handleSymmetry_internal) return reservations_.hold({v, u});
+        if (!reservations_.gather({v, u})) return false;
+        if (pm_.m_handleSymmetry_internal && !gatherMirror(v, u)) return false;
+        reservations_.holdGathered();
+        return true;
+    }
+
+    /// Only once both are known to be free: whoever holds a vertex may change its pairing.
+    bool gatherMirror(std::int32_t v, std::int32_t u) {
         const std::int32_t mv = mesh_.symmetryCache.pairing[at(v)];
         const std::int32_t mu = mesh_.symmetryCache.pairing[at(u)];
-        if (mv == kNone || mu == kNone) return reservations_.hold({v, u});
-        return reservations_.hold({v, u, mv, mu});
+        return mv == kNone || mu == kNone || reservations_.gather({mv, mu});
     }
 
     Turn work() {

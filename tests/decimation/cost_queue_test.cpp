@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -354,6 +355,43 @@ TEST(CostQueue, CostsThatAreNoNumbersNeitherCrashNorLoop) {
     }
 }
 
+constexpr auto kAlways = [] { return true; };
+
+// Costs over many decades, so that nearly every vertex is in a bucket of its own.
+std::vector<float> spreadCosts(std::size_t count) {
+    test::Random random(31);
+    std::vector<float> costs;
+    for (std::size_t i = 0; i < count; ++i)
+        costs.push_back(std::pow(10.0F, random.around(6) - 6.0F));
+    return costs;
+}
+
+TEST(CostQueue, APickThatTakesNothingAsksForEachVertexOnce) {
+    Queue q(spreadCosts(3000));
+    q.insertAll();
+    Order asked;
+    const auto refuse = [&](std::int32_t v) {
+        asked.push_back(v);
+        return false;
+    };
+    EXPECT_EQ(q.queue.FirstAccepted(refuse, kAlways), -1);
+    EXPECT_EQ(asked, q.drain());
+}
+
+TEST(CostQueue, APickPoursNoFurtherOnceItShallNotGoOn) {
+    Queue q(spreadCosts(3000));
+    q.insertAll();
+    int asked = 0;
+    int pours = 0;
+    const auto refuse = [&](std::int32_t) { return ++asked == 0; };
+    EXPECT_EQ(q.queue.FirstAccepted(refuse, [&] { return ++pours <= 5; }), -1);
+    EXPECT_EQ(pours, 6);
+    EXPECT_LT(asked, 1000);
+    EXPECT_LT(q.queue.currentBucket(), q.queue.bucketCount() / 2);
+    // All is still there.
+    EXPECT_EQ(q.drain().size(), 3000U);
+}
+
 // The queue against a plain sorted set of (cost, index).
 class QueueModel {
 public:
@@ -384,11 +422,12 @@ private:
     void takeStep() {
         const auto v = static_cast<std::int32_t>(
             random_.below(static_cast<std::uint32_t>(q_.mesh.vertices.size())));
-        switch (random_.below(6)) {
+        switch (random_.below(7)) {
         case 0: remove(v); break;
         case 1: insert(v); break;
         case 2: penalize(v); break;
         case 3: change(v); break;
+        case 4: expectPick(); break;
         default:
             expectTop();
             if (!model_.empty()) random_.onceIn(4) ? penalize(top()) : remove(top());
@@ -401,6 +440,16 @@ private:
     }
     std::int32_t top() const { return model_.begin()->second; }
     void expectTop() { ASSERT_EQ(q_.queue.Top(), model_.empty() ? -1 : top()); }
+    // Of every third vertex.
+    void expectPick() {
+        const auto residue = static_cast<std::int32_t>(random_.below(3));
+        const auto isTaken = [residue](std::int32_t v) { return v % 3 == residue; };
+        const auto expected = std::find_if(model_.begin(), model_.end(), [&](const auto& queued) {
+            return isTaken(queued.second);
+        });
+        ASSERT_EQ(q_.queue.FirstAccepted(isTaken, kAlways),
+                  expected == model_.end() ? -1 : expected->second);
+    }
     void insert(std::int32_t v) {
         q_.queue.Insert(v);
         if (q_.cost(v) != kNotCollapsible) model_.insert({q_.cost(v), v});

@@ -280,8 +280,7 @@ TEST_F(MultiThread, ContextsAreUsedAgainAndTheirTablesMadeAnew) {
         for (std::int32_t t = 0; t < context.marks.triangleMark.count(); ++t)
             context.marks.triangleMark.Set(t);
     }
-    for (std::int32_t v = 0; v < pm->lockedVertices.count(); ++v)
-        pm->lockedVertices.Set(v);
+    pm->lockedVertices.Resize(pm->mesh.vertexCount(), true);
     pm->mesh = bumpyBall();
     ASSERT_EQ(RunDecimation(*pm), 0);
     EXPECT_EQ(&pm->threadContexts[0], first);

@@ -20,6 +20,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <cmath>
 #include <deque>
 #include <mutex>
 #include <set>
@@ -81,6 +83,33 @@ public:
         doDecimationLoop_LM_MT<PlainMetric>(*pm_, added, run_);
     }
 
+    // The same, while two other threads wait for the queue: one asleep, which makes letting go of
+    // it take a while, and one that looks all the time.
+    void runOneMoreWithoutMemoryWhileOthersWait() {
+        ThreadContext& without = addContext();
+        std::deque<Thread> others;
+        const auto startOther = [&] {
+            ThreadContext& added = addContext();
+            Thread& other = others.emplace_back();
+            other.thread = std::thread([this, &added, &other] {
+                other.hasStarted = true;
+                doDecimationLoop_LM_MT<PlainMetric>(*pm_, added, run_);
+            });
+            while (!other.hasStarted) {
+            }
+        };
+        {
+            const test::FailingAllocation failure(1, [&] {
+                startOther();
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+                startOther();
+            });
+            doDecimationLoop_LM_MT<PlainMetric>(*pm_, without, run_);
+        }
+        for (Thread& other : others)
+            other.thread.join();
+    }
+
     // Until all have ended.
     void letGo() {
         if (hold_.owns_lock()) hold_.unlock();
@@ -97,6 +126,7 @@ public:
 private:
     struct Thread {
         std::thread thread;
+        std::atomic<bool> hasStarted = false;
         std::atomic<bool> hasEnded = false;
     };
 
@@ -243,6 +273,28 @@ TEST_F(MultiThreadTurns, WhereAllIsHeldAThreadLeavesAndAnotherFinishes) {
     EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
 }
 
+// A hub whose neighbours are all there is, of costs over many buckets.
+DMesh unevenFan(std::uint32_t count) {
+    test::Points points{{0, 0, 1}};
+    test::Faces faces;
+    test::Random random(3);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const float angle = 6.2831853F * static_cast<float>(i) / static_cast<float>(count);
+        points.push_back({std::cos(angle), std::sin(angle), random.around(0.1F)});
+        faces.push_back({0, 1 + i, 1 + (i + 1) % count});
+    }
+    return test::buildMesh(points, faces);
+}
+
+TEST_F(MultiThreadTurns, WhereAllIsHeldAThreadAsksForEachVertexOnce) {
+    constexpr std::uint32_t kRim = 3000;
+    HeldRun run(unevenFan(kRim), 2900);
+    ASSERT_TRUE(run.startAndHold());
+    ASSERT_FALSE(run.startAndHold());
+    EXPECT_GT(run.context(1).statistics.candidates, kRim / 2);
+    EXPECT_LE(run.context(1).statistics.candidates, kRim + 1);
+}
+
 TEST_F(MultiThreadTurns, TurnsInTheMakingAreAllCommittedWhenTheTargetIsReached) {
     for (const int threads : {2, 4}) {
         HeldRun run(bumpyBall(), 257);
@@ -306,6 +358,48 @@ TEST_F(MultiThreadTurns, AfterALackOfMemoryTheOthersCommitTheirTurnsAndLeave) {
     EXPECT_EQ(run.mesh().numActiveVertices, 255U);
     EXPECT_TRUE(test::isClosedManifold(run.mesh()));
     EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
+}
+
+TEST_F(MultiThreadTurns, ThePairingOfAVertexIsReadOnlyOnceItsRingIsFree) {
+    HeldRun run(mirroredHills(), 100, true);
+    ASSERT_TRUE(run.pm().m_handleSymmetry_internal);
+    EXPECT_TRUE(run.startAndHold());
+    const std::int32_t held = run.context(0).workRecord.pickedVertex;
+    std::set<std::int32_t> rings;
+    for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v) {
+        if (run.pm().lockedVertices.Test(v)) rings.insert(v);
+    }
+    // The thread that holds them may be changing the pairing of those it holds; any look at it
+    // would end this test, as it is gone.
+    std::vector<std::int32_t> pairing;
+    run.mesh().symmetryCache.pairing.swap(pairing);
+    int tried = 0;
+    for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v) {
+        const VertexRecord& vertex = run.mesh().vertices[static_cast<std::size_t>(v)];
+        if (rings.count(v) != 0 || vertex.partner == kNone) continue;
+        if (!meet(rings, closedRings(run.mesh(), v))) continue;
+        run.pm().costQueue.Clear();
+        run.pm().costQueue.Insert(v);
+        run.runOneMore();
+        EXPECT_TRUE(run.mesh().vertexActive.Test(v));
+        ++tried;
+    }
+    EXPECT_GT(tried, 3);
+    run.mesh().symmetryCache.pairing.swap(pairing);
+    run.pm().costQueue.Clear();
+    run.pm().costQueue.Insert(held);
+}
+
+TEST_F(MultiThreadTurns, ThreadsThatWaitWhileAnotherFindsNoMemoryPickNothing) {
+    for (int i = 0; i < 60; ++i) {
+        HeldRun run(bumpyBall(), 20);
+        run.runOneMoreWithoutMemoryWhileOthersWait();
+        EXPECT_TRUE(run.shared().outOfMemory);
+        EXPECT_EQ(run.context(1).statistics.turns, 0U) << i;
+        EXPECT_EQ(run.context(2).statistics.turns, 0U) << i;
+        EXPECT_EQ(run.mesh().numActiveVertices, 258U);
+        ASSERT_FALSE(HasFailure());
+    }
 }
 
 TEST_F(MultiThreadTurns, BitsThatShareAByteBothSurvive) {

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -182,6 +183,78 @@ TEST(Reservations, WhatOneThreadHoldsIsHeldForAll) {
     EXPECT_FALSE(others.isHeld(kNone));
     own.releaseAll();
     EXPECT_FALSE(others.isHeld(at(3, 3)));
+}
+
+// A hub, a rim of `count` vertices, and a ring of as many around the rim:
+// vertex 0, then 1 .. count, then count + 1 .. 2 * count.
+DMesh wheel(std::uint32_t count) {
+    test::Points points{{0, 0, 1}};
+    test::Faces faces;
+    for (const float radius : {1.0F, 2.0F}) {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            const float angle = 6.2831853F * static_cast<float>(i) / static_cast<float>(count);
+            points.push_back({radius * std::cos(angle), radius * std::sin(angle), 0});
+        }
+    }
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const std::uint32_t rim = 1 + i;
+        const std::uint32_t next = 1 + (i + 1) % count;
+        faces.push_back({0, rim, next});
+        faces.push_back({rim, rim + count, next + count});
+        faces.push_back({rim, next + count, next});
+    }
+    return test::buildMesh(points, faces);
+}
+
+constexpr std::int32_t kSpokes = 2000;
+
+TEST(Reservations, WhatWasGatheredAndNeverHeldIsNotReleased) {
+    Board board;
+    Reservations own(board.pm);
+    Reservations others(board.pm);
+    ASSERT_TRUE(own.gather({at(2, 2)}));
+    ASSERT_TRUE(others.hold({at(2, 2)}));
+    own.releaseAll();
+    EXPECT_EQ(heldIn(board.pm), closedRings(board.pm.mesh, {at(2, 2)}));
+}
+
+TEST(Reservations, WhatIsGatheredInTwoStepsIsHeldTogether) {
+    Board board(wheel(kSpokes));
+    Reservations own(board.pm);
+    own.beginPick();
+    ASSERT_TRUE(own.gather({1, 0}));
+    ASSERT_TRUE(own.gather({kSpokes + 5}));
+    EXPECT_EQ(board.pm.lockedVertices.CountSet(), 0);
+    own.holdGathered();
+    EXPECT_EQ(heldIn(board.pm), closedRings(board.pm.mesh, {1, 0, kSpokes + 5}));
+    own.releaseAll();
+    EXPECT_EQ(board.pm.lockedVertices.CountSet(), 0);
+}
+
+TEST(Reservations, ABlockedHubIsWalkedOnceInAPickAndNotForEachOfItsSpokes) {
+    Board board(wheel(kSpokes));
+    Reservations others(board.pm);
+    Reservations own(board.pm);
+    ASSERT_TRUE(others.hold({kSpokes + kSpokes / 2})) << "two of the rim belong to its ring";
+    own.beginPick();
+    for (std::int32_t spoke = 1; spoke <= kSpokes; ++spoke)
+        EXPECT_FALSE(own.hold({spoke, 0})) << spoke;
+    EXPECT_LT(own.lookCount(), 20U * kSpokes);
+    others.releaseAll();
+    own.beginPick();
+    EXPECT_TRUE(own.hold({1, 0})) << "the next pick looks again";
+}
+
+TEST(Reservations, AFreeHubIsNotWalkedForEachSpokeWhereSomethingElseIsHeld) {
+    Board board(wheel(kSpokes));
+    board.pm.lockedVertices.Set(kSpokes + 1);
+    Reservations own(board.pm);
+    own.beginPick();
+    for (std::int32_t spoke = 2; spoke < kSpokes; ++spoke) {
+        ASSERT_TRUE(own.gather({spoke, 0})) << spoke;
+        ASSERT_FALSE(own.gather({kSpokes + 2})) << "a neighbour is held";
+    }
+    EXPECT_LT(own.lookCount(), 200U * kSpokes);
 }
 
 TEST(Reservations, ThreadsThatHoldAtOnceNeverMeet) {

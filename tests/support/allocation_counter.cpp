@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -23,11 +24,14 @@ std::atomic<std::size_t> mostBytesAtOnce{kNoLimit};
 
 // Allocations up to the one that fails, and 0 from then on; nothing fails at 0.
 thread_local std::uint64_t leftHere = 0;
+thread_local const std::function<void()>* atFailureHere = nullptr;
 std::atomic<std::uint64_t> leftElsewhere{0};
 thread_local bool isExempt = false;  // from leftElsewhere
 
 bool failsHere() {
-    return leftHere != 0 && --leftHere == 0;
+    if (leftHere == 0 || --leftHere != 0) return false;
+    if (atFailureHere != nullptr && *atFailureHere) (*atFailureHere)();
+    return true;
 }
 
 bool failsElsewhere() {
@@ -63,12 +67,15 @@ AllocationLimit::~AllocationLimit() {
     mostBytesAtOnce.store(kNoLimit, std::memory_order_relaxed);
 }
 
-FailingAllocation::FailingAllocation(std::uint64_t nth) {
+FailingAllocation::FailingAllocation(std::uint64_t nth, std::function<void()> atFailure)
+    : atFailure_(std::move(atFailure)) {
+    atFailureHere = &atFailure_;
     leftHere = nth;
 }
 
 FailingAllocation::~FailingAllocation() {
     leftHere = 0;
+    atFailureHere = nullptr;
 }
 
 bool FailingAllocation::hasFailed() {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 
 namespace korvalite::test {
 
@@ -17,16 +18,20 @@ public:
 };
 
 // Lets the nth allocation of the thread that makes this fail, counted from now on; those before and
-// behind it succeed. One at a time on a thread.
+// after it succeed. Calls `atFailure`, if there is one, just before it fails. One at a time on a
+// thread.
 class FailingAllocation {
 public:
-    explicit FailingAllocation(std::uint64_t nth);
+    explicit FailingAllocation(std::uint64_t nth, std::function<void()> atFailure = {});
     ~FailingAllocation();
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
 
     // On the same thread.
     static bool hasFailed();
+
+private:
+    std::function<void()> atFailure_;
 };
 
 // The same for all threads but the one that makes this, counted together. One at a time.

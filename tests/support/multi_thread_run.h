@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace korvalite::test {
@@ -32,10 +33,12 @@ class MultiThreadTest : public DecimationTest {
 protected:
     template <typename Set>
     static MeshPtr run(std::int32_t threads, DMesh mesh, Set set) {
+        std::optional<ReleaseCheck> check;
         MeshPtr pm = decimatedBy(MEMSPEED_TRADEOFF_LOW_MEM_MT, std::move(mesh),
                                  [&](ProgressiveMesh& settings) {
                                      askForThreads(settings, threads);
                                      set(settings);
+                                     check.emplace(settings);
                                  });
         expectAllReleased(*pm);
         return pm;
