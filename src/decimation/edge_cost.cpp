@@ -50,19 +50,30 @@ void clampToZero(float& cost) {
     if (0.0F > cost) cost = 0.0F;
 }
 
+/// Takes what an evaluation found. Where that is not finite, the edge may not collapse and keeps
+/// the position it had: false.
+bool takeIfFinite(EdgeEvaluation& result, float cost, const FloatVec3& position) {
+    const bool finite = std::isfinite(cost) && isFinite(position);
+    result.cost = finite ? cost : kNotCollapsible;
+    if (finite) result.position = position;
+    return finite;
+}
+
 /// Takes the first best of the points between a and b, if it beats the cost in hand.
 void searchAlongEdge(const ProgressiveMesh& pm, EdgeEvaluation& result, const FloatVec3& a,
                      const FloatVec3& b, const Quadric3D& quadric) {
+    EdgeEvaluation found = result;
     for (std::int32_t i = 0; i <= pm.numPositionSamples; ++i) {
         const float t = static_cast<float>(i) / static_cast<float>(pm.numPositionSamples);
         const float s = 1.0F - t;
         const FloatVec3 candidate{s * a.x + t * b.x, s * a.y + t * b.y, s * a.z + t * b.z};
         const double error = evaluateQuadric(quadric, toDouble(candidate));
-        if (static_cast<double>(result.cost) > error) {
-            result.cost = static_cast<float>(error);
-            result.position = candidate;
+        if (static_cast<double>(found.cost) > error) {
+            found.cost = static_cast<float>(error);
+            found.position = candidate;
         }
     }
+    takeIfFinite(result, found.cost, found.position);
     clampToZero(result.cost);
 }
 
@@ -87,9 +98,10 @@ bool solve(const ProgressiveMesh& pm, EdgeEvaluation& result, const Quadric3D& q
     const DoubleVec3 minimum{-(inverse[0] * q[6] + inverse[1] * q[7] + inverse[2] * q[8]),
                              -(inverse[3] * q[6] + inverse[4] * q[7] + inverse[5] * q[8]),
                              -(inverse[6] * q[6] + inverse[7] * q[7] + inverse[8] * q[8])};
-    result.position = toFloat(minimum);
-    result.cost = errorAt(quadric, result.position);
-    clampToZero(result.cost);
+    const FloatVec3 position = toFloat(minimum);
+    float cost = errorAt(quadric, position);
+    clampToZero(cost);
+    if (!takeIfFinite(result, cost, position)) return false;
     return !(pm.useDegeneracySearch && std::abs(degeneracy(quadric)) < 0.001);
 }
 
@@ -143,12 +155,12 @@ void solveColor(const ProgressiveMesh& pm, EdgeEvaluation& result, const ColorQu
     const DoubleVec3 ps = columnProduct(R, quadric.b1) + rowProduct(T, quadric.b2);
     const DoubleVec3 x{-px.x, -px.y, -px.z};
     const DoubleVec3 s{-ps.x, -ps.y, -ps.z};
-    result.position = toFloat(x);
-    result.cost = static_cast<float>(quadric.Evaluate(x, s));
+    auto cost = static_cast<float>(quadric.Evaluate(x, s));
+    clampToZero(cost);
+    if (!takeIfFinite(result, cost, toFloat(x))) return;
     takeChannel(result.color[0], s.x / pm.colorScale);
     takeChannel(result.color[1], s.y / pm.colorScale);
     takeChannel(result.color[2], s.z / pm.colorScale);
-    clampToZero(result.cost);
 }
 
 }  // namespace
@@ -165,8 +177,8 @@ void EvaluateEdgeCost(const ProgressiveMesh& pm, EdgeEvaluation& result, std::in
     const PlacementRule rule = placementAt(pm, a, b, borderA, borderB);
     bool search = rule.placement == Placement::Search;
     if (rule.placement == Placement::KeepEndpoint) {
-        result.position = mesh.vertices[static_cast<std::size_t>(rule.endpoint)].position();
-        result.cost = errorAt(quadric, result.position);
+        const FloatVec3 kept = mesh.vertices[static_cast<std::size_t>(rule.endpoint)].position();
+        takeIfFinite(result, errorAt(quadric, kept), kept);
     } else if (search) {
         result.cost = kNotCollapsible;
     } else {

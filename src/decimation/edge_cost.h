@@ -28,7 +28,8 @@ struct EdgeEvaluation {
 /// `quadric` is the sum of the two vertices' quadrics. Off borders and seams the position is the
 /// quadric's minimum; near a singular one, and between two border or two seam vertices, it is the
 /// best of numPositionSamples + 1 points of the edge; an edge with one end on a border or seam
-/// keeps that end.
+/// keeps that end. Numbers that are not finite never come out, whatever the mesh: a minimum that is
+/// none, or costs none, counts as singular.
 void EvaluateEdgeCost(const ProgressiveMesh& pm, EdgeEvaluation& result, std::int32_t a,
                       std::int32_t b, const Quadric3D& quadric);
 
@@ -37,7 +38,7 @@ void EvaluateEdgeCost(const ProgressiveMesh& pm, EdgeEvaluation& result, std::in
 [[nodiscard]] bool mayCostBeNegative(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b);
 
 /// The colour form. Unlike the plain one it has no search, and an edge that touches a border or a
-/// seam never collapses.
+/// seam never collapses, nor does one whose minimum or its cost is not finite.
 void EvaluateEdgeCostColor(const ProgressiveMesh& pm, EdgeEvaluation& result, std::int32_t a,
                            std::int32_t b, const ColorQuadric& quadric);
 

@@ -24,10 +24,11 @@ void erode(const DMesh& mesh, const BitArray& bits, BitArray& eroded) {
     }
 }
 
-FloatVec3 ontoPlane(const DMesh& mesh, const FloatVec3& position) {
+/// An infinite coordinate of any vertex moves the plane out of reach: then `w` stays where it is.
+FloatVec3 ontoPlane(const DMesh& mesh, const FloatVec3& position, std::int32_t w) {
     FloatVec3 projected;
     transformPoint(projected, mesh.symmetryCache.planeProjection, position);
-    return projected;
+    return isFinite(projected) ? projected : mesh.vertices[static_cast<std::size_t>(w)].position();
 }
 
 /// Both ends of the collapse are paired. False refuses it.
@@ -51,7 +52,7 @@ bool checkPairedCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t
         return true;
     }
     if (mirror.mirrorOntoPlane) {
-        evaluation.position = ontoPlane(mesh, evaluation.position);
+        evaluation.position = ontoPlane(mesh, evaluation.position, w);
         mirror.evaluation = evaluation;
         mirror.positionFixed = true;
     } else {

@@ -5,6 +5,8 @@
 // needs. The two types never mix implicitly: a change of precision is always written out with
 // toDouble or toFloat, because where a sum is rounded decides the result.
 
+#include <cmath>
+
 namespace korvalite {
 
 struct FloatVec3 {
@@ -33,6 +35,10 @@ constexpr FloatVec3 operator-(const FloatVec3& a, const FloatVec3& b) {
 
 constexpr DoubleVec3 operator-(const DoubleVec3& a, const DoubleVec3& b) {
     return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+
+inline bool isFinite(const FloatVec3& v) {
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
 // Products are summed in the order x, y, z.

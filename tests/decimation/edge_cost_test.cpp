@@ -323,6 +323,67 @@ TEST(EvaluateEdgeCost, ANumberThatIsNoneNeverWinsAsACost) {
     }
 }
 
+TEST(EvaluateEdgeCost, AMinimumThatIsNotFiniteCountsAsSingular) {
+    // The error falls along the edge, to 3 at its end. The inverse of the least pivot overflows,
+    // whether or not the block is degenerate by its measure.
+    for (const double other : {1.0, 1e160}) {
+        for (const double least : {1e-310, 1e-60}) {
+            const Quadric3D q{{least, 0, 0, other, 0, other, -1, 0, 0, 5}};
+            const EdgeEvaluation result = Edge().evaluate(q);
+            EXPECT_EQ(result.cost, 3.0F) << other << ' ' << least;
+            expectPosition(result, {1, 0, 0});
+        }
+    }
+}
+
+TEST(EvaluateEdgeCost, ACostThatIsNotFiniteCountsAsSingularToo) {
+    // The cost overflows at the minimum, (1, 2, 3), as it does anywhere on the edge.
+    const EdgeEvaluation result = Edge().evaluate(bowl(1, {1, 2, 3}, 1e39));
+    EXPECT_EQ(result.cost, kNotCollapsible);
+    expectPosition(result, kEntryPosition);
+}
+
+TEST(EvaluateEdgeCost, AKeptEndThatIsOrCostsNoFiniteNumberForbidsTheEdge) {
+    for (const double far : {1e30, kInfinity, -kInfinity, kNaN}) {
+        Edge edge;
+        edge.border(1);
+        edge.pm.mesh.vertices[1].x = static_cast<float>(far);
+        const EdgeEvaluation result = edge.evaluate(bowl(1, {0, 0, 0}, 0));
+        EXPECT_EQ(result.cost, kNotCollapsible) << far;
+        expectPosition(result, kEntryPosition);
+    }
+}
+
+TEST(EvaluateEdgeCost, ASearchThatFindsNoFiniteNumberForbidsTheEdge) {
+    for (const double bad : {kInfinity, -kInfinity, kNaN}) {
+        Edge edge;
+        edge.border(0).border(1);
+        for (VertexRecord& vertex : edge.pm.mesh.vertices)
+            vertex.y = static_cast<float>(bad);
+        const EdgeEvaluation result = edge.evaluate(bowl(1, {0, 0, 0}, 0));
+        EXPECT_EQ(result.cost, kNotCollapsible) << bad;
+        expectPosition(result, kEntryPosition);
+    }
+}
+
+TEST(EvaluateEdgeCost, ASearchThatFindsLessThanAnyFloatForbidsTheEdge) {
+    Edge edge;
+    edge.border(0).border(1);
+    const EdgeEvaluation result = edge.evaluate(bowl(1, {0, 0, 0}, -1e39));
+    EXPECT_EQ(result.cost, kNotCollapsible);
+    expectPosition(result, kEntryPosition);
+}
+
+TEST(EvaluateEdgeCost, TheMaskForbidsWhatIsNotFiniteInItsOwnWay) {
+    Edge edge;
+    const Quadric3D overflowing = bowl(1, {1, 2, 3}, 1e39);
+    edge.pm.mesh.maskValues = {0, 255};
+    EXPECT_EQ(edge.evaluate(overflowing).cost, kNotCollapsible);
+    // As any forbidden edge, it goes through the table too, and ends above FLT_MAX.
+    edge.pm.mesh.maskValues = {4, 255};
+    EXPECT_EQ(edge.evaluate(overflowing).cost, std::numeric_limits<float>::infinity());
+}
+
 // The colour form. 10 units of colour distance are one of length, so that s = 0.1 * byte.
 struct ColorEdge : Edge {
     ColorEdge() { pm.colorScale = 0.1; }
@@ -394,6 +455,29 @@ TEST(EvaluateEdgeCostColor, ASingularBlockForbidsTheEdgeWithoutAnySearch) {
     const EdgeEvaluation result = ColorEdge().evaluate(ColorQuadric(flatPatch()));
     EXPECT_EQ(result.cost, kNotCollapsible);
     expectPosition(result, kEntryPosition);
+}
+
+void expectForbidden(const EdgeEvaluation& result) {
+    EXPECT_EQ(result.cost, kNotCollapsible);
+    expectPosition(result, kEntryPosition);
+    EXPECT_EQ(result.color, (Color{1, 2, 3}));
+}
+
+TEST(EvaluateEdgeCostColor, ANearlySingularBlockThatOverflowsForbidsTheEdge) {
+    ColorQuadric q = colorBowl({1, 1, 1}, 0);
+    q.A[0] = 1e-310;
+    expectForbidden(ColorEdge().evaluate(q));
+}
+
+TEST(EvaluateEdgeCostColor, AMinimumBeyondAllFloatsForbidsTheEdgeThoughItCostsNothing) {
+    ColorQuadric q = colorBowl({1, 1, 1}, 0);
+    q.A[0] = 1e-40;
+    q.b1[0] = -1;
+    expectForbidden(ColorEdge().evaluate(q));
+}
+
+TEST(EvaluateEdgeCostColor, ACostBeyondAllFloatsForbidsTheEdge) {
+    expectForbidden(ColorEdge().evaluate(colorBowl({1, 1, 1}, 1e39)));
 }
 
 TEST(EvaluateEdgeCostColor, AppliesTheMaskButNotBehindAFrozenBorder) {

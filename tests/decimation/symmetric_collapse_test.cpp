@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <set>
 
 namespace korvalite {
@@ -99,6 +100,22 @@ TEST(CheckSymmetricCollapse, OntoThePlaneBothGoToOnePositionOnThePlane) {
     EXPECT_EQ(m.evaluation.position.z, 3.0F);
     EXPECT_EQ(m.mirror.evaluation.position.x, 0.0F);
     EXPECT_EQ(m.mirror.evaluation.position.z, 3.0F);
+}
+
+TEST(CheckSymmetricCollapse, OntoAPlaneThatIsNowhereBothGoToTheVertexThatStays) {
+    // Where a coordinate of some vertex is infinite, the middle of the box is, too.
+    Mirrored m;
+    auto& cache = m.pm.mesh.symmetryCache;
+    buildTransforms(cache.planeProjection, cache.mirrorTransform, {1, 0, 0},
+                    {0, std::numeric_limits<float>::infinity(), 0});
+    ASSERT_TRUE(m.check(at(1, 2), at(0, 2)));
+    EXPECT_TRUE(m.mirror.positionFixed);
+    const FloatVec3 kept = m.position(at(0, 2));
+    for (const EdgeEvaluation& evaluation : {m.evaluation, m.mirror.evaluation}) {
+        EXPECT_EQ(evaluation.position.x, kept.x);
+        EXPECT_EQ(evaluation.position.y, kept.y);
+        EXPECT_EQ(evaluation.position.z, kept.z);
+    }
 }
 
 TEST(CheckSymmetricCollapse, WithinThePlaneOneCollapseIsEnough) {
