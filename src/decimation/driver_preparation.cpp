@@ -59,6 +59,7 @@ void prepareAdjacency(ProgressiveMesh& pm) {
     const bool haveCorners = mesh.cornerNext.size() == mesh.triangles.size() &&
                              mesh.vertexTriangleHead.size() == mesh.vertices.size();
     if (!haveCorners) BuildVertexCorners(mesh);
+    dropDeadVertexCorners(mesh);
     progress.EndSubTask();
     ClearDecimationState(pm);
     progress.BeginSubTask("analysing mesh", -1);

@@ -37,6 +37,11 @@ void evaluateEdge(const ProgressiveMesh& pm, EdgeEvaluation& edge, std::int32_t 
     EvaluateEdgeCost(pm, edge, a, b, pm.vertexQuadrics[at(a)] + pm.vertexQuadrics[at(b)]);
 }
 
+void storePosition(ProgressiveMesh& pm, std::int32_t vertex, const EdgeEvaluation& edge) {
+    pm.bestPositions[at(vertex)] = edge.position;
+    pm.hasBestPosition.Set(vertex);
+}
+
 class NeighbourUpdate {
 public:
     NeighbourUpdate(ProgressiveMesh& pm, std::int32_t kept, RingScratch& scratch)
@@ -118,7 +123,7 @@ private:
         if (!(record.cost > edge.cost)) return;
         record.cost = edge.cost;
         record.partner = partner;
-        pm_.bestPositions[at(vertex)] = edge.position;
+        storePosition(pm_, vertex, edge);
     }
 
     ProgressiveMesh& pm_;
@@ -135,12 +140,11 @@ void InitVerticesCost(ProgressiveMesh& pm) {
         forgetCost(vertex);
     reserveLarge(pm.bestPositions, pm.mesh.vertices.size());
     pm.bestPositions.assign(pm.mesh.vertices.size(), {});
+    pm.hasBestPosition.Reset(pm.mesh.vertexCount());
     rankInitialEdges(
         pm,
         [&](EdgeEvaluation& edge, std::int32_t a, std::int32_t b) { evaluateEdge(pm, edge, a, b); },
-        [&](std::int32_t end, const EdgeEvaluation& edge) {
-            pm.bestPositions[at(end)] = edge.position;
-        });
+        [&](std::int32_t end, const EdgeEvaluation& edge) { storePosition(pm, end, edge); });
 }
 
 void UpdateNeighbourCosts(ProgressiveMesh& pm, std::int32_t kept, RingScratch& scratch) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Costs from stored quadrics. Each routine writes `cost` and `partner` of the vertices it ranks,
-// and `bestPositions`, the place that the evaluation found.
+// and `bestPositions`, the position that the evaluation found, with its bit in `hasBestPosition`.
 #pragma once
 
 #include "mesh/bit_array.h"

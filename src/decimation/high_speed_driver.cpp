@@ -23,28 +23,31 @@ public:
         scratch_.inRing.Resize(pm.mesh.vertexCount(), false);
     }
 
-    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t /*u*/,
+    // What is ranked without a position, here and below, collapses to the one stored before. A
+    // vertex that has none, such as a slave, goes to where its partner is.
+    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u,
                                        KeptQuadrics<Metric>& /*keptQuadrics*/) const {
         EdgeEvaluation evaluation;
-        evaluation.position = pm_.bestPositions[at(v)];
+        evaluation.position = pm_.hasBestPosition.Test(v) ? pm_.bestPositions[at(v)]
+                                                          : pm_.mesh.vertices[at(u)].position();
         return evaluation;
     }
 
-    static void carryAttributes(CollapseRecord& /*collapse*/, std::int32_t /*removed*/,
-                                std::int32_t /*kept*/, const EdgeEvaluation& /*evaluation*/) {}
+    // Colours stay, but after an earlier run that used them the splits still have room for one.
+    void carryAttributes(CollapseRecord& collapse, std::int32_t /*removed*/, std::int32_t kept,
+                         const EdgeEvaluation& /*evaluation*/) const {
+        if (!pm_.m_useVertexColors_internal || !pm_.mesh.hasColors()) return;
+        collapse.split.savedColor = pm_.mesh.vertexColors[at(kept)];
+    }
 
     void updateCosts(std::int32_t kept, const CollapseRecord& /*collapse*/) {
         UpdateNeighbourCosts(pm_, kept, scratch_);
     }
 
-    // What this ranks still collapses to the place stored before.
     void refreshCosts(const CollapseRecord& collapse) { RefreshRingCosts(pm_, collapse.split); }
 
-    // No edge has ever found a place for a slave: it goes to where its partner stands.
     void rankFreedSlave(std::int32_t vertex) {
         RecomputeVertexCostFromStored(pm_, vertex, ring_);
-        const std::int32_t partner = pm_.mesh.vertices[at(vertex)].partner;
-        if (partner != kNone) pm_.bestPositions[at(vertex)] = position(partner);
         pm_.costQueue.Insert(vertex);
     }
     void rankForFinishStep(std::int32_t vertex) { RecomputeVertexCost(pm_, vertex, ring_); }
@@ -58,9 +61,6 @@ public:
 
 private:
     static std::size_t at(std::int32_t index) { return static_cast<std::size_t>(index); }
-    [[nodiscard]] FloatVec3 position(std::int32_t vertex) const {
-        return pm_.mesh.vertices[at(vertex)].position();
-    }
 
     ProgressiveMesh& pm_;
     RingScratch scratch_;

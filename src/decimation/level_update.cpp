@@ -32,7 +32,7 @@ void exchangePosition(DMesh& mesh, std::int32_t w, VSplitView& split) {
 }
 
 void exchangeColor(ProgressiveMesh& pm, std::int32_t w, VSplitView& split) {
-    if (!pm.m_useVertexColors_internal) return;
+    if (!pm.m_useVertexColors_internal || !pm.mesh.hasColors()) return;
     const std::uint32_t live = pm.mesh.vertexColors[at(w)];
     pm.mesh.vertexColors[at(w)] = split.savedColor();
     split.setSavedColor(live);

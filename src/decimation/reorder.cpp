@@ -23,9 +23,9 @@ void releaseWorkingState(ProgressiveMesh& pm) {
     release(mesh.uvCornerHead);
     release(mesh.uvCornerNext);
     mesh.symmetryCache.reset();
-    for (BitArray* bits :
-         {&mesh.borderVertices, &mesh.uvSeamCoords, &mesh.uvSeamVertices, &mesh.uvSeamCorners,
-          &pm.symmetryPaired, &pm.symmetryInterior, &pm.symmetrySlaves}) {
+    for (BitArray* bits : {&mesh.borderVertices, &mesh.uvSeamCoords, &mesh.uvSeamVertices,
+                           &mesh.uvSeamCorners, &pm.symmetryPaired, &pm.symmetryInterior,
+                           &pm.symmetrySlaves, &pm.lockedVertices, &pm.hasBestPosition}) {
         bits->Free();
     }
     pm.costQueue.Release();

@@ -6,14 +6,27 @@
 
 namespace korvalite {
 
+namespace {
+
+/// Every corner gets an index, also those of triangles that an earlier run has removed.
+void weldAllCorners(DMesh& mesh) {
+    if (!hasDeadTriangles(mesh)) return WeldCornerUVs(mesh);
+    BuildVertexCorners(mesh);
+    WeldCornerUVs(mesh);
+    dropDeadVertexCorners(mesh);
+}
+
+}  // namespace
+
 void prepareUVs(ProgressiveMesh& pm) {
     DMesh& mesh = pm.mesh;
     if (mesh.indicesUV.empty() && mesh.coordsUV.size() == mesh.triangles.size()) {
-        WeldCornerUVs(mesh);
+        weldAllCorners(mesh);
     }
     pm.m_handleUVs_internal = mesh.indicesUV.size() == mesh.triangles.size();
     if (!pm.m_handleUVs_internal) return;
     BuildUVCorners(mesh);
+    dropDeadUVCorners(mesh);
     ComputeUVSeams(mesh);
 }
 

@@ -144,7 +144,10 @@ void InitVerticesCost_LM(ProgressiveMesh& pm, bool logForms) {
                                            "   InitVerticesCost by storing FloatMat succeeded !",
                                            "   InitVerticesCost by storing FloatMat FAILED !"));
     }
-    if (tryArrays) BuildVertexCorners(pm.mesh);
+    if (tryArrays) {
+        BuildVertexCorners(pm.mesh);
+        dropDeadVertexCorners(pm.mesh);
+    }
     if (done) return;
     if (logForms) DebugLog("   InitVerticesCost without storing matrices!");
     InitVerticesCostNoMat<Metric>(pm);

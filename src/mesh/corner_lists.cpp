@@ -9,20 +9,32 @@ namespace korvalite {
 
 namespace {
 
-void buildLists(const DMesh& mesh, const std::vector<std::uint32_t>& itemOfCorner,
-                std::size_t itemCount, std::vector<std::int32_t>& head,
-                std::vector<std::int32_t>& next) {
+void buildLists(std::vector<std::int32_t>& head, std::vector<std::int32_t>& next,
+                std::size_t itemCount, const std::vector<std::uint32_t>& itemOfCorner) {
     reserveLarge(head, itemCount);
     head.assign(itemCount, kNone);
     reserveLarge(next, itemOfCorner.size());
     next.assign(itemOfCorner.size(), kNone);
-    forEachTriangle(mesh, [&](std::int32_t triangle) {
-        for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
-            std::int32_t& first = head[itemOfCorner[static_cast<std::size_t>(corner)]];
-            next[static_cast<std::size_t>(corner)] = first;
-            first = corner;
+    for (std::size_t corner = 0; corner < itemOfCorner.size(); ++corner) {
+        std::int32_t& first = head[itemOfCorner[corner]];
+        next[corner] = first;
+        first = static_cast<std::int32_t>(corner);
+    }
+}
+
+void dropDeadCorners(const DMesh& mesh, std::vector<std::int32_t>& head,
+                     std::vector<std::int32_t>& next) {
+    if (!hasDeadTriangles(mesh)) return;
+    for (std::int32_t& first : head) {
+        for (std::int32_t* link = &first; *link != kNone;) {
+            std::int32_t& rest = next[static_cast<std::size_t>(*link)];
+            if (mesh.triangleActive.Test(*link / 3)) {
+                link = &rest;
+            } else {
+                *link = rest;
+            }
         }
-    });
+    }
 }
 
 template <typename Visit>
@@ -106,12 +118,23 @@ void gatherRing(const std::vector<std::int32_t>& head, const std::vector<std::in
 }  // namespace
 
 void BuildVertexCorners(DMesh& mesh) {
-    buildLists(mesh, mesh.triangles, mesh.vertices.size(), mesh.vertexTriangleHead,
-               mesh.cornerNext);
+    buildLists(mesh.vertexTriangleHead, mesh.cornerNext, mesh.vertices.size(), mesh.triangles);
 }
 
 void BuildUVCorners(DMesh& mesh) {
-    buildLists(mesh, mesh.indicesUV, mesh.coordsUV.size(), mesh.uvCornerHead, mesh.uvCornerNext);
+    buildLists(mesh.uvCornerHead, mesh.uvCornerNext, mesh.coordsUV.size(), mesh.indicesUV);
+}
+
+bool hasDeadTriangles(const DMesh& mesh) {
+    return mesh.numActiveTriangles != static_cast<std::uint32_t>(mesh.triangleCount());
+}
+
+void dropDeadVertexCorners(DMesh& mesh) {
+    dropDeadCorners(mesh, mesh.vertexTriangleHead, mesh.cornerNext);
+}
+
+void dropDeadUVCorners(DMesh& mesh) {
+    dropDeadCorners(mesh, mesh.uvCornerHead, mesh.uvCornerNext);
 }
 
 void ReleaseVertexCorners(DMesh& mesh) {
@@ -164,7 +187,9 @@ void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices
     for (const std::int32_t vertex : vertices) {
         cursors.push_back(loadRelaxed(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]));
     }
-    while (!cursors.empty()) {
+    // The lines of a hub's whole list would be gone again before their use.
+    constexpr int kLongestWarmed = 64;
+    for (int step = 0; step < kLongestWarmed && !cursors.empty(); ++step) {
         std::size_t left = 0;
         for (const std::int32_t corner : cursors) {
             if (corner == kNone) continue;

@@ -40,10 +40,19 @@ inline bool contains(const IndexList& list, std::int32_t item) {
     return std::find(list.begin(), list.end(), item) != list.end();
 }
 
-/// Both rebuild from scratch, with the active triangles alone; indices must be in range.
+/// Both rebuild from scratch, with the corners of all triangles, active or not; indices must be in
+/// range.
 void BuildVertexCorners(DMesh& mesh);
 void BuildUVCorners(DMesh& mesh);
 void ReleaseVertexCorners(DMesh& mesh);
+
+/// Whether an earlier run has removed triangles.
+bool hasDeadTriangles(const DMesh& mesh);
+
+/// Take the corners of inactive triangles out of the lists, as a collapse does with those of the
+/// triangles it removes. Decimation works on what is left: a dead triangle names dead vertices.
+void dropDeadVertexCorners(DMesh& mesh);
+void dropDeadUVCorners(DMesh& mesh);
 
 /// Removes a corner from the list that begins at `head`; no effect if it is not there.
 void unlinkCorner(std::int32_t& head, std::vector<std::int32_t>& next, std::int32_t corner);
@@ -60,8 +69,9 @@ void GetUVCornersAndNeighbours(const DMesh& mesh, std::int32_t uvIndex, IndexLis
 
 /// Touches the corner lists and triangles of several vertices ahead of their use. A list is a chain
 /// of loads that wait for each other, and in a large mesh nearly every one misses the cache; walked
-/// side by side, the misses of different lists overlap. `cursors` is scratch; the bits of the
-/// triangles in `triangleBits`, unless null, come along.
+/// side by side, the misses of different lists overlap. Of a hub only the start of the list is
+/// touched. `cursors` is scratch; the bits of the triangles in `triangleBits`, unless null, come
+/// along.
 void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices,
                        IndexList& cursors, const BitArray* triangleBits = nullptr);
 

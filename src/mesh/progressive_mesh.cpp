@@ -42,6 +42,7 @@ void ClearDecimationState(ProgressiveMesh& pm) {
     pm.triangleQuadrics.clear();
     pm.vertexQuadrics.clear();
     pm.bestPositions.clear();
+    pm.hasBestPosition.Free();
     pm.triangleNormals.clear();
     pm.vsplitList.close();
 }

@@ -83,6 +83,7 @@ struct ProgressiveMesh : DecimationSettings {
     alignas(kCacheLine) std::vector<Quadric3D> triangleQuadrics;
     std::vector<Quadric3D> vertexQuadrics;
     std::vector<FloatVec3> bestPositions;  // per vertex, found together with its cost
+    BitArray hasBestPosition;              // whether an evaluation has written it
     // Of the Melax driver: unit normals.
     std::vector<FloatVec3> triangleNormals;
     BitArray symmetryPaired;

@@ -4,6 +4,9 @@
 #include "mesh/corner_lists.h"
 
 #include <cmath>
+#include <functional>
+#include <unordered_map>
+#include <utility>
 
 namespace korvalite {
 
@@ -63,9 +66,80 @@ void markSeamCorners(DMesh& mesh, IndexList& neighbours, IndexList& corners) {
     }
 }
 
+bool isClose(UVCoord a, UVCoord b) {
+    const float du = a.u - b.u;
+    const float dv = a.v - b.v;
+    return du * du + dv * dv < kWeldDistanceSq;
+}
+
+/// The records that the corners of one vertex keep, by the cells of a grid. No two of them are
+/// close, so that a cell holds a few at most.
+class KeptRecords {
+public:
+    explicit KeptRecords(const std::vector<UVCoord>& coords) : coords_(coords) {}
+
+    void add(std::uint32_t record) {
+        const UVCoord uv = coords_[record];
+        // To others nothing is close.
+        if (std::isfinite(uv.u) && std::isfinite(uv.v)) cells_[cellOf(uv, 0, 0)].push_back(record);
+    }
+
+    /// The first one that is close to `uv`; kUnassigned if none is.
+    [[nodiscard]] std::uint32_t firstClose(UVCoord uv) const {
+        std::uint32_t first = kUnassigned;
+        for (const double du : {-1.0, 0.0, 1.0}) {
+            for (const double dv : {-1.0, 0.0, 1.0}) {
+                const auto cell = cells_.find(cellOf(uv, du, dv));
+                if (cell == cells_.end()) continue;
+                for (const std::uint32_t record : cell->second) {
+                    if (record < first && isClose(coords_[record], uv)) first = record;
+                }
+            }
+        }
+        return first;
+    }
+
+private:
+    using Cell = std::pair<double, double>;
+    struct HashOfCell {
+        std::size_t operator()(const Cell& cell) const {
+            return std::hash<double>()(cell.first) * 31 + std::hash<double>()(cell.second);
+        }
+    };
+    // A little wider than what is welded: close records are in the same cell or in neighbours.
+    static constexpr double kCellSize = 0.0032;
+
+    [[nodiscard]] static Cell cellOf(UVCoord uv, double du, double dv) {
+        return {std::floor(static_cast<double>(uv.u) / kCellSize) + du,
+                std::floor(static_cast<double>(uv.v) / kCellSize) + dv};
+    }
+
+    const std::vector<UVCoord>& coords_;
+    std::unordered_map<Cell, std::vector<std::uint32_t>, HashOfCell> cells_;
+};
+
+/// The same as weldVertex for a vertex of many corners, which it would compare each with each.
+void weldHub(DMesh& mesh, const IndexList& corners, BitArray& duplicates) {
+    KeptRecords kept(mesh.coordsUV);
+    for (const std::int32_t corner : corners) {
+        const auto record = static_cast<std::uint32_t>(corner);
+        if (mesh.indicesUV[record] != kUnassigned) continue;
+        const std::uint32_t first = kept.firstClose(mesh.coordsUV[record]);
+        if (first == kUnassigned) {
+            mesh.indicesUV[record] = record;
+            kept.add(record);
+        } else {
+            mesh.indicesUV[record] = first;
+            duplicates.Set(record);
+        }
+    }
+}
+
 /// Points the unassigned corners of one vertex, in ascending order, at the first record close
 /// enough, and marks the records that are no longer needed.
 void weldVertex(DMesh& mesh, const IndexList& corners, BitArray& duplicates) {
+    constexpr std::size_t kMostCompared = 64;
+    if (corners.size() > kMostCompared) return weldHub(mesh, corners, duplicates);
     std::size_t unassigned = corners.size();
     for (std::size_t i = 0; i < corners.size() && unassigned > 0; ++i) {
         const auto a = static_cast<std::uint32_t>(corners[i]);
@@ -75,9 +149,7 @@ void weldVertex(DMesh& mesh, const IndexList& corners, BitArray& duplicates) {
         for (std::size_t j = i + 1; j < corners.size(); ++j) {
             const auto b = static_cast<std::uint32_t>(corners[j]);
             if (mesh.indicesUV[b] != kUnassigned) continue;
-            const float du = mesh.coordsUV[a].u - mesh.coordsUV[b].u;
-            const float dv = mesh.coordsUV[a].v - mesh.coordsUV[b].v;
-            if (du * du + dv * dv < kWeldDistanceSq) {
+            if (isClose(mesh.coordsUV[a], mesh.coordsUV[b])) {
                 duplicates.Set(b);
                 mesh.indicesUV[b] = a;
                 --unassigned;

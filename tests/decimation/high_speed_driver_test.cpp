@@ -189,6 +189,40 @@ TEST_F(HighSpeed, NoVertexEndsFarFromWhereTheMeshWas) {
     }
 }
 
+// A mirrored grid with a triangle hanging at each of its vertices. Where such a triangle collapses
+// on the side of the masters, its image goes too and its last vertex with it, and the slave that it
+// hung at is ranked from what is left.
+DMesh mirroredFringe() {
+    DMesh half = test::grid(8, 8, test::hills);
+    const std::int32_t count = half.vertexCount();
+    for (std::int32_t v = 0; v < count; ++v) {
+        const FloatVec3 p = half.vertices[static_cast<std::size_t>(v)].position();
+        for (const float side : {-0.1F, 0.1F}) {
+            half.vertices.emplace_back();
+            half.vertices.back().setPosition({p.x + 0.2F, p.y + side, p.z + 1});
+        }
+        for (const std::int32_t corner : {half.vertexCount() - 2, half.vertexCount() - 1, v})
+            half.triangles.push_back(static_cast<std::uint32_t>(corner));
+    }
+    test::completeMesh(half);
+    DMesh whole = test::withMirrorImage(half, 0);
+    for (VertexRecord& vertex : whole.vertices)
+        vertex.z += 1000;
+    recomputeBoundingBox(whole);
+    return whole;
+}
+
+TEST_F(HighSpeed, ASlaveThatIsRankedWithoutAPositionGoesToItsPartner) {
+    const MeshPtr pm = run(mirroredFringe(), [](ProgressiveMesh& settings) {
+        settings.ProtectTopology = false;
+        settings.AvoidNormalReverse = false;
+        test::askForSymmetry(settings, 0);
+    });
+    EXPECT_LT(pm->mesh.numActiveVertices, 100U);
+    for (std::int32_t v = 0; v < pm->mesh.vertexCount(); ++v)
+        EXPECT_GT(pm->mesh.vertices[static_cast<std::size_t>(v)].z, 900) << v;
+}
+
 TEST_F(HighSpeed, AStopRequestLeavesTheMeshAtTheLevelReached) {
     const test::StopRequest stop;
     const MeshPtr pm = runTo(40, bumpyBall());
@@ -206,6 +240,27 @@ TEST_F(HighSpeed, UVsAndColoursAreNotHandled) {
     EXPECT_FALSE(pm->m_useVertexColors_internal);
     EXPECT_EQ(pm->mesh.vertexColors, before.vertexColors);
     EXPECT_EQ(pm->mesh.indicesUV.size(), 0U);
+}
+
+TEST_F(HighSpeed, AfterARunThatUsedColoursItsSplitsLeaveThemAlone) {
+    const MeshPtr pm =
+        test::decimatedBy(MEMSPEED_TRADEOFF_LOW_MEM, test::colorfulBall(),
+                          [](ProgressiveMesh& settings) { settings.TargetNumItem = 50; });
+    const auto before = test::surfaceOf(pm->mesh);
+    pm->MemSpeedTradeOff = MEMSPEED_TRADEOFF_HIGH_SPEED;
+    pm->TargetNumItem = 20;
+    ASSERT_EQ(RunDecimation(*pm), 0);
+    EXPECT_EQ(pm->mesh.numActiveVertices, 20U);
+    test::markAllApplied(*pm);
+    test::goAllUp(*pm);
+    EXPECT_TRUE(test::surfaceOf(pm->mesh) == before);
+
+    // And another mesh, without colours, in the same object.
+    pm->mesh = bumpyBall();
+    ASSERT_EQ(RunDecimation(*pm), 0);
+    test::markAllApplied(*pm);
+    test::goAllUp(*pm);
+    EXPECT_TRUE(test::surfaceOf(pm->mesh) == test::surfaceOf(bumpyBall()));
 }
 
 TEST_F(HighSpeed, TellsAnObserverItsSteps) {

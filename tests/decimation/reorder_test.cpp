@@ -90,8 +90,8 @@ TEST_F(Reorder, WithoutAnyRecordTheOrderStays) {
 
 TEST_F(Reorder, OffLeavesTheFlagDownAndReleasesTheWorkingDataAllTheSame) {
     for (const bool reorder : {false, true}) {
-        for (const std::int32_t driver :
-             {MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_LOW_MEM, MEMSPEED_TRADEOFF_MELAX}) {
+        for (const std::int32_t driver : {MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_LOW_MEM,
+                                          MEMSPEED_TRADEOFF_LOW_MEM_MT, MEMSPEED_TRADEOFF_MELAX}) {
             const MeshPtr pm = test::decimated(attributedHills(), [&](ProgressiveMesh& settings) {
                 settings.MemSpeedTradeOff = driver;
                 settings.DoReorder = reorder;
@@ -110,6 +110,7 @@ TEST_F(Reorder, OffLeavesTheFlagDownAndReleasesTheWorkingDataAllTheSame) {
             EXPECT_EQ(pm->costQueue.vertexCount(), 0);
             EXPECT_EQ(pm->triangleQuadrics.capacity() + pm->vertexQuadrics.capacity(), 0U);
             EXPECT_EQ(pm->bestPositions.capacity() + pm->triangleNormals.capacity(), 0U);
+            EXPECT_EQ(pm->hasBestPosition.count() + pm->lockedVertices.count(), 0);
         }
     }
 }

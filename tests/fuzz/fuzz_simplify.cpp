@@ -2,8 +2,8 @@
 //
 // Any bytes as a small mesh with options: points of an integer grid, a few of them no numbers, and
 // any triangles between them. It is decimated by one of the drivers, taken up and down its levels,
-// and decimated once more. Whatever the mesh, counts, bits and triangles must agree, and the way up
-// must lead back to the beginning.
+// and decimated further by each of the others. Whatever the mesh, counts, bits and triangles must
+// agree, what is finite must stay so, and the way up must lead back to the beginning.
 #include "fuzz/byte_reader.h"
 #include "lowmem/run_decimation.h"
 #include "mesh/corner_lists.h"
@@ -12,6 +12,7 @@
 #include "support/level_walk.h"
 #include "support/mesh_builder.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -138,6 +139,12 @@ void requireSound(const DMesh& mesh, bool mayRepeatCorners) {
     require(vertices == mesh.numActiveVertices && triangles == mesh.numActiveTriangles);
 }
 
+std::size_t countNotFinite(const DMesh& mesh) {
+    return static_cast<std::size_t>(
+        std::count_if(mesh.vertices.begin(), mesh.vertices.end(),
+                      [](const VertexRecord& vertex) { return !isFinite(vertex.position()); }));
+}
+
 // Each vertex has collapsed once at most, and each triangle has been removed once at most.
 void requireDistinctRecords(ProgressiveMesh& pm) {
     std::set<std::int32_t> vertices;
@@ -201,9 +208,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         WeldCornerUVs(original);
     }
 
-    require(RunDecimation(pm) == 0);
-    requireSound(pm.mesh, repeated);
-    requireDistinctRecords(pm);
+    const auto requireRun = [&] {
+        require(RunDecimation(pm) == 0);
+        requireSound(pm.mesh, repeated);
+        requireDistinctRecords(pm);
+        require(countNotFinite(pm.mesh) == countNotFinite(original));
+    };
+    requireRun();
 
     if (pm.MemSpeedTradeOff != MEMSPEED_TRADEOFF_MELAX) {
         test::markAllApplied(pm);
@@ -221,10 +232,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         walkLevels(bytes, pm, repeated);
     }
 
-    // A mesh at any level can be decimated further.
+    // A mesh at any level can be decimated further, by the same driver and by any other.
     pm.TargetNumItem /= 2;
-    require(RunDecimation(pm) == 0);
-    requireSound(pm.mesh, repeated);
-    requireDistinctRecords(pm);
+    requireRun();
+    for (const std::int32_t driver : {MEMSPEED_TRADEOFF_MELAX, MEMSPEED_TRADEOFF_LOW_MEM,
+                                      MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_LOW_MEM}) {
+        pm.MemSpeedTradeOff = driver;
+        pm.TargetNumItem = pm.activeCount() * 3 / 4;
+        requireRun();
+    }
     return 0;
 }

@@ -87,6 +87,50 @@ TEST(CornerLists, RunFromTheHighestCornerToTheLowest) {
     EXPECT_EQ(mesh.cornerNext, (IndexList{-1, -1, -1, 0, 2, -1}));
 }
 
+// Two triangles, the first of which an earlier run has removed, with UVs in the order of vertices.
+DMesh oneOfTwoTrianglesLeft() {
+    DMesh mesh = test::twoTriangles();
+    mesh.indicesUV = mesh.triangles;
+    mesh.coordsUV.resize(mesh.vertices.size());
+    mesh.triangleActive.Clear(0);
+    mesh.numActiveTriangles = 1;
+    return mesh;
+}
+
+TEST(CornerLists, HoldTheCornersOfDeadTrianglesToo) {
+    DMesh mesh = oneOfTwoTrianglesLeft();
+    BuildVertexCorners(mesh);
+    BuildUVCorners(mesh);
+    EXPECT_EQ(mesh.vertexTriangleHead, (IndexList{3, 1, 4, 5}));
+    EXPECT_EQ(mesh.cornerNext, (IndexList{-1, -1, -1, 0, 2, -1}));
+    EXPECT_EQ(mesh.uvCornerHead, mesh.vertexTriangleHead);
+    EXPECT_EQ(mesh.uvCornerNext, mesh.cornerNext);
+}
+
+TEST(CornerLists, LoseTheCornersOfDeadTrianglesOnRequest) {
+    DMesh mesh = oneOfTwoTrianglesLeft();
+    EXPECT_TRUE(hasDeadTriangles(mesh));
+    BuildVertexCorners(mesh);
+    BuildUVCorners(mesh);
+    dropDeadVertexCorners(mesh);
+    dropDeadUVCorners(mesh);
+    EXPECT_TRUE(test::cornerListsAreSound(mesh));
+    EXPECT_EQ(mesh.vertexTriangleHead, (IndexList{3, -1, 4, 5}));
+    EXPECT_EQ(mesh.uvCornerHead, mesh.vertexTriangleHead);
+    EXPECT_EQ(cornersOf(mesh, 0), (IndexList{3}));
+    EXPECT_EQ(cornersOf(mesh, 2), (IndexList{4}));
+}
+
+TEST(CornerLists, WithoutDeadTrianglesThereIsNothingToLose) {
+    DMesh mesh = listed(test::torus(5, 4));
+    EXPECT_FALSE(hasDeadTriangles(mesh));
+    const IndexList heads = mesh.vertexTriangleHead;
+    const IndexList next = mesh.cornerNext;
+    dropDeadVertexCorners(mesh);
+    EXPECT_EQ(mesh.vertexTriangleHead, heads);
+    EXPECT_EQ(mesh.cornerNext, next);
+}
+
 TEST(CornerLists, NeighboursComeInOrderOfFirstSight) {
     const DMesh mesh = listed(test::twoTriangles());
     EXPECT_EQ(neighboursOf(mesh, 0), (IndexList{2, 3, 1}));
@@ -229,6 +273,17 @@ TEST(CornerLists, WarmingThemChangesNothing) {
     warmVertexCorners(mesh, {}, cursors);
     EXPECT_EQ(mesh.vertexTriangleHead, heads);
     EXPECT_TRUE(test::cornerListsAreSound(listed(test::grid(3, 3))));
+}
+
+TEST(CornerLists, WarmingAHubEndsBeforeItsListDoes) {
+    DMesh mesh = test::oneTriangle();
+    for (int i = 0; i < 1000; ++i)
+        mesh.triangles.insert(mesh.triangles.end(), {0, 1, 2});
+    test::completeMesh(mesh);
+    BuildVertexCorners(mesh);
+    IndexList cursors;
+    warmVertexCorners(mesh, IndexList{0}, cursors);
+    EXPECT_EQ(cursors.size(), 1U) << "the corner that would have been next";
 }
 
 }  // namespace

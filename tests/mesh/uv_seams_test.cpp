@@ -3,6 +3,7 @@
 
 #include "mesh/corner_lists.h"
 #include "support/mesh_builder.h"
+#include "support/random.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +15,7 @@ namespace korvalite {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 using Indices = std::vector<std::uint32_t>;
 using Bits = std::vector<std::int32_t>;
 
@@ -51,6 +53,15 @@ TEST(WeldCornerUVs, SharesOneRecordAmongTheEqualCornersOfAVertex) {
     ASSERT_EQ(mesh.coordsUV.size(), 4U);
     EXPECT_EQ(mesh.coordsUV[3].u, 0.0F);
     EXPECT_EQ(mesh.coordsUV[3].v, 1.0F);
+}
+
+TEST(WeldCornerUVs, GivesTheCornersOfDeadTrianglesAnIndexToo) {
+    DMesh mesh = twoTrianglesWithUVs();
+    mesh.triangleActive.Clear(0);
+    mesh.numActiveTriangles = 1;
+    weld(mesh);
+    EXPECT_EQ(mesh.indicesUV, (Indices{0, 1, 2, 0, 2, 3}));
+    EXPECT_EQ(mesh.coordsUV.size(), 4U);
 }
 
 TEST(WeldCornerUVs, KeepsTheFirstInAscendingCornerOrder) {
@@ -119,6 +130,66 @@ TEST(WeldCornerUVs, KeepsEveryRecordThatIsNotANumber) {
     weld(mesh);
     EXPECT_EQ(mesh.indicesUV, (Indices{0, 1, 2, 3, 4, 5}));
     findSeams(mesh);
+}
+
+// All triangles meet in vertex 0, at their first corner.
+DMesh hubOf(std::uint32_t triangles) {
+    DMesh mesh;
+    mesh.vertices.resize(triangles + 2);
+    for (std::uint32_t i = 0; i < triangles; ++i)
+        mesh.triangles.insert(mesh.triangles.end(), {0, i + 1, i + 2});
+    test::completeMesh(mesh);
+    return mesh;
+}
+
+// For each corner of the hub the corner whose record it shares: the first that is close to it among
+// those that share none with an earlier one.
+Indices weldedByComparing(const DMesh& hub) {
+    Indices sharedWith(hub.triangles.size());
+    for (std::uint32_t b = 0; b < hub.triangles.size(); b += 3) {
+        sharedWith[b] = b;
+        for (std::uint32_t a = 0; a < b && sharedWith[b] == b; a += 3) {
+            const float du = hub.coordsUV[a].u - hub.coordsUV[b].u;
+            const float dv = hub.coordsUV[a].v - hub.coordsUV[b].v;
+            if (sharedWith[a] == a && du * du + dv * dv < 1e-5F) sharedWith[b] = a;
+        }
+    }
+    return sharedWith;
+}
+
+TEST(WeldCornerUVs, WeldsAHubAsAnyOtherVertex) {
+    test::Random random(41);
+    for (const float size : {0.0F, 0.002F, 0.01F, 0.05F, 1.0F, 1000.0F, 1e18F, 3e38F}) {
+        for (const float start : {0.0F, 7.0F, -20000.0F}) {
+            DMesh mesh = hubOf(1000);
+            for (std::uint32_t corner = 0; corner < mesh.triangles.size(); ++corner)
+                mesh.coordsUV.push_back({start + random.around(size), random.around(size)});
+            for (std::uint32_t corner = 0; corner < 300; corner += 27)
+                mesh.coordsUV[corner].u = random.onceIn(2) ? kNaN : kInfinity;
+            const std::vector<UVCoord> before = mesh.coordsUV;
+            const Indices sharedWith = weldedByComparing(mesh);
+            weld(mesh);
+            for (std::uint32_t corner = 0; corner < mesh.triangles.size(); corner += 3) {
+                const std::uint32_t shared = sharedWith[corner];
+                ASSERT_EQ(mesh.indicesUV[corner], mesh.indicesUV[shared]) << size << ' ' << start;
+                if (shared != corner || std::isnan(before[corner].u)) continue;
+                ASSERT_EQ(mesh.coordsUV[mesh.indicesUV[corner]].u, before[corner].u);
+                ASSERT_EQ(mesh.coordsUV[mesh.indicesUV[corner]].v, before[corner].v);
+            }
+        }
+    }
+}
+
+// Comparing each corner with each would take 10^11 steps.
+TEST(WeldCornerUVs, AHubDoesNotCostTheSquareOfItsCorners) {
+    test::Random random(43);
+    DMesh mesh = hubOf(400000);
+    for (std::uint32_t corner = 0; corner < mesh.triangles.size(); ++corner) {
+        mesh.coordsUV.push_back({random.around(1000), random.around(1000)});
+        if (random.onceIn(2)) mesh.coordsUV.back().v = kNaN;
+    }
+    weld(mesh);
+    EXPECT_GT(mesh.coordsUV.size(), 1100000U);
 }
 
 TEST(WeldCornerUVs, TakesAnEmptyMeshAndATriangleOfOneVertex) {

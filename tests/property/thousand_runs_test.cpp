@@ -163,6 +163,7 @@ protected:
         if (pm.ProtectTopology) {
             EXPECT_TRUE(cornerListsAreSound(pm.mesh));
         }
+        EXPECT_TRUE(nothingIsHeld(pm));
         ReorderAndClean(pm, pm.DoReorder);
     }
 
@@ -170,6 +171,7 @@ protected:
         const Watchdog watchdog(run.text);
         StopAtStep observer(run.patience % 2 == 0 ? 7 : 10);
         if (run.stop == Stop::DuringPreparation) pm.observer = &observer;
+        const ReleaseCheck check(pm);
         askToStop(run.stop == Stop::Beforehand);
         if (run.stop == Stop::FromAnotherThread) {
             pm.m_useVertexColors_internal = pm.mesh.hasColors();
@@ -179,7 +181,6 @@ protected:
         } else {
             EXPECT_EQ(RunDecimation(pm), 0);
         }
-        pm.observer = nullptr;
         askToStop(false);
         markAllApplied(pm);
     }
