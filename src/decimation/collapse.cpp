@@ -260,6 +260,8 @@ CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
 CollapseResult CollapseEdge_MT(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
                                const FloatVec3& position, CollapseRecord& record,
                                CollapseScratch& scratch, CriticalSections& sections) {
+    // An orphan that is still queued. There is no edge left that it could collapse along.
+    if (pm.mesh.vertexTriangleHead[at(v)] == kNone) return CollapseResult::Refused;
     return collapse(pm, v, w, position, record, scratch, ManyThreads(sections));
 }
 

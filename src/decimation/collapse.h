@@ -78,7 +78,7 @@ CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
                             CollapseScratch& scratch);
 
 /// The same, but the queue is left alone: with ProtectTopology off, a vertex that loses its last
-/// triangle stays active and queued.
+/// triangle stays active and queued, and its own collapse is refused.
 CollapseResult CollapseEdge_MT(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
                                const FloatVec3& position, CollapseRecord& record,
                                CollapseScratch& scratch, CriticalSections& sections);

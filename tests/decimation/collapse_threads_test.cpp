@@ -106,6 +106,20 @@ TEST(CollapseOnThreads, ARefusalByANormalChangesNothingAtAll) {
     EXPECT_TRUE(t.areAlike());
 }
 
+TEST(CollapseOnThreads, AVertexWithoutCornersIsRefusedWhateverTheSettings) {
+    for (const bool guarded : {false, true}) {
+        Side side(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {9, 9, 9}}, {{0, 1, 2}}));
+        side.pm.ProtectTopology = guarded;
+        side.pm.AvoidNormalReverse = guarded;
+        const test::Words before = test::stateOf(side.pm);
+        CriticalSections sections;
+        EXPECT_EQ(CollapseEdge_MT(side.pm, 3, 0, {5, 5, 5}, side.record, side.scratch, sections),
+                  CollapseResult::Refused);
+        EXPECT_TRUE(test::stateOf(side.pm) == before);
+        EXPECT_EQ(side.record.split.vertex, kNone);
+    }
+}
+
 TEST(CollapseOnThreads, ARefusalByTheLinkTestIsTakenBackInTheSameWay) {
     Twins both(test::grid(2, 1));
     EXPECT_EQ(both.run(1, 4), CollapseResult::RefusedBothBorder);
