@@ -85,9 +85,11 @@ private:
     std::uint32_t round_ = 0;
 };
 
+// Keeps its room from ring to ring, until ReleaseVertexCorners or the end of its thread.
+thread_local SeenItems seen;
+
 /// Keeps the first of equal items, in order.
 void keepFirstOfEach(IndexList& items) {
-    static thread_local SeenItems seen;  // keeps its room from ring to ring
     seen.begin(items.size());
     std::size_t kept = 0;
     for (const std::int32_t item : items) {
@@ -140,6 +142,7 @@ void dropDeadUVCorners(DMesh& mesh) {
 void ReleaseVertexCorners(DMesh& mesh) {
     std::vector<std::int32_t>().swap(mesh.vertexTriangleHead);
     std::vector<std::int32_t>().swap(mesh.cornerNext);
+    seen = {};
 }
 
 void unlinkCorner(std::int32_t& head, std::vector<std::int32_t>& next, std::int32_t corner) {

@@ -44,6 +44,7 @@ inline bool contains(const IndexList& list, std::int32_t item) {
 /// range.
 void BuildVertexCorners(DMesh& mesh);
 void BuildUVCorners(DMesh& mesh);
+/// Returns the lists, and the scratch that this thread has gathered long rings with.
 void ReleaseVertexCorners(DMesh& mesh);
 
 /// Whether an earlier run has removed triangles.
