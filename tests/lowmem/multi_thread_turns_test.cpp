@@ -369,10 +369,18 @@ TEST_F(MultiThreadTurns, ThePairingOfAVertexIsReadOnlyOnceItsRingIsFree) {
     for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v) {
         if (run.pm().lockedVertices.Test(v)) rings.insert(v);
     }
-    // The thread that holds them may be changing the pairing of those it holds; any look at it
-    // would end this test, as it is gone.
-    std::vector<std::int32_t> pairing;
-    run.mesh().symmetryCache.pairing.swap(pairing);
+    // The thread that holds them may be changing the pairing of those it holds. A look at any but
+    // its own two leads out of the mesh, which would end this test.
+    constexpr std::int32_t kFarAway = 1 << 30;
+    const std::int32_t kept = run.mesh().vertices[static_cast<std::size_t>(held)].partner;
+    std::vector<std::int32_t>& pairing = run.mesh().symmetryCache.pairing;
+    const std::vector<std::int32_t> asItWas = pairing;
+    const auto setOthers = [&](auto pairOf) {
+        for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v) {
+            if (v != held && v != kept) pairing[static_cast<std::size_t>(v)] = pairOf(v);
+        }
+    };
+    setOthers([](std::int32_t) { return kFarAway; });
     int tried = 0;
     for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v) {
         const VertexRecord& vertex = run.mesh().vertices[static_cast<std::size_t>(v)];
@@ -385,7 +393,7 @@ TEST_F(MultiThreadTurns, ThePairingOfAVertexIsReadOnlyOnceItsRingIsFree) {
         ++tried;
     }
     EXPECT_GT(tried, 3);
-    run.mesh().symmetryCache.pairing.swap(pairing);
+    setOthers([&](std::int32_t v) { return asItWas[static_cast<std::size_t>(v)]; });
     run.pm().costQueue.Clear();
     run.pm().costQueue.Insert(held);
 }
