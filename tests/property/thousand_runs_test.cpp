@@ -181,6 +181,7 @@ protected:
         } else {
             EXPECT_EQ(RunDecimation(pm), 0);
         }
+        pm.observer = nullptr;  // which goes with this call
         askToStop(false);
         markAllApplied(pm);
     }
