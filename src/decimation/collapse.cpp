@@ -16,10 +16,8 @@ std::size_t at(std::int32_t index) {
 }
 
 std::array<std::int32_t, 3> triangleVertices(const DMesh& mesh, std::int32_t triangle) {
-    const std::size_t first = 3 * at(triangle);
-    return {static_cast<std::int32_t>(mesh.triangles[first]),
-            static_cast<std::int32_t>(mesh.triangles[first + 1]),
-            static_cast<std::int32_t>(mesh.triangles[first + 2])};
+    return {vertexAt(mesh, 3 * triangle), vertexAt(mesh, 3 * triangle + 1),
+            vertexAt(mesh, 3 * triangle + 2)};
 }
 
 bool isDegenerate(const std::array<std::int32_t, 3>& t) {
