@@ -51,16 +51,16 @@ TEST_P(SeveralThreadsAttributes, NoTriangleMixesCharts) {
     }
 }
 
-// Further down they meet the border of the mesh, which counts as a seam too, and may slide along
-// it.
+// The border is frozen, since it counts as a seam too: where a seam meets it, the seam may slide
+// along it, and with several threads the order of the collapses says when.
 TEST_P(SeveralThreadsAttributes, SeamsStayOnTheSeam) {
     for (const std::uint32_t seed : {1U, 2U, 3U})
-        expectSeamsOnTheSeam(inPlace(hillsOfTwoCharts(seed), 60)->mesh);
+        expectSeamsOnTheSeam(inPlace(hillsOfTwoCharts(seed), 30, freezeBorder)->mesh);
 }
 
 TEST_P(SeveralThreadsAttributes, ChartsStayOnTheirSideOfTheSeam) {
     for (const std::uint32_t seed : {1U, 2U, 3U})
-        expectChartsOnTheirSides(inPlace(hillsOfTwoCharts(seed), 50)->mesh);
+        expectChartsOnTheirSides(inPlace(hillsOfTwoCharts(seed), 25, freezeBorder)->mesh);
 }
 
 TEST_P(SeveralThreadsAttributes, AFrozenBorderKeepsEachOfItsVerticesBitForBit) {
