@@ -5,8 +5,8 @@
 
 namespace korvalite {
 
-/// What several threads write stands on cache lines of its own: a write takes the whole line away
-/// from those that only read something beside it.
+/// Data that several threads write gets cache lines of its own: a write takes the whole line away
+/// from threads that only read something next to it.
 inline constexpr std::size_t kCacheLine = 64;
 
 }  // namespace korvalite

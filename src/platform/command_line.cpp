@@ -7,7 +7,7 @@ namespace korvalite::platform {
 
 namespace {
 
-// Unsigned, because the bytes of a UTF-8 name are above 127 and no white space.
+// Compared as unsigned: the bytes above 127 in a UTF-8 name are not white space.
 bool isWhiteSpace(char c) {
     return static_cast<unsigned char>(c) < 33;
 }

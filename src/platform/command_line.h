@@ -5,9 +5,9 @@
 
 namespace korvalite::platform {
 
-// What remains of a raw command line behind the program's own name and the white space that
-// follows it. A character below 33 is white space; double quotes in the name keep blanks inside it.
-// The tail is neither split nor unquoted nor trimmed at its end. The result views the argument.
+// The rest of a raw command line after the program's own name and the white space that follows it.
+// Characters below 33 are white space; double quotes keep blanks in the name. The tail is not
+// split, unquoted or trimmed at its end. The result is a view into the argument.
 std::string_view commandTailOf(std::string_view rawCommandLine);
 
 }  // namespace korvalite::platform

@@ -8,10 +8,10 @@
 
 namespace korvalite {
 
-/// A mutex for stays of a microsecond: who finds it taken looks again for a while before it sleeps,
-/// as going to sleep and being woken takes longer than such a stay. The looks only read, which
-/// leaves the line to the one inside (U. Drepper, "Futexes Are Tricky", mutex 2; test and
-/// test-and-set).
+/// A mutex for critical sections of about a microsecond. A thread that finds it taken spins for a
+/// while before it sleeps, since sleeping and waking take longer than the section. Spinning only
+/// reads, which leaves the cache line with the owner (U. Drepper, "Futexes Are Tricky", mutex 2;
+/// test and test-and-set).
 class alignas(kCacheLine) CriticalSection {
 public:
     void lock() {
@@ -32,7 +32,7 @@ private:
     enum State : std::uint32_t {
         kFree,
         kTaken,
-        kAwaited,  // taken, and somebody may be asleep
+        kAwaited,  // taken, and a thread may be asleep
     };
 
     bool enter() {

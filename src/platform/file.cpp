@@ -70,7 +70,7 @@ bool File::flush() {
 
 bool File::close() {
     if (!isOpen()) return false;
-    // A seek moves buffered bytes as well, and only the stream's own mark tells that it failed.
+    // A seek flushes buffered bytes too, and only the stream's error flag shows if that failed.
     const bool wasClean = !writeFailed_ && std::ferror(stream_) == 0;
     const bool closed = std::fclose(std::exchange(stream_, nullptr)) == 0;
     writeFailed_ = false;

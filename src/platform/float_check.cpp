@@ -1,4 +1,4 @@
 // SPDX-License-Identifier: MIT
 //
-// Gives float_check.h a file of its own in the library, so that every build compiles the checks.
+// Compiles the checks of float_check.h in every build.
 #include "platform/float_check.h"

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the code takes for granted about numbers, checked when it is compiled. Output files are
-// compared byte by byte between compilers and systems, so a build where one of these is not so must
-// not exist.
+// Compile-time checks of what the code assumes about numbers. Output files must be identical byte
+// for byte across compilers and systems, so a build that breaks one of these must fail.
 #pragma once
 
 #include <bit>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Memory for arrays as long as the mesh, which the decimation reads in no order at all.
+// Memory for arrays as long as the mesh, which the decimation accesses in random order.
 #pragma once
 
 #include <cstddef>
@@ -10,13 +10,13 @@
 
 namespace korvalite::platform {
 
-// Asks the system for large pages in a range that has not been touched yet: walking a mesh of
-// millions misses the address cache at nearly every step otherwise. A hint; short ranges and
-// systems without it do nothing.
+// Asks the system for large pages in a range that has not been touched yet: without them, walking a
+// mesh of millions of triangles misses the TLB at nearly every step. A hint, which has no effect on
+// short ranges and on systems without large pages.
 void adviseLargePages(void* begin, std::size_t byteCount);
 
-// Zeroed memory that takes no room until it is touched, where the system can do that; null if there
-// is none left. Release with freeZeroed.
+// Zeroed memory that, where the system supports it, takes up no RAM until it is touched; null if
+// out of memory. Release it with freeZeroed.
 void* allocateZeroed(std::size_t byteCount);
 void freeZeroed(void* memory);
 
@@ -24,7 +24,7 @@ void freeZeroed(void* memory);
 
 namespace korvalite {
 
-/// Room for `count` items, in large pages where there are any. For an empty vector.
+/// Reserves room for `count` items, in large pages where available. REQUIRES: `items` is empty.
 template <typename Item>
 void reserveLarge(std::vector<Item>& items, std::size_t count) {
     items.reserve(count);
@@ -34,15 +34,15 @@ void reserveLarge(std::vector<Item>& items, std::size_t count) {
 template <typename Item>
 struct ZeroPagesAllocator;
 
-/// The same for a vector whose allocator sees to the pages.
+/// The same for a vector whose allocator takes care of the pages.
 template <typename Item>
 void reserveLarge(std::vector<Item, ZeroPagesAllocator<Item>>& items, std::size_t count) {
     items.reserve(count);
 }
 
-/// Gives a vector items that are all zero bytes without touching them, so that the part of an array
-/// that is never used takes no memory. An array that shrinks and grows again within its capacity
-/// finds what it left there.
+/// Gives a vector items of all zero bytes without touching them, so the unused part of an array
+/// takes no memory. An array that shrinks and grows again within its capacity gets its old items
+/// back.
 template <typename Item>
 struct ZeroPagesAllocator {
     using value_type = Item;

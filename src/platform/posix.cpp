@@ -38,7 +38,7 @@ std::FILE* openFile(const char* path, const char* mode) {
     if (namesNothing(path)) return nullptr;
     std::FILE* file = std::fopen(path, mode);
     if (file == nullptr) return nullptr;
-    // The library opens a folder for reading and fails at the first read only; Windows refuses it.
+    // fopen opens a folder for reading and only the first read fails; Windows refuses to open it.
     struct stat status {};
     if (fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode)) {
         std::fclose(file);
@@ -91,7 +91,7 @@ void messageBox(const char* caption, const char* text) {
     line += '\t';
     appendOnOneLine(line, text);
     line += '\n';
-    // One call, so that the lines of several processes on one terminal do not mix.
+    // A single call keeps lines of several processes on one terminal from mixing.
     std::fwrite(line.data(), 1, line.size(), stderr);
     std::fflush(stderr);
 }

@@ -3,7 +3,7 @@
 
 namespace korvalite {
 
-/// A hint that the cache line at `address` will be read soon; any address is allowed.
+/// Hints that the cache line at `address` will be read soon; any address is allowed.
 inline void prefetch([[maybe_unused]] const void* address) {
 #if defined(__GNUC__)
     __builtin_prefetch(address);

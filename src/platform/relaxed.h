@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Accesses to data that another thread may be writing at this moment, where either value will do.
-// Relaxed: each access by itself is whole, and nothing is said of their order. They cost what plain
-// ones cost.
+// Accesses to data that another thread may be writing at the same moment, where either value will
+// do. Each access is atomic, but their order is not guaranteed. They cost as much as plain ones.
 #pragma once
 
 #include <atomic>
@@ -11,7 +10,7 @@ namespace korvalite {
 
 template <typename T>
 [[nodiscard]] T loadRelaxed(const T& source) {
-    // The reference is only read through.
+    // The reference is only read.
     return std::atomic_ref<T>(const_cast<T&>(source)).load(std::memory_order_relaxed);
 }
 

@@ -11,7 +11,7 @@ bool continuesCharacter(char c) {
     return (static_cast<std::uint8_t>(c) & 0xC0U) == 0x80U;
 }
 
-// The bytes of the first character of a non-empty text; 0 if they are malformed.
+// The length in bytes of the first character of a non-empty text; 0 if it is malformed.
 std::size_t firstCharacterLength(std::string_view text) {
     const auto lead = static_cast<std::uint8_t>(text[0]);
     if (lead < 0x80) return 1;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Every name goes through the wide calls, so that a path works whatever the system's code page is.
+// Every name goes through the wide calls, so paths work whatever the system's code page is.
 #include "platform/large_memory.h"
 #include "platform/platform.h"
 
@@ -21,8 +21,8 @@ namespace {
 constexpr DWORD kRefuseBadBytes = MB_ERR_INVALID_CHARS;
 constexpr DWORD kReplaceBadBytes = 0;
 
-// The code page of narrow text on this system. CP_ACP is that of the process, which the manifest
-// makes UTF-8.
+// The system's code page for narrow text. CP_ACP is the process's own, which the manifest sets to
+// UTF-8.
 UINT systemCodePage() {
     DWORD codePage = CP_ACP;
     GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
@@ -30,8 +30,8 @@ UINT systemCodePage() {
     return codePage;
 }
 
-// UTF-16 of a UTF-8 text. Other text is taken as that of a host that uses the narrow calls. Empty
-// for null, for "" and for a text that cannot be converted.
+// Converts UTF-8 to UTF-16. Text that is not UTF-8 is assumed to come from a host that uses the
+// narrow calls. Empty for null, for "" and for text that cannot be converted.
 std::wstring wide(const char* text, DWORD badBytes) {
     if (text == nullptr || *text == '\0') return {};
     const UINT codePage = isUtf8(text) ? CP_UTF8 : systemCodePage();
@@ -43,7 +43,7 @@ std::wstring wide(const char* text, DWORD badBytes) {
     return result;
 }
 
-// Two different broken names must not become one name with a replacement character in it.
+// Replacement characters could turn two different malformed names into the same one.
 std::wstring widePath(const char* path) {
     return wide(path, kRefuseBadBytes);
 }
