@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// One bit per vertex, triangle or UV coordinate: bit i lives in byte i / 8 under the mask 1 << (i %
-// 8).
+// One bit per vertex, triangle or UV coordinate: bit i is in byte i / 8 with the mask 1 << (i % 8).
 //
-// Thread safety: one thread may test a bit while another changes others. Bits of several items
-// share a byte, so that writers need a lock even where they write different bits. Test, Set and
-// Clear of one bit alone are meant; the rest is for one thread.
+// Thread safety: one thread may Test a bit while another Sets or Clears others. Several items share
+// a byte, so writers need a lock even if they write different bits. Everything else is for one
+// thread.
 #pragma once
 
 #include "platform/prefetch.h"
@@ -19,7 +18,7 @@ namespace korvalite {
 
 class BitArray {
 public:
-    /// False for every index that is not below count(), negative ones included.
+    /// False for any index out of range, including negative ones.
     [[nodiscard]] bool Test(std::int32_t index) const {
         if (static_cast<std::uint32_t>(index) >= static_cast<std::uint32_t>(count_)) return false;
         const auto i = static_cast<std::uint32_t>(index);
@@ -29,7 +28,7 @@ public:
         return Test(static_cast<std::int32_t>(index));
     }
 
-    /// A hint that Test will be asked for this bit; none for an index that is not below count().
+    /// Hints that this bit will be tested soon; no effect for an index out of range.
     void prefetchBit(std::int32_t index) const {
         const auto i = static_cast<std::uint32_t>(index);
         if (i < static_cast<std::uint32_t>(count_)) prefetch(&bytes_[i >> 3U]);
@@ -54,16 +53,16 @@ public:
     /// Makes room for n bits and clears every byte.
     void Reset(std::int32_t n);
 
-    /// Makes room for n bits; the bits from the old count upward become `fill`. Whole bytes are
-    /// filled, so that the spare bits behind the last one carry `fill` too.
+    /// Makes room for n bits; the bits from the old count upward become `fill`, and so do the spare
+    /// bits of the last byte.
     void Resize(std::int32_t n, bool fill);
 
-    /// Takes over the bits of `other` and clears what lies behind them.
+    /// Copies the bits of `other` and clears any after them.
     void Assign(const BitArray& other);
 
     [[nodiscard]] std::int32_t CountSet() const;
 
-    /// Back to the empty state; the storage is returned.
+    /// Empties the array and returns its storage.
     void Free();
 
     [[nodiscard]] std::int32_t count() const { return count_; }

@@ -5,9 +5,9 @@
 
 namespace korvalite {
 
-/// Sets `borderVertices` anew: a vertex is a border vertex when its distinct neighbours and its
-/// corners differ in number. A closed fan has as many of each, an open one a neighbour more; a
-/// non-manifold vertex may differ the other way and counts as border too.
+/// Recomputes `borderVertices`: a vertex is on a border if its number of distinct neighbours
+/// differs from its number of corners. A closed fan has as many of each, an open fan has one more
+/// neighbour; a non-manifold vertex may have fewer neighbours and also counts as border.
 /// REQUIRES: the corner lists.
 void ComputeBorderVertices(DMesh& mesh);
 

@@ -46,10 +46,10 @@ void walk(const std::vector<std::int32_t>& head, const std::vector<std::int32_t>
     }
 }
 
-// Up to here a linear search is the fastest; a hub of thousands of triangles needs another way.
+// Up to this size a linear search is fastest; a hub with thousands of triangles needs a hash set.
 constexpr std::size_t kLongestSearchedRing = 64;
 
-/// A hash set of items for one ring after the other, emptied by a new round number.
+/// A hash set of the items of one ring at a time; a new round number empties it.
 class SeenItems {
 public:
     /// Empties the set and makes room for `most` items.
@@ -62,9 +62,9 @@ public:
         mask_ = slots - 1;
     }
 
-    /// False if the item is in the set already.
+    /// False if the item is already in the set.
     bool add(std::int32_t item) {
-        // A multiplicative hash (D. Knuth): neighbouring indices fall far from each other.
+        // A multiplicative hash (D. Knuth), which scatters neighbouring indices.
         std::size_t at =
             (static_cast<std::uint32_t>(item) * std::uint64_t{2654435769U} >> 16U) & mask_;
         while (slots_[at].round == round_) {
@@ -85,10 +85,10 @@ private:
     std::uint32_t round_ = 0;
 };
 
-// Keeps its room from ring to ring, until ReleaseVertexCorners or the end of its thread.
+// Keeps its capacity from ring to ring, until ReleaseVertexCorners or the end of its thread.
 thread_local SeenItems seen;
 
-/// Keeps the first of equal items, in order.
+/// Removes duplicates, keeping the first of equal items and the order.
 void keepFirstOfEach(IndexList& items) {
     seen.begin(items.size());
     std::size_t kept = 0;
@@ -105,7 +105,7 @@ void appendNeighbour(IndexList& neighbours, const std::uint32_t& item) {
     }
 }
 
-/// Gathers the distinct items at the other corners of the triangles on a corner list.
+/// Gathers the distinct items at the other corners of the triangles in a corner list.
 void gatherRing(const std::vector<std::int32_t>& head, const std::vector<std::int32_t>& next,
                 const std::vector<std::uint32_t>& itemOfCorner, std::int32_t item,
                 IndexList& neighbours) {
@@ -190,7 +190,7 @@ void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices
     for (const std::int32_t vertex : vertices) {
         cursors.push_back(loadRelaxed(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]));
     }
-    // The lines of a hub's whole list would be gone again before their use.
+    // Prefetching a hub's whole list would evict its first lines before they are used.
     constexpr int kLongestWarmed = 64;
     for (int step = 0; step < kLongestWarmed && !cursors.empty(); ++step) {
         std::size_t left = 0;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
 // The corners around each vertex and around each UV coordinate, as singly linked lists in two flat
-// arrays: head[v] is the first corner of v and next[c] the one behind corner c, kNone at the end.
-// Built from the highest corner to the lowest; every walk of the system sees that order, and the
-// order of neighbours that follows from it decides between equal costs.
+// arrays: head[v] is the first corner of v, and next[c] is the corner after c, kNone at the end.
+// Lists are built with the highest corner first. Every walk sees that order, and the resulting
+// order of neighbours decides ties between equal costs.
 //
-// Thread safety: a vertex's list is changed only by the thread that holds the vertex and its
-// neighbours. Others may walk it meanwhile, and may miss or meet twice what is being changed: every
-// link leads to another corner of the same vertex at any moment.
+// Thread safety: only the thread that has reserved a vertex and its neighbours changes the vertex's
+// list. Other threads may walk it meanwhile, and may miss or see twice the corners that are being
+// moved: at any moment, every link leads to another corner of the same vertex.
 #pragma once
 
 #include "mesh/dmesh.h"
@@ -40,26 +40,27 @@ inline bool contains(const IndexList& list, std::int32_t item) {
     return std::find(list.begin(), list.end(), item) != list.end();
 }
 
-/// Both rebuild from scratch, with the corners of all triangles, active or not; indices must be in
-/// range.
+/// Rebuild the lists from scratch with the corners of all triangles, active or not. REQUIRES: all
+/// indices are in range.
 void BuildVertexCorners(DMesh& mesh);
 void BuildUVCorners(DMesh& mesh);
-/// Returns the lists, and the scratch that this thread has gathered long rings with.
+/// Frees the lists, and this thread's scratch for long rings.
 void ReleaseVertexCorners(DMesh& mesh);
 
 /// Whether an earlier run has removed triangles.
 bool hasDeadTriangles(const DMesh& mesh);
 
-/// Take the corners of inactive triangles out of the lists, as a collapse does with those of the
-/// triangles it removes. Decimation works on what is left: a dead triangle names dead vertices.
+/// Remove the corners of inactive triangles from the lists, as a collapse does for the triangles it
+/// removes. Decimation must not see them: a dead triangle refers to dead vertices.
 void dropDeadVertexCorners(DMesh& mesh);
 void dropDeadUVCorners(DMesh& mesh);
 
-/// Removes a corner from the list that begins at `head`; no effect if it is not there.
+/// Removes a corner from the list that begins at `head`; no effect if it is not in the list.
 void unlinkCorner(std::int32_t& head, std::vector<std::int32_t>& next, std::int32_t corner);
 
-/// The result lists below are cleared on entry. Neighbours are distinct and in order of first
-/// sight: for each corner, the vertex at the next corner of its triangle, then the one after it.
+/// The functions below clear their result lists first. Neighbours are distinct and in order of
+/// first occurrence: for each corner, the vertex at the next corner of its triangle, then the
+/// vertex at the previous one.
 void GetVertexCorners(const DMesh& mesh, std::int32_t vertex, IndexList& corners);
 void GetVertexNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neighbours);
 void GetVertexCornersAndNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neighbours,
@@ -68,15 +69,14 @@ void GetUVCorners(const DMesh& mesh, std::int32_t uvIndex, IndexList& corners);
 void GetUVCornersAndNeighbours(const DMesh& mesh, std::int32_t uvIndex, IndexList& neighbours,
                                IndexList& corners);
 
-/// Touches the corner lists and triangles of several vertices ahead of their use. A list is a chain
-/// of loads that wait for each other, and in a large mesh nearly every one misses the cache; walked
-/// side by side, the misses of different lists overlap. Of a hub only the start of the list is
-/// touched. `cursors` is scratch; the bits of the triangles in `triangleBits`, unless null, come
-/// along.
+/// Prefetches the corner lists and triangles of several vertices. A list is a chain of dependent
+/// loads, nearly all of which miss the cache in a large mesh; walking the lists side by side makes
+/// their misses overlap. Only the start of a hub's list is touched. `cursors` is scratch;
+/// `triangleBits`, if not null, is prefetched for the same triangles.
 void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices,
                        IndexList& cursors, const BitArray* triangleBits = nullptr);
 
-/// True if a triangle at `a` also holds `b`.
+/// Whether a triangle at `a` also has `b`.
 bool AreVerticesAdjacent(const DMesh& mesh, std::int32_t a, std::int32_t b);
 
 /// Calls visit(triangle) for each active triangle, in index order.
@@ -87,7 +87,7 @@ void forEachTriangle(const DMesh& mesh, Visit visit) {
     }
 }
 
-/// The first corner of a vertex, in list order, that matches(corner); kNone if none does.
+/// The first corner of a vertex, in list order, for which matches(corner) is true; else kNone.
 template <typename Matches>
 std::int32_t findCorner(const DMesh& mesh, std::int32_t vertex, Matches matches) {
     std::int32_t corner = loadRelaxed(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]);

@@ -2,9 +2,9 @@
 //
 // The plain indexed mesh that readers fill, drivers decimate and writers write.
 //
-// A vertex or triangle that a collapse removes stays in its array with its active bit cleared;
-// records only ever move in the final reordering. A corner is an index into `triangles`: corner c
-// belongs to triangle c / 3. Indices are 32-bit, and -1 (kNone) means none.
+// A vertex or triangle that a collapse removes stays in its array with its active bit cleared; only
+// the final reordering moves records. A corner is an index into `triangles`: corner c belongs to
+// triangle c / 3. Indices are 32-bit, and -1 (kNone) means none.
 #pragma once
 
 #include "geometry/mesh_symmetry_cache.h"
@@ -23,7 +23,7 @@ namespace korvalite {
 
 inline constexpr std::int32_t kNone = -1;
 
-/// A `cost` of this value means not collapsible: such a vertex is never queued.
+/// The `cost` of a vertex that cannot collapse and is never queued.
 inline constexpr float kNotCollapsible = std::numeric_limits<float>::max();
 
 struct VertexRecord {
@@ -31,10 +31,10 @@ struct VertexRecord {
     float y = 0;
     float z = 0;
     float cost = 0;  // of collapsing this vertex onto `partner`
-    // The vertex to collapse onto, kNone for none. Once collapsed, the vertex it fell onto.
+    // The vertex to collapse onto, or kNone. After the collapse, the vertex it collapsed onto.
     std::int32_t partner = kNone;
 
-    // Relaxed: a thread that looks at the triangles around its neighbourhood may meet a vertex that
+    // Relaxed: a thread that reads the triangles around its neighbourhood may meet a vertex that
     // another thread is moving.
     [[nodiscard]] FloatVec3 position() const {
         return {loadRelaxed(x), loadRelaxed(y), loadRelaxed(z)};
@@ -47,8 +47,8 @@ struct VertexRecord {
 };
 static_assert(sizeof(VertexRecord) == 20, "20 bytes a vertex are part of the memory budget");
 
-/// Records that resizing adds are all zero bytes, whatever their defaults say, and take no memory
-/// until they are written: of a partly loaded mesh most never are.
+/// Records added by resizing are all zero bytes, whatever their defaults say, and take no memory
+/// until they are written. In a partly loaded mesh most never are.
 using VertexRecords = std::vector<VertexRecord, ZeroPagesAllocator<VertexRecord>>;
 
 struct UVCoord {
@@ -74,7 +74,7 @@ struct DMesh {
     BitArray vertexActive;
     alignas(kCacheLine) std::uint32_t numActiveVertices = 0;
 
-    // As read, one UV record per corner and no indices; welded, one index per corner.
+    // As read: one UV record per corner and no indices. Once welded: one index per corner.
     alignas(kCacheLine) std::vector<UVCoord> coordsUV;
     std::vector<std::uint32_t> indicesUV;
 
@@ -82,13 +82,13 @@ struct DMesh {
 
     KRDMeshSymmetryCache symmetryCache;
     std::int32_t symmetryAxis = kNone;  // 0 x, 1 y, 2 z
-    std::int32_t symmetryMode = -1;     // 0 off, 1 on the given axis, -1 search the axis
+    std::int32_t symmetryMode = -1;     // 0 off, 1 on the given axis, -1 search for the axis
 
-    // Empty, or one entry per vertex record; another size turns the feature off where it is used.
+    // Empty, or one entry per vertex record; any other size turns the feature off.
     std::vector<std::uint8_t> maskValues;
-    std::vector<std::uint32_t> vertexColors;  // bytes from the lowest: red, green, blue, mask
+    std::vector<std::uint32_t> vertexColors;  // lowest byte first: red, green, blue, mask
 
-    // Corner lists (mesh/corner_lists.h) and the bits derived from them; present while a driver
+    // Corner lists (mesh/corner_lists.h). They and the bits derived from them exist while a driver
     // runs.
     std::vector<std::int32_t> vertexTriangleHead;
     std::vector<std::int32_t> cornerNext;
@@ -122,10 +122,10 @@ struct DMesh {
     }
 };
 
-/// Sets the box around all of `vertices`, active or not; with no vertices it stays empty.
+/// Sets the bounding box of all `vertices`, active or not; it is empty if there are none.
 void recomputeBoundingBox(DMesh& mesh);
 
-/// An empty box becomes the point; coordinates that are not a number never widen a box.
+/// An empty box becomes the point; NaN coordinates never widen a box.
 void extendBoundingBox(BoundingBox& box, const FloatVec3& point);
 
 }  // namespace korvalite

@@ -5,9 +5,9 @@ namespace korvalite {
 
 struct DMesh;
 
-/// Whether the drivers can work on the mesh: every triangle index names a vertex, and all vertices
-/// and corners can be counted in 31 bits. Readers pass on what a file says, so this stands between
-/// them and the drivers. Coordinates may be anything.
+/// Whether the drivers can work on the mesh: every triangle index refers to a vertex, and vertices
+/// and corners can each be counted in 31 bits. Readers pass on whatever a file contains, so this
+/// check comes between them and the drivers. Coordinates may be anything.
 bool canBeDecimated(const DMesh& mesh);
 
 }  // namespace korvalite

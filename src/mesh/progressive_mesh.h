@@ -36,18 +36,18 @@ enum MemSpeedTradeOffValue : std::int32_t {
     MEMSPEED_TRADEOFF_AUTO = 5,
 };
 
-/// Texts of the log.
+/// Names for the log.
 const char* memSpeedTradeOffText(std::int32_t value);
 const char* borderModeText(std::int32_t value);
 
-/// Settings of the job. Those that no job key reaches are for direct users of the drivers.
+/// Settings of the job. Those without a job key are for direct users of the drivers.
 struct DecimationSettings {
     bool UseAreaWeighting = true;
     std::uint32_t TargetNumItem = 4;   // the count to reach
     bool targetCountsVertices = true;  // else triangles
     bool AvoidNormalReverse = true;
     bool ProtectTopology = true;
-    bool handleSymmetry = false;  // the request; see m_handleSymmetry_internal
+    bool handleSymmetry = false;  // as requested; see m_handleSymmetry_internal
     bool AllowFinishStep = false;
     float colorWeight = 1.0F;
     bool DoReorder = true;
@@ -68,7 +68,7 @@ struct ProgressiveMesh : DecimationSettings {
 
     DMesh mesh;
 
-    // What the run really handles.
+    // What the run actually handles.
     bool m_handleSymmetry_internal = false;
     bool m_handleUVs_internal = false;
     bool m_useVertexColors_internal = false;
@@ -79,26 +79,26 @@ struct ProgressiveMesh : DecimationSettings {
 
     alignas(kCacheLine) CostQueue costQueue{mesh};
 
-    // Of the high-speed driver.
+    // State of the high-speed driver.
     alignas(kCacheLine) std::vector<Quadric3D> triangleQuadrics;
     std::vector<Quadric3D> vertexQuadrics;
-    std::vector<FloatVec3> bestPositions;  // per vertex, found together with its cost
+    std::vector<FloatVec3> bestPositions;  // per vertex, computed together with its cost
     BitArray hasBestPosition;              // whether an evaluation has written it
-    // Of the Melax driver: unit normals.
+    // State of the Melax driver: unit normals.
     std::vector<FloatVec3> triangleNormals;
     BitArray symmetryPaired;
     BitArray symmetryInterior;
     BitArray symmetrySlaves;
     SymmetryPlaneQuadric symmetryPlaneQuadric;
 
-    // Of the multi-threaded driver. The contexts stay for the next run.
-    bool measureThreads = false;               // take the times of their statistics
-    BitArray lockedVertices;                   // held by a thread for its turn; under csQueue
-    std::deque<ThreadContext> threadContexts;  // threads refer to them while others are added
+    // State of the multi-threaded driver. The contexts are kept for the next run.
+    bool measureThreads = false;               // measure the times in their statistics
+    BitArray lockedVertices;                   // reserved by a thread for its turn; under csQueue
+    std::deque<ThreadContext> threadContexts;  // a deque keeps references valid as it grows
 
     // Results.
     alignas(kCacheLine) VSplitList vsplitList;
-    // Records applied to the mesh as it stands.
+    // The number of records applied to the mesh in its current state.
     alignas(kCacheLine) std::int32_t CurVtxSplitPos = kNone;
     std::int32_t askedNumItem = kNone;
     std::int32_t finalDecimNumItem = kNone;
@@ -111,7 +111,7 @@ struct ProgressiveMesh : DecimationSettings {
         if (observer != nullptr) observer->step(number);
     }
 
-    /// numActiveVertices or numActiveTriangles, as targetCountsVertices says.
+    /// numActiveVertices or numActiveTriangles, depending on targetCountsVertices.
     [[nodiscard]] std::uint32_t activeCount() const {
         return loadRelaxed(targetCountsVertices ? mesh.numActiveVertices : mesh.numActiveTriangles);
     }
@@ -120,11 +120,11 @@ struct ProgressiveMesh : DecimationSettings {
     }
 };
 
-/// Clears the DMesh and gives every setting its default.
+/// Clears the DMesh and resets every setting to its default.
 void ResetProgressiveMeshSettings(ProgressiveMesh& pm);
 
-/// Forgets an earlier run: counters to -1, result flags to false, symmetry bits freed, splits
-/// emptied.
+/// Clears the results of an earlier run: sets counters to -1 and result flags to false, frees the
+/// symmetry bits and empties the splits.
 void ClearDecimationState(ProgressiveMesh& pm);
 
 }  // namespace korvalite

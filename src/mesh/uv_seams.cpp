@@ -72,19 +72,19 @@ bool isClose(UVCoord a, UVCoord b) {
     return du * du + dv * dv < kWeldDistanceSq;
 }
 
-/// The records that the corners of one vertex keep, by the cells of a grid. No two of them are
-/// close, so that a cell holds a few at most.
+/// The records that the corners of one vertex keep, grouped by grid cell. No two of them are
+/// close, so a cell holds only a few.
 class KeptRecords {
 public:
     explicit KeptRecords(const std::vector<UVCoord>& coords) : coords_(coords) {}
 
     void add(std::uint32_t record) {
         const UVCoord uv = coords_[record];
-        // To others nothing is close.
+        // Nothing is close to a record that is not finite.
         if (std::isfinite(uv.u) && std::isfinite(uv.v)) cells_[cellOf(uv, 0, 0)].push_back(record);
     }
 
-    /// The first one that is close to `uv`; kUnassigned if none is.
+    /// The first record close to `uv`; kUnassigned if there is none.
     [[nodiscard]] std::uint32_t firstClose(UVCoord uv) const {
         std::uint32_t first = kUnassigned;
         for (const double du : {-1.0, 0.0, 1.0}) {
@@ -106,7 +106,7 @@ private:
             return std::hash<double>()(cell.first) * 31 + std::hash<double>()(cell.second);
         }
     };
-    // A little wider than what is welded: close records are in the same cell or in neighbours.
+    // A little wider than the welding distance: close records are in the same or adjacent cells.
     static constexpr double kCellSize = 0.0032;
 
     [[nodiscard]] static Cell cellOf(UVCoord uv, double du, double dv) {
@@ -118,7 +118,7 @@ private:
     std::unordered_map<Cell, std::vector<std::uint32_t>, HashOfCell> cells_;
 };
 
-/// The same as weldVertex for a vertex of many corners, which it would compare each with each.
+/// Does the work of weldVertex for a vertex with many corners, without comparing all pairs.
 void weldHub(DMesh& mesh, const IndexList& corners, BitArray& duplicates) {
     KeptRecords kept(mesh.coordsUV);
     for (const std::int32_t corner : corners) {
@@ -135,8 +135,8 @@ void weldHub(DMesh& mesh, const IndexList& corners, BitArray& duplicates) {
     }
 }
 
-/// Points the unassigned corners of one vertex, in ascending order, at the first record close
-/// enough, and marks the records that are no longer needed.
+/// Points the unassigned corners of one vertex, in ascending order, at the first record that is
+/// close enough, and marks the records that are no longer needed.
 void weldVertex(DMesh& mesh, const IndexList& corners, BitArray& duplicates) {
     constexpr std::size_t kMostCompared = 64;
     if (corners.size() > kMostCompared) return weldHub(mesh, corners, duplicates);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// UVs per corner become UVs per index, and the vertices on a seam become known. A seam is where one
+// Welds per-corner UVs into indexed ones and finds the vertices on seams. A seam is where one
 // vertex has several UV coordinates; a seam corner is where a seam ends, branches or bends.
 #pragma once
 
@@ -8,13 +8,13 @@
 
 namespace korvalite {
 
-/// Turns one UV record per corner into records shared by the corners of a vertex whose UVs lie
-/// closer than sqrt(1e-5); the first in ascending corner order is kept.
-/// UVs that fit neither form (not one record per corner, no complete index) are dropped.
+/// Turns one UV record per corner into records shared by corners of the same vertex whose UVs are
+/// closer than sqrt(1e-5); the first in ascending corner order is kept. Drops UVs in neither form,
+/// that is without one record per corner and without a complete index.
 /// REQUIRES: the vertex corner lists.
 void WeldCornerUVs(DMesh& mesh);
 
-/// Sets uvSeamCoords, uvSeamVertices and uvSeamCorners anew.
+/// Recomputes uvSeamCoords, uvSeamVertices and uvSeamCorners.
 /// REQUIRES: the UV corner lists; indicesUV complete.
 void ComputeUVSeams(DMesh& mesh);
 

@@ -6,8 +6,8 @@
 
 namespace korvalite {
 
-/// Rounds toward zero. Values that do not fit, infinities and NaN give INT32_MIN, on every processor
-/// and in every build.
+/// Rounds toward zero. Values that do not fit, infinities and NaN give INT32_MIN, on every
+/// processor and in every build.
 constexpr std::int32_t truncateToInt32(double value) {
     if (value > -2147483649.0 && value < 2147483648.0) return static_cast<std::int32_t>(value);
     return std::numeric_limits<std::int32_t>::min();
