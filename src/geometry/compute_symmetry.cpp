@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kLargestWithFixedRatio = 10000;
 constexpr float kFixedRatio = 0.01F;
 
-/// In larger meshes neighbours stand closer, and a match must be closer too.
+/// In larger meshes neighbours are closer together, so a match must be closer too.
 float toleranceRatio(std::size_t vertexCount) {
     if (vertexCount <= kLargestWithFixedRatio) return kFixedRatio;
     return 100.0F / static_cast<float>(vertexCount);

@@ -43,7 +43,7 @@ double angleBetween(const FloatVec3& a, const FloatVec3& b) {
     const double lengths = static_cast<double>(length(a)) * static_cast<double>(length(b));
     if (lengths == 0.0) return 0.0;
     const double cosine = static_cast<double>(dot(a, b)) / lengths;
-    // Rounding can put the cosine of parallel vectors outside the domain of acos.
+    // Rounding can push the cosine of parallel vectors outside the domain of acos.
     if (cosine <= -1.0) return std::numbers::pi;
     if (cosine >= 1.0) return 0.0;
     return std::acos(cosine);

@@ -2,9 +2,9 @@
 //
 // Small vectors and matrices: normalisation, rotations as quaternions, products and inverses.
 //
-// Matrices are row-major: element (r, c) of a 3x3 matrix is m[3 * r + c], of a 4x4 matrix
-// m[4 * r + c]. Points are row vectors, so the translation of a 4x4 matrix stands in its last row.
-// Angles are in radians. Nothing here allocates, and every function may run on any thread.
+// Matrices are row-major: element (r, c) is m[3 * r + c] in a 3x3 matrix and m[4 * r + c] in a 4x4
+// matrix. Points are row vectors, so the translation of a 4x4 matrix is its last row. Angles are in
+// radians. Nothing here allocates, and every function may run on any thread.
 #pragma once
 
 #include "geometry/matrix_inverse.h"
@@ -19,17 +19,18 @@ struct Quaternion {
     float z = 0.0F;
 };
 
-/// out = v / length; `out` is left as it was if the length is exactly 0.
+/// out = v / length; leaves `out` unchanged if the length is exactly 0.
 void normalize3f(FloatVec3& out, const FloatVec3& v);
 
-/// Divides by the length, which is formed in double, and returns it; returns 0 and leaves a vector
-/// of length 0.
+/// Divides by the length, which is computed in double, and returns it. Leaves a vector of length 0
+/// unchanged and returns 0.
 double normalize3fInPlace(FloatVec3& v);
 
-/// Divides by the length and returns it; leaves a vector shorter than 1e-24 and returns 1.
+/// Divides by the length and returns it. Leaves a vector shorter than 1e-24 unchanged and returns
+/// 1.
 double normalize3d(DoubleVec3& v);
 
-/// In 0..pi; 0 if one of the vectors is zero.
+/// In 0..pi; 0 if either vector is zero.
 [[nodiscard]] double angleBetween(const FloatVec3& a, const FloatVec3& b);
 
 /// out = b . a: with row vectors b acts first. `out` may be one of the operands.
@@ -38,7 +39,7 @@ void multiply3(double out[9], const double a[9], const double b[9]);
 /// The identity if the axis is shorter than 1e-7.
 void axisAngleToQuaternion(Quaternion& q, const FloatVec3& axis, double angle);
 
-/// A 4x4 rotation without translation. `q` is taken as it is, never normalised.
+/// A 4x4 rotation without translation. Does not normalise `q`.
 void quaternionToMatrix(float m[16], const Quaternion& q);
 
 }  // namespace korvalite

@@ -2,16 +2,16 @@
 //
 // Exact inverses of 3x3 and 4x4 matrices by elimination with partial pivoting.
 //
-// The only failure is a pivot of exactly 0. There is no tolerance: a tiny pivot passes, and one
-// that is not a number passes and gives results that are not numbers. Callers take false as "no
-// solution", so a tolerance would change which edges collapse.
+// Only a pivot of exactly 0 fails. There is no tolerance: a tiny pivot passes, and a NaN pivot
+// passes and gives NaN results. Callers read false as "no solution", so a tolerance would change
+// which edges collapse.
 //
-// The inverses lie on the path of every edge evaluation. The textbook form carries the identity
-// along as the right half of each row. Seen in the order in which rows become pivots, that half is
-// always unit lower triangular, and so only its part below the diagonal is stored and worked on
-// here; the columns return to their places when the result is written. This leaves out
-// multiplications by known zeros and ones and changes no bit of any other. All is written out
-// straight, and each column's reduced rows are new values, so that they stay in registers.
+// Every edge evaluation needs an inverse. The textbook form carries the identity along as the right
+// half of each row. In the order in which rows become pivots, that half is always unit lower
+// triangular, so the code stores and updates only its part below the diagonal and restores the
+// column order when it writes the result. This skips multiplications by known zeros and ones and
+// does not change a bit of the rest. Loops are unrolled, and the reduced rows of each column are
+// new values, which keeps them in registers.
 #pragma once
 
 #include <cmath>
@@ -21,7 +21,8 @@ namespace korvalite {
 
 namespace detail {
 
-/// Moves the larger leading element up by swapping row pointers; on a tie the upper row stays.
+/// Moves the row with the larger leading element up by swapping pointers; on a tie, keeps the
+/// order.
 template <typename Row>
 inline void orderRows(const Row*& upper, const Row*& lower, double upperLead, double lowerLead) {
     const bool swap = std::fabs(lowerLead) > std::fabs(upperLead);
@@ -30,14 +31,14 @@ inline void orderRows(const Row*& upper, const Row*& lower, double upperLead, do
     upper = larger;
 }
 
-/// value - factor * element, but not for an element of 0: times an infinite factor that would not
-/// be a number.
+/// value - factor * element, but `value` if the element is 0, because an infinite factor times 0 is
+/// NaN.
 inline double reduceRight(double value, double factor, double element) {
     return element != 0.0 ? value - factor * element : value;
 }
 
-/// Rows that have lost `from` columns: what is left of the matrix (a2 is column 2), and the right
-/// half below the diagonal (b0 belongs to the first pivot).
+/// Reduced rows, named by their first remaining column: the rest of the matrix (a2 is column 2) and
+/// the right half below the diagonal (b0 belongs to the first pivot).
 struct Row3From1 {
     double a1, a2;
     double b0;
@@ -171,7 +172,7 @@ inline Row4From2 eliminateColumn1Of4(const Row4From1& row, const Row4From1& pivo
     const double reciprocal1 = 1.0 / pivot1;
     const double reciprocal2 = 1.0 / pivot2;
     const double reciprocal3 = 1.0 / pivot3;
-    // Solves for one column of the inverse, given the right half of that column, top to bottom.
+    // Solves for one column of the inverse, given that column of the right half, top to bottom.
     const auto solve = [&](const double* source, double b0, double b1, double b2, double b3) {
         const double w = b3 * reciprocal3;
         const double z = (b2 - t2a3 * w) * reciprocal2;
@@ -195,7 +196,7 @@ inline Row4From2 eliminateColumn1Of4(const Row4From1& row, const Row4From1& pivo
     return true;
 }
 
-/// As `invert4d`, worked in double. The result is narrowed last.
+/// Like `invert4d`: computes in double and narrows only the result.
 [[nodiscard]] bool invert4f(float out[16], const float in[16]);
 
 }  // namespace korvalite

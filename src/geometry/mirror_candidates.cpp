@@ -46,8 +46,9 @@ void MirrorCandidates::enclose(Node& node, const Node& other) {
     node.highestPlace = std::max(node.highestPlace, other.highestPlace);
 }
 
-/// The squared distance to the nearest point of the box, in the arithmetic of distances to
-/// candidates. Rounding keeps order: no candidate in the box is nearer, not even by the last bit.
+/// The squared distance to the nearest point of the box, in the same arithmetic as distances to
+/// candidates. Rounding is monotonic, so no candidate in the box is nearer, not even by the last
+/// bit.
 float MirrorCandidates::distanceToBox(const FloatVec3& from, const Node& box) {
     const FloatVec3 nearest{nearestBetween(box.low.x, box.high.x, from.x),
                             nearestBetween(box.low.y, box.high.y, from.y),
@@ -80,12 +81,13 @@ std::size_t MirrorCandidates::firstEntry(std::size_t leaf) const {
     return static_cast<std::size_t>(std::uint64_t{leaf} * entries_.size() / leafCount());
 }
 
-/// The last leaf whose first entry is not above this one.
+/// The last leaf whose first entry is not after this one.
 std::size_t MirrorCandidates::leafOf(std::size_t entry) const {
     return static_cast<std::size_t>((std::uint64_t{entry + 1} * leafCount() - 1) / entries_.size());
 }
 
-/// Orders the entries of some leaves so that each half of the leaves has its own half of the box.
+/// Orders the entries of a range of leaves so that each half of the leaves covers its own part of
+/// the box.
 void MirrorCandidates::split(std::size_t node, std::size_t firstLeaf, std::size_t endLeaf) {
     if (isLeaf(node)) {
         nodes_[node] = leafNode(firstLeaf);
@@ -194,7 +196,7 @@ void MirrorCandidates::findNearest(std::size_t node, const Search& search, Neare
         });
         return;
     }
-    // The nearer child first, the one with the higher place if they are equally near.
+    // Visits the nearer child first, or the one with the higher place if they are equally near.
     std::size_t first = 2 * node + 1;
     std::size_t second = 2 * node + 2;
     const float toFirst = distanceToBox(search.from, nodes_[first]);

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Looks up mirror candidates by the positions of their mirror images.
+// Finds mirror candidates by the positions of their mirror images.
 //
-// The sweep of pairVertices narrows candidates by one coordinate only. Where many vertices share
-// it, on a flat side of a model or within a wide tolerance, that leaves a good part of the model
-// for each vertex. The pairing turns to this k-d tree only there, and finds in it exactly what
-// walking all candidates would find.
+// The sweep of pairVertices filters candidates by one coordinate only. Where many vertices share
+// it, on a flat side of a model or within a wide tolerance, that leaves a large part of the model
+// for each vertex. Only there does the pairing use this k-d tree, which finds exactly what a walk
+// over all candidates would find.
 #pragma once
 
 #include "geometry/vec3.h"
@@ -16,7 +16,7 @@
 
 namespace korvalite {
 
-/// In the arithmetic that decides which candidate is nearest.
+/// Computed in the arithmetic that decides which candidate is nearest.
 inline float squaredDistance(const FloatVec3& a, const FloatVec3& b) {
     const FloatVec3 offset = a - b;
     return dot(offset, offset);
@@ -24,32 +24,33 @@ inline float squaredDistance(const FloatVec3& a, const FloatVec3& b) {
 
 class MirrorCandidates {
 public:
-    /// Makes room for this many.
+    /// Reserves room for `most` candidates.
     explicit MirrorCandidates(std::size_t most) { entries_.reserve(most); }
 
     struct Search {
         FloatVec3 from;
-        std::int32_t lowestPlace = 0;  // candidates at places below it do not count
+        std::int32_t lowestPlace = 0;  // candidates at lower places do not count
     };
 
-    /// Enters the candidate at place `place` of the sweep. One whose image is not finite matches
+    /// Adds the candidate at `place` in the sweep. A candidate whose image is not finite matches
     /// nothing and is left out.
     void add(std::int32_t place, const FloatVec3& image);
 
-    /// REQUIRES: called once, after the last add and before all that follows.
+    /// Builds the tree. REQUIRES: called once, after the last add and before any call below.
     void finish();
 
-    /// No effect for a place that is not in it.
+    /// No effect for a place that is not in the tree.
     void remove(std::int32_t place);
 
-    /// The candidate at the highest place whose squared distance is below `squaredReach`; -1 if
+    /// The highest place with a candidate whose squared distance is below `squaredReach`; -1 if
     /// there is none.
     [[nodiscard]] std::int32_t highestWithin(const Search& search, float squaredReach);
 
-    /// The nearest of these candidates, the one at the highest place among equals.
+    /// The place of the nearest such candidate, the highest place among equals; -1 if there is
+    /// none.
     [[nodiscard]] std::int32_t nearestWithin(const Search& search, float squaredReach);
 
-    /// Nodes and candidates that all searches have looked at.
+    /// The number of nodes and candidates that all searches have visited.
     [[nodiscard]] std::uint64_t lookCount() const { return lookCount_; }
 
 private:
@@ -57,14 +58,14 @@ private:
         FloatVec3 image;
         std::int32_t place;
     };
-    /// What remains of a part of the entries: the box around them and their highest place.
+    /// The bounding box and highest place of the remaining entries under a node.
     struct Node {
         FloatVec3 low;
         FloatVec3 high;
         std::int32_t highestPlace;
     };
-    /// The best so far of a search for the nearest. Its place is above all others until there is
-    /// one, so that a distance equal to the reach is never better.
+    /// The nearest candidate so far. Until there is one, its place is above all others, so a
+    /// distance equal to the reach is not better.
     struct Nearest {
         float squaredDistance;
         std::int32_t place;
@@ -95,8 +96,8 @@ private:
 
     std::vector<Entry> entries_;
     std::vector<std::int32_t> entryAt_;  // by place; -1 for a place that is not in the tree
-    // A complete binary tree, the root first and the children of node i at 2i + 1 and 2i + 2. The
-    // leaves share the entries out evenly.
+    // A complete binary tree: the root comes first, the children of node i are 2i + 1 and 2i + 2.
+    // The entries are divided evenly among the leaves.
     std::vector<Node> nodes_;
     std::uint64_t lookCount_ = 0;
 };

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// A sweep along the axis. The vertices below the plane are taken from the outside in, and the
-// places where their mirror images are looked for move from the other end towards them. A place is
-// a position in the sorted order.
+// A sweep along the axis. It takes the vertices below the plane from the outside in, and the places
+// to search for their mirror images move towards them from the other end. A place is a position in
+// the sorted order.
 #include "geometry/mirror_pairs.h"
 
 #include "geometry/mirror_candidates.h"
@@ -19,7 +19,7 @@ namespace {
 
 constexpr float kNearExactDivisor = 200.0F;
 
-// Candidates that a search walks one by one before it turns to MirrorCandidates.
+// The number of candidates that a search walks one by one before it turns to MirrorCandidates.
 constexpr int kWalkedCandidates = 64;
 
 struct SortedVertex {
@@ -29,11 +29,10 @@ struct SortedVertex {
 
 struct SortedVertices {
     std::vector<SortedVertex> places;
-    std::int32_t numberedCount = 0;  // places whose coordinate is a number
+    std::int32_t numberedCount = 0;  // places whose coordinate is not NaN
 };
 
-/// Ascending by coordinate, then by index. Coordinates that are not a number have no place in an
-/// order of numbers and stand at the end.
+/// Ascending by coordinate, then by index. NaN coordinates have no order and come last.
 SortedVertices sortAlong(const VertexRecords& vertices, int axis) {
     SortedVertices sorted;
     sorted.places.reserve(vertices.size());
@@ -69,7 +68,7 @@ public:
     void run() {
         const auto placeCount = static_cast<std::int32_t>(sorted_.places.size());
         std::int32_t firstAbove = placeCount;
-        // Places without a number stay unpaired: no comparison with them holds.
+        // Places with NaN stay unpaired: every comparison with them is false.
         for (std::int32_t place = 0; place < sorted_.numberedCount; ++place) {
             const float key = at(place).key;
             const bool unpaired = pairing(at(place).vertex) == kNone;
@@ -80,7 +79,7 @@ public:
             }
             firstAbove = std::min(firstAbove, place);
             if (!unpaired) continue;
-            // Beyond the band of the plane: the lower side has been used up.
+            // Past the band around the plane: the lower side is done.
             if (key > centre_ + tolerance_) break;
             take(place, place);
         }
@@ -114,7 +113,7 @@ private:
 
     [[nodiscard]] std::int32_t findMirror(std::int32_t place) {
         const float target = mirrored(at(place).key);
-        // No distance to such a target is below any tolerance, nor any distance below 0.
+        // Nothing is within tolerance of a target that is not finite, nor within a tolerance of 0.
         if (!std::isfinite(target) || !(tolerance_ > 0.0F)) return kNone;
 
         dropAbove(target + tolerance_);
@@ -124,7 +123,7 @@ private:
         return walked ? *walked : lookUpMirror(from, lowest);
     }
 
-    /// Targets fall as the sweep rises, so what is passed here is passed for good.
+    /// Targets fall as the sweep rises, so candidates dropped here are never needed again.
     void dropAbove(float key) {
         high_ = unpaired_.atOrBelow(high_);
         while (high_ >= 0 && at(high_).key > key) {
@@ -134,7 +133,7 @@ private:
     }
 
     /// The first near-exact candidate wins, else the nearest within tolerance, the first of equals.
-    /// Nothing if there are too many candidates to tell.
+    /// Gives up with nullopt if there are too many candidates.
     [[nodiscard]] std::optional<std::int32_t> walkToMirror(const FloatVec3& from, float lowest) {
         std::int32_t best = kNone;
         float bestDistance = squaredTolerance_;
@@ -153,7 +152,7 @@ private:
         return best;
     }
 
-    /// The same, whatever their number.
+    /// The same for any number of candidates.
     [[nodiscard]] std::int32_t lookUpMirror(const FloatVec3& from, float lowest) {
         const MirrorCandidates::Search search{from, firstNotBelow(lowest)};
         const std::int32_t nearExact = candidates().highestWithin(search, squaredNearExact_);
@@ -167,7 +166,7 @@ private:
         return image;
     }
 
-    /// The lowest place whose coordinate is not below this one.
+    /// The lowest place whose coordinate is not below `key`.
     [[nodiscard]] std::int32_t firstNotBelow(float key) const {
         const auto begin = sorted_.places.begin();
         const auto first =
@@ -176,7 +175,7 @@ private:
         return static_cast<std::int32_t>(first - begin);
     }
 
-    /// Built when first needed: most meshes never do. Only what later searches can reach is in it.
+    /// Built on first use; most meshes never need it. Holds only what later searches can reach.
     MirrorCandidates& candidates() {
         if (!candidates_) {
             const std::int32_t lowest = firstNotBelow(centre_ - tolerance_);
@@ -199,7 +198,7 @@ private:
     float squaredNearExact_ = 0.0F;
     SortedVertices sorted_;
     RemainingPlaces unpaired_;
-    std::int32_t high_;  // no candidate stands above this place
+    std::int32_t high_;  // there are no candidates above this place
     std::optional<MirrorCandidates> candidates_;
 };
 

@@ -8,15 +8,15 @@
 
 namespace korvalite {
 
-/// A set that starts as all places 0..n-1, only shrinks, and finds the nearest place at or below
-/// another in nearly constant time, however many have been removed in between.
+/// A set that starts with all places 0..n-1 and only shrinks. It finds the nearest remaining place
+/// at or below another in nearly constant time, however many have been removed in between.
 class RemainingPlaces {
 public:
     explicit RemainingPlaces(std::size_t n) : below_(n + 1) {
         std::iota(below_.begin(), below_.end(), 0U);
     }
 
-    /// The highest remaining place that is not above `place`, or -1. REQUIRES: -1 <= place < n.
+    /// The highest remaining place not above `place`, or -1. REQUIRES: -1 <= place < n.
     [[nodiscard]] std::int32_t atOrBelow(std::int32_t place) {
         auto slot = static_cast<std::uint32_t>(place + 1);
         while (below_[slot] != slot) {
@@ -32,7 +32,8 @@ public:
     }
 
 private:
-    // Slot place + 1 names itself if the place remains, else a slot below it; slot 0 is the floor.
+    // Slot place + 1 refers to itself if the place remains, else to a lower slot; slot 0 is the
+    // end.
     std::vector<std::uint32_t> below_;
 };
 

@@ -15,7 +15,7 @@ constexpr double kParallelSquared = 1e-7;
 constexpr double kShortestPerpendicular = 1e-7;
 constexpr int kFirstKindThatScaleKeeps = 5;
 
-// The quarter turn is a float that goes to sine and cosine as a double.
+// Rounded to float, then passed to sine and cosine as a double.
 constexpr double kQuarterTurn = static_cast<double>(1.57079637F);
 
 void markScaledOrMoved(Transform& transform) {
@@ -36,14 +36,14 @@ FloatVec3 negated(const FloatVec3& v) {
     return {-v.x, -v.y, -v.z};
 }
 
-/// v through the 3x3 block alone.
+/// v times the 3x3 block alone.
 FloatVec3 turned(const Transform& transform, const FloatVec3& v) {
     const float* m = transform.m;
     return {v.x * m[0] + v.y * m[4] + v.z * m[8], v.x * m[1] + v.y * m[5] + v.z * m[9],
             v.x * m[2] + v.y * m[6] + v.z * m[10]};
 }
 
-/// Crosses with the axis that lies farthest from v, so that the result vanishes only with v.
+/// Crosses v with the axis farthest from its direction, so the result is zero only if v is.
 FloatVec3 perpendicular(const FloatVec3& v) {
     const float x = std::fabs(v.x);
     const float y = std::fabs(v.y);

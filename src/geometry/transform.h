@@ -9,7 +9,7 @@
 
 namespace korvalite {
 
-/// What is known of a Transform's matrix.
+/// What is known about a Transform's matrix.
 enum TransformKind : std::int32_t {
     TRANSFORM_IDENTITY = 0,
     TRANSFORM_TRANSLATION = 1,
@@ -18,7 +18,7 @@ enum TransformKind : std::int32_t {
     TRANSFORM_GENERAL = 6,
 };
 
-/// Row-major; points are row vectors, p' = p . M, so the translation stands in m[12], m[13], m[14].
+/// Row-major; points are row vectors, p' = p . M, so the translation is in m[12], m[13], m[14].
 /// Constructed as the identity.
 struct Transform {
     float m[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
@@ -26,24 +26,26 @@ struct Transform {
 
     void setIdentity();
 
-    /// Takes a matrix of which nothing is known: affine if its last column says so, else general.
+    /// Takes any matrix: the kind is affine if the last column is that of an affine map, else
+    /// general.
     void setElements(const float elements[16]);
 
-    /// Scales after the map. A kind below 5 becomes affine.
+    /// Applies the scale after the current map. A kind below 5 becomes affine.
     void scale(const FloatVec3& s);
 
-    /// From scratch: the scale that leaves `point` where it is.
+    /// Replaces the map by the scale about `point`.
     void scaleAbout(const FloatVec3& s, const FloatVec3& point);
 
-    /// From scratch: the rotation about the origin, by radians.
+    /// Replaces the map by a rotation about the origin; the angle is in radians.
     void rotationFromAxisAngle(const FloatVec3& axis, double angle);
 
-    /// The shortest rotation that turns `from` into the direction of `to`. Vectors that already
-    /// point the same way leave the matrix as it is.
+    /// The shortest rotation that turns `from` into the direction of `to`. If both already point
+    /// the same way, the matrix is left unchanged.
     /// REQUIRES: the matrix is the identity.
     void rotationBetween(const FloatVec3& from, const FloatVec3& to);
 
-    /// From scratch: turns `from` into the direction of `to` about `pivot`, which goes to `offset`.
+    /// Replaces the map by one that turns `from` into the direction of `to` about `pivot` and moves
+    /// `pivot` to `offset`.
     void rotationBetweenAbout(const FloatVec3& from, const FloatVec3& to, const FloatVec3& pivot,
                               const FloatVec3& offset);
 };
@@ -54,8 +56,8 @@ void multiply4(float out[16], const float a[16], const float b[16]);
 /// False, with `out` untouched, if `transform` has no inverse. `out` may be `transform`.
 [[nodiscard]] bool invertTransform(Transform& out, const Transform& transform);
 
-/// out = p . M over its fourth component, worked in double; the origin if that component is 0.
-/// `out` may be `p`.
+/// out = p . M divided by its fourth component, computed in double; the origin if that component is
+/// 0. `out` may be `p`.
 void transformPoint(FloatVec3& out, const Transform& transform, const FloatVec3& p);
 
 }  // namespace korvalite

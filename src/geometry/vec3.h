@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Three-component vectors in single and double precision, with the few operations the product
-// needs. The two types never mix implicitly: a change of precision is always written out with
-// toDouble or toFloat, because where a sum is rounded decides the result.
+// Three-component vectors in single and double precision, with the few operations needed here. The
+// two types never mix implicitly: every change of precision is an explicit toDouble or toFloat,
+// because results depend on where a sum is rounded.
 
 #include <cmath>
 
