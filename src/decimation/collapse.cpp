@@ -28,7 +28,7 @@ bool holds(const std::array<std::int32_t, 3>& triangle, std::int32_t vertex) {
     return triangle[0] == vertex || triangle[1] == vertex || triangle[2] == vertex;
 }
 
-/// Where a collapse takes the vertices it moves: v and w alike.
+/// A collapse of v onto w, which moves both to `position`.
 struct Move {
     std::int32_t v;
     std::int32_t w;
@@ -47,16 +47,16 @@ bool turnsOver(const DMesh& mesh, const std::array<std::int32_t, 3>& triangle, c
     return 0.0F > dot(normalAfter, normalBefore);
 }
 
-/// Whether the collapse turns a triangle at `moved` over that does not hold `other`: those at both
-/// ends die.
+/// Whether the collapse flips a triangle that has `moved` but not `other`; triangles with both are
+/// removed.
 bool turnsOverAt(const DMesh& mesh, std::int32_t triangle, std::int32_t moved, std::int32_t other,
                  const Move& move) {
     const auto vertices = triangleVertices(mesh, triangle);
     return holds(vertices, moved) && !holds(vertices, other) && turnsOver(mesh, vertices, move);
 }
 
-/// Any triangle that turns over will do. Around a hub, collapse after collapse is refused for the
-/// same few triangles: those are looked at before the hundreds of others.
+/// A single flipped triangle is enough. Around a hub, the same few triangles make one collapse
+/// after another fail, so these are tested before the hundreds of others.
 bool anyNormalTurnsOver(const DMesh& mesh, const IndexList& cornersOfV, const Move& move,
                         CollapseScratch& scratch) {
     const auto turnsOverAtV = [&](std::int32_t corner) {
@@ -81,8 +81,8 @@ bool anyNormalTurnsOver(const DMesh& mesh, const IndexList& cornersOfV, const Mo
     return true;
 }
 
-// One body for one thread and for many. The threads differ in the guards, which each stand around
-// one small change, and in what they may do with the queue.
+// One implementation for one thread and for many. They differ in their guards, each of which
+// protects one small change, and in whether they may use the queue.
 
 struct OneThread : NoGuards {
     static constexpr bool kRemovesOrphans = true;
@@ -90,7 +90,7 @@ struct OneThread : NoGuards {
 
 struct ManyThreads : ThreadGuards {
     using ThreadGuards::ThreadGuards;
-    // The queue is not at hand, so that an orphan stays active and queued.
+    // The thread does not hold the queue here, so an orphan stays active and queued.
     static constexpr bool kRemovesOrphans = false;
 };
 
@@ -116,7 +116,7 @@ void pushCorner(DMesh& mesh, std::int32_t vertex, std::int32_t corner) {
     storeRelaxed(mesh.vertexTriangleHead[at(vertex)], corner);
 }
 
-/// All corners of v become corners of w, in front of w's own.
+/// Moves all corners of v to w, before w's own corners.
 void handOverCorners(DMesh& mesh, const IndexList& cornersOfV, std::int32_t v, std::int32_t w) {
     for (const std::int32_t corner : cornersOfV) {
         storeRelaxed(mesh.triangles[at(corner)], static_cast<std::uint32_t>(w));
@@ -133,7 +133,7 @@ void removeOrphan(ProgressiveMesh& pm, std::int32_t vertex) {
     setVertexActive(pm.mesh, vertex, false, OneThread{});
 }
 
-/// Deactivates a degenerate triangle; true if that leaves one of its vertices without corners.
+/// Deactivates a degenerate triangle; true if that makes one of its vertices an orphan.
 template <typename Threads>
 bool removeTriangle(ProgressiveMesh& pm, std::int32_t triangle, const Threads& threads) {
     DMesh& mesh = pm.mesh;
@@ -156,8 +156,9 @@ bool removeTriangle(ProgressiveMesh& pm, std::int32_t triangle, const Threads& t
     return orphan;
 }
 
-/// Keeps the link of w a disc or half disc: a closed fan has as many corners as neighbours, an open
-/// one a corner less. Made on the state after the collapse, where the counts are simply w's own.
+/// Tests that the triangles around w form a disc or half-disc: a closed fan has as many corners as
+/// neighbours, an open one has one corner less. Runs after the collapse, when w's own counts are
+/// all it needs.
 CollapseResult testLink(const ProgressiveMesh& pm, std::int32_t w, bool borderV, bool borderW,
                         CollapseRecord& record) {
     GetVertexCornersAndNeighbours(pm.mesh, w, record.neighbours, record.ringCorners);
@@ -213,8 +214,7 @@ CollapseResult collapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
         split.corners.clear();
         return CollapseResult::Refused;
     }
-    // The mirror image of a collapse may have been left without triangles by it, and be gone
-    // already.
+    // In a mirror image, v may have been orphaned and deactivated by the first collapse.
     if (mesh.vertexActive.Test(v)) setVertexActive(mesh, v, false, threads);
     const bool borderV = mesh.borderVertices.Test(v);
     const bool borderW = mesh.borderVertices.Test(w);
@@ -223,7 +223,7 @@ CollapseResult collapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
     bool orphan = false;
     for (const std::int32_t corner : split.corners) {
         const std::int32_t triangle = corner / 3;
-        // A triangle that named v twice is met twice, and is gone the second time.
+        // A triangle that had v twice comes up twice, and is inactive the second time.
         if (!mesh.triangleActive.Test(triangle)) continue;
         if (!isDegenerate(triangleVertices(mesh, triangle))) continue;
         if (removeTriangle(pm, triangle, threads)) orphan = true;
@@ -258,7 +258,7 @@ CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
 CollapseResult CollapseEdge_MT(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
                                const FloatVec3& position, CollapseRecord& record,
                                CollapseScratch& scratch, CriticalSections& sections) {
-    // An orphan that is still queued. There is no edge left that it could collapse along.
+    // v is an orphan that is still queued: it has no edge left to collapse along.
     if (pm.mesh.vertexTriangleHead[at(v)] == kNone) return CollapseResult::Refused;
     return collapse(pm, v, w, position, record, scratch, ManyThreads(sections));
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// A half-edge collapse on the index arrays: v goes, w stays and moves. Carried out, tested on the
-// result, and undone if the test fails.
+// A half-edge collapse on the index arrays: v is removed, w is kept and moves. The collapse is
+// carried out, tested on the result, and undone if the test fails.
 //
-// The plain forms are for one thread. The _MT forms may run on several threads at once, each of
-// which has reserved both vertices and their rings.
+// The plain forms are for one thread. The _MT forms may run on several threads at once if each
+// thread has reserved both vertices and their rings.
 #pragma once
 
 #include "decimation/vsplit.h"
@@ -22,17 +22,17 @@ struct ProgressiveMesh;
 
 enum class CollapseResult {
     Done,
-    Refused,            // a normal would turn over, or w's link would be no disc
-    RefusedBothBorder,  // the link test between two border vertices
+    Refused,            // a normal would flip, or the link test fails
+    RefusedBothBorder,  // the link test fails between two border vertices
 };
 
-/// One collapse and what it leaves behind. Kept by the driver and used again, so that a collapse
-/// allocates nothing once the lists have grown.
+/// One collapse and its results. The driver reuses the record, so a collapse allocates nothing once
+/// the lists have grown.
 struct CollapseRecord {
     VSplit split;
     CollapseFlags flags;
-    // The ring of w after the collapse, as gathered by the link test; empty with ProtectTopology
-    // off, when there is no such test.
+    // The ring of w after the collapse, gathered by the link test; empty with ProtectTopology off,
+    // which skips that test.
     IndexList neighbours;
     IndexList ringCorners;
 
@@ -44,7 +44,7 @@ struct CollapseRecord {
     }
 };
 
-/// The triangles that turned over last, the latest first.
+/// The triangles that flipped most recently, latest first.
 class TurnedOverTriangles {
 public:
     [[nodiscard]] std::span<const std::int32_t> triangles() const {
@@ -64,27 +64,27 @@ private:
     std::size_t count_ = 0;
 };
 
-/// What a driver or thread keeps from one normal test to the next.
+/// State that a driver or thread keeps between flip tests.
 struct CollapseScratch {
     TurnedOverTriangles turnedOver;
     std::uint64_t trianglesTested = 0;  // around kept vertices, so far
 };
 
-/// Collapses v onto w at `position`. Fills `record`, which must be clear. After a refusal nothing
-/// of the mesh has changed but the order of corner lists (and, with ProtectTopology off, nothing at
-/// all: no link test is made).
+/// Collapses v onto w at `position`. Fills `record`, which must be clear. A refusal leaves the mesh
+/// unchanged except for the order of corner lists; with ProtectTopology off there is no link test,
+/// and the order does not change either.
 CollapseResult CollapseEdge(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
                             const FloatVec3& position, CollapseRecord& record,
                             CollapseScratch& scratch);
 
-/// The same, but the queue is left alone: with ProtectTopology off, a vertex that loses its last
-/// triangle stays active and queued, and its own collapse is refused.
+/// The same, but does not touch the queue: with ProtectTopology off, an orphan stays active and
+/// queued, and its own collapse is refused.
 CollapseResult CollapseEdge_MT(ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
                                const FloatVec3& position, CollapseRecord& record,
                                CollapseScratch& scratch, CriticalSections& sections);
 
-/// Takes back a collapse that stands. The corner lists come back in another order, and vertices
-/// that the collapse took out of the queue are not queued again.
+/// Undoes a successful collapse. The corner lists end up in a different order, and vertices that
+/// the collapse removed from the queue are not queued again.
 void UndoCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w, const VSplit& split,
                   const CollapseFlags& flags);
 void UndoCollapse_MT(ProgressiveMesh& pm, std::int32_t v, std::int32_t w, const VSplit& split,

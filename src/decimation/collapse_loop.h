@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The loop that all single-threaded drivers share: takes the cheapest vertex, collapses it with its
-// mirror image or refuses, lets the driver rank what changed, and records the splits.
+// The loop that all single-threaded drivers share: takes the cheapest vertex, collapses it together
+// with its mirror image or refuses, lets the driver re-rank what has changed, and records the
+// splits.
 //
 // A driver has the hooks of PairCollapse and these:
 //
@@ -9,8 +10,8 @@
 //   void rankForFinishStep(vertex)          cost and partner of one vertex, not queued
 //   void showProgress(done)                 every 200 successful turns; a mirrored pair counts once
 //
-// Invariants: numActiveVertices and numActiveTriangles equal the set bits; a turn ends with its
-// collapse complete and recorded, or with the mesh as before it.
+// Invariants: numActiveVertices and numActiveTriangles equal the number of set bits; a turn ends
+// with its collapse complete and recorded, or with the mesh unchanged.
 #pragma once
 
 #include "decimation/collapse.h"
@@ -64,8 +65,8 @@ private:
         return Turn::Next;
     }
 
-    /// All that is queued has been refused once. The finish step would give it a second chance
-    /// without symmetry, but it asks for a flag that no run sets: a run ends here.
+    /// Every queued vertex has been refused at least once. The finish step would give them a second
+    /// chance without symmetry, but it requires a flag that no run sets, so the run ends here.
     Turn onlyRefusedLeft(float cost) {
         if (!pm_.AllowFinishStep || cost == kNotCollapsible || !pm_.finishStepStarted) {
             return Turn::Stop;
@@ -84,7 +85,7 @@ private:
         return Turn::Next;
     }
 
-    /// The only moment at which a collapse reaches the list: one that was undone leaves no record.
+    /// The only place that appends to the list, so an undone collapse leaves no record.
     void record() {
         if (pm_.recordVSplits) {
             if constexpr (Driver::kRecordsSplits) {

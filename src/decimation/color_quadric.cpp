@@ -9,7 +9,7 @@ namespace korvalite {
 
 namespace {
 
-/// a . b, every element summed from left to right.
+/// a . b; each element is summed from left to right.
 Matrix3 product(const Matrix3& a, const Matrix3& b) {
     Matrix3 result;
     for (std::size_t r = 0; r < 3; ++r) {
@@ -64,7 +64,7 @@ bool ColorQuadric::InvertBlocks(Matrix3& P, Matrix3& R, Matrix3& T) const {
     Matrix3 inverseA;
     if (!invert3(inverseA.data(), a.data())) return false;
 
-    const Matrix3 gTransposed = G;  // stored column by column, so its rows are those of G'
+    const Matrix3 gTransposed = G;  // G is column-major, so read row-major it is G'
     const Matrix3 B = product(inverseA, transposed(gTransposed));
     Matrix3 S = product(gTransposed, B);
     for (std::size_t i = 0; i < S.size(); ++i)

@@ -53,15 +53,15 @@ void CostQueue::Init(std::int32_t vertexCount) {
     if (vertexCount != 0) fitScale();
 }
 
-/// The scale begins at the decade below which 15 vertices or fewer lie, and ends at what a collapse
-/// over a good part of the box would cost.
+/// The scale starts at the highest decade with at most 15 vertices below it, and ends at the cost
+/// of a collapse across a large part of the bounding box.
 void CostQueue::fitScale() {
     std::array<std::uint32_t, kDecadeBins> histogram{};
     for (const VertexRecord& vertex : mesh_.vertices) {
         if (vertex.cost != kNotCollapsible) ++histogram[at(decadeBin(vertex.cost))];
     }
-    // Where no decade is reached, logRange keeps its default here although minCost is another
-    // decade: the scale has always been so.
+    // If the loop finds no decade, the last line subtracts the default logRange_, although that is
+    // not the decade of minCost_: the scale has always been like that.
     std::uint32_t below = 0;
     for (std::int32_t bin = 0; bin < kDecadeBins; ++bin) {
         below += histogram[at(bin)];
@@ -178,7 +178,7 @@ void CostQueue::unlinkFromBucket(std::int32_t vertex) {
     link(vertex, kNotQueued, kNoBackLink);
 }
 
-/// False if no bucket is left. Lists what it pours, unless `poured` is null.
+/// False if no bucket is left. Lists the poured vertices in `poured`, unless it is null.
 bool CostQueue::pourNextBucket(std::vector<OrderedSet::Key>* poured) {
     std::int32_t bucket = currentBucket_ + 1;
     while (bucket < bucketCount() && bucketHeads_[at(bucket)] == kNone)

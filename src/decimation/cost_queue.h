@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
-// The vertices in order of cost, cheapest first, the lower index first among equals.
+// The vertices in order of cost, cheapest first; among equals the lower index comes first.
 //
-// Not a heap: log-scale buckets, each an intrusive list of vertices in no order, stand in front of
-// a small exact ordered set. Only the cheapest buckets are ever sorted: when the set runs dry the
-// next bucket is poured into it. Putting a vertex into a bucket takes constant time and allocates
-// nothing, which is what lets a mesh of many millions of vertices be queued.
+// Not a heap: log-scale buckets, each an unordered intrusive list of vertices, feed a small ordered
+// set. Only the cheapest buckets are ever sorted: when the set runs dry, the next bucket is poured
+// into it. Inserting into a bucket takes constant time and allocates nothing, so meshes of many
+// millions of vertices can be queued.
 //
-// The queue reads each vertex's `cost` from its record. A cost never changes while its vertex is
+// The queue reads each vertex's `cost` from its record. A cost must not change while its vertex is
 // queued: callers remove, change, then insert.
 //
-// Thread safety: none, but for isQueued, bucketOf and the prefetches, which may be called while
-// another thread changes the queue: isQueued for a vertex that only moves within it.
+// Thread safety: none, except that isQueued, bucketOf and the prefetches may be called while
+// another thread changes the queue, isQueued only for a vertex that merely moves within it.
 #pragma once
 
 #include "decimation/ordered_set.h"
@@ -26,34 +26,34 @@ namespace korvalite {
 
 struct DMesh;
 
-/// Costs from here on belong to collapses that have been refused at least once.
+/// Costs from here up belong to vertices whose collapse has been refused at least once.
 inline constexpr float kPenalizedCost = 1e10F;
 
 class CostQueue {
 public:
-    /// `mesh` gives the costs and the bounding box; it must outlive the queue.
+    /// `mesh` provides the costs and the bounding box; it must outlive the queue.
     explicit CostQueue(const DMesh& mesh);
     CostQueue(const CostQueue&) = delete;
     CostQueue& operator=(const CostQueue&) = delete;
 
     /// Empties the queue, makes room for `vertexCount` vertices and fits the log scale to their
-    /// costs. Inserts nothing.
+    /// costs. Does not insert any.
     void Init(std::int32_t vertexCount);
 
-    /// No effect for a vertex that is not collapsible, nor for one that is queued already.
+    /// No effect for a vertex that is not collapsible or already queued.
     void Insert(std::int32_t vertex);
-    /// The same with bucketOf its cost, known before; -1 leaves it out.
+    /// The same with a precomputed bucketOf(cost); -1 for a vertex that is not collapsible.
     void Insert(std::int32_t vertex, std::int32_t bucket);
 
     /// No effect for a vertex that is not queued.
     void Remove(std::int32_t vertex);
 
-    /// The same for several vertices. What they are linked to lies anywhere in memory: this way the
-    /// cache misses overlap.
+    /// The same for several vertices. Their links point all over memory; batching lets the cache
+    /// misses overlap.
     void InsertAll(std::span<const std::int32_t> vertices);
     void RemoveAll(std::span<const std::int32_t> vertices);
 
-    /// Fetch what Remove and Insert will reach for. The first fetches what the second looks at.
+    /// Prefetch what Remove and Insert will access. The first fetches what the second reads.
     void prefetchOwnLinks(std::span<const std::int32_t> vertices) const;
     void prefetchLinks(std::span<const std::int32_t> vertices) const;
     void prefetchBuckets(std::span<const std::int32_t> buckets) const;
@@ -66,9 +66,10 @@ public:
     /// The cheapest vertex, not removed; -1 when the queue is empty. Pours buckets as needed.
     std::int32_t Top();
 
-    /// The cheapest vertex that accept(vertex) takes, not removed; -1 if it takes none. Pours on
-    /// where it takes none of those that are in order, as long as goesOn(). Each vertex is asked
-    /// once: what has been refused must stay refused until this returns.
+    /// The cheapest vertex for which accept(vertex) is true, not removed; -1 if there is none.
+    /// Pours more buckets while goesOn() is true and no vertex in the ordered set is accepted.
+    /// Tests each vertex only once: a vertex that was rejected must stay rejected until this
+    /// returns.
     template <typename Accept, typename GoesOn>
     std::int32_t FirstAccepted(Accept accept, GoesOn goesOn) {
         prefetchOneMore();
@@ -85,15 +86,15 @@ public:
         return FirstAccepted(accept, [] { return true; });
     }
 
-    /// What Top would give without pouring; -1 if it would have to. A guess at what comes next.
+    /// What Top would return without pouring, as a guess at what comes next; -1 if it had to pour.
     [[nodiscard]] std::int32_t peek() const {
         return orderedSet_.empty() ? -1 : orderedSet_.first();
     }
 
-    /// Empties the queue for a rebuild; scale and current bucket stay.
+    /// Empties the queue for a rebuild; keeps the scale and the current bucket.
     void Clear();
 
-    /// Back to the state before Init; all storage is returned.
+    /// Returns to the state before Init and frees all storage.
     void Release();
 
     [[nodiscard]] std::int32_t vertexCount() const { return vertexCount_; }
@@ -110,12 +111,12 @@ private:
     // `next` of a vertex that is in no bucket.
     static constexpr std::int32_t kNotQueued = -1;
     static constexpr std::int32_t kInSet = -2;
-    // `back` of a vertex in a bucket: the vertex in front of it, or kFirstBucket minus the bucket
-    // it is first in.
+    // `back` of a vertex in a bucket: the previous vertex, or kFirstBucket minus the bucket's index
+    // if the vertex is the first.
     static constexpr std::int32_t kNoBackLink = -1;
     static constexpr std::int32_t kFirstBucket = -2;
-    // Read and written as one, so that a vertex that moves from a bucket to the set is seen in one
-    // of them at any moment.
+    // Read and written as one, so other threads always see a vertex that moves from a bucket to the
+    // set in one of the two.
     struct alignas(8) Links {
         std::int32_t next = kNotQueued;
         std::int32_t back = kNoBackLink;
@@ -152,9 +153,9 @@ private:
     const DMesh& mesh_;
     std::int32_t vertexCount_ = 0;
     std::int32_t currentBucket_ = 0;  // the highest bucket poured so far
-    // Somewhere in the bucket to be poured next, mostly. Its list is a chain of cache misses, so
-    // each look at the queue prefetches one more of it. A vertex that has gone elsewhere leads
-    // astray, which does no harm.
+    // Usually a vertex in the bucket to be poured next. Walking its list misses the cache at every
+    // step, so each access to the queue prefetches one more vertex. If the vertex has left the
+    // bucket, the walk goes astray, which does no harm.
     std::int32_t prefetched_ = -1;
     std::vector<std::int32_t> bucketHeads_;
     std::vector<Links> links_;
@@ -166,14 +167,14 @@ private:
     double logRange_ = 5.0;  // decades
 };
 
-/// What a refusal makes of a cost: behind every real cost, and always above the old one, so that a
-/// refused vertex never stays in front.
+/// The cost after a refusal: above every real cost and always above the old one, so a refused
+/// vertex never stays first.
 inline float penalizedCost(float cost) {
     const float raised = cost * 100.0F + kPenalizedCost;
     return raised > cost ? raised : kPenalizedCost;
 }
 
-/// Raises the cost of a refused vertex, queued or not, and moves it behind every real cost.
+/// Raises the cost of a refused vertex, queued or not, above every real cost.
 void Penalize(DMesh& mesh, CostQueue& queue, std::int32_t vertex);
 
 }  // namespace korvalite

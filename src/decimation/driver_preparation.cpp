@@ -55,7 +55,7 @@ void prepareAdjacency(ProgressiveMesh& pm) {
     ProgressChannel& progress = progressChannel();
     DMesh& mesh = pm.mesh;
     progress.BeginSubTask("analysing mesh", -1);
-    // A mesh without triangles has no corner either way, but its vertices have lists.
+    // A mesh without triangles has no corners, but each vertex still has a list.
     const bool haveCorners = mesh.cornerNext.size() == mesh.triangles.size() &&
                              mesh.vertexTriangleHead.size() == mesh.vertices.size();
     if (!haveCorners) BuildVertexCorners(mesh);
@@ -70,7 +70,7 @@ void prepareAdjacency(ProgressiveMesh& pm) {
 void prepareSymmetry(ProgressiveMesh& pm, const SymmetryNeeds& needs) {
     DMesh& mesh = pm.mesh;
     pm.m_handleSymmetry_internal = pm.handleSymmetry;
-    // One coordinate stands for a mesh that is no number at all.
+    // The first coordinate serves as a check for a mesh without finite coordinates.
     if (!mesh.vertices.empty() && !std::isfinite(mesh.vertices.front().x)) {
         pm.m_handleSymmetry_internal = false;
     }

@@ -9,24 +9,26 @@
 
 namespace korvalite {
 
-/// Corner lists if they are not there, a clean decimation state, border bits.
+/// Builds the corner lists if they are missing, clears the decimation state and computes the border
+/// bits.
 void prepareAdjacency(ProgressiveMesh& pm);
 
-/// Which vertices a driver keeps from collapsing in pairs, and whether its metric knows the plane.
+/// Which vertices a driver does not let collapse in pairs, and whether its metric includes the
+/// plane.
 struct SymmetryNeeds {
     bool pairsMustShareColors = true;
     bool planeQuadric = true;
 };
 
-/// Decides m_handleSymmetry_internal and builds pairing, slaves and plane quadric. Pairs whose
-/// masks (or colours) differ are taken apart, so that they collapse on their own.
+/// Decides m_handleSymmetry_internal and builds pairing, slaves and plane quadric. Separates pairs
+/// with different masks (or colours), whose vertices then collapse independently.
 void prepareSymmetry(ProgressiveMesh& pm, const SymmetryNeeds& needs);
 
-/// All of the above, as the drivers that hold their metric in memory begin: with the main task, and
-/// with neither UVs nor colours.
+/// All of the above for drivers that hold their metric in memory: also begins the main task, and
+/// handles neither UVs nor colours.
 void prepareInMemoryDriver(ProgressiveMesh& pm, bool planeQuadric);
 
-/// Opens the list of splits, if the run records them.
+/// Opens the list of splits if the run records them.
 void openVSplitList(ProgressiveMesh& pm, std::uint32_t threadCount = 1);
 
 }  // namespace korvalite

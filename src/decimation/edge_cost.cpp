@@ -13,8 +13,8 @@ namespace {
 
 enum class Placement {
     Solve,         // the quadric's minimum
-    KeepEndpoint,  // the endpoint that stands on a border or seam
-    Search,        // the best point of the edge
+    KeepEndpoint,  // the endpoint on a border or seam
+    Search,        // the best point on the edge
 };
 
 struct PlacementRule {
@@ -36,7 +36,7 @@ PlacementRule placementAt(const ProgressiveMesh& pm, std::int32_t a, std::int32_
     } else if (seamA) {
         rule = {Placement::KeepEndpoint, a};
     } else if (seamB) {
-        // The endpoint stays as the border chose it: a, if a alone is on a border.
+        // The border has already chosen the endpoint: a, if only a is on a border.
         rule.placement = Placement::KeepEndpoint;
     }
     return rule;
@@ -50,8 +50,8 @@ void clampToZero(float& cost) {
     if (0.0F > cost) cost = 0.0F;
 }
 
-/// Takes what an evaluation found. Where that is not finite, the edge may not collapse and keeps
-/// the position it had: false.
+/// Stores the result of an evaluation. If it is not finite, makes the edge not collapsible, keeps
+/// the old position and returns false.
 bool takeIfFinite(EdgeEvaluation& result, float cost, const FloatVec3& position) {
     const bool finite = std::isfinite(cost) && isFinite(position);
     result.cost = finite ? cost : kNotCollapsible;
@@ -59,7 +59,7 @@ bool takeIfFinite(EdgeEvaluation& result, float cost, const FloatVec3& position)
     return finite;
 }
 
-/// Takes the first best of the points between a and b, if it beats the cost in hand.
+/// Takes the best sample point from a to b, the first among equals, if it beats the current cost.
 void searchAlongEdge(const ProgressiveMesh& pm, EdgeEvaluation& result, const FloatVec3& a,
                      const FloatVec3& b, const Quadric3D& quadric) {
     EdgeEvaluation found = result;
@@ -77,16 +77,15 @@ void searchAlongEdge(const ProgressiveMesh& pm, EdgeEvaluation& result, const Fl
     clampToZero(result.cost);
 }
 
-/// Not the determinant, though close to one: the measure of degeneracy that the metric has always
-/// been tuned with.
+/// Close to the determinant but not the same: the metric has always been tuned with this measure.
 double degeneracy(const Quadric3D& quadric) {
     const auto& q = quadric.q;
     return q[0] * q[3] * q[5] - q[4] * q[4] - q[1] * q[1] * q[5] - q[2] * q[4] +
            q[1] * q[2] * q[4] - q[2] * q[3];
 }
 
-/// The quadric's minimum; false if the search is to go on from the result, because there is no
-/// minimum or because it is not to be trusted.
+/// Takes the quadric's minimum. Returns false if there is none or it cannot be trusted; the search
+/// then continues from the result.
 bool solve(const ProgressiveMesh& pm, EdgeEvaluation& result, const Quadric3D& quadric) {
     const auto& q = quadric.q;
     const Matrix3 matrix{q[0], q[1], q[2], q[1], q[3], q[4], q[2], q[4], q[5]};
@@ -105,7 +104,7 @@ bool solve(const ProgressiveMesh& pm, EdgeEvaluation& result, const Quadric3D& q
     return !(pm.useDegeneracySearch && std::abs(degeneracy(quadric)) < 0.001);
 }
 
-/// The mask slows the decimation down where its values are low, and 0 forbids it.
+/// The mask slows the decimation down where its values are low; 0 forbids a collapse.
 void applyMask(const DMesh& mesh, float& cost, std::int32_t a, std::int32_t b) {
     if (!mesh.hasMask()) return;
     const std::uint8_t lower = std::min(mesh.maskValues[static_cast<std::size_t>(a)],
@@ -132,7 +131,7 @@ DoubleVec3 columnProduct(const Matrix3& m, const std::array<double, 3>& v) {
             m[2] * v[0] + m[5] * v[1] + m[8] * v[2]};
 }
 
-/// A value that is not a number (no colour weight) leaves the channel as it is.
+/// NaN, as with a colour weight of 0, leaves the channel unchanged.
 void takeChannel(std::uint8_t& channel, double value) {
     if (value >= 255.0) {
         channel = 255;

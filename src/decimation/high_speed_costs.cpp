@@ -101,8 +101,8 @@ private:
         pm_.costQueue.InsertAll(s_.queued);
     }
 
-    /// The ring sees all its neighbours, the kept vertex is seen by the ring, and the vertices
-    /// beyond keep their costs.
+    /// Ranks a ring vertex against all its neighbours, and the kept vertex against the ring. The
+    /// vertices beyond the ring keep their costs.
     void rankRingVertex(std::int32_t u) {
         const bool mayRankU = !pm_.isSymmetrySlave(u);
         GetVertexNeighbours(mesh_, u, s_.outerRing);

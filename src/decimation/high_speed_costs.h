@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Costs from stored quadrics. Each routine writes `cost` and `partner` of the vertices it ranks,
-// and `bestPositions`, the position that the evaluation found, with its bit in `hasBestPosition`.
+// Costs from stored quadrics. For each vertex it ranks, a routine writes `cost` and `partner`, the
+// position found by the evaluation to `bestPositions`, and its bit in `hasBestPosition`.
 #pragma once
 
 #include "mesh/bit_array.h"
@@ -12,7 +12,7 @@
 
 namespace korvalite {
 
-/// Builds triangleQuadrics and vertexQuadrics and ranks every vertex; nothing is queued.
+/// Builds triangleQuadrics and vertexQuadrics and ranks every vertex; does not queue any.
 /// REQUIRES: border bits and, with symmetry, the slaves and the plane quadric.
 void InitVerticesCost(ProgressiveMesh& pm);
 
@@ -22,11 +22,11 @@ struct RingScratch {
     IndexList outerRing;
     IndexList queued;
     IndexList cursors;  // of warmVertexCorners
-    BitArray inRing;    // one bit a vertex, all clear between two updates
+    BitArray inRing;    // one bit per vertex, all clear between updates
 };
 
-/// Ranks `kept` and its ring again and queues them. The quadrics of all of them grow by the
-/// triangles around them as they stand: they are not built anew.
+/// Re-ranks `kept` and its ring and queues them. Adds the current quadrics of the triangles around
+/// each of these vertices to the stored vertex quadric, which is not rebuilt.
 void UpdateNeighbourCosts(ProgressiveMesh& pm, std::int32_t kept, RingScratch& scratch);
 
 }  // namespace korvalite

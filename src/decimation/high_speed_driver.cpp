@@ -23,8 +23,8 @@ public:
         scratch_.inRing.Resize(pm.mesh.vertexCount(), false);
     }
 
-    // What is ranked without a position, here and below, collapses to the one stored before. A
-    // vertex that has none, such as a slave, goes to where its partner is.
+    // A vertex that was ranked without a position, as by the hooks below, collapses to the one
+    // stored before. If it has none, such as a slave, it collapses to its partner's position.
     [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u,
                                        KeptQuadrics<Metric>& /*keptQuadrics*/) const {
         EdgeEvaluation evaluation;
@@ -33,7 +33,7 @@ public:
         return evaluation;
     }
 
-    // Colours stay, but after an earlier run that used them the splits still have room for one.
+    // Colours do not change, but after an earlier run that used them the splits still store one.
     void carryAttributes(CollapseRecord& collapse, std::int32_t /*removed*/, std::int32_t kept,
                          const EdgeEvaluation& /*evaluation*/) const {
         if (!pm_.m_useVertexColors_internal || !pm_.mesh.hasColors()) return;

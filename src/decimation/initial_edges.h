@@ -15,7 +15,7 @@ namespace korvalite {
 enum class EdgeVerdict {
     Evaluate,
     Skip,
-    SkipUnasked,  // without looking for a stop request either
+    SkipUnasked,  // and do not check for a stop request
 };
 
 /// Which end of an edge may take its cost.
@@ -24,19 +24,19 @@ struct EdgeEnds {
     bool updateB = true;
 };
 
-/// Whether the edge from a to b, as a triangle names it, is evaluated.
+/// Whether to evaluate the edge from a to b, in the direction that a triangle gives it.
 EdgeVerdict judgeInitialEdge(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b,
                              EdgeEnds& ends);
 
-/// Not collapsible and without a partner, until an edge says otherwise.
+/// Makes a vertex not collapsible and removes its partner, until an edge is ranked.
 inline void forgetCost(VertexRecord& vertex) {
     vertex.cost = kNotCollapsible;
     vertex.partner = kNone;
 }
 
-/// Evaluates each edge once, in corner order, by evaluate(edge, a, b). An end takes the cost if it
-/// is lower than its own, so that the first of equal ones stands, and took(end, edge) is told.
-/// A stop request ends the walk.
+/// Evaluates each edge once with evaluate(edge, a, b), in corner order. If the cost is lower than
+/// an end's own, the end takes it and took(end, edge) is called; the first of equals wins. A stop
+/// request ends the walk.
 template <typename Evaluate, typename Took>
 void rankInitialEdges(ProgressiveMesh& pm, Evaluate evaluate, Took took) {
     DMesh& mesh = pm.mesh;
@@ -50,7 +50,7 @@ void rankInitialEdges(ProgressiveMesh& pm, Evaluate evaluate, Took took) {
         took(end, edge);
     };
     for (std::int32_t corner = 0; corner < mesh.cornerCount(); ++corner) {
-        // Of an earlier run.
+        // An earlier run removed this triangle.
         if (!mesh.triangleActive.Test(corner / 3)) continue;
         const std::int32_t a = vertexAt(mesh, corner);
         const std::int32_t b = vertexAt(mesh, nextCorner(corner));

@@ -70,8 +70,8 @@ void restoreUVs(DMesh& mesh, VSplitView& split) {
     }
 }
 
-/// Takes back the record at CurVtxSplitPos - 1: v comes back out of w. False, with nothing done,
-/// for a record that the scratch file has lost.
+/// Undoes the record at CurVtxSplitPos - 1: splits v off w again. False, with nothing done, if the
+/// scratch file has lost the record.
 bool applySplit(ProgressiveMesh& pm) {
     DMesh& mesh = pm.mesh;
     VSplitView split = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos - 1);
@@ -138,7 +138,7 @@ void ApplyCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w) {
         const std::int32_t a = vertexAt(mesh, 3 * triangle);
         const std::int32_t b = vertexAt(mesh, 3 * triangle + 1);
         const std::int32_t c = vertexAt(mesh, 3 * triangle + 2);
-        // A triangle that named v twice is met twice.
+        // A triangle that had v twice comes up twice.
         if ((a != b && b != c && c != a) || !mesh.triangleActive.Test(triangle)) continue;
         mesh.triangleActive.Clear(triangle);
         --mesh.numActiveTriangles;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Moves a decimated mesh up and down its splits, with no cost work. Thread safety: none.
+// Moves a decimated mesh up and down its splits without computing costs. Thread safety: none.
 #pragma once
 
 #include "mesh/progressive_mesh.h"
@@ -9,13 +9,13 @@
 
 namespace korvalite {
 
-/// Brings the active count (vertices or triangles, as targetCountsVertices says) to `target`, or as
-/// near as the splits reach, from wherever CurVtxSplitPos stands; a negative target means the
-/// coarsest level. A collapse that leaves a vertex without triangles leaves it active. Always 0.
-/// The corner lists are not kept up to date.
+/// Moves the mesh from its current level, CurVtxSplitPos, until the active count (of vertices or
+/// triangles, depending on targetCountsVertices) reaches `target`, or as near as the splits allow;
+/// a negative target means the coarsest level. Orphans stay active. Always returns 0. Does not
+/// update the corner lists.
 int updateMeshAtLevel(ProgressiveMesh& pm, std::int32_t target);
 
-/// Applies again the record in front of CurVtxSplitPos: the collapse of v onto w.
+/// Reapplies the record before CurVtxSplitPos: the collapse of v onto w.
 void ApplyCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w);
 
 }  // namespace korvalite

@@ -14,7 +14,7 @@ std::size_t at(std::int32_t index) {
     return static_cast<std::size_t>(index);
 }
 
-/// The length in floats, the division in doubles.
+/// Computes the length in floats and divides in doubles.
 FloatVec3 unitNormal(const DMesh& mesh, std::int32_t triangle) {
     const auto corner = [&](std::int32_t k) {
         return mesh.vertices[at(vertexAt(mesh, 3 * triangle + k))].position();

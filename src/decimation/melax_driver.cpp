@@ -13,7 +13,7 @@ namespace {
 /// The hooks of PairCollapse and CollapseLoop.
 class MelaxDriver {
 public:
-    using Metric = PlainMetric;  // the mirror image goes where the quadrics say
+    using Metric = PlainMetric;  // quadrics place the mirror image
     static constexpr bool kRecordsSplits = false;
 
     explicit MelaxDriver(ProgressiveMesh& pm) : pm_(pm) {}
@@ -32,7 +32,7 @@ public:
         UpdateRingMelax(pm_, kept, collapse.ringCorners, collapse.neighbours, scratch_);
     }
 
-    // The ring would be found through the recorded split, and none is recorded.
+    // This driver leaves the costs around a kept vertex without triangles unchanged.
     static void refreshCosts(const CollapseRecord& /*collapse*/) {}
 
     void rankFreedSlave(std::int32_t vertex) {
@@ -41,7 +41,7 @@ public:
     }
     void rankForFinishStep(std::int32_t vertex) { ComputeVertexCostMelax(pm_, vertex, scratch_); }
 
-    // Only an observer follows a run of this driver.
+    // This driver reports no progress; only an observer can follow its runs.
     static void showProgress(std::int32_t /*done*/) {}
 
     MelaxScratch& scratch() { return scratch_; }

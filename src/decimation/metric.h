@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The two metrics a driver is instantiated with. Whatever differs between the plain and the colour
-// twin of a routine is named here.
+// The two metrics that drivers are instantiated with. All differences between the plain and the
+// colour version of a routine are defined here.
 #pragma once
 
 #include "decimation/edge_cost.h"
@@ -58,7 +58,7 @@ struct ColorMetric {
                                   std::int32_t /*b*/) {
         return false;
     }
-    /// Red, green and blue of the kept vertex change; the split takes what was there.
+    /// Sets red, green and blue of the kept vertex and saves the old colour in the split.
     static void carryColor(DMesh& mesh, VSplit& split, std::int32_t kept,
                            const EdgeEvaluation& evaluation) {
         std::uint32_t& color = mesh.vertexColors[static_cast<std::size_t>(kept)];
@@ -70,14 +70,14 @@ struct ColorMetric {
     }
 };
 
-/// The quadrics of the vertices that collapses were tried onto last. Around a hub, hundreds of
-/// collapses are refused one after the other, and each asks for the quadric of the same vertex.
+/// Caches the quadrics of the latest kept vertices. Around a hub, hundreds of collapses in a row
+/// are refused, and each needs the quadric of the same vertex.
 template <typename Metric>
 class KeptQuadrics {
 public:
     using Quadric = typename Metric::Quadric;
 
-    /// The quadric of a vertex, from the triangles as they stood when it was first asked for.
+    /// The quadric of a vertex, from its triangles at the time of the first call.
     const Quadric& of(const ProgressiveMesh& pm, std::int32_t vertex) {
         const auto known = std::find_if(entries_.begin(), entries_.end(),
                                         [=](const Entry& entry) { return entry.vertex == vertex; });
@@ -89,8 +89,8 @@ public:
         return entry.quadric;
     }
 
-    /// REQUIRES: called when the triangles around a vertex, or only the order of their list, may
-    /// have changed.
+    /// Empties the cache. REQUIRES: called whenever the triangles around a vertex, or merely the
+    /// order of their list, may have changed.
     void forget() {
         for (Entry& entry : entries_)
             entry.vertex = kNone;
@@ -101,12 +101,12 @@ private:
         std::int32_t vertex = kNone;
         Quadric quadric;
     };
-    std::array<Entry, 2> entries_;  // of a collapse and of its mirror image
+    std::array<Entry, 2> entries_;  // for a collapse and its mirror image
     std::size_t oldest_ = 0;
 };
 
-/// The evaluation of collapsing `removed` onto `kept`, from the triangles around both as they
-/// stand. Where no position or colour is found, the kept vertex keeps its own.
+/// Evaluates the collapse of `removed` onto `kept` from the current triangles around both. If no
+/// position or colour is found, the kept vertex keeps its own.
 template <typename Metric>
 EdgeEvaluation evaluateCollapse(const ProgressiveMesh& pm, std::int32_t removed, std::int32_t kept,
                                 KeptQuadrics<Metric>& keptQuadrics) {

@@ -8,9 +8,9 @@
 
 namespace korvalite {
 
-/// The run that holds the key, or into which it belongs.
+/// The run that holds the key, or that it belongs in.
 OrderedSet::Run& OrderedSet::runOf(Key key) {
-    // The first run takes all that the others do not.
+    // The first run takes every key that no other run does.
     return *std::prev(std::partition_point(runs_.begin() + 1, runs_.end(),
                                            [key](const Run& run) { return run.bound >= key; }));
 }
@@ -30,7 +30,7 @@ void OrderedSet::insert(std::int32_t vertex, float cost) {
     ++run->count;
 }
 
-/// The lower half becomes a run of its own.
+/// Moves the lower half into a new run.
 void OrderedSet::split(Run& run) {
     constexpr std::size_t kHalf = kRunCapacity / 2;
     auto lower = std::make_unique<Keys>();

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Vertices in exact order of cost, the lower index first among equals.
+// Vertices in exact order of cost; among equals the lower index comes first.
 //
-// Two levels of sorted arrays (a B+ tree that never grows higher), the cheapest at the very end of
-// both: the set is small nearly always, and then it is a few cache lines in a row, which matters
-// most where several threads take turns at it. Where a flat mesh puts all its vertices into it, an
-// insertion still moves no more than some kilobytes on average.
+// Two levels of sorted arrays (a B+ tree that never grows taller), with the cheapest vertices at
+// the end of both. The set is nearly always small, and then occupies a few consecutive cache lines,
+// which matters most when several threads take turns using it. Even if a flat mesh puts all its
+// vertices into the set, an insertion moves only a few kilobytes on average.
 //
 // Thread safety: none.
 #pragma once
@@ -21,9 +21,10 @@ namespace korvalite {
 
 class OrderedSet {
 public:
-    /// The cost above the vertex, so that integers in order are vertices in order.
-    // All bits of a negative float are turned over and the sign of the others, as in a radix sort;
-    // minus zero is made the zero that it equals.
+    /// The cost in the high bits and the vertex in the low bits, so comparing keys compares
+    /// vertices.
+    // As in a radix sort of floats, flips all bits of negative costs and the sign bit of the
+    // others; adding zero turns -0 into +0.
     using Key = std::uint64_t;
     static Key keyOf(std::int32_t vertex, float cost) {
         const auto bits = std::bit_cast<std::uint32_t>(cost + 0.0F);
@@ -47,7 +48,7 @@ public:
     /// REQUIRES: the vertex is in the set with this cost.
     void erase(std::int32_t vertex, float cost);
 
-    /// The first vertex in order that accept(vertex) takes; -1 if it takes none.
+    /// The first vertex in order for which accept(vertex) is true; -1 if there is none.
     template <typename Accept>
     std::int32_t firstAccepted(Accept accept) const {
         for (std::size_t r = runs_.size(); r-- > 0;) {
@@ -66,8 +67,8 @@ private:
     static constexpr std::size_t kRunCapacity = 256;
     using Keys = std::array<Key, kRunCapacity>;
 
-    // Some keys that follow each other, the greatest in front. None is above `bound`, and all of
-    // the run in front of this one are.
+    // Consecutive keys in descending order. None is above `bound`; all keys of the previous run
+    // are.
     struct Run {
         Key bound = 0;
         std::size_t count = 0;
@@ -77,7 +78,7 @@ private:
     [[nodiscard]] Run& runOf(Key key);
     void split(Run& run);
 
-    std::vector<Run> runs_;  // only a single one may be empty
+    std::vector<Run> runs_;  // a run may be empty only if it is the only one
 };
 
 }  // namespace korvalite

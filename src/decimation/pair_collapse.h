@@ -1,20 +1,19 @@
 // SPDX-License-Identifier: MIT
 //
-// The heart of a turn, the same in all drivers: a collapse and, where the symmetry asks for it, its
-// mirror image, both or neither; then the ranking of what they have changed.
+// The core of a turn, the same in all drivers: a collapse and, where symmetry requires it, its
+// mirror image, both or neither, followed by the re-ranking of the vertices around them.
 //
-// A driver is a class of hooks:
+// A driver is a class with these hooks:
 //
-//   using Metric                            of the mirror image's position
-//   EdgeEvaluation place(v, u, quadrics)    where u goes, and its colour; from KeptQuadrics
+//   using Metric                            places the mirror image
+//   EdgeEvaluation place(v, u, quadrics)    new position and colour of u; quadrics is KeptQuadrics
 //   void carryAttributes(record, removed, kept, evaluation)
 //   void updateCosts(kept, record)          after a collapse onto a vertex that is still active
-//   void refreshCosts(record)               ... that is not
-//   void rankFreedSlave(vertex)             cost and partner of one vertex, and its way to the
-//   queue
+//   void refreshCosts(record)               ... that is no longer active
+//   void rankFreedSlave(vertex)             cost and partner of one vertex; also queues it
 //
-// Changes is how the driver collapses and touches what is not the mesh: at once (ChangesAtOnce), or
-// recorded until it holds the queue.
+// Changes defines how the driver collapses and how it changes everything outside the mesh: at once
+// (ChangesAtOnce), or recorded until it holds the queue.
 #pragma once
 
 #include "decimation/collapse.h"
@@ -28,7 +27,7 @@
 
 namespace korvalite {
 
-/// For a driver that is alone on the mesh.
+/// For a driver that has the mesh to itself.
 class ChangesAtOnce {
 public:
     static constexpr bool kOthersChangeTheMesh = false;
@@ -57,16 +56,16 @@ private:
 template <typename Driver, typename Changes>
 class PairCollapse {
 public:
-    /// The records are the caller's, for one collapse and its mirror image.
+    /// The records, for one collapse and its mirror image, belong to the caller.
     PairCollapse(ProgressiveMesh& pm, Driver& driver, Changes& changes, CollapseRecord& first,
                  CollapseRecord& second)
         : pm_(pm), mesh_(pm.mesh), driver_(driver), changes_(changes), first_(first),
           second_(second) {}
 
-    /// Collapses v onto u with what must accompany it. False if that was refused: all is as before,
-    /// and what was refused is penalized.
+    /// Collapses v onto u together with the mirror image, if required. On refusal returns false,
+    /// leaves the mesh as it was and penalizes the refused vertex.
     bool collapse(std::int32_t v, std::int32_t u) {
-        // The cost of the evaluation is not looked at: the stored one has decided.
+        // The new evaluation's cost is ignored: the stored cost has already decided.
         if (Changes::kOthersChangeTheMesh) keptQuadrics_.forget();
         EdgeEvaluation evaluation = driver_.place(v, u, keptQuadrics_);
         mirror_ = {};
@@ -85,13 +84,13 @@ public:
         return true;
     }
 
-    /// After a collapse that stands.
+    /// REQUIRES: collapse has just succeeded.
     void rankAgain(std::int32_t v, std::int32_t u) {
         const std::int32_t mv = mirror_.mirrorV;
         changes_.unqueue(v);
         if (mirror_.doMirror) changes_.unqueue(mv);
         if (pm_.m_handleSymmetry_internal && u == mv) {
-            // v fell onto its own mirror image, which now stands on the plane.
+            // v collapsed onto its own mirror image, which is now on the plane.
             mesh_.symmetryCache.pairing[static_cast<std::size_t>(u)] = u;
             changes_.freeSlave(u);
         }
@@ -100,14 +99,14 @@ public:
         if (pm_.m_handleSymmetry_internal && !mirror_.doMirror && mv != kNone) freeSlave(mv);
     }
 
-    /// Whether the second record holds the mirror image of a collapse that stands.
+    /// Whether the second record holds the mirror image of the collapse.
     [[nodiscard]] bool hasMirror() const { return mirror_.doMirror; }
 
 private:
     bool tryCollapse(std::int32_t v, std::int32_t w, const FloatVec3& position,
                      CollapseRecord& record) {
         const CollapseResult result = changes_.collapse(v, w, position, record);
-        // Taken back or not: the lists have another order now.
+        // The order of the lists has changed, even if the collapse was undone.
         if (record.split.vertex != kNone) keptQuadrics_.forget();
         return result == CollapseResult::Done;
     }
@@ -117,11 +116,12 @@ private:
         return false;
     }
 
-    /// The mirror image of a collapse that stands; a refusal takes back the first one too.
+    /// Collapses the mirror image after the first collapse; a refusal undoes the first one too.
     bool collapseMirror(std::int32_t v, std::int32_t u) {
         const std::int32_t mv = mirror_.mirrorV;
         if (!mesh_.vertexActive.Test(mirror_.mirrorW)) {
-            // The first collapse has taken its last triangle: there is nothing to collapse onto.
+            // The first collapse has removed its last triangle, so there is nothing to collapse
+            // onto.
             mirror_.doMirror = false;
             return true;
         }
@@ -144,7 +144,7 @@ private:
         }
     }
 
-    /// A slave whose master has collapsed alone must fend for itself.
+    /// If a master has collapsed alone, its slave becomes an independent vertex.
     void freeSlave(std::int32_t slave) {
         if (!mesh_.vertexActive.Test(slave) || !changes_.isSlave(slave) ||
             pm_.costQueue.isQueued(slave)) {

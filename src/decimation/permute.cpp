@@ -11,11 +11,11 @@ namespace korvalite {
 
 namespace {
 
-// Each step along a cycle waits for memory, and only then knows the next. So this many walks go
+// Each step along a cycle must load the next index from memory first, so several cycles are walked
 // side by side.
 constexpr std::size_t kWalks = 16;
 
-/// The walks of one array. `Items` has load(i), store(i, item) and place(i), its address.
+/// Permutes one array. `Items` has load(i), store(i, item) and place(i), the item's address.
 template <typename Items>
 class CycleWalks {
 public:
@@ -42,7 +42,7 @@ public:
 private:
     struct Walk {
         typename Items::Item held{};
-        std::int32_t to = 0;  // where it goes
+        std::int32_t to = 0;  // new index of the held item
     };
 
     [[nodiscard]] std::int32_t& entry(std::int32_t i) { return map_[static_cast<std::size_t>(i)]; }
@@ -55,7 +55,7 @@ private:
         return {items_.load(i), to};
     }
 
-    /// Takes the first item that is where it was; false if there is none.
+    /// Starts at the first item not yet taken; false if there is none.
     bool begin(Walk& walk) {
         const auto count = static_cast<std::int32_t>(map_.size());
         while (next_ < count && entry(next_) < 0)
@@ -65,7 +65,7 @@ private:
         return true;
     }
 
-    /// False if the walk is over: the item that stood here is on its way already, as this walk or
+    /// False at the end of the walk: the item here has already been taken, because this walk or
     /// another one began here.
     bool step(Walk& walk) {
         const std::int32_t here = walk.to;
@@ -81,7 +81,7 @@ private:
 
     Items items_;
     IndexMap& map_;
-    std::int32_t next_ = 0;  // all below have been taken
+    std::int32_t next_ = 0;  // all lower items have been taken
 };
 
 template <typename Vector>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Renumbering in place: new[map[i]] = old[i], by following the cycles of the map, with no copy of
-// the data. A mesh may fill most of the memory, so that only the map itself is extra.
+// Renumbers arrays in place: new[map[i]] = old[i]. Follows the cycles of the map instead of copying
+// the data, because a mesh may fill most of the memory; only the map itself is extra.
 #pragma once
 
 #include "mesh/bit_array.h"
@@ -13,13 +13,13 @@
 
 namespace korvalite {
 
-/// For each item its new index. REQUIRES: a permutation. It serves as the mark of what has been
-/// moved, by bitwise complement, and is as before when a routine returns.
+/// The new index of each item. REQUIRES: a permutation. The routines mark moved items by the
+/// bitwise complement of their entries and restore the map before they return.
 using IndexMap = std::vector<std::int32_t>;
 
-/// Three words per item of the map: a triangle's corners.
+/// Three words per item of the map: the corners of a triangle.
 void PermuteTriples(std::vector<std::uint32_t>& words, IndexMap& map);
-/// By way of a copy: of bits it is small.
+/// Makes a copy, which is small for bits.
 void PermuteBits(BitArray& bits, IndexMap& map);
 void PermuteVertexRecords(VertexRecords& records, IndexMap& map);
 void PermuteWords(std::vector<std::uint32_t>& words, IndexMap& map);

@@ -33,7 +33,7 @@ struct PlaneQuadric {
 
 using Quadric3D = PlaneQuadric<double>;
 
-/// The storage form of half the size; the rounding of the store is part of the result.
+/// The storage form, half the size; its rounding is part of the result.
 using Quadric3DFloat = PlaneQuadric<float>;
 
 inline Quadric3D widened(const Quadric3DFloat& narrow) {
@@ -50,13 +50,13 @@ inline Quadric3DFloat narrowed(const Quadric3D& wide) {
     return narrow;
 }
 
-/// The plane through `n` and offset `d`: the plain products.
+/// The quadric of the plane with normal (a, b, c) and offset d.
 template <typename Real>
 PlaneQuadric<Real> planeQuadric(Real a, Real b, Real c, Real d) {
     return {{a * a, a * b, a * c, b * b, b * c, c * c, a * d, b * d, c * d, d * d}};
 }
 
-/// The error at a point. The order of the sum is part of the behaviour.
+/// The error at a point. The order of summation is part of the behaviour.
 inline double evaluateQuadric(const Quadric3D& quadric, const DoubleVec3& p) {
     const auto& q = quadric.q;
     return q[0] * p.x * p.x + 2 * q[1] * p.x * p.y + 2 * q[2] * p.x * p.z + q[3] * p.y * p.y +

@@ -51,7 +51,7 @@ void numberTheRest(IndexMap& map) {
     }
 }
 
-/// What collapsed is numbered from the end, first collapse last; what survived from the start.
+/// Numbers the survivors from the start, and what collapsed from the end, first collapse last.
 Renumbering numberByLevel(ProgressiveMesh& pm) {
     Renumbering numbering{IndexMap(pm.mesh.vertices.size(), kNone),
                           IndexMap(at(pm.mesh.triangleCount()), kNone)};

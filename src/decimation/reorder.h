@@ -5,10 +5,10 @@
 
 namespace korvalite {
 
-/// Closes a decimation: releases all its working state and, with `reorder`, renumbers vertices and
-/// triangles so that each lower level is a prefix of the arrays: first what survives, in its old
-/// order, then what each split brings back, the last collapse first.
-/// Takes 4 bytes a vertex and 4 a triangle beside the mesh, for the two maps.
+/// Finishes a decimation: frees its working state and, with `reorder`, renumbers vertices and
+/// triangles so that each lower level is a prefix of the arrays. The survivors come first, in their
+/// old order, followed by what each split restores, starting with the last collapse.
+/// The two maps take 4 bytes per vertex and 4 per triangle in addition to the mesh.
 void ReorderAndClean(ProgressiveMesh& pm, bool reorder);
 
 }  // namespace korvalite

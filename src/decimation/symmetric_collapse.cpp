@@ -9,10 +9,10 @@ namespace korvalite {
 
 namespace {
 
-// A mesh this small has no room for a mirrored pair.
+// A smaller mesh has no room for a mirrored pair.
 constexpr std::uint32_t kFewestTriangles = 8;
 
-/// Clears, in `eroded`, the ring of every vertex whose bit in `bits` is clear.
+/// Copies `bits` to `eroded` and also clears the ring of every vertex whose bit is clear.
 void erode(const DMesh& mesh, const BitArray& bits, BitArray& eroded) {
     eroded.Assign(bits);
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
@@ -24,14 +24,14 @@ void erode(const DMesh& mesh, const BitArray& bits, BitArray& eroded) {
     }
 }
 
-/// An infinite coordinate of any vertex moves the plane out of reach: then `w` stays where it is.
+/// An infinite coordinate of any vertex puts the plane at infinity; then `w` keeps its position.
 FloatVec3 ontoPlane(const DMesh& mesh, const FloatVec3& position, std::int32_t w) {
     FloatVec3 projected;
     transformPoint(projected, mesh.symmetryCache.planeProjection, position);
     return isFinite(projected) ? projected : mesh.vertices[static_cast<std::size_t>(w)].position();
 }
 
-/// Both ends of the collapse are paired. False refuses it.
+/// For a collapse between two paired vertices. False refuses it.
 template <typename Metric>
 bool checkPairedCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t w,
                          EdgeEvaluation& evaluation, SymmetricCollapse& mirror,
@@ -39,7 +39,7 @@ bool checkPairedCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t
     const DMesh& mesh = pm.mesh;
     const bool vOnPlane = mirror.mirrorV == v;
     const bool wOnPlane = mirror.mirrorW == w;
-    // A vertex of the plane can collapse only onto a vertex of the plane.
+    // A vertex on the plane may only collapse onto another vertex on the plane.
     if (vOnPlane && !wOnPlane) return false;
 
     const bool ontoOwnMirror = w == mirror.mirrorV;
@@ -100,7 +100,7 @@ bool CheckSymmetricCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int3
         return checkPairedCollapse(pm, v, w, evaluation, mirror, keptQuadrics);
     }
     if (mirror.mirrorW != kNone) {
-        // w does not move, so that its mirror image keeps its place.
+        // w does not move, so it still matches its mirror vertex.
         evaluation.position = pm.mesh.vertices[static_cast<std::size_t>(w)].position();
         return true;
     }

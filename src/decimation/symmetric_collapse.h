@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Collapsing in mirrored pairs: which vertices only follow their mirror image, and whether a
-// collapse must be accompanied by its own.
+// Collapses in mirrored pairs: which vertices only follow their mirror vertex, and whether a
+// collapse needs its mirror image.
 #pragma once
 
 #include "decimation/edge_cost.h"
@@ -16,23 +16,22 @@ struct ProgressiveMesh;
 template <typename Metric>
 class KeptQuadrics;
 
-/// Sets `symmetrySlaves`: the vertices of the second side that are paired and lie two rings or more
-/// from any unpaired vertex. They never collapse on their own initiative and stay out of the queue.
-/// Paired vertices elsewhere act alone, which lets a mesh that is only nearly symmetric collapse
-/// freely near the places where it is not.
+/// Sets `symmetrySlaves`: the paired vertices of the second side that are more than two rings away
+/// from any unpaired vertex. They never start a collapse and stay out of the queue. Other paired
+/// vertices act alone, so a mesh that is only nearly symmetric collapses freely where it is not.
 void BuildSymmetrySlaves(ProgressiveMesh& pm);
 
 /// The mirror image of a collapse.
 struct SymmetricCollapse {
     std::int32_t mirrorV = kNone;
     std::int32_t mirrorW = kNone;
-    bool doMirror = false;         // the mirror image must accompany the collapse
-    bool mirrorOntoPlane = false;  // it ends at a vertex of the plane
-    bool positionFixed = false;    // the position has been put onto the plane
+    bool doMirror = false;         // the mirror image must be collapsed too
+    bool mirrorOntoPlane = false;  // the kept vertex ends up on the plane
+    bool positionFixed = false;    // the position has been projected onto the plane
     EdgeEvaluation evaluation;     // position and colour of the mirror image
 };
 
-/// Decides on the mirror image of collapsing v onto w and may change the position in `evaluation`.
+/// Determines the mirror image of collapsing v onto w; may change the position in `evaluation`.
 /// False refuses the collapse. REQUIRES: m_handleSymmetry_internal.
 template <typename Metric>
 bool CheckSymmetricCollapse(const ProgressiveMesh& pm, std::int32_t v, std::int32_t w,

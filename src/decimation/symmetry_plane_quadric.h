@@ -8,15 +8,15 @@ namespace korvalite {
 
 struct ProgressiveMesh;
 
-/// The quadric that holds the vertices of the mirror plane on it, in each form that a cost
-/// initialisation adds up.
+/// The quadric that keeps vertices on the mirror plane, in each form that a cost initialisation
+/// uses.
 struct SymmetryPlaneQuadric {
     Quadric3DFloat asFloat;
     Quadric3D asDouble;
     ColorQuadric asColor;
 };
 
-/// From the plane of the symmetry cache, weighted 200 times.
+/// Uses the plane of the symmetry cache, with a weight of 200.
 void BuildSymmetryPlaneQuadric(ProgressiveMesh& pm);
 
 }  // namespace korvalite

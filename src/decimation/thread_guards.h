@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// What guards the data that a vertex reservation cannot: the bit arrays, in which the bits of
-// several vertices share a byte, their counters, and the queue with all that is ordered by it.
+// Locks for the data that vertex reservations do not protect: bit arrays, in which several vertices
+// share a byte, their counters, and the queue with everything that depends on its order.
 //
-// No thread ever holds two sections at once, so that there is no order between them. None may be
-// introduced.
+// No thread may ever hold two sections at once, so they need no locking order.
 #pragma once
 
 #include "platform/critical_section.h"
@@ -22,10 +21,10 @@ struct CriticalSections {
     CriticalSection csQueue;            // the queue, the reservations, the split list, progress
 };
 
-/// The guards of a routine that one thread runs alone: none.
+/// Guards for a routine that one thread runs alone: none.
 struct NoGuards {
     struct Guard {
-        ~Guard() {}  // what tells the compiler that it is held, not unused
+        ~Guard() {}  // avoids warnings about unused guards
     };
     static Guard activeVertices() { return {}; }
     static Guard activeTriangles() { return {}; }
@@ -34,8 +33,8 @@ struct NoGuards {
     static Guard uvSeams() { return {}; }
 };
 
-/// The guards of a routine that several threads run at once. The queue has none here: such a
-/// routine leaves it alone.
+/// Guards for a routine that several threads run at once. There is none for the queue, which such a
+/// routine does not touch.
 class ThreadGuards {
 public:
     using Guard = std::lock_guard<CriticalSection>;

@@ -20,7 +20,7 @@ FloatVec3 positionOf(const DMesh& mesh, std::int32_t triangle, std::int32_t corn
     return mesh.vertices[vertexOf(mesh, triangle, corner)].position();
 }
 
-/// Divides n by its length, unless that is as good as zero; returns the weight, 1 in that case.
+/// Divides n by its length, unless that is nearly zero. Returns the weight: the length, or else 1.
 double normalize(DoubleVec3& n) {
     const double length = std::sqrt(dot(n, n));
     if (-1e-24 < length && length < 1e-24) return 1.0;
@@ -32,8 +32,8 @@ double colorChannel(std::uint32_t color, unsigned channel) {
     return static_cast<double>((color >> (8 * channel)) & 0xFFU);
 }
 
-/// The linear function w over space that has the given values at the corners and none along the
-/// normal: gradient and offset, from the inverse of the corners' matrix.
+/// Gradient and offset of the linear function that has the values `w` at the corners and is
+/// constant along the normal, from the inverse of the matrix of corners.
 std::array<double, 4> linearFunction(const std::array<double, 16>& inverse, const DoubleVec3& w) {
     std::array<double, 4> function;
     for (std::size_t j = 0; j < 4; ++j) {

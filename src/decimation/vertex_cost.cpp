@@ -8,7 +8,7 @@ namespace korvalite {
 
 namespace {
 
-/// `addQuadric` adds a vertex's quadric to its argument.
+/// addQuadric(inOut, vertex) adds a vertex's quadric to `inOut`.
 template <typename Metric, typename AddQuadric>
 RankedVertex rankAgainstRing(const ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring,
                              AddQuadric addQuadric) {

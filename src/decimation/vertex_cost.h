@@ -9,8 +9,8 @@
 
 namespace korvalite {
 
-/// The seam rule: of two vertices on a UV seam, one that ends, branches or bends it must not slide
-/// away along the seam, nor another onto it.
+/// The seam rule: between two vertices on a UV seam, a vertex where the seam ends, branches or
+/// bends must not collapse onto the other, nor the other onto it.
 inline bool isHeldBySeam(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b) {
     const DMesh& mesh = pm.mesh;
     return pm.m_handleUVs_internal && mesh.uvSeamVertices.Test(a) && mesh.uvSeamVertices.Test(b) &&
@@ -23,26 +23,26 @@ struct RankedVertex {
     std::int32_t partner = kNone;
 };
 
-/// Ranks one vertex against its ring from the triangles as they stand; the first best neighbour
-/// wins. Changes nothing of the mesh; `ring` is scratch.
+/// Ranks one vertex against its ring from the current triangles; the first of equally cheap
+/// neighbours wins. Does not change the mesh; `ring` is scratch.
 ///
-/// The neighbours' quadric is summed up over the ring and not cleared in between, so that later
-/// neighbours look dearer than they are.
+/// The quadric of the neighbours accumulates over the ring and is not cleared in between, so later
+/// neighbours look costlier than they are.
 template <typename Metric>
 RankedVertex rankVertex(const ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring);
 
-/// Appends the distinct vertices around the corners of a split that are still active.
+/// Gathers the distinct vertices around the corners of a split that are still active.
 void gatherRingOfSplit(const DMesh& mesh, const VSplit& split, IndexList& around);
 
 /// Ranks one vertex against its ring with the plain metric and writes its `cost` and `partner`.
-/// The vertex must not be queued.
+/// REQUIRES: the vertex is not queued.
 void RecomputeVertexCost(ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring);
 
-/// The same from the stored triangle quadrics, with border factor and plane quadric.
+/// The same using the stored triangle quadrics, with border factor and plane quadric.
 void RecomputeVertexCostFromStored(ProgressiveMesh& pm, std::int32_t vertex, IndexList& ring);
 
-/// The update for a kept vertex that is not active any more: ranks what is left around the corners
-/// of its record one by one, with the plain metric in every driver.
+/// The update for a kept vertex that is no longer active: re-ranks the remaining vertices around
+/// the corners of its record one by one, always with the plain metric.
 void RefreshRingCosts(ProgressiveMesh& pm, const VSplit& split);
 
 }  // namespace korvalite

@@ -24,13 +24,13 @@ const ColorQuadric& planeTerm(const SymmetryPlaneQuadric& plane, const ColorQuad
 template <typename Quadric>
 void addBorderAndPlane(const ProgressiveMesh& pm, Quadric& inOut, std::int32_t vertex) {
     if (pm.mesh.borderVertices.Test(vertex)) {
-        // Frozen borders take the smaller factor: no edge at them is ever collapsed anyway.
+        // Frozen borders get the smaller factor; their edges never collapse anyway.
         if (pm.BorderMode == BORDERMODE_FREEZE) inOut *= 50.0F;
         if (pm.BorderMode == BORDERMODE_PROTECT) inOut *= 100.0F;
     }
     const auto& pairing = pm.mesh.symmetryCache.pairing;
     const auto index = static_cast<std::size_t>(vertex);
-    // The request decides, not whether symmetry is really handled.
+    // Depends on the request, not on whether symmetry is actually handled.
     if (pm.handleSymmetry && index < pairing.size() && pairing[index] == vertex) {
         inOut += planeTerm(pm.symmetryPlaneQuadric, inOut);
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// All routines here add to `inOut`; the caller's contents are kept.
+// All routines here add to what `inOut` already holds.
 #pragma once
 
 #include "decimation/color_quadric.h"
@@ -16,15 +16,15 @@ struct ProgressiveMesh;
 /// quadric of addBorderAndPlane.
 void AccumulateVertexQuadric(const ProgressiveMesh& pm, Quadric3D& inOut, std::int32_t vertex);
 
-/// Add the quadrics of the triangles around a vertex as they stand, with no border factor and no
-/// plane quadric.
+/// Add the current quadrics of the triangles around a vertex, without border factor or plane
+/// quadric.
 void ComputeVertexQuadricFromTriangles(const ProgressiveMesh& pm, Quadric3D& inOut,
                                        std::int32_t vertex);
 void ComputeVertexColorQuadric(const ProgressiveMesh& pm, ColorQuadric& inOut, std::int32_t vertex);
 
-/// The border factor, which is the whole of the border penalty on the metric, then the plane
-/// quadric for a vertex that is its own mirror image. The factor scales all that `inOut` holds.
-/// Instantiated for Quadric3D, Quadric3DFloat and ColorQuadric.
+/// Multiplies everything in `inOut` by the border factor, which is the metric's whole border
+/// penalty, then adds the plane quadric if the vertex is its own mirror vertex. Instantiated for
+/// Quadric3D, Quadric3DFloat and ColorQuadric.
 template <typename Quadric>
 void addBorderAndPlane(const ProgressiveMesh& pm, Quadric& inOut, std::int32_t vertex);
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // One reversible half-edge collapse of a vertex v onto its `partner` w (H. Hoppe, "Progressive
-// Meshes", 1996). w itself is not kept here: v's vertex record names it for ever.
+// Meshes", 1996). w is not stored here: v's vertex record keeps it.
 #pragma once
 
 #include "geometry/vec3.h"
@@ -12,25 +12,25 @@
 
 namespace korvalite {
 
-/// A pair of UV indices: the one of the removed vertex and the one it was merged into.
+/// A UV index of the removed vertex and the UV index it was merged into.
 struct UVIndexPair {
     std::int32_t oldIndex = kNone;
     std::int32_t newIndex = kNone;
 };
 
-/// `position`, `savedColor` and `savedUVs` are exchanged with the mesh whenever the record is
-/// applied in either direction: a record always holds the state that is not on the mesh.
+/// `position`, `savedColor` and `savedUVs` are swapped with the mesh whenever the record is
+/// applied, in either direction: a record always holds the values that the mesh does not.
 struct VSplit {
     std::int32_t vertex = kNone;                 // the removed vertex v
-    FloatVec3 position;                          // where w stood before the collapse
-    std::vector<std::int32_t> corners;           // every corner that named v
-    std::vector<std::int32_t> removedTriangles;  // those that became degenerate, mostly two
+    FloatVec3 position;                          // of w before the collapse
+    std::vector<std::int32_t> corners;           // every corner that was at v
+    std::vector<std::int32_t> removedTriangles;  // those that became degenerate, usually two
     std::vector<UVCoord> savedUVs;               // one per entry of uvIndexPairs
-    std::vector<std::int32_t> cornerUVIndices;   // parallel to corners: the UV indices before
+    std::vector<std::int32_t> cornerUVIndices;   // parallel to corners: their old UV indices
     std::vector<UVIndexPair> uvIndexPairs;
     std::uint32_t savedColor = 0;  // w's colour before the collapse
 
-    /// Back to the empty record; the lists keep their capacity.
+    /// Empties the record; the lists keep their capacity.
     void clear() {
         vertex = kNone;
         position = {};
@@ -43,9 +43,9 @@ struct VSplit {
     }
 };
 
-/// What the driver and the collapse tell each other beside the record.
+/// What the driver and the collapse exchange besides the record.
 struct CollapseFlags {
-    bool collapsed = false;          // the collapse stands
+    bool collapsed = false;          // the collapse has not been undone
     bool survivorWasBorder = false;  // w's border bit before it; needed to undo
 };
 
