@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What of a mesh goes into a file: the active items, in the order of their arrays. Active bits
-// behind the end of an array mean nothing.
+// The items of a mesh that go into a file: the active ones, in the order of their arrays. Active
+// bits past the end of an array are ignored.
 #pragma once
 
 #include "mesh/dmesh.h"
@@ -13,7 +13,7 @@
 
 namespace korvalite {
 
-/// Visits the index of each.
+/// Calls visit(index) for each.
 template <typename Visit>
 void forEachActiveVertex(const DMesh& mesh, Visit visit) {
     const std::int32_t end = std::min(mesh.vertexActive.count(), mesh.vertexCount());
@@ -22,7 +22,7 @@ void forEachActiveVertex(const DMesh& mesh, Visit visit) {
     }
 }
 
-/// Visits the first corner of each.
+/// Calls visit(firstCorner) for each.
 template <typename Visit>
 void forEachActiveTriangle(const DMesh& mesh, Visit visit) {
     const std::int32_t end = std::min(mesh.triangleActive.count(), mesh.triangleCount());
@@ -31,8 +31,8 @@ void forEachActiveTriangle(const DMesh& mesh, Visit visit) {
     }
 }
 
-/// One behind the index of the last active vertex. Of a partly loaded mesh most records lie behind
-/// it, and never need an entry in a table of new indices.
+/// One past the index of the last active vertex. In a partly loaded mesh most records come after it
+/// and never need an entry in a table of new indices.
 inline std::size_t endOfActiveVertices(const DMesh& mesh) {
     std::int32_t end = std::min(mesh.vertexActive.count(), mesh.vertexCount());
     while (end > 0 && !mesh.vertexActive.Test(end - 1))
@@ -40,7 +40,7 @@ inline std::size_t endOfActiveVertices(const DMesh& mesh) {
     return static_cast<std::size_t>(end);
 }
 
-/// An index that leads nowhere gives the default instead.
+/// Returns `otherwise` if the index is out of range.
 template <typename T>
 T itemOr(const std::vector<T>& items, std::uint32_t index, T otherwise) {
     return index < items.size() ? items[index] : otherwise;

@@ -10,9 +10,9 @@
 
 namespace korvalite {
 
-/// Gathers pieces of a few bytes into large writes to an open file. Remembers failure, so that the
-/// last flush() tells whether all went out; nothing goes out by itself at the end. The file must
-/// outlive it.
+/// Collects small pieces into large writes to an open file. Remembers failures, so the last flush()
+/// returns whether everything was written. The destructor does not flush. The file must outlive the
+/// buffer.
 class BufferedOutput {
 public:
     static constexpr std::size_t kBytes = 65536;
@@ -27,8 +27,8 @@ public:
         advanceTo(place + size);
     }
 
-    /// A place for up to so many bytes. What is written there is kept from the call of advanceTo()
-    /// on, which tells where it ends. REQUIRES: byteCount <= kBytes.
+    /// Returns room for up to `byteCount` bytes. A call of advanceTo() with the end of what was
+    /// written there commits it. REQUIRES: byteCount <= kBytes.
     char* room(std::size_t byteCount) {
         if (byteCount > bytes_.size() - used_) flush();
         return bytes_.data() + used_;

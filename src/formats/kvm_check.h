@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What stands between a .kvm file and the level update. Any file of the layout passes; what is
-// refused cannot be worked on without reading or writing outside of the arrays.
+// The checks between a .kvm file and the level update. They pass any file with a valid layout and
+// refuse only files that would make the update read or write out of bounds.
 #pragma once
 
 #include "formats/kvm_header.h"
@@ -12,13 +12,13 @@ namespace korvalite {
 
 struct ProgressiveMesh;
 
-/// Whether a file with so many bytes behind its header could fill the arrays that the header asks
-/// for, give or take 256 MiB: no more memory is taken on its word. A negative `bytesLeft` (no
-/// ordinary file) passes with that allowance alone.
+/// Whether a file with `bytesLeft` bytes after its header could fill the arrays that the header
+/// asks for, with an allowance of 256 MiB: a false header cannot make the reader allocate more than
+/// that. A negative `bytesLeft` (not a regular file) counts as 0.
 bool couldFill(const ProgMeshHeader& header, std::int64_t bytesLeft);
 
-/// Whether every index that the mesh and its splits hold is in range. Walks the list of splits once
-/// and leaves it where it was for a list in memory.
+/// Whether every index in the mesh and its splits is in range. Walks the list of splits once; a
+/// list in memory stays at the same position.
 bool canChangeLevel(ProgressiveMesh& pm);
 
 }  // namespace korvalite

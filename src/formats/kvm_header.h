@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The 99 bytes at the front of a .kvm file: a ProgressiveMesh frozen on disk. Little-endian fields
-// without padding, which is why they are read and written one by one and never as an image of the
-// structure. docs/file-formats.md has every byte.
+// The first 99 bytes of a .kvm file, which stores a ProgressiveMesh. The little-endian fields have
+// no padding, so they are read and written one by one, never as an image of the structure.
+// docs/file-formats.md has every byte.
 #pragma once
 
 #include "platform/file.h"
@@ -44,16 +44,17 @@ struct ProgMeshHeader {
     std::uint32_t OriginalMaskCount = 0;
 };
 
-/// The file holds more than its header: only the two low-memory drivers leave a complete one.
+/// Whether the file has more than its header: only the two low-memory drivers leave a complete
+/// file.
 bool hasBody(const ProgMeshHeader& header);
 
 void fillProgMeshHeader(ProgMeshHeader& header, const ProgressiveMesh& pm);
 
-/// All of the header but the counts, which belong to the arrays. The list of splits counts itself.
+/// Applies all of the header but the counts, which belong to the arrays and the list of splits.
 void applyProgMeshHeader(const ProgMeshHeader& header, ProgressiveMesh& pm);
 
-/// Always 0. What a short file lacks stays as it was; nothing happens with a closed file. A read
-/// turns any non-zero byte field into 1.
+/// Always return 0. Fields missing from a short file stay unchanged; a closed file has no effect. A
+/// read treats any non-zero flag byte as true.
 int writeProgMeshHeader(const ProgMeshHeader& header, platform::File& file);
 int readProgMeshHeader(ProgMeshHeader& header, platform::File& file);
 

@@ -66,7 +66,7 @@ void readVertices(platform::File& file, VertexRecords& vertices, std::size_t cou
     }
 }
 
-/// False if the bits are not one per item.
+/// False if there is not one bit per item.
 bool readActivity(platform::File& file, BitArray& bits, std::uint32_t& numActive,
                   std::size_t itemCount) {
     std::uint32_t count = 0;
@@ -77,13 +77,13 @@ bool readActivity(platform::File& file, BitArray& bits, std::uint32_t& numActive
            file.read(&numActive, sizeof numActive) == sizeof numActive;
 }
 
-/// How much of the vertices and splits a load takes, in vertices.
+/// How many vertices, and therefore splits, to load.
 struct LoadRange {
     bool partial = false;
     std::int64_t baseVertices = 0;  // of the coarsest level
     std::int64_t readVertices = 0;
 
-    /// Of the newest splits; -1 for all.
+    /// How many of the newest splits to load; -1 for all.
     [[nodiscard]] std::int32_t splitLimit() const {
         return partial ? static_cast<std::int32_t>(readVertices - baseVertices) : -1;
     }
@@ -124,7 +124,7 @@ bool readBody(platform::File& file, const ProgMeshHeader& header, const LoadRang
 
     pm.vsplitList.loadFrom(file, {pm.m_useVertexColors_internal, pm.m_handleUVs_internal},
                            range.splitLimit());
-    // The records that were left behind had the lowest positions, so that all others moved down.
+    // The records not loaded had the lowest positions, so all others have moved down.
     const std::int64_t leftBehind =
         std::int64_t{header.NumVtxSplit} - std::int64_t{pm.vsplitList.NumVtxSplit()};
     pm.CurVtxSplitPos = static_cast<std::int32_t>(pm.CurVtxSplitPos - leftBehind);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What reader and writer of the .kvm file share beside the header.
+// Definitions that the .kvm reader and writer share besides the header.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ struct KvmVertex {
 };
 static_assert(sizeof(KvmVertex) == 16);
 
-/// Vertices pass through a buffer of this many.
+/// The number of vertices in the conversion buffer.
 inline constexpr std::size_t kKvmVerticesAtOnce = 4096;
 
 }  // namespace korvalite

@@ -7,9 +7,9 @@ namespace korvalite {
 
 struct ProgressiveMesh;
 
-/// Writes a progressive mesh (.kvm) at the level where it stands: the header and, unless another
-/// than the low-memory drivers made it, nine sections. 0 for done, 1 if the file cannot be opened.
-/// Writes are not checked: a full disk leaves a short file and gives 0.
+/// Writes a progressive mesh (.kvm) at its current level: the header and, if a low-memory driver
+/// made the mesh, nine sections. Returns 0 on success, 1 if the file cannot be opened. Writes are
+/// not checked: a full disk leaves a short file and still returns 0.
 int saveProgressiveMesh(ProgressiveMesh& pm, const HeapString& path);
 
 }  // namespace korvalite

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// A float is mantissa / 2^shift with a mantissa below 2^24. As 10^9 is below 2^30, its billionths
-// are a product below 2^54, and a shift with one correct rounding finishes them: exact in 64 bits.
+// A float is mantissa / 2^shift with a mantissa below 2^24. Since 10^9 is below 2^30, mantissa *
+// 10^9 is below 2^54, and a single shift with correct rounding gives the billionths: exact in 64
+// bits.
 #include "formats/nine_decimals.h"
 
 #include <algorithm>
@@ -17,16 +18,15 @@ namespace {
 
 constexpr std::uint64_t kBillion = 1'000'000'000;
 
-// Of an IEEE single: the exponent field e stands for mantissa * 2^(e - kUnitExponent).
+// In an IEEE single, the exponent field e means mantissa * 2^(e - kUnitExponent).
 constexpr int kFractionBits = 23;
 constexpr std::uint32_t kHiddenBit = 1U << kFractionBits;
 constexpr int kUnitExponent = 127 + kFractionBits;
 
-// Up to this exponent field the number is below 2^64. Infinity and what is no number have the
-// greatest field.
+// Up to this exponent field the number is below 2^64. Infinity and NaN have the highest field.
 constexpr int kLargestExponent = kUnitExponent + 64 - (kFractionBits + 1);
 
-// "00" to "99", one behind the other.
+// "00" to "99" in one string.
 constexpr auto kDigitPairs = [] {
     std::array<char, 200> pairs{};
     for (std::size_t i = 0; i < 100; ++i) {
@@ -60,10 +60,10 @@ char* appendInteger(char* out, std::uint64_t number) {
     return std::to_chars(out, out + kLongestNineDecimals - 10, number).ptr;
 }
 
-// mantissa / 2^shift in billionths; an exact half goes to the even neighbour.
+// mantissa / 2^shift in billionths; an exact half rounds to even.
 // REQUIRES: mantissa < 2^24 and shift > 0.
 std::uint64_t billionthsOf(std::uint32_t mantissa, int shift) {
-    if (shift > 63) return 0;  // and so does all from a shift of 55 on
+    if (shift > 63) return 0;  // any shift from 55 up gives 0
     const std::uint64_t product = mantissa * kBillion;
     const std::uint64_t odd = (product >> shift) & 1U;
     const std::uint64_t half = std::uint64_t{1} << (shift - 1);
@@ -82,7 +82,7 @@ char* appendNineDecimals(char* out, float value) {
     *out = '-';
     out += bits >> 31U;
     const std::uint32_t mantissa = (bits & (kHiddenBit - 1)) | (exponent != 0 ? kHiddenBit : 0);
-    // A subnormal number has the unit of the smallest normal ones.
+    // A subnormal number has the same exponent as the smallest normal ones.
     const int shift = kUnitExponent - std::max(exponent, 1);
     std::uint64_t integer = 0;
     std::uint32_t decimals = 0;

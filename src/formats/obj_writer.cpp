@@ -19,7 +19,7 @@ namespace korvalite {
 
 namespace {
 
-using IndexTable = std::vector<std::int32_t>;  // new indices by old ones; kNone where there is none
+using IndexTable = std::vector<std::int32_t>;  // new index by old index; kNone if it has none
 
 constexpr std::size_t kLongestNumber = kLongestNineDecimals;  // an index is shorter
 constexpr std::size_t kLongestLine = 2 + 6 * (kLongestNumber + 1);
@@ -29,14 +29,14 @@ constexpr std::string_view kMrgbComment =
     "hexadecimal values per vertex. The vertex color format is MMRRGGBB with up to 64 entries per "
     "MRGB line.\n";
 constexpr std::string_view kMrgbPrefix = "#MRGB ";
-constexpr std::size_t kMrgbDigits = 8;               // of one vertex
-constexpr std::size_t kMrgbLine = 64 * kMrgbDigits;  // behind the prefix
+constexpr std::size_t kMrgbDigits = 8;               // per vertex
+constexpr std::size_t kMrgbLine = 64 * kMrgbDigits;  // without the prefix
 
 char* append(char* out, std::string_view text) {
     return std::copy(text.begin(), text.end(), out);
 }
 
-// 1-based, as OBJ counts; an index that leads nowhere gives 0.
+// 1-based, as in OBJ; 0 for an index out of range.
 char* appendIndex(char* out, const IndexTable& newIndices, std::uint32_t index) {
     const std::int32_t number = itemOr(newIndices, index, kNone) + 1;
     return std::to_chars(out, out + kLongestNumber, number).ptr;
@@ -65,7 +65,7 @@ IndexTable writeVertices(BufferedOutput& out, const DMesh& mesh) {
     return newIndices;
 }
 
-// The number of active vertices, then what `put` adds for each of them.
+// Writes the number of active vertices, then whatever `put` writes for each of them.
 template <typename Put>
 void writeSideFile(const HeapString& path, const DMesh& mesh, Put put) {
     platform::File file = platform::File::open(path.c_str(), "wb");
@@ -76,7 +76,7 @@ void writeSideFile(const HeapString& path, const DMesh& mesh, Put put) {
     out.flush();
 }
 
-// Memory order, red first, unlike the .Vok file.
+// In memory order, red first, unlike in .Vok files.
 std::array<std::uint8_t, 4> bytesOf(std::uint32_t color) {
     return {static_cast<std::uint8_t>(color), static_cast<std::uint8_t>(color >> 8U),
             static_cast<std::uint8_t>(color >> 16U), static_cast<std::uint8_t>(color >> 24U)};
@@ -125,7 +125,7 @@ void writeMrgbLines(BufferedOutput& out, const DMesh& mesh) {
 void embedColors(BufferedOutput& out, const DMesh& mesh) {
     DebugLog("   Includes Colors in .obj file !!");
     out.advanceTo(append(out.room(kMrgbComment.size()), kMrgbComment));
-    // A mesh with a mask alone has no colours to tell.
+    // A mesh may have a mask but no colours.
     if (mesh.vertexColors.size() >= mesh.vertices.size()) writeMrgbLines(out, mesh);
 }
 
@@ -138,9 +138,9 @@ void writeColors(BufferedOutput& out, const HeapString& path, const DMesh& mesh,
     }
 }
 
-// Numbers the UVs that active triangles use by their place in coordsUV, not by first use.
+// Numbers the UVs that active triangles use in the order of coordsUV, not of first use.
 IndexTable writeUVs(BufferedOutput& out, const DMesh& mesh) {
-    constexpr std::int32_t kUsed = 0;  // any but kNone, until its turn comes
+    constexpr std::int32_t kUsed = 0;  // any value but kNone; replaced below
     IndexTable newIndices(mesh.coordsUV.size(), kNone);
     forEachActiveTriangle(mesh, [&](std::size_t corner) {
         for (std::size_t k = 0; k < 3; ++k) {

@@ -11,7 +11,7 @@
 
 namespace korvalite {
 
-/// Where colours and mask go, for which OBJ has no place.
+/// Where to put colours and mask, which OBJ has no place for.
 enum class ObjColorMode : std::int32_t {
     None = 0,
     Embedded = 1,   // "#MRGB" comment lines inside the file, for newer hosts
@@ -19,7 +19,7 @@ enum class ObjColorMode : std::int32_t {
 };
 
 /// False if the OBJ cannot be opened. Nothing else counts as a failure: a side file that cannot be
-/// opened is left out, and writes are not checked. Line ends are those of the platform's texts.
+/// opened is skipped, and writes are not checked. Line ends are the platform's own.
 bool saveObj(const HeapString& path, const DMesh& mesh, ObjColorMode colorMode);
 
 }  // namespace korvalite

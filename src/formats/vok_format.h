@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The host's binary interchange file, extension .Vok: a header of 32 bytes, then blocks without
-// gaps, each a header of 16 bytes and its payload. All integers are little-endian, floats are IEEE
+// The host's binary interchange file, extension .Vok: a 32-byte header, then contiguous blocks,
+// each with a 16-byte header and its payload. All integers are little-endian, floats are IEEE
 // single precision. docs/file-formats.md has every byte.
 #pragma once
 
@@ -18,7 +18,7 @@ inline constexpr std::array<char, 4> kVokMagic{'V', 'o', 'k', 'b'};
 inline constexpr std::uint32_t kVokFileHeaderBytes = 32;
 inline constexpr std::uint32_t kVokBlockHeaderBytes = 16;
 
-/// As a fourth vertex index: the face is a triangle.
+/// As fourth vertex index, marks a face that is a triangle.
 inline constexpr std::uint32_t kVokNoFourthVertex = 0xFFFFFFFF;
 
 enum VokTag : std::uint32_t {
@@ -32,7 +32,7 @@ enum VokTag : std::uint32_t {
     Vok_TAG_FACE4_LIST = 20001,  // 4 vertex indices
     Vok_TAG_FACE_OTHER = 20002,
     Vok_TAG_FACE3_LIST = 20003,  // 3 vertex indices
-    Vok_TAG_UV_GROUP = 25000,    // a marker: no payload, whatever its size says
+    Vok_TAG_UV_GROUP = 25000,    // a marker: no payload, whatever its Size field says
     Vok_TAG_UV4_LIST = 25001,    // 4 x (u, v), per face of the preceding Vok_TAG_FACE4_LIST
     Vok_TAG_UV3_LIST = 25002,    // 3 x (u, v), per triangle
     Vok_TAG_MASK_GROUP = 30000,  // a marker
@@ -49,7 +49,7 @@ struct VokFileHeader {
 
 struct VokBlockHeader {
     std::uint32_t Tag = Vok_TAG_END;
-    std::uint32_t Size = kVokBlockHeaderBytes;  // of the whole block, these 16 bytes included
+    std::uint32_t Size = kVokBlockHeaderBytes;  // of the whole block, including these 16 bytes
     std::uint32_t Count = 0;                    // elements in the payload
     std::uint32_t reserved = 0;
 };

@@ -33,30 +33,30 @@ static_assert(sizeof(Face4UVs) == 32 && sizeof(UVCoord) == 8);
 
 using MRGBBytes = std::array<std::uint8_t, 4>;
 
-// The corners of a face's triangles; a triangle has the first three only. The diagonal of a quad is
-// always the one between corners 0 and 2.
+// The corners of a face's triangles; a triangle uses only the first three. A quad is always split
+// along the diagonal from corner 0 to corner 2.
 constexpr std::array<std::size_t, 6> kSplitCorners{0, 1, 2, 0, 2, 3};
 
 constexpr std::size_t cornersAfterSplit(bool isTriangle) {
     return isTriangle ? 3 : 6;
 }
 
-// The walk over one file.
+// The state of the walk over one file.
 struct VokWalk {
     platform::File& file;
     DMesh& mesh;
-    std::int64_t bytesBeyondFile;  // that may still be asked for
-    BitArray triangleMarkers;      // of the last face list: which faces were triangles
+    std::int64_t bytesBeyondFile;  // the rest of the allowance
+    BitArray triangleMarkers;      // which faces of the last face list were triangles
     std::int32_t splitTriangleCount = kNotSplit;
 };
 
 enum class WalkStep {
     NextBlock,
-    End,      // nothing more to read; what was read stands
-    Refused,  // the file asks for what it must not get
+    End,      // nothing more to read; what was read is kept
+    Refused,  // the file asks for more than it may have
 };
 
-// The block's number of elements: a negative one is none.
+// The block's number of elements; a negative count means 0.
 std::int64_t elementCount(const VokBlockHeader& header) {
     return std::max(static_cast<std::int32_t>(header.Count), 0);
 }
@@ -65,15 +65,15 @@ std::uint32_t payloadBytes(const VokBlockHeader& header) {
     return header.Size - kVokBlockHeaderBytes;
 }
 
-// Grows to exactly `count`: no array of a mesh has room to spare. What is there already stays.
+// Resizes without spare capacity, because meshes are large. Keeps the items already there.
 template <typename Items>
 void resizeExactly(Items& items, std::int64_t count) {
     reserveLarge(items, static_cast<std::size_t>(count));
     items.resize(static_cast<std::size_t>(count));
 }
 
-// Whether a block may take so many bytes for its elements. What its size does not promise comes out
-// of the allowance of the whole file; what it promises is read, or is seen to be missing here.
+// Whether a block may allocate `byteCount` bytes for its elements. Bytes beyond the block's stated
+// size are charged to the file's allowance; the rest must be in the file or within the allowance.
 bool mayTake(VokWalk& walk, const VokBlockHeader& header, std::int64_t byteCount) {
     const std::int64_t promised = std::min(byteCount, std::int64_t{payloadBytes(header)});
     walk.bytesBeyondFile -= byteCount - promised;
@@ -82,8 +82,8 @@ bool mayTake(VokWalk& walk, const VokBlockHeader& header, std::int64_t byteCount
            promised - walk.bytesBeyondFile <= walk.file.bytesLeft();
 }
 
-// Reads the payload over `items`. What does not fit is skipped, and items that it does not reach
-// stay as they are. True if the file holds the whole payload.
+// Reads the payload into `items`. Skips what does not fit and leaves items past its end unchanged.
+// True if the file holds the whole payload.
 template <typename T>
 bool readPayload(platform::File& file, const VokBlockHeader& header, std::vector<T>& items) {
     const std::size_t payload = payloadBytes(header);
@@ -95,7 +95,7 @@ bool readPayload(platform::File& file, const VokBlockHeader& header, std::vector
     return file.seek(surplus, SEEK_CUR) && isThere;
 }
 
-// A zero-filled temporary of `count` elements, for the payloads that are converted.
+// A zero-filled temporary of `count` elements for payloads that need conversion.
 template <typename T>
 std::vector<T> zeroed(std::int64_t count) {
     return std::vector<T>(static_cast<std::size_t>(count));
@@ -165,7 +165,7 @@ WalkStep readUV3List(VokWalk& walk, const VokBlockHeader& header) {
     return WalkStep::NextBlock;
 }
 
-// The faces may be fewer or more than those that were split, or others: the list of triangles
+// The faces may not match those that were split, in number or in kind: the list of triangles
 // decides how many pairs there are.
 void splitFaceUVs(VokWalk& walk, const std::vector<Face4UVs>& faces) {
     std::vector<UVCoord>& coordsUV = walk.mesh.coordsUV;
@@ -181,7 +181,7 @@ void splitFaceUVs(VokWalk& walk, const std::vector<Face4UVs>& faces) {
 WalkStep readUV4List(VokWalk& walk, const VokBlockHeader& header) {
     const std::int64_t count = elementCount(header);
     const std::int64_t corners = std::max(walk.splitTriangleCount, 0) * std::int64_t{3};
-    // Of a quad's four pairs come six: up to twice its bytes are in order.
+    // A quad's four pairs become six, so up to twice its bytes are fine.
     const std::int64_t result = corners * std::int64_t{sizeof(UVCoord)} / 2;
     if (!mayTake(walk, header, std::max(count * std::int64_t{sizeof(Face4UVs)}, result)))
         return WalkStep::Refused;
@@ -215,7 +215,7 @@ WalkStep readMask16List(VokWalk& walk, const VokBlockHeader& header) {
     return WalkStep::NextBlock;
 }
 
-// Red in the lowest byte, then green, blue and mask.
+// From the lowest byte: red, green, blue, mask.
 std::uint32_t colorOf(const MRGBBytes& bytes) {
     return std::uint32_t{bytes[2]} | std::uint32_t{bytes[1]} << 8U |
            std::uint32_t{bytes[0]} << 16U | std::uint32_t{bytes[3]} << 24U;
@@ -238,7 +238,7 @@ WalkStep skipPayload(VokWalk& walk, const VokBlockHeader& header) {
     return skipped ? WalkStep::NextBlock : WalkStep::End;
 }
 
-// The blocks that have a payload.
+// Handles the blocks that have a payload.
 WalkStep readBlock(VokWalk& walk, const VokBlockHeader& header) {
     switch (header.Tag) {
     case Vok_TAG_POINT_LIST: return readPointList(walk, header);
@@ -265,11 +265,11 @@ WalkStep walkBlock(VokWalk& walk) {
     case Vok_TAG_UV_GROUP:
     case Vok_TAG_MASK_GROUP:
     case Vok_TAG_COLOR_GROUP:
-        // Pure markers, unlike the other groups: the next header is expected right behind.
+        // Unlike the other groups, these are pure markers: the next header follows directly.
         return WalkStep::NextBlock;
     default: break;
     }
-    // Such a block would lie inside its own header.
+    // The block would end inside its own header.
     if (header.Size < kVokBlockHeaderBytes) return WalkStep::End;
     return readBlock(walk, header);
 }

@@ -15,19 +15,19 @@ namespace korvalite {
 
 namespace {
 
-// One file being written. Counts are of what is active.
+// One file being written. The counts are of active items.
 struct VokExport {
     platform::File& file;
     const DMesh& mesh;
     BufferedOutput elements;
     std::uint32_t vertexCount;
     std::uint32_t triangleCount;
-    // By vertex record, up to the last active one; kNone for a dead one.
+    // One per vertex record up to the last active one; kNone for a dead vertex.
     std::vector<std::int32_t> newIndices;
 };
 
 bool beginBlock(VokExport& out, VokTag tag, std::uint32_t count, std::uint32_t elementBytes) {
-    // Above 4 GiB the size wraps.
+    // The size wraps above 4 GiB.
     const std::uint32_t size = count * elementBytes + kVokBlockHeaderBytes;
     return writeVokBlockHeader(out.file, {tag, size, count, 0});
 }
@@ -64,7 +64,7 @@ bool writeTriangles(VokExport& out) {
     return out.elements.flush();
 }
 
-// Per corner again, as the host has them.
+// Per corner again, as the host expects them.
 bool writeUVs(VokExport& out) {
     if (out.mesh.indicesUV.size() != out.mesh.triangles.size()) return true;
     if (!beginBlock(out, Vok_TAG_UV3_LIST, out.triangleCount, 24)) return false;
@@ -87,7 +87,7 @@ bool writeMask(VokExport& out) {
     return out.elements.flush();
 }
 
-// Blue, green, red, and 0: the mask byte of a colour stays behind.
+// Blue, green, red and 0: the mask byte of a colour is not written.
 std::array<std::uint8_t, 4> fileColorOf(std::uint32_t color) {
     return {static_cast<std::uint8_t>(color >> 16U), static_cast<std::uint8_t>(color >> 8U),
             static_cast<std::uint8_t>(color), 0};
@@ -127,10 +127,10 @@ bool exportDMesh(const HeapString& path, const DMesh& mesh) {
     DebugLog(" START exportDMesh in Vok: %s");
     platform::File file = platform::File::open(path.c_str(), "wb");
     const bool written = writeVokFile(file, mesh);
-    // A full disk may show only here.
+    // A full disk may show only at close.
     if (file.close() && written) return true;
     DebugLog("   - **** ERROR in Vok Export ****");
-    // One that could not even be opened goes too: it is an older mesh, and not what was asked for.
+    // If the file could not even be opened, it is an older mesh and must go too.
     if (platform::isRegularFile(path.c_str())) platform::deleteFile(path.c_str());
     return false;
 }

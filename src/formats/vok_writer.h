@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // Writes the active part of a mesh as a .Vok file: vertices and triangles are compacted and
-// renumbered as they go out, in the order of their arrays. Blocks, always in this order: flags,
-// points, triangles, corner UVs, mask, colours, end; those of the UVs, mask and colours only if
-// their arrays fit the mesh. docs/file-formats.md has every byte.
+// renumbered in the order of their arrays. The blocks, always in this order: flags, points,
+// triangles, corner UVs, mask, colours, end. UVs, mask and colours are written only if their arrays
+// match the mesh. docs/file-formats.md has every byte.
 #pragma once
 
 #include "formats/vok_format.h"
@@ -13,15 +13,15 @@
 
 namespace korvalite {
 
-/// True when the whole file is on disk and closed. On failure the file is deleted, also one that
-/// could not be opened for writing, so that neither a half-written mesh nor an older one passes for
-/// the new one. What is not a regular file stays.
+/// True when the whole file is on disk and closed. On failure the file is deleted, even if it could
+/// not be opened for writing, so neither a half-written nor an older mesh passes for the new one.
+/// Anything but a regular file is left alone.
 bool exportDMesh(const HeapString& path, const DMesh& mesh);
 
-/// The 32 bytes at the front. False on a closed file or a short write.
+/// Writes the first 32 bytes. False on a closed file or a short write.
 bool writeVokFileHeader(platform::File& file);
 
-/// The 16 bytes in front of a payload. False on a closed file or a short write.
+/// Writes the 16 bytes before a payload. False on a closed file or a short write.
 bool writeVokBlockHeader(platform::File& file, const VokBlockHeader& header);
 
 }  // namespace korvalite

@@ -10,10 +10,10 @@ namespace {
 constexpr std::size_t kWordBytes = sizeof(std::uint32_t);
 constexpr std::uint32_t kPageBytes = 100000;
 
-// Room is made ahead for this many records at most; a page that never fills grows as it goes.
+// Room is reserved for at most this many records; a page that never fills grows as needed.
 constexpr std::uint32_t kMaxReservedRecords = 4096;
 
-// Words asked from a .kvm file at a time.
+// Words read from a .kvm file at a time.
 constexpr std::size_t kReadWords = 65536;
 
 constexpr std::uint32_t nominalRecordBytes(VSplitFormat format) {
@@ -26,8 +26,8 @@ std::uint32_t recordsPerPageFor(std::uint32_t wanted, VSplitFormat format, std::
     return wanted;
 }
 
-// Finds where each record of a page begins, and gives the place of the length word behind the last;
-// 0 if the words do not hold the page to its end.
+// Finds the start of each record of a page and returns the index of the length word after the last;
+// 0 if the words do not contain the whole page.
 std::size_t findRecords(std::span<const std::uint32_t> page, VSplitFormat format,
                         std::vector<std::size_t>& starts) {
     starts.clear();
@@ -42,7 +42,7 @@ std::size_t findRecords(std::span<const std::uint32_t> page, VSplitFormat format
     return at < page.size() ? at : 0;
 }
 
-// The comparison is one of signed numbers; a list has no more than 2^31 - 1 positions.
+// Compares signed numbers; a list has at most 2^31 - 1 positions.
 std::uint32_t recordsToLoad(std::uint32_t total, std::int32_t limit) {
     if (limit != VSplitList::kNoLimit && limit < static_cast<std::int32_t>(total))
         return static_cast<std::uint32_t>(std::max(limit, 0));
@@ -72,7 +72,7 @@ void VSplitList::start(VSplitFormat format, std::uint32_t recordsPerPage) {
 
 void VSplitList::reserveRecords(std::uint32_t count) {
     recordStarts_.reserve(count);
-    // Two words more than the records: the count in front and the length behind.
+    // Two extra words: the count before the records and the length after them.
     const std::size_t words = std::size_t{count} * nominalRecordBytes(format_) / kWordBytes + 2;
     pageWords_.reserve(words);
     fullPage_.reserve(words);
@@ -134,7 +134,7 @@ void VSplitList::storeFullPage() {
     isStoring_.store(false, std::memory_order_release);
 }
 
-/// Puts the count in front and the length behind.
+/// Writes the count before the records and the length after them.
 void VSplitList::completePage() {
     pageWords_[0] = pageCount();
     pageWords_.push_back(static_cast<std::uint32_t>(pageBytes()));
@@ -163,7 +163,8 @@ VSplitView VSplitList::ensureLoaded(std::int32_t position) {
 
 bool VSplitList::loadNextPage() {
     const std::int64_t next = pageEnd();
-    // Pages are much alike: a little more than this one takes is mostly the whole of the next.
+    // Pages are of similar size: reading a little more than this one usually gets the whole next
+    // one.
     const std::size_t expectedWords = pageWords_.size() + pageWords_.size() / 4 + 256;
     if (!loadPage(pageOffset_ + pageBytes(), expectedWords)) return false;
     pageFirst_ = static_cast<std::int32_t>(next);
@@ -185,8 +186,8 @@ bool VSplitList::loadFirstPage() {
     return true;
 }
 
-// The page at an offset becomes the one in memory, all but pageFirst_. If it cannot be read, the
-// present one stays.
+// Replaces the page in memory by the one at `offset`, except for pageFirst_. If that cannot be
+// read, keeps the current one.
 bool VSplitList::loadPage(std::int64_t offset, std::size_t expectedWords) {
     incomingWords_.clear();
     std::size_t end = 0;
@@ -236,8 +237,8 @@ bool VSplitList::loadFrom(platform::File& file, VSplitFormat format, std::int32_
     return hasTotal && pageCount() == wanted;
 }
 
-// Fills the page with up to `wanted` records of a .kvm file, taking no more room than the rest of
-// the file can fill.
+// Fills the page with up to `wanted` records of a .kvm file without reserving more memory than the
+// rest of the file can fill.
 void VSplitList::readRecords(platform::File& file, std::uint32_t wanted) {
     const std::int64_t bytesLeft = std::max(file.bytesLeft(), std::int64_t{0});
     auto unread = static_cast<std::uint64_t>(bytesLeft) / kWordBytes;
@@ -267,8 +268,8 @@ void VSplitList::readRecords(platform::File& file, std::uint32_t wanted) {
     reverseRecords();
 }
 
-// The order of the records in the page, in place: the words of all records backward, and then each
-// record's own words forward again.
+// Reverses the order of the records in the page, in place: first the words of the whole page, then
+// those of each record to put them in order again.
 void VSplitList::reverseRecords() {
     const std::size_t end = pageWords_.size();
     std::reverse(pageWords_.begin() + 1, pageWords_.end());

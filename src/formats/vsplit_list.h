@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 //
-// All splits of a decimation, in order of collapse: an array with random access. One page of them
-// is in memory; full pages go to a scratch file, "VSplitList.data", in the job's folder.
+// All splits of a decimation in order of collapse, as a random-access array. One page of them is in
+// memory; full pages go to a scratch file, "VSplitList.data", in the job's folder.
 //
-// A page in memory is the on-disk form itself, an array of 32-bit words, with the place where each
-// record begins: appending copies words, a page is written with one call, and nothing is allocated
-// for a record. That works since applying a record only exchanges values and leaves every list
-// length as it is: a page goes back to the place it came from.
+// A page in memory has the on-disk form, an array of 32-bit words, plus the start of each record:
+// appending copies words, a page is written with one call, and records need no allocation. This
+// works because applying a record only swaps values and never changes the length of a list, so a
+// page can be written back where it came from.
 //
-// The pages keep the sizes of their first spill. There is no index of them: the length at the end
-// of each page leads to the one before, and its own length to the one behind.
+// Pages keep the size of their first spill. There is no index of pages: the length at the end of
+// each page leads to the previous one, and the page's own length to the next.
 //
-// Thread safety: none, but that a full page may be stored beside the rest (takeFullPage). Failures
-// of the scratch file are not reported: pages that it does not take stay in memory, so that the
-// list is right all the same. Lack of memory throws std::bad_alloc.
+// Thread safety: none, except that a full page may be stored while other calls continue
+// (takeFullPage). Failures of the scratch file are not reported: pages that it does not accept stay
+// in memory, so the list is still complete. Throws std::bad_alloc if out of memory.
 #pragma once
 
 #include "formats/vsplit_page_store.h"
@@ -32,7 +32,7 @@ namespace korvalite {
 
 class VSplitList {
 public:
-    /// For pageCapacity: a page that never fills, so that all records stay in memory.
+    /// For pageCapacity: a page that never fills, which keeps all records in memory.
     static constexpr std::uint32_t kAllRecords = std::numeric_limits<std::uint32_t>::max();
     /// For the limit of loadFrom.
     static constexpr std::int32_t kNoLimit = -1;
@@ -42,34 +42,34 @@ public:
     VSplitList(const VSplitList&) = delete;
     VSplitList& operator=(const VSplitList&) = delete;
 
-    /// Records a page may hold before it spills, taken up by the next open(): 0 for a page of about
-    /// 100,000 bytes, kAllRecords, or a number.
+    /// The number of records that a page may hold before it spills, used by the next open(): a
+    /// number, kAllRecords, or 0 for a page of about 100,000 bytes.
     std::uint32_t pageCapacity = 0;
 
     /// Starts an empty list; does nothing if one is open. `vertexCount` is the number of vertex
-    /// records, an upper bound of the splits. `appendsBetweenSpills`: 2, or 2 for each thread.
+    /// records, an upper bound for the splits. `appendsBetweenSpills`: 2 per thread.
     void open(VSplitFormat format, std::uint32_t vertexCount, std::uint32_t appendsBetweenSpills);
 
-    /// Deletes the scratch file and releases everything; does nothing if not open.
+    /// Deletes the scratch file and frees everything; does nothing if not open.
     void close();
 
     [[nodiscard]] bool isOpen() const { return isOpen_; }
 
-    /// Records in the whole list, on disk and in memory.
+    /// The number of records in the whole list, on disk and in memory.
     [[nodiscard]] std::uint32_t NumVtxSplit() const { return numVtxSplit_; }
 
-    /// Puts a copy of the record behind the last one. REQUIRES: isOpen().
+    /// Appends a copy of the record. REQUIRES: isOpen().
     void append(const VSplit& split);
 
-    /// Lets the page go if it holds pageCapacity records. Call after each collapse or mirrored
-    /// pair.
+    /// Spills the page if it holds pageCapacity records. Call after each collapse or mirrored pair.
     void spillIfFull() {
         if (takeFullPage()) storeFullPage();
     }
 
-    /// The two halves of spillIfFull, so that nobody need wait for the disk. After true the caller
-    /// must run the second, and other threads may append and take meanwhile; a page that fills up
-    /// before that is over grows beyond its capacity.
+    /// The two halves of spillIfFull, so that other threads need not wait for the disk. If the
+    /// first returns true, the caller must run the second; other threads may append and take
+    /// meanwhile, and a page that fills up before the second has finished grows beyond its
+    /// capacity.
     [[nodiscard]] bool takeFullPage();
     void storeFullPage();
 
@@ -78,23 +78,23 @@ public:
     /// file has lost is blank.
     [[nodiscard]] VSplitView ensureLoaded(std::int32_t position);
 
-    /// The record last asked for has been or is about to be changed.
+    /// Declares that the record last requested has been or is about to be changed.
     void markDirty() { dirty_ = true; }
 
     /// Writes the count and all records, newest first: the last section of a .kvm file. False if a
     /// write failed.
     bool saveTo(platform::File& file);
 
-    /// Replaces the list by the newest `limit` records, or all, of the last section of a .kvm file;
-    /// they lie in one page that never fills. Where the file is short or a record cannot be whole,
-    /// the records before it are the list: they are the newest ones. False in that case.
+    /// Replaces the list by the newest `limit` records, or all records, of the last section of a
+    /// .kvm file, in one page that never fills. If the file is short or a record is incomplete,
+    /// keeps the records before it, which are the newest, and returns false.
     bool loadFrom(platform::File& file, VSplitFormat format, std::int32_t limit);
 
-    /// The scratch file; null if there is none.
+    /// The path of the scratch file; null if there is none.
     [[nodiscard]] const HeapString& path() const { return store_.path(); }
 
-    /// The page in memory: the list position of its first record, its number of records, how many
-    /// it takes, and where it begins and how long it is in the scratch file, in bytes.
+    /// The page in memory: the list position of its first record, its number of records, its
+    /// capacity, and its offset and length in the scratch file in bytes.
     [[nodiscard]] std::int32_t pageFirst() const { return pageFirst_; }
     [[nodiscard]] std::uint32_t pageCount() const {
         return static_cast<std::uint32_t>(recordStarts_.size());
@@ -102,7 +102,7 @@ public:
     [[nodiscard]] std::uint32_t recordsPerPage() const { return recordsPerPage_; }
     [[nodiscard]] std::int64_t pageOffset() const { return pageOffset_; }
     [[nodiscard]] std::int64_t pageBytes() const;
-    /// It differs from its copy on disk.
+    /// Whether the page in memory differs from its copy on disk.
     [[nodiscard]] bool dirty() const { return dirty_; }
 
 private:
@@ -131,16 +131,17 @@ private:
     std::int32_t pageFirst_ = 0;
     std::int64_t pageOffset_ = 0;
 
-    // While open: room for the count word, then the records as they stand on disk.
+    // While open: room for the count word, then the records in their on-disk form.
     std::vector<std::uint32_t> pageWords_;
     std::vector<std::size_t> recordStarts_;  // ascending indices into pageWords_
 
-    // The page that is being stored: its taker's, as is the store, until isStoring_ is false again.
+    // The page being stored. While isStoring_ is true, this page and the store belong to the thread
+    // that took the page.
     std::vector<std::uint32_t> fullPage_;
     std::int64_t fullPageOffset_ = 0;
     std::atomic<bool> isStoring_ = false;
 
-    // The page that is being loaded: it replaces the other only when it has come whole.
+    // The page being loaded. It replaces the current page only once it is complete.
     std::vector<std::uint32_t> incomingWords_;
     std::vector<std::size_t> incomingStarts_;
 

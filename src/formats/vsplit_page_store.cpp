@@ -16,7 +16,8 @@ namespace {
 
 constexpr std::int64_t kWordBytes = sizeof(std::uint32_t);
 
-// Names to try where a name that looked free is not: another tool was faster, or a folder has it.
+// How many names to try if a free name turns out not to be: another process was faster, or it is
+// the name of a folder.
 constexpr int kMaxNames = 100;
 
 std::int64_t byteLength(std::span<const std::uint32_t> page) {
@@ -30,13 +31,13 @@ void VSplitPageStore::open() {
     for (int i = 0; i < kMaxNames; ++i) {
         file_ = platform::File::createExclusively(candidate.c_str());
         if (file_) {
-            path_ = std::move(candidate);  // needs no memory: the file must not lose its name
+            path_ = std::move(candidate);  // cannot fail: the path is needed to delete the file
             break;
         }
         candidate = IncrementFileName(candidate);
     }
-    // Pages come and go in one piece. A buffer would gain nothing, and could hold on to bytes that
-    // a full disk has refused and put them in the way of later reads.
+    // Pages are read and written whole. A buffer would gain nothing, and could keep bytes that a
+    // full disk has refused and return them to later reads.
     if (file_) std::setvbuf(file_.stream(), nullptr, _IONBF, 0);
 }
 
@@ -53,7 +54,7 @@ void VSplitPageStore::put(std::int64_t offset, std::span<const std::uint32_t> pa
         kept->second.assign(page.begin(), page.end());
         return;
     }
-    // A longer page could not be found again by its length word.
+    // The length word of a longer page would overflow.
     const bool hasLengthWord = byteLength(page) <= std::numeric_limits<std::uint32_t>::max();
     if (hasLengthWord && writeToFile(offset, page)) return;
     kept_.emplace(offset, std::vector<std::uint32_t>(page.begin(), page.end()));

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Where the pages of a split list go that are not in use: to a scratch file in the job's folder,
-// and whatever that file does not take stays in memory. Pages lie one behind the other from offset
-// 0, in the file and in memory alike:
+// Stores the pages of a split list that are not in use in a scratch file in the job's folder; pages
+// that the file does not accept stay in memory. Pages are contiguous from offset 0, both in the
+// file and in memory:
 //
 //   u32 number of records | the records | u32 length of the page in bytes, these two words included
 //
@@ -26,21 +26,21 @@ public:
     VSplitPageStore(const VSplitPageStore&) = delete;
     VSplitPageStore& operator=(const VSplitPageStore&) = delete;
 
-    /// Creates the scratch file under the first free name from "VSplitList.data" on. A file that
-    /// exists, another process's among them, is never touched. If none can be created, every page
+    /// Creates the scratch file under the first free name, starting with "VSplitList.data". Never
+    /// touches an existing file, such as another process's. If no file can be created, every page
     /// stays in memory. REQUIRES: closed.
     void open();
 
     /// Closes and deletes the scratch file, and forgets all pages.
     void close();
 
-    /// Stores a page, with its count and length words, at an offset in bytes. A page that is there
-    /// already is replaced, and must be as long unless it is the last. It counts as stored on disk
-    /// only when it has been read back, and stays in memory otherwise.
+    /// Stores a page, with its count and length words, at an offset in bytes. Replaces a page that
+    /// is already there, which must have the same length unless it is the last. A page that cannot
+    /// be read back from disk stays in memory.
     void put(std::int64_t offset, std::span<const std::uint32_t> page);
 
-    /// Reads words from an offset that lies in a stored page; the number of words that came. What
-    /// is read behind the end of that page means nothing.
+    /// Reads words from an offset in a stored page and returns the number of words read. Those past
+    /// the end of that page are meaningless.
     std::size_t read(std::int64_t offset, std::span<std::uint32_t> words);
 
     /// The length in bytes of the page that ends at an offset; 0 if it cannot be read.
@@ -59,7 +59,7 @@ private:
 
     platform::File file_;
     HeapString path_;
-    KeptPages kept_;  // by offset: the pages that are not in the file
+    KeptPages kept_;  // the pages that are not in the file, by offset
 };
 
 }  // namespace korvalite

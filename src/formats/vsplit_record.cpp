@@ -7,7 +7,7 @@ namespace korvalite {
 
 namespace {
 
-// Lays words out one behind the other in room that is large enough.
+// Writes consecutive words. The destination must be large enough.
 class WordCursor {
 public:
     explicit WordCursor(std::uint32_t* at) : at_(at) {}
@@ -19,7 +19,7 @@ public:
         at_ += sizeof value / sizeof(std::uint32_t);
     }
 
-    // `count` is in words or in items, as the list's place in the record has it.
+    // `count` is in words or in items, depending on the list.
     template <typename T>
     void putList(const std::vector<T>& items, std::size_t count) {
         static_assert(sizeof(T) % sizeof(std::uint32_t) == 0);
@@ -65,7 +65,7 @@ std::uint64_t measureVSplit(std::span<const std::uint32_t> words, VSplitFormat f
     const std::uint64_t least = minVSplitWords(format);
     std::uint64_t inLists = 0;
     std::uint64_t at = 4;
-    // Each list: its count, if the words reach that far, tells where the next one begins.
+    // The count of each list, if the words reach that far, gives the start of the next.
     const auto passList = [&](std::uint64_t wordsPerItem) {
         if (at >= words.size()) return false;
         const std::uint64_t length = words[at] * wordsPerItem;

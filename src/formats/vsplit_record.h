@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// The on-disk form of one VSplit: an array of little-endian 32-bit words that both the scratch file
-// and the .kvm file hold.
+// The on-disk form of one VSplit, in both the scratch file and the .kvm file: an array of
+// little-endian 32-bit words.
 //
 //   vertex, position x y z, n, n corners, n, n removedTriangles,
 //   [savedColor],                                                    with colours
 //   [n, n savedUVs (u, v), n, n cornerUVIndices, n, n uvIndexPair words]  with UVs
 //
-// Floats lie in their words bit for bit. In memory a record has the same form, so that taking it to
-// the disk and back is a copy.
+// Floats are stored bit for bit. Records have the same form in memory, so reading and writing them
+// is a plain copy.
 #pragma once
 
 #include "decimation/vsplit.h"
@@ -24,34 +24,35 @@ namespace korvalite {
 static_assert(std::endian::native == std::endian::little,
               "arrays go to and from little-endian files as they stand in memory");
 
-/// What a record holds beyond vertex, position, corners and removed triangles. The records carry no
-/// mark of it: reader and writer must agree.
+/// What a record holds beyond vertex, position, corners and removed triangles. This is not stored
+/// in the records: reader and writer must agree.
 struct VSplitFormat {
     bool hasColors = false;
     bool hasUVs = false;
 };
 
-/// The words of a record whose lists are all empty: no record is shorter.
+/// The number of words of a record with empty lists: no record is shorter.
 constexpr std::uint32_t minVSplitWords(VSplitFormat format) {
     return 6U + (format.hasColors ? 1U : 0U) + (format.hasUVs ? 3U : 0U);
 }
 inline constexpr std::size_t kMaxEmptyVSplitWords = minVSplitWords({true, true});
 
-/// The words that `split` takes.
+/// The number of words that `split` takes.
 std::size_t vsplitWords(const VSplit& split, VSplitFormat format);
 
-/// Appends `split` to `words`. If that runs out of memory, `words` is as before.
+/// Appends `split` to `words`. Leaves `words` unchanged if out of memory.
 void appendVSplit(std::vector<std::uint32_t>& words, const VSplit& split, VSplitFormat format);
 
-/// The words of the record at the front of `words`, which may end anywhere and hold anything. A
-/// result above words.size() says that the record is not whole, and is the least it can take.
+/// The number of words of the record at the start of `words`, which may end anywhere and contain
+/// anything. A result above words.size() means that the record is incomplete and is its least
+/// possible length.
 std::uint64_t measureVSplit(std::span<const std::uint32_t> words, VSplitFormat format);
 
-/// A record in memory, to be read and changed in place. The list lengths never change, so that a
-/// record keeps its place. A view is only an address: see VSplitList for how long one is valid.
+/// A record in memory, which can be read and changed in place. List lengths never change, so a
+/// record never moves. A view is only an address: see VSplitList for how long it is valid.
 ///
-/// Lists of a file from elsewhere may disagree in length: savedUVCount() may differ from the number
-/// of pairs, and cornerUVIndices() from corners().
+/// In a file from an untrusted source the lengths of lists may disagree: savedUVCount() may differ
+/// from the number of pairs, and the length of cornerUVIndices() from that of corners().
 class VSplitView {
 public:
     /// REQUIRES: a whole record begins at `words`.
@@ -77,7 +78,7 @@ public:
 
     /// The lists below are empty if the format has no UVs.
     [[nodiscard]] std::uint32_t savedUVCount() const { return hasUVs_ ? words_[savedUVsAt_] : 0; }
-    /// REQUIRES, here and below: k < savedUVCount().
+    /// REQUIRES, also for setSavedUV: k < savedUVCount().
     [[nodiscard]] UVCoord savedUV(std::uint32_t k) const {
         const std::size_t at = savedUVsAt_ + 1 + std::size_t{k} * 2;
         return {real(at), real(at + 1)};
@@ -103,13 +104,13 @@ public:
 private:
     [[nodiscard]] float real(std::size_t at) const { return std::bit_cast<float>(words_[at]); }
     void setReal(std::size_t at, float value) { words_[at] = std::bit_cast<std::uint32_t>(value); }
-    /// The list whose count stands at a word. Signed and unsigned may alias.
+    /// The list whose count is at the given word. Signed and unsigned types may alias.
     [[nodiscard]] std::span<std::int32_t> list(std::size_t at) const {
         return {reinterpret_cast<std::int32_t*>(words_ + at + 1), words_[at]};
     }
 
     std::uint32_t* words_;
-    // Where the count of each list stands, or would stand; the colour has none.
+    // The index of each list's count, and of the colour, or where it would be.
     std::size_t removedAt_;
     std::size_t colorAt_;
     std::size_t savedUVsAt_;
