@@ -8,7 +8,7 @@ namespace korvalite {
 
 namespace {
 
-/// Every corner gets an index, also those of triangles that an earlier run has removed.
+/// Gives every corner an index, even in triangles that an earlier run has removed.
 void weldAllCorners(DMesh& mesh) {
     if (!hasDeadTriangles(mesh)) return WeldCornerUVs(mesh);
     BuildVertexCorners(mesh);

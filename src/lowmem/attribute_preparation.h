@@ -5,11 +5,12 @@
 
 namespace korvalite {
 
-/// Decides m_handleUVs_internal and builds UV index, UV corner lists and seam bits.
+/// Decides m_handleUVs_internal and builds the UV indices, UV corner lists and seam bits.
 /// REQUIRES: the vertex corner lists.
 void prepareUVs(ProgressiveMesh& pm);
 
-/// A colour byte times this scale is a length that the metric can compare with distances.
+/// Computes colorScale: a colour byte times this scale is a length that the metric can compare with
+/// distances.
 void computeColorScale(ProgressiveMesh& pm);
 
 }  // namespace korvalite

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// How a thread that does not hold the queue collapses, penalizes and ranks: on the vertices it has
-// reserved, with every change of the queue left as an entry of its work record. It commits the
-// entries itself, under csQueue, at the end of its turn.
+// How a thread that does not hold the queue collapses, penalizes and ranks: it works on the
+// vertices it has reserved, and every change of the queue becomes an entry in its work record. The
+// thread commits the entries under csQueue at the end of its turn.
 //
-// Every thread may call these at once, each with its own reservation and context.
+// All threads may call these at once, each with its own reservation and context.
 #pragma once
 
 #include "decimation/collapse.h"
@@ -16,20 +16,20 @@
 
 namespace korvalite {
 
-/// Raises the cost of a refused vertex: at once if it is not queued, else as an update.
+/// Raises the cost of a refused vertex: at once if it is not queued, else as an update entry.
 void PenalizeDeferred(ProgressiveMesh& pm, std::int32_t vertex, ThreadWorkRecord& record);
 
-/// Ranks one vertex against its ring, without a change of the mesh. `ring` is scratch.
+/// Ranks one vertex against its ring without changing the mesh. `ring` is scratch.
 template <typename Metric>
 void ComputeVertexCost_MT(const ProgressiveMesh& pm, std::int32_t vertex, float& outCost,
                           std::int32_t& outPartner, IndexList& ring);
 
-/// The update for a kept vertex that is not active any more: ranks what is left around the corners
-/// of the record of `removed`. Nothing if that is neither record's vertex.
+/// The update for a kept vertex that is no longer active: re-ranks the remaining vertices around
+/// the corners of the record of `removed`. No effect if neither record is of `removed`.
 template <typename Metric>
 void RefreshRingCosts_MT(const ProgressiveMesh& pm, std::int32_t removed, ThreadWorkRecord& record);
 
-/// The Changes of PairCollapse.
+/// The Changes parameter of PairCollapse.
 class DeferredChanges {
 public:
     static constexpr bool kOthersChangeTheMesh = true;

@@ -44,7 +44,7 @@ public:
     }
     void refreshCosts(const CollapseRecord& collapse) { RefreshRingCosts(pm_, collapse.split); }
 
-    // By the plain metric for now, with colours too.
+    // Uses the plain metric even with colours.
     void rankFreedSlave(std::int32_t vertex) {
         RecomputeVertexCost(pm_, vertex, ring_);
         pm_.costQueue.Insert(vertex);

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
 // The driver that a job runs on one thread: quadric edge collapse (M. Garland and P. Heckbert,
-// 1997) without a quadric held between two evaluations.
+// 1997) without keeping quadrics between evaluations.
 //
-// A quadric is always built again from the triangles of the mesh as it stands, so that it measures
-// the error against the current surface and not against all that was collapsed into it. Of the
-// decimation only `cost` and `partner` live in the vertex records between two collapses.
+// A quadric is always rebuilt from the current triangles, so it measures the error against the
+// current surface, not against everything that has been collapsed into it. Between collapses only
+// `cost` and `partner` are kept, in the vertex records.
 //
-// Invariants: numActiveVertices and numActiveTriangles equal the set bits; a turn ends with its
-// collapse complete and recorded, or with the mesh as before it.
+// Invariants: numActiveVertices and numActiveTriangles equal the number of set bits; a turn ends
+// with its collapse complete and recorded, or with the mesh unchanged.
 #pragma once
 
 #include "decimation/metric.h"
@@ -16,13 +16,13 @@
 
 namespace korvalite {
 
-/// Decimates to TargetNumItem, to an empty queue, to nothing left but refused collapses, or to a
-/// stop request. Always 0; out of memory passes through as std::bad_alloc and leaves the mesh as it
-/// stands. One run at a time on a mesh, on the main thread.
+/// Decimates until TargetNumItem is reached, the queue is empty, only refused collapses are left,
+/// or a stop is requested. Always returns 0; throws std::bad_alloc if out of memory, with the mesh
+/// left in its current state. One run per mesh at a time, on the main thread.
 template <typename Metric>
 int doDecimation_LM(ProgressiveMesh& pm);
 
-/// The two halves of the above: everything that is built before the first collapse, and the loop.
+/// The two halves of the above: the preparation before the first collapse, and the loop.
 template <typename Metric>
 int doDecimationInit_LM(ProgressiveMesh& pm);
 template <typename Metric>

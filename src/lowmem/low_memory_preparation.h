@@ -5,14 +5,14 @@
 
 namespace korvalite {
 
-/// Where the preparation for one thread and that for several differ.
+/// The differences between the preparation for one thread and for several.
 struct LowMemoryPreparation {
-    bool raiseStageFlags;  // at once; else the first of them, when all threads are there
+    bool raiseStageFlags;  // now; if false, only the first, once all threads have started
     bool logCostForms;
 };
 
-/// All that both low-memory drivers build before the first collapse, up to the queue: adjacency,
-/// symmetry, UVs, colour scale and costs. Main thread only.
+/// Builds everything that both low-memory drivers need before the first collapse: adjacency,
+/// symmetry, UVs, colour scale, costs and the queue. Main thread only.
 template <typename Metric>
 void prepareLowMemoryRun(ProgressiveMesh& pm, const LowMemoryPreparation& preparation);
 

@@ -20,8 +20,8 @@ namespace korvalite {
 
 namespace {
 
-/// The threads beside the main one. Each waits for its start, runs the loop once and waits for its
-/// end; the destructor sees to that end.
+/// The threads besides the main one. Each waits for its start message, runs the loop once and waits
+/// for its end message, which the destructor sends.
 template <typename Metric>
 class Workers {
 public:
@@ -35,7 +35,7 @@ public:
     Workers(const Workers&) = delete;
     Workers& operator=(const Workers&) = delete;
 
-    /// False if the system starts no more threads.
+    /// False if the system refuses to start another thread.
     bool add(ThreadContext& context) {
         auto worker = std::make_unique<Worker>();
         workers_.reserve(workers_.size() + 1);
@@ -77,7 +77,7 @@ private:
     std::vector<std::unique_ptr<Worker>> workers_;
 };
 
-/// The context of a thread, ready for a run. One of an earlier run is used again.
+/// The context of a thread, ready for a run. Reuses that of an earlier run.
 ThreadContext& contextOf(ProgressiveMesh& pm, std::int32_t threadIndex) {
     const auto index = static_cast<std::size_t>(threadIndex);
     if (index == pm.threadContexts.size()) pm.threadContexts.emplace_back();
@@ -93,7 +93,7 @@ ThreadContext& contextOf(ProgressiveMesh& pm, std::int32_t threadIndex) {
 template <typename Metric>
 void doDecimationInit_LM_MT(ProgressiveMesh& pm) {
     DebugLog("  starting doDecimationInit_LM_MT()...");
-    pm.NumThread = std::max(pm.NumThread, 1);  // -1 asks for one
+    pm.NumThread = std::max(pm.NumThread, 1);  // -1 means one
     prepareLowMemoryRun<Metric>(pm, {.raiseStageFlags = false, .logCostForms = true});
     openVSplitList(pm, static_cast<std::uint32_t>(pm.NumThread));
     pm.lockedVertices.Free();

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// The low-memory driver on several threads, which share one mesh and one queue without dividing
-// either: see lowmem/thread_loop.h for what keeps them apart.
+// The low-memory driver on several threads, which share one mesh and one queue without partitioning
+// them: see lowmem/thread_loop.h for how they avoid each other.
 //
-// The order of the collapses, and with it the mesh, depends on timing. A run with more than one
-// thread is not reproducible; with one it gives the queue's own order.
+// The order of the collapses, and therefore the result, depends on timing. A run with more than one
+// thread is not reproducible; a run with one follows the queue's order.
 #pragma once
 
 #include "decimation/metric.h"
@@ -12,11 +12,11 @@
 
 namespace korvalite {
 
-/// Decimates on NumThread threads, the calling one among them, until each has met an end of
-/// doDecimationLoop_LM_MT. Where the system refuses to start more threads, those that run do all
-/// the work. Always 0; a lack of memory on any thread passes through as std::bad_alloc. Whatever
-/// happens, all threads have ended on return. Leaves the main task open. One run at a time on a
-/// mesh, on the main thread.
+/// Decimates on NumThread threads, including the calling one, until doDecimationLoop_LM_MT has
+/// ended on each. If the system refuses to start more threads, the running ones do all the work.
+/// Always returns 0; throws std::bad_alloc if any thread runs out of memory. In any case, all
+/// threads have ended on return. Leaves the main task open. One run per mesh at a time, on the main
+/// thread.
 template <typename Metric>
 int doDecimation_LM_MT(ProgressiveMesh& pm);
 

@@ -19,8 +19,8 @@ std::size_t at(std::int32_t index) {
     return static_cast<std::size_t>(index);
 }
 
-/// For the driver that is alone on the mesh: the ring leaves the queue, gets its costs and comes
-/// back.
+/// For a driver that has the mesh to itself: removes the ring from the queue, stores its costs and
+/// queues it again.
 class CostsAtOnce : public NoGuards {
 public:
     CostsAtOnce(ProgressiveMesh& pm, IndexList& queued) : pm_(pm), queued_(queued) {}
@@ -48,7 +48,7 @@ public:
         }
         pm_.costQueue.InsertAll(queued_);
     }
-    /// A guess at the vertex that collapses next.
+    /// A guess at the vertex that will collapse next.
     [[nodiscard]] std::int32_t next() const { return pm_.costQueue.peek(); }
 
 private:
@@ -56,8 +56,8 @@ private:
     IndexList& queued_;
 };
 
-/// For one of several threads: the costs become entries of its work record, from the end of what is
-/// there already. The entry of a slot is that many places behind the first.
+/// For one of several threads: appends the costs to its work record. The entry of slot s is s
+/// places after the first appended one.
 class CostsRecorded : public ThreadGuards {
 public:
     CostsRecorded(ThreadWorkRecord& record, CriticalSections& sections)
@@ -78,7 +78,7 @@ public:
         }
     }
     void finish(std::span<const std::int32_t> /*ring*/) {}
-    // The other threads make it hard to guess.
+    // With other threads at work there is no good guess.
     [[nodiscard]] static std::int32_t next() { return kNone; }
 
 private:
@@ -160,7 +160,7 @@ private:
         ringEnd_ = s_.localVertices.size();
     }
 
-    /// The corner lists of the ring, and what its vertices are linked to in the queue.
+    /// Prefetches the corner lists of the ring and the queue links of its vertices.
     void fetchRing() {
         pm_.costQueue.prefetchOwnLinks(ring());
         warmVertexCorners(mesh_, ring().subspan(1), s_.cursors, &marks_.triangleMark);
@@ -196,9 +196,9 @@ private:
         }
     }
 
-    // What comes next is one of the ring, which is at hand, or the first of the queue as it stands
-    // now. The memory around that one is fetched little by little, each step a link further, so
-    // that it has arrived when its turn comes.
+    // The next vertex to collapse will be in the ring, which is in the cache, or be the current
+    // first in the queue. The memory around the latter is prefetched step by step, one link further
+    // each time, so it has arrived when the next turn starts.
 
     void warmWithNext(std::span<const std::int32_t> outerRing) {
         s_.warmed.assign(outerRing.begin(), outerRing.end());
@@ -237,8 +237,8 @@ private:
         }
     }
 
-    /// A ring vertex misses a triangle that touches neither the kept vertex nor the outer ring:
-    /// such triangles are never listed, and the costs have always been without them.
+    /// Triangles that touch neither the kept vertex nor the outer ring are never listed, so they
+    /// are missing from the quadrics of ring vertices: the costs have always been like that.
     void sumQuadrics() {
         s_.slotQuadrics.assign(s_.localVertices.size(), {});
         for (const std::int32_t triangle : s_.localTriangles) {
@@ -252,7 +252,7 @@ private:
 
     void gatherEdges() {
         if (!pm_.m_handleUVs_internal) return listEdges();
-        // One stay for all edges: the marks of a seam may be travelling.
+        // One critical section for all edges, since other threads may be moving seam marks.
         const auto guard = costs_.uvSeams();
         listEdges();
     }
@@ -267,7 +267,7 @@ private:
             for (; next < s_.ringNeighboursEnd[slot - 1]; ++next) {
                 const std::int32_t x = s_.ringNeighbours[next];
                 const std::uint16_t slotX = marks_.vertexSlot[at(x)];
-                // Inside the ring an edge is taken from its lower end.
+                // An edge inside the ring is taken from its lower end.
                 const bool takenFromX = slotX >= 1 && slotX < ringEnd_ && x < w;
                 const bool mayRankX = !pm_.isSymmetrySlave(x);
                 if (x == w || slotX == NeighbourhoodMarks::kNoSlot || takenFromX) continue;
@@ -289,11 +289,11 @@ private:
         }
     }
 
-    // Where the surface is flat, collapses cost nothing, and grow hubs with hundreds of edges. A
-    // vertex that is ranked at no cost needs no further edge, nor the quadric at its other end,
-    // unless that edge can cost less than nothing.
+    // On flat ground collapses cost nothing and create hubs with hundreds of edges. Once a vertex
+    // has cost 0, its other edges and the quadrics at their far ends need no evaluation, unless an
+    // edge can have a negative cost.
 
-    /// Whether much of the ring cost nothing so far, refused once or not.
+    /// Whether much of the ring had cost 0 so far, refused once or not.
     [[nodiscard]] bool isMostlyFree() const {
         constexpr std::size_t kLargeNeighbourhood = 128;
         const auto isFree = [this](std::int32_t vertex) {
@@ -346,7 +346,7 @@ private:
     NeighbourhoodMarks& marks_;
     NeighbourhoodScratch<Metric>& s_;
     std::int32_t next_ = kNone;
-    std::size_t ringEnd_ = 0;  // slots below are the kept vertex and its ring
+    std::size_t ringEnd_ = 0;  // lower slots are the kept vertex and its ring
 };
 
 }  // namespace

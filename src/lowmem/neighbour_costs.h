@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The cost update after a collapse, for drivers that store no quadric: all quadrics of the kept
-// vertex's 2-ring are built again from the triangles as they stand. This is where nearly all time
-// goes.
+// The cost update after a collapse, for drivers that store no quadrics: rebuilds all quadrics of
+// the kept vertex's 2-ring from the current triangles. Nearly all the time is spent here.
 #pragma once
 
 #include "lowmem/neighbourhood_marks.h"
@@ -20,7 +19,7 @@ struct CriticalSections;
 
 /// An edge from the 1-ring, gathered before it is evaluated.
 struct RingEdge {
-    std::int32_t w = kNone;  // a vertex of the ring
+    std::int32_t w = kNone;  // a ring vertex
     std::int32_t x = kNone;
     std::uint16_t slotW = 0;
     std::uint16_t slotX = 0;
@@ -28,20 +27,20 @@ struct RingEdge {
     bool mayRankX = false;
 };
 
-/// Scratch of one thread. Everything here keeps its capacity from collapse to collapse.
+/// Scratch for one thread. Everything here keeps its capacity from collapse to collapse.
 template <typename Metric>
 struct NeighbourhoodScratch {
     IndexList localVertices;   // the vertices with a slot, in slot order: kept, ring, outer ring
-    IndexList localTriangles;  // in order of listing
+    IndexList localTriangles;  // in the order listed
     std::vector<typename Metric::Quadric> slotQuadrics;
     IndexList corners;
     IndexList ring;
     IndexList neighbours;
-    IndexList ringNeighbours;                    // of all ring vertices, one after the other
-    std::vector<std::size_t> ringNeighboursEnd;  // where those of each end
+    IndexList ringNeighbours;                    // of all ring vertices, in order
+    std::vector<std::size_t> ringNeighboursEnd;  // the end of each ring vertex's part
     IndexList queued;
     IndexList warmed;
-    IndexList nextPair;  // the vertex that probably collapses next, and its partner
+    IndexList nextPair;  // the vertex likely to collapse next, and its partner
     IndexList nextRing;
     IndexList cursors;  // of warmVertexCorners
     std::vector<RingEdge> edges;
@@ -49,21 +48,20 @@ struct NeighbourhoodScratch {
     QuadricsOnDemand<Metric> quadrics;
 };
 
-/// Ranks `kept` and its ring again and queues them. `ringCorners` and `neighbours` are what
-/// CollapseEdge left behind, and may be empty.
+/// Re-ranks `kept` and its ring and queues them. `ringCorners` and `neighbours` are the lists that
+/// CollapseEdge gathered, and may be empty.
 ///
-/// A neighbourhood of 65535 vertices or more does not fit the slots: the vertices beyond keep their
-/// costs until a later update.
+/// There are only 65535 slots: in a larger neighbourhood the remaining vertices keep their costs
+/// until a later update.
 template <typename Metric>
 void UpdateNeighbourCosts_LM(ProgressiveMesh& pm, std::int32_t kept, const IndexList& ringCorners,
                              const IndexList& neighbours, NeighbourhoodMarks& marks,
                              NeighbourhoodScratch<Metric>& scratch);
 
-/// The same for a thread that has reserved `kept` and its ring: the costs are appended to the
-/// update lists of its work record, with neither the vertex records nor the queue touched. The
-/// triangles beyond the reservation are read while other threads may be changing them, so that a
-/// cost can be a little off; it only misorders the queue, as every collapse is tested when it is
-/// made.
+/// The same for a thread that has reserved `kept` and its ring: appends the costs to the update
+/// lists of its work record without touching the vertex records or the queue. Triangles outside the
+/// reservation may be changing while they are read, so a cost can be slightly off; this only
+/// affects the order of the queue, because every collapse is tested when it is made.
 template <typename Metric>
 void UpdateNeighbourCosts_MT(ProgressiveMesh& pm, std::int32_t kept, const IndexList& ringCorners,
                              const IndexList& neighbours, ThreadContext& context,

@@ -9,16 +9,16 @@
 
 namespace korvalite {
 
-/// What a thread notes about single vertices and triangles while it updates a neighbourhood: 2
-/// bytes a vertex and 1 bit a triangle, for each thread.
+/// A thread's marks on vertices and triangles while it updates a neighbourhood: 2 bytes per vertex
+/// and 1 bit per triangle, for each thread.
 struct NeighbourhoodMarks {
-    // Slots are 16 bits wide because this array is as long as the mesh.
+    // Slots are only 16 bits wide because this array has an entry per vertex of the mesh.
     static constexpr std::uint16_t kNoSlot = 65535;
 
-    std::vector<std::uint16_t> vertexSlot;  // all kNoSlot between two updates
-    BitArray triangleMark;                  // all clear between two updates
+    std::vector<std::uint16_t> vertexSlot;  // all kNoSlot between updates
+    BitArray triangleMark;                  // all clear between updates
 
-    /// Sizes both for a mesh.
+    /// Resizes both for a mesh.
     void prepare(const DMesh& mesh) {
         reserveLarge(vertexSlot, mesh.vertices.size());
         vertexSlot.assign(mesh.vertices.size(), kNoSlot);

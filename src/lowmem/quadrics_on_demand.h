@@ -13,18 +13,18 @@
 
 namespace korvalite {
 
-/// The quadrics of a neighbourhood's vertices, each summed when it is first asked for: where much
-/// is flat few of them are. A sum takes the triangles in the order in which they were listed, which
-/// gives it the same bits as summing all of them at once.
+/// The quadrics of a neighbourhood's vertices, each summed on first use; in mostly flat areas few
+/// are used. A sum takes the triangles in the order listed, so it has the same bits as when all
+/// quadrics are summed at once.
 ///
-/// Belongs to one thread; keeps its room from neighbourhood to neighbourhood.
+/// Belongs to one thread; keeps its capacity from neighbourhood to neighbourhood.
 template <typename Metric>
 class QuadricsOnDemand {
 public:
     using Quadric = typename Metric::Quadric;
 
-    /// `triangles` are the listed ones, which must stay as they are until the last call of `of`;
-    /// `marks` has the slots of their vertices, below `slotCount`.
+    /// `triangles` are the listed triangles, which must not change until the last call of `of`;
+    /// `marks` has the slots of their vertices, all below `slotCount`.
     void prepare(const DMesh& mesh, std::span<const std::int32_t> triangles,
                  const NeighbourhoodMarks& marks, std::size_t slotCount) {
         triangles_ = triangles;
@@ -47,14 +47,14 @@ public:
     }
 
 private:
-    /// A counting sort: the places of each slot's triangles, ascending.
+    /// A counting sort that lists the places of each slot's triangles in ascending order.
     void sortBySlot(const DMesh& mesh, const NeighbourhoodMarks& marks, std::size_t slotCount) {
         end_.assign(slotCount + 1, 0);
         forEachSlot(mesh, marks,
                     [this](std::uint16_t slot, std::uint32_t /*place*/) { ++end_[slot + 1U]; });
         std::partial_sum(end_.begin(), end_.end(), end_.begin());
         places_.resize(end_.back());
-        // Each begins where the one before it ends, and moves to its own end.
+        // Each entry starts as the end of the previous slot and advances to the end of its own.
         forEachSlot(mesh, marks, [this](std::uint16_t slot, std::uint32_t place) {
             places_[end_[slot]++] = place;
         });

@@ -13,26 +13,27 @@
 
 namespace korvalite {
 
-/// The vertices that one thread holds in `lockedVertices` for its turn: the closed rings of both
-/// ends of an edge, and of their mirror images. The holder may read and write all data of these
-/// vertices and of the triangles between them. All members are called under csQueue.
+/// The vertices that one thread holds in `lockedVertices` for its turn: both ends of an edge and
+/// their rings, and those of the mirror image. The holder may read and write all data of these
+/// vertices and of the triangles between them. All members must be called under csQueue.
 ///
-/// A vertex that is held is never waited for: the next cheapest one is taken instead.
+/// Threads never wait for a held vertex; they take the next cheapest one instead.
 class Reservations {
 public:
     explicit Reservations(ProgressiveMesh& pm) : mesh_(pm.mesh), locked_(pm.lockedVertices) {}
 
     [[nodiscard]] bool isHeld(std::int32_t vertex) const { return locked_.Test(vertex); }
 
-    /// Before the attempts to hold something while csQueue is held. What others hold does not
-    /// change in between, so that a hub is walked once and not for each of its spokes.
+    /// Call on entering csQueue, before trying to hold anything. As long as csQueue is held the
+    /// other reservations do not change, so a hub is walked only once and not for each of its
+    /// spokes.
     void beginPick() {
         freeHubs_.clear();
         blockedHubs_.clear();
     }
 
-    /// Gathers the closed rings of these vertices, to be held together with what has been gathered
-    /// already. False, with nothing gathered, if another thread holds any of it.
+    /// Gathers these vertices and their rings, in addition to what has already been gathered.
+    /// False, with nothing gathered, if another thread holds any of it.
     [[nodiscard]] bool gather(std::initializer_list<std::int32_t> centres) {
         const bool isFree = gatherRings(centres);
         if (!isFree) forgetGathered();
@@ -51,7 +52,7 @@ public:
         isHolding_ = true;
     }
 
-    /// Both in one.
+    /// Gathers and holds.
     [[nodiscard]] bool hold(std::initializer_list<std::int32_t> centres) {
         if (!gather(centres)) return false;
         holdGathered();
@@ -67,14 +68,14 @@ public:
         forgetGathered();
     }
 
-    /// Vertices of rings that were asked for so far.
+    /// The number of ring vertices checked so far.
     [[nodiscard]] std::uint64_t lookCount() const { return lookCount_; }
 
 private:
-    static constexpr int kLongestRing = 64;  // of what is no hub, in triangles
+    static constexpr int kLongestRing = 64;  // in triangles; a vertex with more is a hub
     static constexpr int kWholeRing = std::numeric_limits<int>::max();
 
-    /// A vertex of many triangles, and where its corner list goes on after the first of them.
+    /// A vertex with many triangles, and the corner where its list continues after the first ones.
     struct Hub {
         std::int32_t centre;
         std::int32_t corner;
@@ -86,7 +87,7 @@ private:
     }
 
     bool gatherRings(std::initializer_list<std::int32_t> centres) {
-        // Mostly it is the centres that are held: those are cheap to ask.
+        // Usually a centre is held, and that is cheap to check.
         if (std::any_of(centres.begin(), centres.end(),
                         [this](auto v) { return isHeld(v) || blockedHubs_.contains(v); }))
             return false;
@@ -98,7 +99,7 @@ private:
                            gatheredHubs_.end(), [this](const Hub& hub) { return isFree(hub); });
     }
 
-    /// The whole ring, or the start of a hub's. False if one of them is held.
+    /// Gathers a whole ring, or the start of a hub's ring. False if a vertex of it is held.
     bool gatherRing(std::int32_t centre) {
         reservedVertices_.push_back(centre);
         const std::int32_t first =
@@ -129,8 +130,8 @@ private:
         return isFree;
     }
 
-    /// Visits the other vertices of the triangles on a corner list, of `most` triangles at most, as
-    /// long as visit() returns true. Returns the corner after the last triangle visited.
+    /// Visits the other vertices of up to `most` triangles in a corner list, as long as visit()
+    /// returns true. Returns the corner after the last triangle visited.
     template <typename Visit>
     std::int32_t forEachNeighbourFrom(std::int32_t corner, Visit visit,
                                       int most = kWholeRing) const {
@@ -145,11 +146,11 @@ private:
 
     const DMesh& mesh_;
     BitArray& locked_;
-    IndexList reservedVertices_;  // some of them several times
-    bool isHolding_ = false;      // them; else they are only gathered
+    IndexList reservedVertices_;  // may contain duplicates
+    bool isHolding_ = false;      // whether reservedVertices_ are held, not just gathered
     IndexList cursors_;           // of warmVertexCorners
     std::vector<Hub> gatheredHubs_;
-    // Known in this pick, by whether another thread holds a neighbour.
+    // The hubs checked in this pick, by whether another thread holds a neighbour.
     std::unordered_set<std::int32_t> freeHubs_;
     std::unordered_set<std::int32_t> blockedHubs_;
     std::uint64_t lookCount_ = 0;

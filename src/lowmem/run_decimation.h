@@ -5,8 +5,8 @@ namespace korvalite {
 
 struct ProgressiveMesh;
 
-/// Runs the driver of MemSpeedTradeOff, then closes the decimation. 0 for success, 2 when memory is
-/// exhausted, which leaves the mesh as it stands. Main thread only.
+/// Runs the driver selected by MemSpeedTradeOff, then finishes the decimation. Returns 0 on
+/// success, 2 if out of memory, with the mesh left in its current state. Main thread only.
 int RunDecimation(ProgressiveMesh& pm);
 
 }  // namespace korvalite

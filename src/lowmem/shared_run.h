@@ -7,13 +7,13 @@
 
 namespace korvalite {
 
-/// What the threads of one run share beside the mesh.
+/// What the threads of one run share besides the mesh.
 struct SharedRun {
     CriticalSections sections;
 
-    // Under csQueue.
-    std::uint32_t progressCount = 0;  // turns committed, refused ones too
-    bool outOfMemory = false;         // a thread has found no memory: the others end too
+    // Guarded by csQueue.
+    std::uint32_t progressCount = 0;  // committed turns, including refused ones
+    bool outOfMemory = false;         // a thread has run out of memory, so all must end
 };
 
 }  // namespace korvalite

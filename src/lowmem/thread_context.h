@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What each thread of the multi-threaded driver owns. While a thread runs its loop nothing else
-// touches its context: all that it finds reaches the mesh through its own commits.
+// The state that each thread of the multi-threaded driver owns. While a thread runs its loop,
+// nothing else touches its context: its results reach the mesh through its own commits.
 #pragma once
 
 #include "decimation/collapse.h"
@@ -15,8 +15,8 @@
 
 namespace korvalite {
 
-/// The results of one turn until they are committed. Used again in every turn, so that the lists
-/// keep their capacity.
+/// The results of one turn until they are committed. Reused in every turn, so the lists keep their
+/// capacity.
 struct ThreadWorkRecord {
     ThreadWorkRecord() {
         removedVertices.reserve(3);
@@ -28,16 +28,16 @@ struct ThreadWorkRecord {
 
     std::int32_t pickedVertex = kNone;
     CollapseRecord splitRecord;
-    CollapseRecord mirrorSplitRecord;  // its mirror image; vertex kNone if there is none
-    IndexList removedVertices;         // to be taken out of the queue
-    // Three parallel lists: the vertices that get a new cost. Of two entries of one vertex the
-    // later one holds.
+    CollapseRecord mirrorSplitRecord;  // its mirror image; vertex is kNone if there is none
+    IndexList removedVertices;         // to be removed from the queue
+    // Three parallel lists of the vertices with a new cost. If a vertex has two entries, the later
+    // one counts.
     IndexList updateVertices;
     std::vector<float> updateCosts;
     IndexList updatePartners;
-    IndexList updateBuckets;  // of the queue; kNone for a vertex that stays out of it
+    IndexList updateBuckets;  // of the queue; kNone for a vertex that is not queued
 
-    /// Ready for the next turn.
+    /// Prepares for the next turn.
     void clear() {
         pickedVertex = kNone;
         splitRecord.clear();

@@ -93,19 +93,19 @@ public:
 
 private:
     enum class Turn {
-        Stands,   // a collapse, or a mirrored pair
+        Stands,   // a collapse or a mirrored pair was made
         Dropped,  // the picked vertex left the queue, was refused, or ended the pass
     };
 
-    /// The end of a turn, if there was one, and the begin of the next. False if the loop is over.
+    /// Ends the previous turn, if there was one, and starts the next. False if the loop is over.
     bool takeTurn(std::optional<Turn> done) {
         const bool goesOn = commitAndPick(done);
-        // Nobody waits for the disk.
+        // Without csQueue, so no other thread waits for the disk.
         if (std::exchange(tookFullPage_, false)) pm_.vsplitList.storeFullPage();
         return goesOn;
     }
 
-    /// Both in one stay under csQueue.
+    /// Does both in one critical section.
     bool commitAndPick(std::optional<Turn> done) {
         const auto lock = enterQueue();
         const TimeTaken inQueue(timeOf(&ThreadStatistics::secondsInQueue));
@@ -113,7 +113,7 @@ private:
             if (done) commit(*done);
             return pick();
         } catch (const std::bad_alloc&) {
-            // Before any other thread can enter: the queue may have been left half poured.
+            // Set before any other thread can enter: the queue may be left half poured.
             run_.outOfMemory = true;
             throw;
         }
@@ -124,7 +124,7 @@ private:
         return std::unique_lock(run_.sections.csQueue);
     }
 
-    /// Null if nobody asks for it.
+    /// Null if times are not measured.
     [[nodiscard]] double* timeOf(double ThreadStatistics::*part) {
         return pm_.measureThreads ? &(context_.statistics.*part) : nullptr;
     }
@@ -141,14 +141,14 @@ private:
             [this](std::int32_t vertex) { return reserve(vertex); }, goesOn);
         if (record_.pickedVertex == kNone && !goesOn()) return false;
         if (!endsPass(record_.pickedVertex)) return true;
-        // Committed at once: while it held something here, another thread could find all that is
-        // left held, and leave too.
+        // Commits at once: while this thread holds vertices, another could find everything that is
+        // left held, and end too.
         commit(Turn::Dropped);
         return false;
     }
 
-    /// Nothing could be picked, or only what has been refused before. There is no finish step here:
-    /// whatever the settings, each thread ends when it meets this.
+    /// Whether nothing could be picked, or only a vertex that has been refused before. There is no
+    /// finish step here: whatever the settings, each thread then ends.
     [[nodiscard]] bool endsPass(std::int32_t v) const {
         if (v == kNone) return true;
         const VertexRecord& vertex = mesh_.vertices[at(v)];
@@ -156,10 +156,11 @@ private:
                mesh_.vertexActive.Test(vertex.partner);
     }
 
-    /// Holds all that a collapse of the vertex may touch; false if others hold some of it.
+    /// Reserves everything that a collapse of the vertex may touch; false if others hold part of
+    /// it.
     bool reserve(std::int32_t v) {
         ++context_.statistics.candidates;
-        // Before its record is reached for, which is in the cache of the one that holds it.
+        // Checked before reading its record, which is in the cache of the thread that holds it.
         if (reservations_.isHeld(v)) return false;
         const std::int32_t u = mesh_.vertices[at(v)].partner;
         if (u == kNone) return reservations_.hold({v});
@@ -169,7 +170,8 @@ private:
         return true;
     }
 
-    /// Only once both are known to be free: whoever holds a vertex may change its pairing.
+    /// REQUIRES: both vertices are free, because a thread that holds a vertex may change its
+    /// pairing.
     bool gatherMirror(std::int32_t v, std::int32_t u) {
         const std::int32_t mv = mesh_.symmetryCache.pairing[at(v)];
         const std::int32_t mu = mesh_.symmetryCache.pairing[at(u)];
@@ -211,7 +213,7 @@ private:
         if (pair_.hasMirror()) pm_.vsplitList.append(record_.mirrorSplitRecord.split);
     }
 
-    /// All of the commit that can be done without csQueue.
+    /// Does the part of the commit that does not need csQueue.
     void prepareUpdates() {
         const CostQueue& queue = pm_.costQueue;
         queue.prefetchLinks(record_.updateVertices);
@@ -225,7 +227,7 @@ private:
         queue.prefetchBuckets(record_.updateBuckets);
     }
 
-    /// One after the other: a vertex may have two entries, and ends as the later one says.
+    /// Applies the entries in order: if a vertex has two, the later one counts.
     void applyUpdates() {
         for (std::size_t i = 0; i < record_.updateVertices.size(); ++i) {
             const std::int32_t x = record_.updateVertices[i];
@@ -252,7 +254,7 @@ private:
     ThreadDriver<Metric> driver_;
     DeferredChanges changes_;
     PairCollapse<ThreadDriver<Metric>, DeferredChanges> pair_;
-    bool tookFullPage_ = false;  // which is to be stored
+    bool tookFullPage_ = false;  // and must store it
 };
 
 }  // namespace

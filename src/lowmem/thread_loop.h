@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// The loop that every thread of the multi-threaded driver runs on the one mesh.
+// The loop that every thread of the multi-threaded driver runs on the shared mesh.
 //
-// A turn has three phases. Pick, under csQueue: the cheapest vertex around which no other thread
-// holds anything, and a reservation of its neighbourhood. Work, without csQueue: the collapse and
-// the new costs, on the reserved vertices. Commit, under csQueue: the results, and the release.
+// A turn has three phases. Pick, under csQueue: finds the cheapest vertex with no held vertices
+// around it and reserves its neighbourhood. Work, without csQueue: collapses and computes new costs
+// on the reserved vertices. Commit, under csQueue: applies the results and releases the vertices.
 //
-// Two turns with disjoint reservations write disjoint data, but for the bit arrays, their counters
-// and the queue, which have critical sections. The costs also look at triangles just beyond the
-// reservation, which another thread may be changing: those reads are relaxed, and at worst a cost
-// is a little off.
+// Two turns with disjoint reservations write disjoint data, except for the bit arrays, their
+// counters and the queue, which have critical sections. The costs also read triangles just outside
+// the reservation, which another thread may be changing: those reads are relaxed, and at worst a
+// cost is slightly off.
 #pragma once
 
 #include "lowmem/shared_run.h"
@@ -18,9 +18,9 @@
 
 namespace korvalite {
 
-/// Runs turns until the target is reached, the queue is empty, nothing can be picked, the costs of
-/// refused collapses come up, a stop is requested, or a thread has run out of memory. Never throws:
-/// a lack of memory is noted in `run`. Leaves no reservation behind.
+/// Runs turns until the target is reached, the queue is empty, nothing can be picked, only refused
+/// collapses are left, a stop is requested, or a thread has run out of memory. Never throws:
+/// running out of memory is recorded in `run`. Leaves no reservations behind.
 template <typename Metric>
 void doDecimationLoop_LM_MT(ProgressiveMesh& pm, ThreadContext& context, SharedRun& run);
 

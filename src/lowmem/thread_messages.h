@@ -7,15 +7,15 @@
 
 namespace korvalite {
 
-/// The messages between the main thread and its workers. To a worker: run the loop, and end. To the
-/// main thread: this worker is up, and its loop has ended.
+/// The messages between the main thread and its workers. To a worker they mean: run the loop, or
+/// end. To the main thread: the worker has started, or its loop has ended.
 enum ThreadMessage : std::uint32_t {
     WM_LOOP_START = 1024,
     WM_LOOP_DONE = 1025,
 };
 
-/// The messages to one thread. They are told apart by their ids alone and counted, so that posting
-/// never allocates; of those that wait, starts come first. Any thread posts, the owner reads.
+/// The messages to one thread. Messages have only an id and are merely counted, so posting never
+/// allocates; pending starts are read first. Any thread may post, only the owner reads.
 class ThreadMessageQueue {
 public:
     void post(ThreadMessage message) {
@@ -33,7 +33,7 @@ public:
         return message;
     }
 
-    /// Reads until `count` messages of one kind have come. Others are swallowed.
+    /// Reads until `count` messages of one kind have arrived. Discards others.
     void waitFor(ThreadMessage message, std::size_t count) {
         while (count > 0) {
             if (read() == message) --count;

@@ -6,17 +6,17 @@
 
 namespace korvalite {
 
-/// Where the turns of one thread went, and its time, which is taken only where
-/// ProgressiveMesh::measureThreads asks for it.
+/// The turns of one thread and its times, which are measured only if
+/// ProgressiveMesh::measureThreads is set.
 struct ThreadStatistics {
     std::uint64_t turns = 0;
-    std::uint64_t candidates = 0;  // looked at for a pick; all but one a turn were passed over
+    std::uint64_t candidates = 0;  // vertices tried for a pick, of which a turn takes one
     double secondsWaiting = 0;     // for csQueue
-    double secondsInQueue = 0;     // with csQueue held
-    double secondsInLoop = 0;      // all included
+    double secondsInQueue = 0;     // while holding csQueue
+    double secondsInLoop = 0;      // in total
 };
 
-/// Adds the time of its own life to `seconds`; takes none for null.
+/// Adds its lifetime to `seconds`; measures nothing if that is null.
 class TimeTaken {
 public:
     explicit TimeTaken(double* seconds) : seconds_(seconds) {

@@ -13,7 +13,7 @@ std::size_t at(std::int32_t index) {
     return static_cast<std::size_t>(index);
 }
 
-/// The UV indices of the removed vertex: all distinct ones if it lies on a seam, else the first.
+/// The UV indices of the removed vertex: all distinct ones if it is on a seam, else the first.
 void collectUVIndices(const DMesh& mesh, const VSplit& split, bool onSeam, IndexList& indices) {
     indices.clear();
     for (const std::int32_t corner : split.corners) {
@@ -23,8 +23,8 @@ void collectUVIndices(const DMesh& mesh, const VSplit& split, bool onSeam, Index
     }
 }
 
-/// The UV index that the kept vertex has in a triangle with `uvIndex`: one that the collapse has
-/// made degenerate.
+/// The UV index of the kept vertex in a triangle with `uvIndex`, one that the collapse has made
+/// degenerate.
 std::optional<std::int32_t> findCounterpart(const DMesh& mesh, std::int32_t uvIndex,
                                             std::int32_t kept) {
     for (std::int32_t corner = mesh.uvCornerHead[at(uvIndex)]; corner != kNone;
@@ -36,8 +36,8 @@ std::optional<std::int32_t> findCounterpart(const DMesh& mesh, std::int32_t uvIn
     return std::nullopt;
 }
 
-/// All corners of the old index become corners of the new one, in front of its own. After a
-/// mirrored pair both may be the same index, which is then left without corners.
+/// Moves all corners of the old index to the new one, before its own corners. After a mirrored pair
+/// both may be the same index, which is then left without corners.
 void mergeUVIndex(DMesh& mesh, const UVIndexPair& pair, IndexList& corners) {
     GetUVCorners(mesh, pair.oldIndex, corners);
     for (const std::int32_t corner : corners) {
@@ -57,7 +57,7 @@ void unlinkRemovedTriangles(DMesh& mesh, const VSplit& split) {
     }
 }
 
-/// The UV of b where the kept vertex now stands, by projection onto the collapsed edge.
+/// The UV at the kept vertex's new position, which is projected onto the collapsed edge.
 UVCoord interpolatedUV(const DMesh& mesh, const UVIndexPair& pair, std::int32_t removed,
                        std::int32_t kept, const FloatVec3& keptBefore) {
     const FloatVec3 from = mesh.vertices[at(removed)].position();
@@ -71,11 +71,11 @@ UVCoord interpolatedUV(const DMesh& mesh, const UVIndexPair& pair, std::int32_t 
         const float s = 1.0F - t;
         return {s * a.u + t * b.u, s * a.v + t * b.v};
     }
-    return b;  // an edge of no length gives no number and ends here too
+    return b;  // also for an edge of length 0, where t is NaN
 }
 
 struct OneThread : NoGuards {
-    // Though the kept vertex may lie on no seam.
+    // Even though the kept vertex may not be on a seam.
     static constexpr bool kCornerMarkNeedsSeam = false;
 };
 

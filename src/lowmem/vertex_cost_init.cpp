@@ -18,8 +18,8 @@ std::size_t at(std::int32_t index) {
     return static_cast<std::size_t>(index);
 }
 
-/// An array form: what is stored for each vertex, how a triangle yields it, and how the sum of two
-/// is evaluated.
+/// An array form defines what is stored per vertex, how to compute it for a triangle, and how to
+/// evaluate the sum of two.
 template <typename Metric>
 struct StoredAsIs {
     using Element = typename Metric::Quadric;
@@ -73,7 +73,7 @@ void rankFromArray(ProgressiveMesh& pm, std::vector<typename Form::Element>& ver
         [&](EdgeEvaluation& edge, std::int32_t a, std::int32_t b) {
             Form::evaluate(pm, edge, a, b, vertexQuadrics[at(a)] + vertexQuadrics[at(b)]);
         },
-        [](std::int32_t, const EdgeEvaluation&) {});  // the position is thrown away
+        [](std::int32_t, const EdgeEvaluation&) {});  // the position is not needed
 }
 
 template <typename Form>
@@ -88,7 +88,7 @@ bool initFromArray(ProgressiveMesh& pm) {
         }
         rankFromArray<Form>(pm, vertexQuadrics);
     }
-    fillQueue(pm);  // once the array is gone
+    fillQueue(pm);  // after the array has been freed
     return true;
 }
 
@@ -109,10 +109,10 @@ void InitVerticesCostNoMat(ProgressiveMesh& pm) {
     IndexList ring;
     EdgeEvaluation edge;
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
-        // In the vertex's own turn: this wipes out what lower vertices wrote into it.
+        // Done only now, so this discards the costs that lower vertices have written here.
         forgetCost(mesh.vertices[at(vertex)]);
         typename Metric::Quadric own;
-        typename Metric::Quadric neighbours;  // sums up over the ring, see RecomputeVertexCost
+        typename Metric::Quadric neighbours;  // accumulates over the ring, see rankVertex
         Metric::addVertexQuadric(pm, own, vertex);
         GetVertexNeighbours(mesh, vertex, ring);
         for (const std::int32_t x : ring) {

@@ -2,31 +2,31 @@
 //
 // The first `cost` and `partner` of every vertex, and the cost queue filled with them.
 //
-// Drivers that store no quadric borrow the memory for one per vertex, for this one step, and fall
-// back on a form without an array when that fails. The forms differ in their results and are not
+// Drivers that store no quadrics allocate one per vertex for this step only, and fall back on a
+// form without an array if that fails. The forms give different results and are not
 // interchangeable.
 //
-// A stop request ends the ranking early; the queue is built all the same.
+// A stop request ends the ranking early; the queue is built anyway.
 #pragma once
 
 #include "mesh/progressive_mesh.h"
 
 namespace korvalite {
 
-/// Tries the forms in order: doubles, floats (plain metric only), none. The vertex corner lists are
-/// given back while an array form runs, which is what keeps the peak low, and rebuilt. `logForms`
-/// tells the log which form it was.
+/// Tries the forms in order: doubles, floats (plain metric only), none. Frees the vertex corner
+/// lists while an array form runs, to keep the peak memory low, and rebuilds them afterwards. With
+/// `logForms`, writes the form used to the log.
 template <typename Metric>
 void InitVerticesCost_LM(ProgressiveMesh& pm, bool logForms = false);
 
-/// The array forms walk `triangles` only. False means that the array could not be allocated and
-/// that no vertex has been touched.
+/// The array forms only walk `triangles`. False means that the array could not be allocated and no
+/// vertex was touched.
 template <typename Metric>
 bool InitVerticesCostDoubleMat(ProgressiveMesh& pm);
 bool InitVerticesCostFloatMat(ProgressiveMesh& pm);
 
-/// Without an array: no border factor, no plane quadric and no symmetry rule, and a vertex is
-/// ranked against neighbours of higher index only. REQUIRES: the vertex corner lists.
+/// Without an array: no border factor, plane quadric or symmetry rule, and a vertex is only ranked
+/// against neighbours with a higher index. REQUIRES: the vertex corner lists.
 template <typename Metric>
 void InitVerticesCostNoMat(ProgressiveMesh& pm);
 
