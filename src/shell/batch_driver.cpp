@@ -18,7 +18,7 @@ namespace korvalite {
 namespace {
 
 constexpr int kDone = 0;
-constexpr int kFailed = 1;  // nothing was done: the files do not fit the kind
+constexpr int kFailed = 1;  // nothing was done: the files do not match the kind
 constexpr int kOutOfMemory = 2;
 
 void deleteInputIfAsked(const BatchSettings& settings) {
@@ -26,7 +26,8 @@ void deleteInputIfAsked(const BatchSettings& settings) {
         platform::deleteFile(settings.InputFile.c_str());
 }
 
-/// Whether two inputs have one name. The user has seen it then, and the inputs have been deleted.
+/// Returns true if two inputs have the same name, after showing a message box and deleting the
+/// inputs of entries that ask for it.
 bool refuseDuplicateInputs(const std::forward_list<BatchEntry>& entries) {
     const std::string lines = duplicateInputLines(entries);
     if (lines.empty()) return false;
@@ -55,7 +56,7 @@ std::int32_t kindOf(const BatchEntry& entry, const EntryFiles& files) {
 }
 
 int decimate(ProgressiveMesh& pm, std::int32_t target) {
-    // A negative target becomes a huge one, so that nothing is decimated.
+    // A negative target becomes huge, so nothing is decimated.
     pm.TargetNumItem = static_cast<std::uint32_t>(target);
     pm.targetCountsVertices = true;
     pm.recordVSplits = true;
@@ -88,7 +89,7 @@ void save(const HeapString& outputFile, ProgressiveMesh& pm, std::int32_t versio
     progressChannel().EndSubTask();
 }
 
-/// One text stands for all failures but a real lack of memory, and differs from it by its dash.
+/// All failures share one text; only its leading dash sets it apart from a real lack of memory.
 void showFailure(int result, const HeapString& inputFile) {
     const char* reason =
         result == kOutOfMemory ? "Not Enough Memory For " : "- Not Enough Memory For ";

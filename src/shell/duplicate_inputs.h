@@ -8,8 +8,8 @@
 
 namespace korvalite {
 
-/// One line, "   - NAME", for each entry whose input has the same path as that of an earlier one,
-/// letter case ignored. Empty if there is none.
+/// One line, "   - NAME", for each entry with the same input path as an earlier entry, ignoring
+/// case. Empty if there is none.
 std::string duplicateInputLines(const std::forward_list<BatchEntry>& entries);
 
 }  // namespace korvalite

@@ -15,13 +15,13 @@ namespace {
 constexpr const char* kJobSuffix = ".kvc";
 constexpr std::int32_t kJobSuffixLength = 4;
 
-/// Byte by byte: "job.KVC" is no job file.
+/// Compares bytes: "job.KVC" is not a job file.
 bool isJobPath(const HeapString& path) {
     const std::int32_t start = path.length() - kJobSuffixLength;
     return start >= 0 && CompareExact(path.c_str() + start, kJobSuffix) == 0;
 }
 
-/// False if the path is refused or cannot be read; the job has its defaults then.
+/// False if the path is refused or cannot be read; the job then has its defaults.
 bool readJob(const HeapString& path, JobConfig& job) {
     ResetJobConfig(job);
     if (!isJobPath(path) || !LoadJobFile(path, job)) return false;
@@ -30,7 +30,7 @@ bool readJob(const HeapString& path, JobConfig& job) {
     return true;
 }
 
-/// A path without a separator stays whole, and then names no folder.
+/// A path without a separator is returned whole and then is not a folder.
 HeapString directoryOf(const HeapString& path) {
     HeapString directory = path;
     directory.cutAt(path.FindLastOf("/\\"));

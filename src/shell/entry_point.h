@@ -5,11 +5,11 @@
 
 namespace korvalite {
 
-/// One whole run. `commandTail` is the path of the job file as it stands; a path that does not end
-/// in ".kvc" does nothing. Always 0: the host learns the result from the output files. Deletes the
-/// marker file, JOB.running, in any case, and the files that the job says to delete.
+/// Executes one whole run. `commandTail` is the path of the job file, unprocessed; a path that does
+/// not end in ".kvc" runs no job. Always returns 0: the host learns the result from the output
+/// files. Always deletes the marker file, JOB.running, and the files that the job says to delete.
 ///
-/// Once per process, on the main thread.
+/// Call once per process, on the main thread.
 int runKorvalite(const HeapString& commandTail);
 
 }  // namespace korvalite

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A parsed job. Fields bear the names of their job keys; docs/job-file.md says what each does.
+// A parsed job. Fields are named after their job keys, which docs/job-file.md describes.
 #pragma once
 
 #include "shell/base/heap_string.h"
@@ -11,7 +11,7 @@
 namespace korvalite {
 
 enum BatchKind : std::int32_t {
-    kBatchKindUnset = 0,  // taken from the suffixes of the files
+    kBatchKindUnset = 0,  // inferred from the suffixes of the files
     kBuildProgressiveMesh = 1,
     kDecimateMesh = 2,
     kDecimateProgressiveMesh = 3,
@@ -25,7 +25,7 @@ enum SymmetryChoice : std::int32_t {
     kSymmetryAuto = 4,
 };
 
-/// DecimationTargetPourcent when it is not given.
+/// DecimationTargetPourcent if the job does not set it.
 inline constexpr float kNoPercent = -1.0F;
 
 /// What a job says about one mesh.
@@ -38,13 +38,13 @@ struct BatchSettings {
     bool UseMask = false;                         // no effect: a mask always counts
     std::int32_t ProgressiveMeshMinNum = 4;       // vertices
     std::int32_t DecimationTargetNum = 4;         // vertices
-    float DecimationTargetPourcent = kNoPercent;  // of the vertices; any other value wins
+    float DecimationTargetPourcent = kNoPercent;  // of the vertices; overrides the number if set
     std::int32_t MemSpeedTradeOff = 1;            // no effect: NumThread decides
     bool AvoidNormalReverse = true;
     bool ProtectTopology = true;
     bool AllowFinishStep = false;
     bool UseAreaWeighting = false;
-    bool IFlipX = false;  // no effect, like the next five
+    bool IFlipX = false;  // no effect, like the next five fields
     bool IFlipY = false;
     bool IFlipZ = false;
     bool ISwitchYZ = false;
@@ -67,15 +67,15 @@ struct JobConfig {
     std::int32_t DisplayMode = 2;
     bool UseProgressBar = false;
     bool KeepTempFiles = false;
-    BatchSettings settings;  // of keys outside StartBatch..EndBatch: read by nobody
+    BatchSettings settings;  // from keys outside StartBatch..EndBatch; not used
     std::int32_t MessageChannelId = 0;
     std::int32_t MessageReaderId = 0;
     std::int32_t ProcessId = 0;
     std::int32_t QueueId = 0;
     std::int32_t versionCode = 0;  // 0, 1, 310, 312, 320 or 401; see FennikVersion
 
-    std::forward_list<BatchEntry> batchList;  // as parsed: the last one first
-    BatchEntry* currentEntry = nullptr;       // in batchList: opened and not yet closed
+    std::forward_list<BatchEntry> batchList;  // in reverse order after parsing
+    BatchEntry* currentEntry = nullptr;       // the open entry in batchList
 };
 
 }  // namespace korvalite

@@ -23,15 +23,15 @@ bool equalsNoCase(const HeapString& left, const char* right) {
     return CompareNoCase(left.c_str(), right) == 0;
 }
 
-/// A value that is not in the list leaves the field.
+/// A value that is not in the list leaves the field unchanged.
 template <typename Field, std::size_t count>
 void storeWord(const HeapString& value, const std::array<Word, count>& words, Field& field) {
     for (const Word& word : words)
         if (equalsNoCase(value, word.text)) field = static_cast<Field>(word.value);
 }
 
-/// The number that the text begins with. The library's decimal point is a dot here, as nothing ever
-/// sets a locale.
+/// The number at the start of the text. The decimal point is a dot because nothing ever sets a
+/// locale.
 std::optional<float> leadingNumber(const HeapString& text) {
     char* end = nullptr;
     const float number = std::strtof(text.c_str(), &end);
@@ -40,11 +40,11 @@ std::optional<float> leadingNumber(const HeapString& text) {
 }
 
 void storeInteger(const HeapString& value, std::int32_t& field) {
-    // By way of a float: above 2^24 an integer is only as exact as a float.
+    // Read as a float: above 2^24 an integer is only as exact as a float.
     if (const auto number = leadingNumber(value)) field = truncateToInt32(double{*number});
 }
 
-/// Of the open entry, else of the job.
+/// The settings of the open entry, or else of the job.
 BatchSettings& settingsInScope(JobConfig& job) {
     return job.currentEntry != nullptr ? job.currentEntry->settings : job.settings;
 }
@@ -87,13 +87,13 @@ void useMaskKey(const HeapString& value, JobConfig& job) {
 
 // Handlers for the job alone.
 
-/// Wherever the key stands.
+/// Takes effect anywhere in the file.
 template <bool JobConfig::*field>
 void jobBoolKey(const HeapString& value, JobConfig& job) {
     job.*field = ParseBool(value);
 }
 
-/// Has its effect outside of StartBatch..EndBatch only.
+/// Takes effect only outside StartBatch..EndBatch.
 template <Handler handler>
 void outsideEntries(const HeapString& value, JobConfig& job) {
     if (job.currentEntry == nullptr) handler(value, job);
@@ -124,7 +124,7 @@ std::int32_t versionCodeOf(std::int32_t hundredths) {
 }
 
 void fennikVersionKey(const HeapString& value, JobConfig& job) {
-    // The 0.2 lifts a float that lies just below its decimal text, such as 3.12.
+    // The 0.2 corrects floats that are just below their decimal text, such as 3.12.
     if (const auto number = leadingNumber(value))
         job.versionCode = versionCodeOf(truncateToInt32(double{*number} * 100.0 + 0.2));
 }
@@ -193,8 +193,7 @@ std::string_view withoutBlanks(std::string_view line) {
     return line.substr(first, line.find_last_not_of(" \t") - first + 1);
 }
 
-/// The key alone has an empty value and is handled; a key with separators and nothing behind them
-/// is not.
+/// A key alone is handled with an empty value; a key followed only by separators is ignored.
 void dispatch(const ConfigKeyEntry& entry, std::string_view behindKey, JobConfig& job) {
     if (behindKey.empty()) {
         entry.handler(HeapString(""), job);

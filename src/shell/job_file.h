@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The parser of job files. It never complains: what it does not understand, it skips.
+// The parser of job files. It never complains: it skips what it does not understand.
 #pragma once
 
 #include "shell/job_config.h"
@@ -14,18 +14,18 @@ struct ConfigKeyEntry {
     void (*handler)(const HeapString& value, JobConfig& job);
 };
 
-/// All keys. A line is tried with the last one first and the first match takes it, so a key that
-/// another one begins with stands before that one.
+/// All keys. A line is matched against the last key first, and the first match wins, so a key that
+/// is a prefix of another must come before it.
 std::span<const ConfigKeyEntry> keyTable();
 
-/// Every default, and no entries.
+/// Resets everything to its default and removes all entries.
 void ResetJobConfig(JobConfig& job);
 
-/// Adds what the file says; the entries come to stand in front of each other, the last one first.
-/// False if the file cannot be opened or has no bytes. The text ends at the first zero byte.
+/// Adds the contents of the file; entries are prepended, so the last one comes first. False if the
+/// file cannot be opened or is empty. The text ends at the first zero byte.
 bool LoadJobFile(const HeapString& path, JobConfig& job);
 
-/// False for "No", "0", "False" and "#f" in any letter case; true for all else, also for nothing.
+/// False for "No", "0", "False" and "#f" in any case; true for anything else, even an empty text.
 bool ParseBool(const HeapString& text);
 
 }  // namespace korvalite

@@ -22,7 +22,7 @@ bool loadVok(const HeapString& path, DMesh& mesh) {
     return true;
 }
 
-/// No more than what the target needs is read.
+/// Reads only what the target needs.
 bool loadKvm(const BatchSettings& settings, ProgressiveMesh& pm) {
     DebugLog("START LoadInputInProgMesh : loading .kvm file...");
     ProgMeshHeader header;
@@ -46,7 +46,7 @@ void applySymmetry(std::int32_t choice, ProgressiveMesh& pm) {
         pm.mesh.symmetryMode = 1;
         pm.handleSymmetry = true;
     }
-    // "auto" leaves the defaults, with which no symmetry is handled.
+    // "auto" keeps the defaults, which do not handle symmetry.
 }
 
 }  // namespace
@@ -67,7 +67,7 @@ EntryFiles LoadInputInProgMesh(const BatchSettings& settings, ProgressiveMesh& p
 void applySettings(const BatchSettings& settings, ProgressiveMesh& pm) {
     applySymmetry(settings.Symmetry, pm);
     pm.BorderMode = settings.FreezeBorder ? BORDERMODE_FREEZE : BORDERMODE_PROTECT;
-    // The job's own MemSpeedTradeOff is not consulted: the number of threads alone decides.
+    // Ignores the job's own MemSpeedTradeOff: only the number of threads counts.
     if (settings.NumThread > 1) {
         pm.MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
         pm.NumThread = settings.NumThread;

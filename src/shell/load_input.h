@@ -7,7 +7,7 @@ namespace korvalite {
 
 struct ProgressiveMesh;
 
-/// What the files of an entry turned out to be.
+/// The types of an entry's files, and whether its input was loaded.
 struct EntryFiles {
     bool outputIsProgressive = false;
     bool outputIsMesh = false;
@@ -15,15 +15,15 @@ struct EntryFiles {
     bool inputProgressiveLoaded = false;
 };
 
-/// Reads the entry's input into a fresh `pm` and moves the entry's settings there, also after a
-/// failed load. A mesh that no driver can work on counts as not loaded.
+/// Reads the entry's input into a fresh `pm` and applies the entry's settings to it, even if the
+/// load fails. A mesh that no driver can work on counts as not loaded.
 EntryFiles LoadInputInProgMesh(const BatchSettings& settings, ProgressiveMesh& pm);
 
-/// The settings that a decimation goes by.
+/// Applies the settings that control a decimation.
 void applySettings(const BatchSettings& settings, ProgressiveMesh& pm);
 
-/// The weight of colours against distances for a UseVtxColorsCoef: 0 up to 1, then a logarithmic
-/// scale from 0.01 just above 1 to 100 at 100, and on.
+/// The weight of colours relative to distances for a UseVtxColorsCoef: 0 for coefficients up to 1,
+/// then a logarithmic scale from 0.01 just above 1 to 100 at 100 and beyond.
 float colorWeightOf(float coefficient);
 
 }  // namespace korvalite

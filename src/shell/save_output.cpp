@@ -18,7 +18,7 @@ bool writeKvm(const HeapString& path, ProgressiveMesh& pm, std::int32_t) {
     return saveProgressiveMesh(pm, path) == 0;
 }
 
-// Hosts from this version code on read colours out of the OBJ itself.
+// Hosts with this version code or a later one read colours from the OBJ itself.
 constexpr std::int32_t kFirstWithEmbeddedColors = 313;
 
 ObjColorMode objColorModeFor(const ProgressiveMesh& pm, std::int32_t versionCode) {
@@ -37,7 +37,7 @@ bool writeVok(const HeapString& path, ProgressiveMesh& pm, std::int32_t) {
     return exportDMesh(path, pm.mesh);
 }
 
-// An accepted suffix without a writer: the host may ask for the decimation alone.
+// For an accepted suffix without a writer: the host may want only the decimation.
 bool writeNothing(const HeapString&, ProgressiveMesh&, std::int32_t) {
     return true;
 }

@@ -11,12 +11,12 @@ struct ProgressiveMesh;
 
 enum class OutputKind { None, Mesh, Progressive };
 
-/// What the suffix of an output file asks for, letter case ignored; None for a suffix that nothing
-/// is written for. ".stl" is a Mesh, though SaveOutput makes no file of it.
+/// The kind of output for the suffix of a path, ignoring case; None for an unknown suffix. ".stl"
+/// is a Mesh, although SaveOutput does not write it.
 OutputKind outputKindOf(const HeapString& path);
 
-/// Writes the mesh in the format of the path's suffix. True unless a writer failed. `versionCode`
-/// is that of the job.
+/// Writes the mesh in the format given by the path's suffix. True unless a writer failed.
+/// `versionCode` is the job's.
 bool SaveOutput(const HeapString& path, ProgressiveMesh& pm, std::int32_t versionCode);
 
 }  // namespace korvalite

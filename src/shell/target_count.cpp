@@ -7,7 +7,7 @@ namespace korvalite {
 
 std::int32_t targetVertexCount(const BatchSettings& settings, std::uint32_t vertexCount) {
     if (settings.DecimationTargetPourcent == kNoPercent) return settings.DecimationTargetNum;
-    // In single precision, of which the result depends.
+    // Computed in single precision, which affects the result.
     const float count = static_cast<float>(vertexCount);
     const float target = count * (settings.DecimationTargetPourcent / 100.0F);
     return truncateToInt32(double{target});

@@ -7,8 +7,8 @@
 
 namespace korvalite {
 
-/// The vertex count that an entry asks for, of a mesh with `vertexCount` vertex records: the
-/// percentage if one is given, else the number.
+/// The target vertex count of an entry for a mesh with `vertexCount` vertex records: from the
+/// percentage if it is set, else the number.
 std::int32_t targetVertexCount(const BatchSettings& settings, std::uint32_t vertexCount);
 
 }  // namespace korvalite

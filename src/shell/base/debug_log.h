@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
-// The log of the system: its texts are the vocabulary of what happens, kept at their places, and go
-// nowhere. Placeholders such as "%d" are never filled.
+// The log. Its texts document what happens where they are, but are not written anywhere, and
+// placeholders such as "%d" are never filled in.
 #pragma once
 
 #include "shell/base/heap_string.h"
 
 namespace korvalite {
 
-/// Releases the text.
+/// Frees the text.
 inline void DebugLog([[maybe_unused]] HeapString text) {}
 
-/// For literals: costs nothing at all.
+/// For literals: has no cost.
 inline void DebugLog([[maybe_unused]] const char* text) {}
 
 }  // namespace korvalite

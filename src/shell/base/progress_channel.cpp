@@ -16,7 +16,7 @@ constexpr std::int64_t kWriteIntervalMs = 501;
 constexpr std::int64_t kPresenceTimeoutMs = 500;
 constexpr int kPresencePollMs = 10;
 
-// Walks a file image field by field; one list of fields serves both directions.
+// Writes a file image field by field. The reader below uses the same list of fields.
 class ImageWriter {
 public:
     explicit ImageWriter(ProgressRecord::Image& image) : next_(image.data()) {}

@@ -5,16 +5,16 @@
 
 namespace korvalite {
 
-/// Elapsed time by the high-resolution counter. The length of a tick is asked for once in the
-/// process, by the first Timer, which is made on the main thread.
+/// Elapsed time from the high-resolution counter. The first Timer queries the length of a tick,
+/// once per process. REQUIRES: the first Timer is created on the main thread.
 class Timer {
 public:
     Timer();
 
     void start();
 
-    /// Since start(), or since the counter's zero if it was never started; 0 if the system has no
-    /// such counter.
+    /// The time since start(), or since the counter's zero if it was never called; 0 if the system
+    /// has no such counter.
     [[nodiscard]] double elapsedSeconds() const;
 
 private:
