@@ -7,7 +7,8 @@
 
 namespace korvalite::bench {
 
-/// The best of its turns, in wall seconds: what others at work on the machine disturbed least.
+/// The best of several measurements, in wall seconds: the one that other work on the machine
+/// disturbed least.
 class BestTime {
 public:
     template <typename Work>

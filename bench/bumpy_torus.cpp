@@ -16,7 +16,7 @@ constexpr double kTau = 2 * std::numbers::pi;
 constexpr double kTubeRadius = 0.4;  // around a circle of radius 1
 constexpr double kReliefPerEdge = 0.15;
 
-/// The same for the same place on every machine, in -1..1.
+/// In -1..1, and the same at a given place on every machine.
 double noiseAt(std::uint32_t row, std::uint32_t column) {
     std::uint32_t bits = row * 0x9E3779B1U ^ (column + 1) * 0x85EBCA77U;
     bits = (bits ^ (bits >> 15U)) * 0x2C1B3C6DU;

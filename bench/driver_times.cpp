@@ -50,7 +50,7 @@ bool load(const char* input, DMesh& mesh) {
     return true;
 }
 
-// No job key reaches the driver: it is set on the object.
+// No job key selects the driver, so this sets it on the object.
 bool decimate(const Driver& driver, ProgressiveMesh& pm, float percent) {
     askForPercent(pm, percent);
     pm.MemSpeedTradeOff = driver.memSpeedTradeOff;
@@ -58,7 +58,7 @@ bool decimate(const Driver& driver, ProgressiveMesh& pm, float percent) {
     return RunDecimation(pm) == 0;
 }
 
-// The input is read again for the distance, so that a copy does not count as memory of the run.
+// Reads the input again for the distance, so that a copy does not count as memory of the run.
 bool printDistance(const char* input, const DMesh& result) {
     DMesh original;
     if (!load(input, original)) return false;

@@ -9,7 +9,7 @@
 
 namespace korvalite::bench {
 
-/// What a job without other keys asks of a mesh that has been read.
+/// Applies the settings of a job without other keys to a mesh that has been read.
 inline void askForPercent(ProgressiveMesh& pm, float percent) {
     BatchSettings settings;
     settings.DecimationTargetPourcent = percent;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The routines that a decimation spends its time in, each on a mesh that fits the cache, so that it
-// is their arithmetic that is measured.
+// The routines that a decimation spends its time in, each on a mesh that fits the cache, to measure
+// their arithmetic.
 #include "bumpy_torus.h"
 #include "decimation/metric.h"
 #include "geometry/linear_algebra.h"
@@ -27,7 +27,7 @@ struct Edge {
     std::int32_t b;
 };
 
-/// A mesh ready for evaluations, and its edges with the sum of their ends' quadrics.
+/// A mesh ready for evaluation, and its edges with the sums of the quadrics of their ends.
 template <typename Metric>
 struct Prepared {
     ProgressiveMesh pm;
@@ -96,7 +96,7 @@ void EdgeCostSolve(benchmark::State& state) {
 }
 BENCHMARK(EdgeCostSolve);
 
-/// What a job does off borders and seams: the search follows where the quadric is near singular.
+/// What a job does off borders and seams: searches only if the quadric is nearly singular.
 void EdgeCostSolveThenSearch(benchmark::State& state) {
     Prepared<PlainMetric> prepared;
     evaluateAllEdges(state, prepared);
@@ -111,7 +111,7 @@ void EdgeCostSearch(benchmark::State& state) {
 }
 BENCHMARK(EdgeCostSearch);
 
-/// Every second vertex is marked as border; taken are the edges with one marked end.
+/// Marks every other vertex as border and evaluates the edges with one marked end.
 void EdgeCostKeepEndpoint(benchmark::State& state) {
     Prepared<PlainMetric> prepared;
     BitArray& border = prepared.pm.mesh.borderVertices;
@@ -153,7 +153,7 @@ void Invert3(benchmark::State& state) {
 }
 BENCHMARK(Invert3);
 
-/// Vertices with costs over nine decades, in no order.
+/// Vertices with costs over nine decades, in random order.
 void fillWithCosts(DMesh& mesh, std::int32_t count) {
     mesh.vertices.resize(static_cast<std::size_t>(count));
     std::uint32_t bits = 1;
@@ -165,7 +165,7 @@ void fillWithCosts(DMesh& mesh, std::int32_t count) {
     mesh.boundingBox.max = {4, 4, 4};
 }
 
-/// One item is one vertex that goes in and comes out again as the cheapest.
+/// One item is one vertex that is inserted and later removed as the cheapest.
 void CostQueueInsertPop(benchmark::State& state) {
     DMesh mesh;
     const auto count = static_cast<std::int32_t>(state.range(0));
@@ -183,7 +183,7 @@ void CostQueueInsertPop(benchmark::State& state) {
 }
 BENCHMARK(CostQueueInsertPop)->Arg(1 << 12)->Arg(1 << 16)->Arg(1 << 20);
 
-/// What a cost update does: vertices leave the queue, change their cost and return.
+/// What a cost update does: vertices leave the queue, get a new cost and return.
 void CostQueueUpdate(benchmark::State& state) {
     DMesh mesh;
     const auto count = static_cast<std::int32_t>(state.range(0));

@@ -6,16 +6,16 @@
 // korvalite_bench --stages INPUT.Vok OUTPUT.Vok PERCENT         a decimation, timed by stages
 // korvalite_bench --threads INPUT.Vok PERCENT                   one thread and several
 // korvalite_bench --levels FILE.kvm                             all splits up and down, timed
-// korvalite_bench --full-level INPUT.kvm OUTPUT.Vok PERCENT     a level, by a load in full
+// korvalite_bench --full-level INPUT.kvm OUTPUT.Vok PERCENT     a level, by loading the whole file
 // korvalite_bench --obj TRIANGLES                               saveObj against fprintf
 // korvalite_bench --drivers INPUT.Vok PERCENT                   all drivers side by side
 // korvalite_bench --distance DRIVER INPUT.Vok PERCENT           one of them
 // korvalite_bench --decimate DRIVER INPUT.Vok OUTPUT.Vok PERCENT
-//                 one driver, which may be one that no job reaches: high-speed, low-memory,
+//                 one driver, including those that no job can select: high-speed, low-memory,
 //                 two-threads or melax
 //
-// scripts/bench puts them together; a process of its own for each mesh keeps one measurement out of
-// the memory of the next.
+// scripts/bench combines them and starts a new process for each mesh, so that one measurement does
+// not affect the memory of the next.
 #include "bumpy_torus.h"
 #include "driver_times.h"
 #include "formats/vok_writer.h"

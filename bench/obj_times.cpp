@@ -27,7 +27,7 @@ struct ObjPaths {
     std::string bySaveObj;
     std::string copy;
 
-    // Each turn writes new files: the system takes its time to cut an old one off.
+    // Each turn writes new files, because truncating an old one takes the system time.
     void deleteAll() const {
         for (const std::string* path : {&byPrintf, &bySaveObj, &copy})
             platform::deleteFile(path->c_str());
@@ -41,7 +41,7 @@ bool writeByPrintf(const std::string& path, const DMesh& mesh) {
     return std::fclose(file) == 0;
 }
 
-// What the disk alone costs: the finished bytes, read and written in large pieces.
+// Measures the cost of the disk alone: reads and writes the finished file in large pieces.
 bool copyFile(const std::string& from, const std::string& to) {
     platform::File source = platform::File::open(from.c_str(), "rb");
     platform::File target = platform::File::open(to.c_str(), "wb");
@@ -51,7 +51,7 @@ bool copyFile(const std::string& from, const std::string& to) {
     return target.close();
 }
 
-// The size of both files if they are the same byte for byte, -1 if not.
+// The size of both files if they are identical, else -1.
 std::int64_t sizeIfSame(const std::string& left, const std::string& right) {
     std::array<platform::File, 2> files{platform::File::open(left.c_str(), "rb"),
                                         platform::File::open(right.c_str(), "rb")};

@@ -9,8 +9,8 @@
 
 namespace korvalite::bench {
 
-/// Runs work() in a process of its own, which keeps its memory out of the next measurement. False
-/// if it says so or does not come back.
+/// Runs work() in its own process, which keeps its memory out of the next measurement. False if it
+/// returns false or the process dies.
 template <typename Work>
 bool inOwnProcess(Work work) {
     std::fflush(stdout);
@@ -25,7 +25,7 @@ bool inOwnProcess(Work work) {
     return waitpid(child, &status, 0) == child && status == 0;
 }
 
-/// The most resident memory that this process has had.
+/// The peak resident memory of this process.
 inline long peakBytes() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);

@@ -17,7 +17,7 @@ namespace korvalite::bench {
 
 namespace {
 
-/// Prints the processor time that a stage took, when it is over.
+/// Prints the processor time of a stage when it ends.
 class Stage {
 public:
     explicit Stage(const char* name) : name_(name) {}

@@ -20,7 +20,7 @@ namespace korvalite::bench {
 
 namespace {
 
-// The single-threaded driver and the multi-threaded one, with a single thread too.
+// The single-threaded driver, and the multi-threaded one also with a single thread.
 constexpr std::int32_t kSingleThreaded = 0;
 constexpr std::array kThreadCounts{kSingleThreaded, 1, 2, 4};
 
@@ -50,7 +50,7 @@ ThreadStatistics sumOf(const ProgressiveMesh& pm) {
     return sum;
 }
 
-/// Seconds that one reading of the clock takes.
+/// The seconds it takes to read the clock once.
 double clockSeconds() {
     constexpr int kReadings = 1000000;
     ThreadStatistics statistics;
@@ -91,7 +91,7 @@ bool printThreadTimes(const char* input, float percent) {
     const auto print = [&](std::int32_t threads, bool measured) {
         return inOwnProcess([&] { return printThreads(input, percent, threads, measured); });
     };
-    // Reading the clock four times a turn takes its time too: the loop is timed without.
+    // Reading the clock four times per turn takes time too, so the loop is timed without that.
     return std::all_of(kThreadCounts.begin(), kThreadCounts.end(), [&](std::int32_t threads) {
         return print(threads, false) && (threads == kSingleThreaded || print(threads, true));
     });
