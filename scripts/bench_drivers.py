@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Runs the drivers side by side on one mesh. A part of bench_jobs.py.
+"""Runs the drivers side by side on the same meshes. A part of bench_jobs.py.
 
-Jobs only reach the low-memory one; korvalite_bench runs the others, each in a process of its own,
-and measures how far the result is from the input.
+Jobs can only use the low-memory driver; korvalite_bench runs them all, each in its own process, and
+measures how far the result is from the input.
 """
 import pathlib
 import sys
@@ -15,8 +15,8 @@ QUICK_SIZE = 100_000
 SAMPLE = pathlib.Path("samples/boot.Vok")
 PERCENT = 10
 HEADINGS = {
-    "drivers": f"The drivers, each to {PERCENT} %; bytes of peak memory for each vertex of the input;\n"
-               "RMS and maximum distance between input and result, as parts of the diagonal:",
+    "drivers": f"The drivers, each to {PERCENT} %; bytes are peak memory per vertex of the input;\n"
+               "RMS and maximum distance between input and result, as fractions of the diagonal:",
 }
 
 

@@ -2,7 +2,7 @@
 """Decimates everyday meshes that are harder than a scan: flat ground, hubs, many candidates for a
 mirror image. A part of bench_jobs.py.
 
-What a collapse costs is held against the first mesh, a relief that is flat nowhere.
+Compares the cost of a collapse with that on the first mesh, a relief that is nowhere flat.
 """
 import os
 import sys
@@ -29,7 +29,7 @@ CASES = (
 )
 HEADINGS = {
     "hard": f"Meshes with flat parts, hubs and equal costs to {PERCENT} % on one thread, from start to end;\n"
-            "the ratio compares what a collapse costs with the first row:",
+            "the ratio compares the cost of a collapse with the first row:",
 }
 
 
@@ -52,7 +52,7 @@ def measure_case(tools, folder, case):
 
 
 def vertex_count(path):
-    """Reads no more than that: memory of this process would blur the peaks of other parts."""
+    """Reads only the count: more memory in this process would distort the peaks of other parts."""
     with open(path, "rb") as file:
         file.seek(check_vok.FILE_HEADER_BYTES)
         while True:

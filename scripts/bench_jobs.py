@@ -1,16 +1,16 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Measures whole jobs on synthetic meshes and prints what each costs. See scripts/bench.
+"""Measures whole jobs on synthetic meshes and prints their costs. See scripts/bench.
 
 Usage: scripts/bench_jobs.py TOOL BENCH [--quick] [--repeat N] [--only PART] [--write-docs]
 from the root of the repository.
 
-Every measurement is a process of its own. With --repeat each part runs N times and the medians are
-shown. With --write-docs they replace the tables in the pages that show them. The exit status is 1
-if a run fails or misses what the project promises of memory and levels.
+Every measurement is a separate process. With --repeat, each part runs N times and the medians are
+shown. With --write-docs, the results replace the tables in the pages that show them. The exit status
+is 1 if a run fails or misses a goal of the project.
 
-A part is a module with measure(tools, folder, quick), which gives rows of values; HEADINGS and
-tables(rows), by the names of the tables; and complaints(rows).
+A part is a module with measure(tools, folder, quick), which returns rows of values; HEADINGS and
+tables(rows), keyed by the names of the tables; and complaints(rows).
 """
 import argparse
 import pathlib
@@ -45,12 +45,12 @@ def arguments_of_command():
     parser.add_argument("tool", type=lambda text: pathlib.Path(text).resolve())
     parser.add_argument("bench", type=lambda text: pathlib.Path(text).resolve())
     parser.add_argument("--quick", action="store_true", help="small meshes only")
-    parser.add_argument("--repeat", type=int, default=1, help="medians of so many rounds")
-    parser.add_argument("--only", choices=PARTS, help="one part alone")
-    parser.add_argument("--write-docs", action="store_true", help="renew the tables in the pages")
+    parser.add_argument("--repeat", type=int, default=1, help="medians of REPEAT rounds")
+    parser.add_argument("--only", choices=PARTS, help="only one part")
+    parser.add_argument("--write-docs", action="store_true", help="update the tables in the pages")
     arguments = parser.parse_args()
     if arguments.write_docs and (arguments.quick or arguments.only):
-        parser.error("--write-docs wants all parts in full: leave out --quick and --only")
+        parser.error("--write-docs needs all parts in full: leave out --quick and --only")
     return arguments
 
 

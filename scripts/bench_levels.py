@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Builds a progressive mesh and takes levels out of it. A part of bench_jobs.py.
+"""Builds a progressive mesh and extracts levels from it. A part of bench_jobs.py.
 
-A job loads of a .kvm no more than its level needs. What a load in full costs is told by
-korvalite_bench, which does the rest as a job does. Both are held against decimating from scratch.
+A job loads only the part of a .kvm that its level needs. korvalite_bench loads the whole file and
+otherwise does the same as a job. Both are compared with decimating from scratch.
 """
 import sys
 
@@ -13,18 +13,18 @@ SIZE = 4_000_000  # triangles
 QUICK_SIZE = 500_000
 PERCENTS = (1, 10, 50)
 WAYS = ("direct", "partial", "full")
-# What a level of 1 percent may cost by partial load.
+# Goals for extracting a level of 1 percent by partial load.
 BYTES_PER_VERTEX_AT_1 = 45
 TIMES_FASTER_AT_1 = 20
 HEADINGS = {
     "kvm": "Building a progressive mesh, and walking all of its splits up and down in memory:",
-    "levels": "A level, from start to end, by decimation, partial load and load in full;\n"
-              "bytes are of peak memory, for each original vertex:",
+    "levels": "Time for a level, from start to end, by decimation, partial load and full load;\n"
+              "bytes are peak memory per original vertex:",
 }
 
 
 def measure(tools, folder, quick):
-    """One row for the building, then one for each level."""
+    """Returns one row for building the mesh, then one for each level."""
     size = QUICK_SIZE if quick else SIZE
     mesh, kvm = folder / "mesh.Vok", folder / "mesh.kvm"
     print(f"{size:,} triangles into a .kvm, and levels out of it", file=sys.stderr)
@@ -43,11 +43,11 @@ def measure_level(tools, folder, percent):
     runs = {"direct": run(tools, folder, "Decimate mesh", mesh, direct, target),
             "partial": run(tools, folder, "Decimate progressive mesh", kvm, partial, target),
             "full": run_full_load(tools, folder, kvm, full, percent)}
-    # The same level must come out, or it is not the same work.
+    # If the levels differ, the work was not the same.
     if partial.read_bytes() != full.read_bytes():
-        raise tool_runs.RunError(f"{percent} %: partial load and load in full differ")
+        raise tool_runs.RunError(f"{percent} %: partial and full load give different results")
     if partial.stat().st_size != direct.stat().st_size:
-        raise tool_runs.RunError(f"{percent} %: the level has not the size of the decimated mesh")
+        raise tool_runs.RunError(f"{percent} %: the level and the decimated mesh differ in size")
     values = {"percent": percent}
     for way, result in runs.items():
         values |= named(way, result)
@@ -63,7 +63,7 @@ def run(tools, folder, kind, source, output, *keys):
     tool_runs.write_job(job, [[("InputFile", source), ("OutputFile", output), *keys]], kind=kind)
     result = tool_runs.run_job(tools.tool, job)
     if not output.exists():
-        raise tool_runs.RunError(f"no {output.name} has come out of: {kind}")
+        raise tool_runs.RunError(f"'{kind}' did not write {output.name}")
     return result
 
 
@@ -120,5 +120,5 @@ def complaints(rows):
     if times_faster(level, "partial") < TIMES_FASTER_AT_1:
         found.append(f"1 % by partial load is not {TIMES_FASTER_AT_1} times faster than decimating")
     if bytes_per_vertex(level, "partial") > BYTES_PER_VERTEX_AT_1:
-        found.append(f"1 % by partial load takes more than {BYTES_PER_VERTEX_AT_1} bytes a vertex")
+        found.append(f"1 % by partial load takes more than {BYTES_PER_VERTEX_AT_1} bytes per vertex")
     return found

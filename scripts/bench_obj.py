@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Writes OBJ files, by the tool's writer and line by line with fprintf. A part of bench_jobs.py.
+"""Writes OBJ files with the tool's writer and line by line with fprintf. A part of bench_jobs.py.
 
-On the disk for temporary files, and in memory where there is a folder for that: a disk that others
-write to as well can be slower than either writer.
+Writes to the disk for temporary files and, if there is a folder for it, to memory: a disk that is
+also used by others can be slower than either writer.
 """
 import os
 import pathlib
@@ -16,10 +16,10 @@ import tool_runs
 SIZE = 10_000_000  # triangles
 QUICK_SIZE = 1_000_000
 MEMORY = pathlib.Path("/dev/shm")
-BYTES_PER_TRIANGLE = 3 * 90  # of three files
+BYTES_PER_TRIANGLE = 3 * 90  # for three files
 HEADINGS = {
-    "obj": "Writing an OBJ, in wall seconds, against one fprintf for each line (the same bytes), and\n"
-           "against a plain copy of the finished file:",
+    "obj": "Writing an OBJ, in wall seconds, compared with one fprintf per line (the same bytes) and with\n"
+           "a plain copy of the finished file:",
 }
 
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What the parts of scripts/bench share: running korvalite_bench, medians, and the pages."""
+"""Shared by the parts of scripts/bench: running korvalite_bench, medians, and the pages."""
 import os
 import pathlib
 import re
@@ -8,12 +8,12 @@ import statistics
 import subprocess
 import textwrap
 
-# A page shows a table of the report between <!-- bench NAME --> and <!-- end -->.
+# In a page, a table of the report is between <!-- bench NAME --> and <!-- end -->.
 PAGES = ("README.md", "docs/architecture.md")
 
 
 def values_of(line):
-    """The words NAME=VALUE of a line; what is no number stays a text."""
+    """The words NAME=VALUE of a line; values that are not numbers stay texts."""
     values = {}
     for word in line.split():
         name, value = word.split("=", 1)
@@ -25,20 +25,20 @@ def values_of(line):
 
 
 def run_bench(bench, *arguments, folder=None, environment=None):
-    """Runs korvalite_bench; gives the values of each line that it prints."""
+    """Runs korvalite_bench and returns the values of each line that it prints."""
     said = subprocess.run([bench, *map(str, arguments)], check=True, cwd=folder,
                           env=environment, stdout=subprocess.PIPE, text=True).stdout
     return [values_of(line) for line in said.splitlines()]
 
 
 def medians(runs):
-    """One row out of the same row of several rounds."""
+    """The medians of the same row over several rounds."""
     return {name: value if isinstance(value, str) else statistics.median(run[name] for run in runs)
             for name, value in runs[0].items()}
 
 
 def machine():
-    """One line on the machine and the build, as far as it can be known."""
+    """One line about the machine and the build, as far as they can be determined."""
     model = "unknown processor"
     try:
         with open("/proc/cpuinfo", encoding="utf-8") as info:

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
-"""Decimates meshes of growing size, by the tool and stage by stage. A part of bench_jobs.py.
+"""Decimates meshes of increasing size, with the tool and stage by stage. A part of bench_jobs.py.
 
-What a collapse costs is told in processor time, which others at work on the machine disturb less.
+The cost of a collapse is in processor time, which other work on the machine affects less.
 """
 import sys
 
@@ -11,13 +11,13 @@ import tool_runs
 SIZES = (500_000, 1_000_000, 2_000_000, 4_000_000, 10_000_000)  # triangles
 QUICK_SIZES = SIZES[:2]
 PERCENT = 10
-# The memory that the tool may take for a plain mesh.
+# The memory that the tool may use for a plain mesh.
 BUDGET_BYTES_PER_VERTEX = 130
 BUDGET_BASE_BYTES = 32e6
 STAGES = ("read", "analyse", "collapse", "reorder", "write")
 HEADINGS = {
     "tool": f"The tool, from start to end, plain metric, to {PERCENT} % on one thread:",
-    "stages": "The same work, CPU seconds of each stage; a collapse is timed in the loop alone:",
+    "stages": "The same work, in CPU seconds per stage; the time per collapse counts only the loop:",
 }
 
 
@@ -26,14 +26,14 @@ def measure(tools, folder, quick):
 
 
 def measure_size(tools, folder, size):
-    """Runs one size: the tool on a job, then the same work timed stage by stage."""
+    """Measures one size: runs the tool on a job, then times the same work stage by stage."""
     print(f"{size:,} triangles to {PERCENT} %", file=sys.stderr)
     mesh, output, job = folder / "mesh.Vok", folder / "out.Vok", folder / "bench.kvc"
     bench_report.run_bench(tools.bench, "--write-mesh", size, mesh)
     tool_runs.write_job(job, [[("InputFile", mesh), ("OutputFile", output),
                                ("DecimationTargetPourcent", PERCENT)]])
     run = tool_runs.run_job(tools.tool, job)
-    # The job's output must be the one that the stages make, or they are not the same work.
+    # If the outputs of the job and the stages differ, the work was not the same.
     expected = output.read_bytes()
     values, = bench_report.run_bench(tools.bench, "--stages", mesh, output, PERCENT, folder=folder)
     if output.read_bytes() != expected:

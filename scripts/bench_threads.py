@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""Holds several threads on one mesh against one: time, memory, where the rest goes, how far it
-scales, and whether the result is as good. A part of bench_jobs.py.
+"""Compares several threads on one mesh with one: time, memory, how the threads spend their time, how
+far they scale, and whether the result is as good. A part of bench_jobs.py.
 """
 import os
 import pathlib
@@ -14,24 +14,24 @@ SIZE = 1_000_000  # triangles
 QUICK_SIZE = 100_000
 SAMPLES = ("boot", "fish-masked", "spot", "spot-colored")
 PERCENT = 10
-RUNS = 5  # a run on several threads is never the same twice
+RUNS = 5  # runs on several threads are never identical
 CORES = (2, 4, 8, 16)
-# Goals for two threads beside one, and what a run reports if it misses them. A busy virtual machine
-# misses the first; docs/architecture.md has what was measured.
+# Goals for two threads compared with one; a run reports any that it misses. A busy virtual machine
+# misses the first; docs/architecture.md has the measured values.
 TIME_OF_TWO = 0.58
 MORE_BYTES_PER_VERTEX = 5
 WORSE = 1.03
 HEADINGS = {
-    "threads": f"One mesh to {PERCENT} %, by the driver for one thread and by that for several; bytes of\n"
-               f"peak memory for each vertex of the input. Medians of {RUNS} runs in turn:",
-    "queue": "Where the threads' time goes, without what the reading of the clock takes:",
-    "cores": "Times faster than the driver for one thread, as the times of two threads predict it:",
-    "quality": "The result of two threads beside that of one, as parts of the diagonal:",
+    "threads": f"One mesh to {PERCENT} %, by the driver for one thread and the driver for several; bytes are\n"
+               f"peak memory per vertex of the input. Medians of {RUNS} alternating runs:",
+    "queue": "How the threads spend their time, not counting the time to read the clock:",
+    "cores": "Speedup over the driver for one thread, as predicted from the times of two threads:",
+    "quality": "The results of two threads and of one, as fractions of the diagonal:",
 }
 
 
 def measure(tools, folder, quick):
-    """Rows of kind threads, measured (the same with a clock in the loop) and quality."""
+    """Returns rows of kind threads, measured (the same with a clock in the loop) and quality."""
     size = QUICK_SIZE if quick else SIZE
     mesh = folder / "mesh.Vok"
     print(f"{size:,} triangles on one thread and several", file=sys.stderr)
@@ -81,7 +81,7 @@ def per_turn(row, part, clock_readings):
 
 
 def stay(row):
-    """Seconds of one stay under the queue's lock: a commit and the next pick."""
+    """Seconds that a thread holds the queue's lock at a time: a commit and the next pick."""
     return per_turn(row, "queue", 1)
 
 
@@ -105,8 +105,8 @@ def queue_table(rows):
 
 
 def predicted(rows, cores):
-    """Times faster on so many cores: threads that work and then queue up for one lock, by mean
-    value analysis of a closed network (M. Reiser and S. Lavenberg, 1980)."""
+    """The speedup on `cores` cores, for threads that work and then queue for one lock, by mean value
+    analysis of a closed network (M. Reiser and S. Lavenberg, 1980)."""
     alone = kind(rows, "threads")[0]
     one, two = (row for row in kind(rows, "measured") if row["threads"] in (1, 2))
     held = stay(two)
@@ -147,7 +147,7 @@ def complaints(rows):
         said.append(f"two threads take {ratio:.2f} of the time of one, more than {TIME_OF_TWO}")
     more = bytes_per_vertex(two) - bytes_per_vertex(alone)
     if more > MORE_BYTES_PER_VERTEX:
-        said.append(f"two threads take {more:.1f} more bytes for each vertex than one")
+        said.append(f"two threads take {more:.1f} more bytes per vertex than one")
     for row in kind(rows, "quality"):
         for name in ("rms", "max"):
             if row[f"two {name}"] > WORSE * row[f"one {name}"]:

@@ -4,12 +4,12 @@
 
 Usage: scripts/check_vok.py FILE.Vok [--like INPUT.Vok] [--mirror x|y|z]
 
-With --like, what the input had must be there still: closedness, texture coordinates, mask, colours.
-With --mirror, every vertex must have its mirror image. Prints one line per fault and exits with 1
-if there is any; a sound file gives one line that says what is in it.
+With --like, the file must still have what the input had: closedness, texture coordinates, mask,
+colours. With --mirror, every vertex must have a mirror image. Prints one line per fault and exits
+with 1 if there are any; for a sound file, prints one line with its contents.
 
-It knows the format from docs/file-formats.md and shares no code with the tool, so that a fault of
-one does not hide in the other. As a module: read_vok(), faults(), Mesh.
+It implements docs/file-formats.md and shares no code with the tool, so a fault in one does not hide
+in the other. As a module, it provides read_vok(), faults() and Mesh.
 """
 import argparse
 import math
@@ -24,18 +24,18 @@ NO_FOURTH_VERTEX = 0xFFFFFFFF
 
 END, POINTS, FACES4, FACES3 = 0, 10001, 20001, 20003
 UVS4, UVS3, MASK, MASK16, COLORS = 25001, 25002, 30001, 30002, 35001
-MARKERS = (25000, 30000, 35000)  # no payload, whatever their size says
-# Bytes of an element, and the array code of its parts.
+MARKERS = (25000, 30000, 35000)  # no payload, whatever their size field says
+# The bytes of an element, and the array code of its parts.
 LISTS = {
     POINTS: (12, "f"), FACES4: (16, "I"), FACES3: (12, "I"), UVS4: (32, "f"), UVS3: (24, "f"),
     MASK: (1, "B"), MASK16: (2, "H"), COLORS: (4, "B"),
 }
-# Mirror images may lie this far from the exact place, as a part of the mesh's diagonal.
+# How far a mirror image may be from its exact position, as a fraction of the mesh's diagonal.
 MIRROR_TOLERANCE = 1e-4
 
 
 class VokError(Exception):
-    """The file cannot be read as the format says."""
+    """The file does not follow the format."""
 
 
 class Mesh:
@@ -85,7 +85,7 @@ def list_of(tag, count, payload, offset):
 
 
 def blocks_of(data):
-    """Gives (tag, count, payload, offset) of each block up to the end block."""
+    """Yields (tag, count, payload, offset) for each block before the end block."""
     offset = FILE_HEADER_BYTES
     while True:
         if offset + BLOCK_HEADER.size > len(data):
@@ -93,7 +93,7 @@ def blocks_of(data):
         tag, size, count, _ = BLOCK_HEADER.unpack_from(data, offset)
         if tag == END:
             if offset + BLOCK_HEADER.size != len(data):
-                raise VokError(f"byte {offset + BLOCK_HEADER.size}: bytes behind the end block")
+                raise VokError(f"byte {offset + BLOCK_HEADER.size}: bytes after the end block")
             return
         size = BLOCK_HEADER.size if tag in MARKERS else size
         if size < BLOCK_HEADER.size or offset + size > len(data):
@@ -104,7 +104,7 @@ def blocks_of(data):
 
 
 def split_faces(mesh, faces):
-    """Quads become two triangles along their first and third corner. Gives a flag for each quad."""
+    """Splits quads along the diagonal from first to third corner. Returns a flag per face."""
     is_quad = []
     for i in range(0, len(faces), 4):
         a, b, c, d = faces[i:i + 4]
@@ -124,14 +124,14 @@ def split_uvs(uvs, is_quad):
 
 
 def read_vok(path):
-    """Reads a file in full; VokError says what is wrong and at which byte."""
+    """Reads a whole file; a VokError says what is wrong and at which byte."""
     try:
         with open(path, "rb") as file:
             data = file.read()
     except OSError as error:
         raise VokError(error.strerror) from error
     if len(data) < FILE_HEADER_BYTES or data[:4] != MAGIC:
-        raise VokError("no file header of 32 bytes that begins with Vokb")
+        raise VokError("no 32-byte file header that starts with Vokb")
     mesh = Mesh()
     is_quad = []
     for tag, count, payload, offset in blocks_of(data):
@@ -162,7 +162,7 @@ def has_degenerate(mesh):
 
 
 def is_closed(mesh):
-    """Every edge lies between two triangles that run along it in opposite directions."""
+    """Whether every edge is shared by two triangles that traverse it in opposite directions."""
     edges = set()
     for a, b, c in mesh.triples():
         for edge in ((a, b), (b, c), (c, a)):
@@ -178,7 +178,7 @@ def diagonal(mesh):
 
 
 def vertices_without_mirror(mesh, axis):
-    """The number of vertices that have no other one, nor themselves, at their mirror image."""
+    """The number of vertices with no vertex, not even themselves, at their mirror image."""
     tolerance = diagonal(mesh) * MIRROR_TOLERANCE
     points = [tuple(mesh.positions[i:i + 3]) for i in range(0, len(mesh.positions), 3)]
     cells = {}
@@ -197,18 +197,18 @@ def vertices_without_mirror(mesh, axis):
 
 
 def faults_of(mesh):
-    """What is wrong with a mesh for itself."""
+    """Faults of a mesh on its own."""
     found = []
     if not all(map(math.isfinite, mesh.positions)):
-        found.append("a coordinate is not a finite number")
+        found.append("a coordinate is not finite")
     if any(index >= mesh.vertex_count for index in mesh.triangles):
-        found.append(f"a triangle names vertex {max(mesh.triangles)}, but there are only "
+        found.append(f"a triangle refers to vertex {max(mesh.triangles)}, but there are only "
                      f"{mesh.vertex_count}")
     if mesh.uvs is not None:
         if len(mesh.uvs) != 6 * mesh.triangle_count:
-            found.append(f"{len(mesh.uvs) // 6} triangles have UVs, of {mesh.triangle_count}")
+            found.append(f"UVs for {len(mesh.uvs) // 6} of {mesh.triangle_count} triangles")
         if not all(map(math.isfinite, mesh.uvs)):
-            found.append("a UV is not a finite number")
+            found.append("a UV is not finite")
     if mesh.mask is not None and len(mesh.mask) != mesh.vertex_count:
         found.append(f"{len(mesh.mask)} mask values for {mesh.vertex_count} vertices")
     if mesh.colors is not None and len(mesh.colors) != 4 * mesh.vertex_count:
@@ -217,16 +217,16 @@ def faults_of(mesh):
 
 
 def faults_against(mesh, source):
-    """What the source had and the mesh has lost."""
+    """What the mesh has lost compared with the source."""
     found = []
     if mesh.vertex_count > source.vertex_count or mesh.triangle_count > source.triangle_count:
         found.append("it is larger than the mesh that it was made from")
     if has_degenerate(mesh) and not has_degenerate(source):
-        found.append("a triangle names a vertex twice")
+        found.append("a triangle has a vertex twice")
     if len(set(source.triangles)) == source.vertex_count:
         unused = mesh.vertex_count - len(set(mesh.triangles))
         if unused:
-            found.append(f"the indices are not dense: no triangle names {unused} of the vertices")
+            found.append(f"the indices are not dense: no triangle uses {unused} of the vertices")
     if is_closed(source) and not is_closed(mesh):
         found.append("the input is closed, but this is not")
     for name, before, after in (
@@ -234,12 +234,12 @@ def faults_against(mesh, source):
             ("mask", source.mask_says_something, mesh.mask is not None),
             ("colours", source.colors is not None, mesh.colors is not None)):
         if before != after:
-            found.append(f"the {name} have gone" if before else f"{name} have come from nowhere")
+            found.append(f"{name}: missing" if before else f"{name}: not in the input")
     return found
 
 
 def faults(mesh, source=None, mirror=None):
-    """All faults of a mesh, as texts; `mirror` is "x", "y" or "z"."""
+    """All faults of a mesh as texts; `mirror` is None, "x", "y" or "z"."""
     found = faults_of(mesh)
     if source is not None and not found:
         found = faults_against(mesh, source)
@@ -254,7 +254,7 @@ def main():
     parser = argparse.ArgumentParser(description="Checks a .Vok file.")
     parser.add_argument("file")
     parser.add_argument("--like", metavar="INPUT", help="the mesh that it was made from")
-    parser.add_argument("--mirror", choices="xyz", help="it must be symmetric in this axis")
+    parser.add_argument("--mirror", choices="xyz", help="the mesh must be symmetric in this axis")
     arguments = parser.parse_args()
     path = arguments.file
     try:

@@ -11,7 +11,7 @@ import demo_levels
 import tool_runs
 from demo_run import OUTPUTS, run_to_percent, sample_path
 
-# Sample, what it shows, percentages, further keys of the job.
+# Sample, what it shows, percentages, additional keys of the job.
 JOBS = [
     ("boot", "plain, a real model", (50, 10, 1), {}),
     ("synth-torus", "plain", (50, 10), {}),
@@ -39,7 +39,7 @@ def is_above_target(outcome, percent):
 
 
 def decimate_samples(tool):
-    """Prints a row for each job; gives their number and the complaints."""
+    """Prints a row for each job; returns the number of jobs and the complaints."""
     rows = [(" sample", " shows", "asked", "vertices", "after", "triangles", "after", "seconds",
              "peak MB", " check", " output file")]
     complaints = []
@@ -54,8 +54,8 @@ def decimate_samples(tool):
                 above.append(f"{sample} at {percent} %")
     print(tool_runs.table(rows))
     if above:
-        print("\nAbove the count asked for, because all that is left must stay (ends and bends of seams,"
-              "\na mask of 0, borders and seams of a coloured mesh, the topology): "
+        print("\nAbove the target, because nothing else may be removed (ends and bends of seams, a mask"
+              "\nof 0, borders and seams of a coloured mesh, the topology): "
               + ", ".join(above))
     return len(rows) - 1, complaints
 

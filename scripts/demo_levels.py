@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Builds progressive meshes and takes chains of levels out of them. A part of demo_jobs.py."""
+"""Builds progressive meshes and extracts several levels from each. A part of demo_jobs.py."""
 import tool_runs
 from demo_run import OUTPUTS, run_job, run_to_percent, sample_path
 
@@ -8,7 +8,7 @@ PERCENTS = (50, 25, 10, 5, 1)
 
 
 def take_levels(tool):
-    """Prints a row for each job; gives the number of jobs and the complaints."""
+    """Prints a row for each job; returns the number of jobs and the complaints."""
     rows = [(" sample", " level", "vertices", "triangles", "seconds", "decimated", "faster",
              " check", " output file")]
     complaints = []
@@ -27,13 +27,13 @@ def take_levels(tool):
             rows.append(row)
             complaints += [f"{sample}, level of {percent} %: {text}" for text in found]
             job_count += 2
-    print("\nLevels of progressive meshes, and the time that decimating to the same level takes:\n")
+    print("\nLevels of progressive meshes, and the time to decimate to the same level:\n")
     print(tool_runs.table(rows))
     return job_count, complaints
 
 
 def take_level(tool, sample, kvm, percent):
-    """A row of the table, and the faults."""
+    """Returns a row of the table and the faults."""
     level = run_to_percent(tool, "Decimate progressive mesh", sample, kvm,
                            OUTPUTS / f"{sample}-level-{percent}.Vok", percent, {})
     direct = run_to_percent(tool, "Decimate mesh", sample, sample_path(sample),
@@ -43,7 +43,7 @@ def take_level(tool, sample, kvm, percent):
         return row, level.faults + direct.faults
     found = level.faults + direct.faults
     if counts_of(level.mesh) != counts_of(direct.mesh):
-        found.append("it has not as many vertices and triangles as the decimated mesh")
+        found.append("its vertex and triangle counts differ from those of the decimated mesh")
     row = (sample, f"{percent} %", *counts_of(level.mesh), f"{level.run.seconds:.3f}",
            f"{direct.run.seconds:.3f}", f"{direct.run.seconds / level.run.seconds:.0f} x",
            "OFF" if found else "sound", level.output)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What the parts of scripts/demo share: one job on one sample, run, measured and checked."""
+"""Shared by the parts of scripts/demo: runs, measures and checks one job on one sample."""
 import pathlib
 from dataclasses import dataclass, field
 
@@ -28,19 +28,19 @@ def sample_path(sample):
 
 
 def run_job(tool, kind, source, output, keys):
-    """Runs a job with one entry, beside its output; RunError if anything is off."""
+    """Runs a job with one entry, next to its output; RunError if anything goes wrong."""
     output.unlink(missing_ok=True)
     job = output.with_suffix(".kvc")
     tool_runs.write_job(job, [[("InputFile", source), ("OutputFile", output), *keys.items()]],
                         kind=kind)
     run = tool_runs.run_job(tool, job)
     if not output.exists():
-        raise tool_runs.RunError(f"{output} has not been written")
+        raise tool_runs.RunError(f"{output} was not written")
     return run
 
 
 def run_to_percent(tool, kind, sample, source, output, percent, keys):
-    """Takes a sample, or what was made from it, to a percentage; checks it against the sample."""
+    """Reduces a sample, or a mesh made from it, to a percentage and checks the result."""
     outcome = Outcome(output)
     try:
         run = run_job(tool, kind, source, output, {"DecimationTargetPourcent": percent, **keys})
@@ -51,9 +51,9 @@ def run_to_percent(tool, kind, sample, source, output, percent, keys):
         return outcome
     outcome.run = run
     outcome.faults = check_vok.faults(outcome.mesh, outcome.source, keys.get("Symmetry"))
-    # The last collapse may be a mirrored pair, which takes two vertices.
+    # The last collapse may be a mirrored pair, which removes two vertices.
     target = outcome.source.vertex_count * percent // 100
     if outcome.mesh.vertex_count < target - 1:
         outcome.faults.append(
-            f"only {outcome.mesh.vertex_count} vertices are left, but {target} were asked for")
+            f"only {outcome.mesh.vertex_count} vertices are left, but the target is {target}")
     return outcome

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 #
-# What the scripts share. Source it: it goes to the repository's root and defines functions.
+# Shared by the scripts. When sourced, changes to the repository's root and defines functions.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -15,7 +15,7 @@ die() {
 # The number of compile jobs; KORVALITE_JOBS overrides the number of processors.
 job_count() { say "${KORVALITE_JOBS:-$(nproc 2>/dev/null || echo 2)}"; }
 
-# is_there PROBE: a path that starts with / must exist (it may be a pattern), else a command.
+# is_there PROBE: whether PROBE exists: a path or pattern if it starts with /, else a command.
 is_there() {
     case $1 in
         /*) compgen -G "$1" >/dev/null ;;
@@ -33,8 +33,8 @@ as_root() {
     fi
 }
 
-# install_missing "PROBE PACKAGE WHY"...: installs the Debian packages whose probe finds nothing.
-# With everything there it does not touch the system and needs no network.
+# install_missing "PROBE PACKAGE WHY"...: installs the Debian packages whose probe does not exist.
+# If nothing is missing, does not touch the system and needs no network.
 install_missing() {
     local entry probe package why
     local packages=()
@@ -47,7 +47,7 @@ install_missing() {
     done
     [ ${#packages[@]} -eq 0 ] && return 0
     command -v apt-get >/dev/null 2>&1 ||
-        die "no apt-get here: install what is missing by hand (Debian names: ${packages[*]})"
+        die "apt-get not found: install the missing packages by hand (Debian names: ${packages[*]})"
     say "installing with apt-get: ${packages[*]}"
     as_root apt-get update -qq || die "apt-get update failed: is the network up?"
     as_root env DEBIAN_FRONTEND=noninteractive \
@@ -75,14 +75,15 @@ build() {
         die "the preset '$preset' does not build"
 }
 
-# run_tests PRESET [ctest arguments]: runs them, prints "tests: ..." and returns ctest's status.
+# run_tests PRESET [ctest arguments]: runs the tests, prints "tests (PRESET): ..." and returns ctest's
+# status.
 run_tests() {
     local preset=$1 log status=0 passed failed
     shift
     log=build/$preset/ctest.log
     say "== test $preset"
     ctest --preset "$preset" "$@" 2>&1 | tee "$log" || status=$?
-    # ctest counts: "98% tests passed, 2 tests failed out of 100".
+    # ctest prints: "98% tests passed, 2 tests failed out of 100".
     failed=$(sed -n 's/.*tests passed, \([0-9]*\) tests failed out of.*/\1/p' "$log" | tail -1)
     passed=$(sed -n 's/.*tests failed out of \([0-9]*\).*/\1/p' "$log" | tail -1)
     failed=${failed:-0}

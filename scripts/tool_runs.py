@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Runs the tool as a host does: a job file, a marker beside it, one process; measures it."""
+"""Runs the tool like a host, with a job file and a marker next to it, and measures the process."""
 import os
 import pathlib
 import time
@@ -10,7 +10,7 @@ MEGABYTE = 1e6
 
 
 class RunError(Exception):
-    """A run did not go as the protocol says."""
+    """A run did not follow the protocol."""
 
 
 @dataclass
@@ -21,7 +21,7 @@ class Run:
 
 
 def write_job(path, entries, settings=(), kind="Decimate mesh"):
-    """Writes a job file; each entry is a list of (key, value), all of one kind."""
+    """Writes a job file; each entry is a list of (key, value), and all are of the same kind."""
     lines = ["UseProgressBar=YES"] + [f"{key}={value}" for key, value in settings]
     for entry in entries:
         lines += [f"StartBatch={kind}"]
@@ -35,7 +35,7 @@ def own_peak_bytes():
 
 
 def high_water_mark(process):
-    """The most resident memory that a running process has had, in bytes; 0 if it is gone."""
+    """The peak resident memory of a running process in bytes; 0 if it has ended."""
     try:
         with open(f"/proc/{process}/status", encoding="ascii") as status:
             for line in status:
@@ -47,11 +47,11 @@ def high_water_mark(process):
 
 
 def run_measured(command, error_path):
-    """Runs a command to its end; gives its exit status and a Run.
+    """Runs a command to its end; returns its exit status and a Run.
 
-    The system's own figure of a child's peak begins at the size of the parent that started it, so
-    it is exact for a child that outgrew this process. For a smaller one the high-water mark is read
-    while it runs.
+    The system's own figure for a child's peak starts at the size of its parent, so it is exact only
+    for a child that outgrows this process. For a smaller one, the high-water mark is read while it
+    runs.
     """
     floor = own_peak_bytes()
     with open(error_path, "wb") as errors:
@@ -74,7 +74,7 @@ def run_measured(command, error_path):
 
 
 def run_job(tool, job):
-    """Puts the marker beside the job and runs the tool on it. RunError if anything is off."""
+    """Creates the marker next to the job and runs the tool. RunError if anything goes wrong."""
     job = pathlib.Path(job)
     marker = job.with_name(job.name + ".running")
     marker.write_bytes(b"\x01" + bytes(PROGRESS_RECORD_BYTES - 1))
@@ -92,7 +92,7 @@ def run_job(tool, job):
 
 
 def table(rows):
-    """Markdown, numbers to the right: a text column is one whose title begins with a blank."""
+    """A Markdown table with numbers right-aligned; titles of text columns start with a blank."""
     titles, *lines = rows
     widths = [max(len(str(row[i])) for row in rows) for i in range(len(titles))]
     left = [title.startswith(" ") for title in titles]
