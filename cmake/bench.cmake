@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
-# korvalite_bench: every bench/*.cpp, if Google Benchmark is there, with what it shares with tests.
+# korvalite_bench: every bench/*.cpp and some sources shared with the tests, if Google Benchmark is
+# installed.
 set(bench_default OFF)
 if(NOT CMAKE_CROSSCOMPILING)
     find_package(benchmark QUIET)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Cross build for 64-bit Windows. The "-posix" compilers are the ones whose library has std::thread.
+# Cross-compiles for 64-bit Windows. Only the library of the "-posix" compilers has std::thread.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 

@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: MIT
-# project_options: language, arithmetic and sanitizers, the same for every target. Results are
-# compared byte by byte between builds, so no compiler may fuse a multiplication and an addition.
+# project_options: language, arithmetic and sanitizers, the same for every target. Results must be
+# identical in all builds, so compilers must not fuse a multiplication and an addition.
 add_library(project_options INTERFACE)
 target_compile_features(project_options INTERFACE cxx_std_20)
 target_compile_options(project_options INTERFACE -ffp-contract=off)
 
-# Optimised across files, g++ stops inlining when the whole program has grown by its budget. Which of
-# the small functions in the hot loops are called then depends on code that has nothing to do with
-# them, and makes up a tenth of the time and more: let it inline all that it finds worth it.
+# With link-time optimisation, g++ stops inlining once the whole program has grown by its budget. Which
+# small functions in the hot loops are not inlined then depends on unrelated code, and can cost a tenth
+# of the time and more: let g++ inline everything that it considers worthwhile.
 set(inline_all $<$<CXX_COMPILER_ID:GNU>:--param=inline-unit-growth=300>)
 target_compile_options(project_options INTERFACE ${inline_all})
 target_link_options(project_options INTERFACE ${inline_all})
@@ -29,7 +29,7 @@ if(sanitizers)
     target_compile_options(project_options INTERFACE
         -fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(project_options INTERFACE -fsanitize=${sanitizers})
-    # g++ takes the instrumented standard library for code that reads uninitialized memory.
+    # g++ warns about uninitialized memory in the instrumented standard library, falsely.
     target_compile_options(project_options INTERFACE
         $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-# korvalite_tests (every tests/**/*_test.cpp), and what replays or runs the fuzz targets.
+# korvalite_tests (every tests/**/*_test.cpp), and programs that replay or run the fuzz targets.
 find_package(GTest QUIET)
 if(NOT GTest_FOUND)
-    # The tool itself needs nothing but a compiler, so this is no reason not to build it.
+    # The tool itself only needs a compiler, so it can still be built.
     message(WARNING "GoogleTest is not installed, so no tests are built (Debian: libgtest-dev)")
     return()
 endif()
@@ -19,7 +19,7 @@ if(test_sources)
     target_compile_definitions(korvalite_tests PRIVATE
         "KORVALITE_TOOL_PATH=\"$<TARGET_FILE:korvalite>\""
         "KORVALITE_SOURCE_DIR=\"${CMAKE_SOURCE_DIR}\"")
-    # Tests of whole jobs start the executable.
+    # Tests of whole jobs run the executable.
     add_dependencies(korvalite_tests korvalite)
     gtest_discover_tests(korvalite_tests
         DISCOVERY_MODE PRE_TEST
@@ -40,7 +40,7 @@ foreach(fuzz_source IN LISTS fuzz_sources)
         target_include_directories(${fuzz_target} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
         target_link_libraries(${fuzz_target} PRIVATE korvalite_core project_warnings)
         target_link_options(${fuzz_target} PRIVATE -fsanitize=fuzzer)
-        # libFuzzer writes what it finds into its first folder, so that one lies in the build tree.
+        # libFuzzer writes its findings into the first folder, so that one is in the build tree.
         set(findings "${CMAKE_BINARY_DIR}/findings/${fuzz_name}")
         file(MAKE_DIRECTORY "${findings}")
         set(seed_folder "")
@@ -68,7 +68,7 @@ if(Python3_FOUND)
         COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/check_layers")
     add_test(NAME documentation_links
         COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/check_readme" --links)
-    # The .kvm files of the tool, read by the page that describes them.
+    # The tool's .kvm files, read by a script that follows the page that describes them.
     set(samples "${CMAKE_SOURCE_DIR}/samples")
     add_test(NAME read_kvm
         COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/tests/jobs/read_kvm.py"
