@@ -85,7 +85,7 @@ bool printRow(const char* name, const DMesh& mesh, const ObjPaths& paths) {
     return good && size > 0;
 }
 
-// One UV for each vertex.
+// One UV per vertex.
 void addUVs(DMesh& mesh) {
     for (const VertexRecord& vertex : mesh.vertices)
         mesh.coordsUV.push_back({vertex.x * 0.25F + 0.5F, vertex.y * 0.25F + 0.5F});

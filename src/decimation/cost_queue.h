@@ -108,7 +108,7 @@ public:
     [[nodiscard]] std::int32_t bucketOf(float cost) const;
 
 private:
-    // `next` of a vertex that is in no bucket.
+    // `next` of a vertex that is not in a bucket.
     static constexpr std::int32_t kNotQueued = -1;
     static constexpr std::int32_t kInSet = -2;
     // `back` of a vertex in a bucket: the previous vertex, or kFirstBucket minus the bucket's index

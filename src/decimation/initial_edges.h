@@ -24,7 +24,7 @@ struct EdgeEnds {
     bool updateB = true;
 };
 
-/// Whether to evaluate the edge from a to b, in the direction that a triangle gives it.
+/// Whether to evaluate the edge from a to b, in the direction it has in a triangle.
 EdgeVerdict judgeInitialEdge(const ProgressiveMesh& pm, std::int32_t a, std::int32_t b,
                              EdgeEnds& ends);
 

@@ -60,7 +60,7 @@ public:
         return -1;
     }
 
-    /// Empties the set and returns its storage.
+    /// Empties the set and frees its storage.
     void clear() { runs_.clear(); }
 
 private:

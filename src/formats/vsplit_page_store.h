@@ -4,7 +4,7 @@
 // that the file does not accept stay in memory. Pages are contiguous from offset 0, both in the
 // file and in memory:
 //
-//   u32 number of records | the records | u32 length of the page in bytes, these two words included
+//   u32 number of records | the records | u32 length of the page in bytes, including both words
 //
 // Thread safety: none.
 #pragma once

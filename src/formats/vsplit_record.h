@@ -44,8 +44,8 @@ std::size_t vsplitWords(const VSplit& split, VSplitFormat format);
 void appendVSplit(std::vector<std::uint32_t>& words, const VSplit& split, VSplitFormat format);
 
 /// The number of words of the record at the start of `words`, which may end anywhere and contain
-/// anything. A result above words.size() means that the record is incomplete and is its least
-/// possible length.
+/// anything. A result above words.size() means that the record is incomplete and is its minimum
+/// length.
 std::uint64_t measureVSplit(std::span<const std::uint32_t> words, VSplitFormat format);
 
 /// A record in memory, which can be read and changed in place. List lengths never change, so a

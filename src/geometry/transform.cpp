@@ -36,7 +36,7 @@ FloatVec3 negated(const FloatVec3& v) {
     return {-v.x, -v.y, -v.z};
 }
 
-/// v times the 3x3 block alone.
+/// v times the 3x3 block, without the translation.
 FloatVec3 turned(const Transform& transform, const FloatVec3& v) {
     const float* m = transform.m;
     return {v.x * m[0] + v.y * m[4] + v.z * m[8], v.x * m[1] + v.y * m[5] + v.z * m[9],

@@ -10,7 +10,7 @@ namespace korvalite {
 /// ProgressiveMesh::measureThreads is set.
 struct ThreadStatistics {
     std::uint64_t turns = 0;
-    std::uint64_t candidates = 0;  // vertices tried for a pick, of which a turn takes one
+    std::uint64_t candidates = 0;  // vertices tried for picks; a turn takes at most one
     double secondsWaiting = 0;     // for csQueue
     double secondsInQueue = 0;     // while holding csQueue
     double secondsInLoop = 0;      // in total

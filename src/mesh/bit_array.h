@@ -62,7 +62,7 @@ public:
 
     [[nodiscard]] std::int32_t CountSet() const;
 
-    /// Empties the array and returns its storage.
+    /// Empties the array and frees its storage.
     void Free();
 
     [[nodiscard]] std::int32_t count() const { return count_; }

@@ -61,7 +61,7 @@ struct BoundingBox {
     FloatVec3 max{-1, 0, 0};  // a maximum x below the minimum x marks the box empty
 
     [[nodiscard]] bool isEmpty() const { return !(max.x >= min.x); }
-    /// sqrtf(dy*dy + dx*dx + dz*dz), in this order of summing.
+    /// sqrtf(dy*dy + dx*dx + dz*dz), summed in this order.
     [[nodiscard]] float diagonal() const;
 };
 

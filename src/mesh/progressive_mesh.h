@@ -43,7 +43,7 @@ const char* borderModeText(std::int32_t value);
 /// Settings of the job. Those without a job key are for direct users of the drivers.
 struct DecimationSettings {
     bool UseAreaWeighting = true;
-    std::uint32_t TargetNumItem = 4;   // the count to reach
+    std::uint32_t TargetNumItem = 4;   // the target count
     bool targetCountsVertices = true;  // else triangles
     bool AvoidNormalReverse = true;
     bool ProtectTopology = true;

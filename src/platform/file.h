@@ -17,7 +17,7 @@ namespace korvalite::platform {
 // A file open for both reading and writing needs a seek or flush between the two, like std::FILE.
 class File {
 public:
-    // Closed.
+    // A closed File.
     File() = default;
     ~File();
 

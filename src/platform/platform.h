@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The one interface to the operating system. posix.cpp and windows.cpp each implement all of it,
+// The only interface to the operating system. posix.cpp and windows.cpp each implement all of it,
 // and the build picks one of them.
 //
 // Paths and texts are zero-terminated UTF-8 on every system. On Windows, text that is not valid

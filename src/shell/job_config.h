@@ -28,7 +28,7 @@ enum SymmetryChoice : std::int32_t {
 /// DecimationTargetPourcent if the job does not set it.
 inline constexpr float kNoPercent = -1.0F;
 
-/// What a job says about one mesh.
+/// The settings of a job for one mesh.
 struct BatchSettings {
     HeapString InputFile = "";
     HeapString OutputFile = "";

@@ -85,7 +85,7 @@ void useMaskKey(const HeapString& value, JobConfig& job) {
     storeWord(value, kWords, settingsInScope(job).UseMask);
 }
 
-// Handlers for the job alone.
+// Handlers only for the job.
 
 /// Takes effect anywhere in the file.
 template <bool JobConfig::*field>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The log. Its texts document what happens where they are, but are not written anywhere, and
-// placeholders such as "%d" are never filled in.
+// The log. Its texts document each step where it happens but are never written anywhere;
+// placeholders such as "%d" are not filled in.
 #pragma once
 
 #include "shell/base/heap_string.h"

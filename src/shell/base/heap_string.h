@@ -14,7 +14,7 @@ namespace korvalite {
 /// The length is found by scanning, since strings are short.
 class HeapString {
 public:
-    /// Null.
+    /// A null string.
     HeapString() = default;
 
     /// Null for a null text. Implicit, so literals can be passed as strings.
