@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Which files are gone after a run.
+// Which files a run deletes.
 #include "jobs/job_run.h"
 
 namespace korvalite::test {
@@ -16,47 +16,47 @@ protected:
     }
 };
 
-TEST_F(DeletionTest, ByDefaultOnlyTheMarkerGoes) {
+TEST_F(DeletionTest, ByDefaultOnlyTheMarkerIsDeleted) {
     runJob(entry("a.Vok", "out.Vok"));
     EXPECT_EQ(files(), (Names{"a.Vok", "out.Vok", "scene.kvc"}));
     EXPECT_EQ(errors_, "");
 }
 
-TEST_F(DeletionTest, WithTheProgressBarTheMarkerGoesToo) {
+TEST_F(DeletionTest, WithTheProgressBarTheMarkerIsDeletedToo) {
     runJob("UseProgressBar=1\n" + entry("a.Vok", "out.Vok"));
     EXPECT_EQ(files(), (Names{"a.Vok", "out.Vok", "scene.kvc"}));
 }
 
-TEST_F(DeletionTest, TheJobGoesIfItSaysSo) {
+TEST_F(DeletionTest, TheJobIsDeletedOnRequest) {
     runJob("DeleteConfigFile=1\n" + entry("a.Vok", "out.Vok"));
     EXPECT_EQ(files(), (Names{"a.Vok", "out.Vok"}));
 }
 
-TEST_F(DeletionTest, TheInputGoesIfItsEntrySaysSo) {
+TEST_F(DeletionTest, AnInputIsDeletedOnRequest) {
     writeMesh("b.Vok");
     runJob(entry("a.Vok", "out.Vok", "DeleteInputFile=1") + entry("b.Vok", "out2.Vok"));
     EXPECT_EQ(files(), (Names{"b.Vok", "out.Vok", "out2.Vok", "scene.kvc"}));
 }
 
-TEST_F(DeletionTest, KeepTempFilesKeepsJobAndInputsButNotTheMarker) {
+TEST_F(DeletionTest, KeepTempFilesSparesAllButTheMarker) {
     runJob("DeleteConfigFile=1\nKeepTempFiles=1\n" +
            entry("a.Vok", "out.Vok", "DeleteInputFile=1"));
     EXPECT_EQ(files(), (Names{"a.Vok", "out.Vok", "scene.kvc"}));
 }
 
-TEST_F(DeletionTest, TheInputOfAFailedEntryGoesAsWell) {
+TEST_F(DeletionTest, AFailedEntryStillDeletesItsInput) {
     writeWhole(in("bad.Vok"), "no mesh");
     runJob(entry("bad.Vok", "out.Vok", "DeleteInputFile=1"));
     EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc"}));
     EXPECT_EQ(errors_, failureBox(in("bad.Vok")));
 }
 
-TEST_F(DeletionTest, AMissingInputThatIsToBeDeletedIsNoError) {
+TEST_F(DeletionTest, DeletingAMissingInputIsNotAnError) {
     runJob(entry("none.Vok", "out.Vok", "DeleteInputFile=1"));
     EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc"}));
 }
 
-TEST_F(DeletionTest, AClashDeletesTheInputsOfAllEntriesThatSaySo) {
+TEST_F(DeletionTest, AClashStillDeletesAllInputsMarkedForDeletion) {
     writeMesh("b.Vok");
     writeMesh("c.Vok");
     runJob("DeleteConfigFile=1\n" + entry("a.Vok", "out.Vok", "DeleteInputFile=1") +
@@ -72,7 +72,7 @@ TEST_F(DeletionTest, AClashWithKeepTempFilesDeletesNoInput) {
     EXPECT_FALSE(exists("out.Vok"));
 }
 
-TEST_F(DeletionTest, AJobWithAnotherSuffixIsRefusedAndStays) {
+TEST_F(DeletionTest, AJobWithAnotherSuffixIsRefusedAndKept) {
     for (const char* name : {"scene.KVC", "scene.txt", "scene.kvc.bak"}) {
         writeWhole(in(name), "DeleteConfigFile=1\n" + entry("a.Vok", "out.Vok", "DeleteInputFile"));
         writeWhole(in(std::string(name) + ".running"), ProgressImage::opened().bytes());
@@ -91,13 +91,13 @@ TEST_F(DeletionTest, APathInQuotesIsRefused) {
     EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc", "scene.kvc.running"}));
 }
 
-TEST_F(DeletionTest, AMissingJobLosesItsMarkerInSilence) {
+TEST_F(DeletionTest, AMissingJobSilentlyLosesItsMarker) {
     run();
     EXPECT_EQ(files(), Names{"a.Vok"});
     EXPECT_EQ(errors_, "");
 }
 
-TEST_F(DeletionTest, AnEmptyJobLosesItsMarkerInSilence) {
+TEST_F(DeletionTest, AnEmptyJobSilentlyLosesItsMarker) {
     runJob("");
     EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc"}));
     EXPECT_EQ(errors_, "");
@@ -108,19 +108,19 @@ TEST_F(DeletionTest, AJobWithoutEntriesObeysDeleteConfigFile) {
     EXPECT_EQ(files(), Names{"a.Vok"});
 }
 
-TEST_F(DeletionTest, WithoutAPathTheMarkerOfTheCurrentFolderGoes) {
+TEST_F(DeletionTest, WithoutAPathTheCurrentFoldersMarkerIsDeleted) {
     writeWhole(in(".running"), "");
     run("", folder_.path());
     EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc.running"}));
 }
 
-TEST_F(DeletionTest, AJobThatIsNamedBySuffixAloneIsOpened) {
+TEST_F(DeletionTest, AJobNamedBySuffixAloneIsOpened) {
     writeWhole(in(".kvc"), "DeleteConfigFile=1\n" + entry("a.Vok", "out.Vok"));
     run(".kvc", folder_.path());
     EXPECT_EQ(files(), (Names{"a.Vok", "out.Vok", "scene.kvc.running"}));
 }
 
-TEST_F(DeletionTest, AMarkerThatIsAFolderStays) {
+TEST_F(DeletionTest, AMarkerThatIsAFolderIsKept) {
     std::filesystem::remove(pathOfUtf8(marker_));
     std::filesystem::create_directory(pathOfUtf8(marker_));
     runJob("UseProgressBar=1\n" + entry("a.Vok", "out.Vok"));

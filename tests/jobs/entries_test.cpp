@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What becomes of the entries of a job: kinds, targets, failures and their message boxes.
+// How the entries of a job end: kinds, targets, failures and their message boxes.
 #include "jobs/job_run.h"
 
 namespace korvalite::test {
@@ -10,7 +10,7 @@ class EntriesTest : public JobTest {
 protected:
     EntriesTest() { writeMesh("a.Vok"); }
 
-    // The vertices that come out of an entry with these lines.
+    // The vertex count of the output of an entry with these lines.
     std::int64_t resultOf(const std::string& lines) {
         runJob(entry("a.Vok", "out.Vok", lines));
         EXPECT_EQ(errors_, "") << lines;
@@ -30,7 +30,7 @@ TEST_F(EntriesTest, DecimateMeshReachesItsTarget) {
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
 }
 
-TEST_F(EntriesTest, TheTargetIsThePercentageOrElseTheNumber) {
+TEST_F(EntriesTest, ThePercentageTakesPrecedenceOverTheNumber) {
     EXPECT_EQ(resultOf("DecimationTargetNum=300"), kVertexCount / 2);
     EXPECT_EQ(resultOf("DecimationTargetPourcent=-1\nDecimationTargetNum=300"), 300);
     EXPECT_EQ(resultOf("DecimationTargetPourcent=100"), kVertexCount);
@@ -43,26 +43,26 @@ TEST_F(EntriesTest, NegativeTargetsDecimateNothing) {
     EXPECT_EQ(resultOf("DecimationTargetPourcent=nan"), kVertexCount);
 }
 
-TEST_F(EntriesTest, ATargetOfZeroGoesAsLowAsTheMeshAllows) {
+TEST_F(EntriesTest, ATargetOfZeroDecimatesAsFarAsPossible) {
     const std::int64_t vertexCount = resultOf("DecimationTargetPourcent=0");
     EXPECT_GE(vertexCount, 0);
     EXPECT_LT(vertexCount, kVertexCount / 4);
 }
 
-TEST_F(EntriesTest, WithoutAKindTheSuffixesTell) {
+TEST_F(EntriesTest, WithoutAKindTheSuffixesDecide) {
     runJob(entry("a.Vok", "out.VOK"));
     EXPECT_EQ(errors_, "");
     EXPECT_EQ(vertexCountOf(in("out.VOK")), kVertexCount / 2);
 }
 
-TEST_F(EntriesTest, StlDecimatesAndMakesNoFile) {
+TEST_F(EntriesTest, StlDecimatesButWritesNoFile) {
     runJob("StartBatch\nInputFile=" + in("a.Vok") + "\nOutputFile=" + in("out.stl") +
            "\nDeleteInputFile=1\nEndBatch\n");
     EXPECT_EQ(errors_, "");
     EXPECT_EQ(files(), std::set<std::string>{"scene.kvc"});
 }
 
-TEST_F(EntriesTest, KindsThatDoNotFitTheirFilesFail) {
+TEST_F(EntriesTest, KindsThatDoNotMatchTheirFilesFail) {
     expectFailure("a.Vok", "out.Vok", "Build progressive mesh");
     expectFailure("a.Vok", "out.Vok", "Decimate progressive mesh");
     expectFailure("a.Vok", "out.ply", "Decimate mesh");
@@ -70,7 +70,7 @@ TEST_F(EntriesTest, KindsThatDoNotFitTheirFilesFail) {
     expectFailure("a.Vok", "Vok", "");
 }
 
-TEST_F(EntriesTest, InputsThatCannotBeReadFail) {
+TEST_F(EntriesTest, UnreadableInputsFail) {
     expectFailure("none.Vok", "out.Vok", "Decimate mesh");
     writeWhole(in("magic.Vok"), "Vokx" + std::string(100, '\0'));
     expectFailure("magic.Vok", "out.Vok", "Decimate mesh");
@@ -112,13 +112,13 @@ TEST_F(EntriesTest, EntriesRunInTheOrderOfTheFile) {
     EXPECT_EQ(vertexCountOf(in("same.Vok")), kVertexCount * 3 / 4);
 }
 
-TEST_F(EntriesTest, AnOutputIsTheInputOfTheNextEntry) {
+TEST_F(EntriesTest, AnOutputCanFeedTheNextEntry) {
     runJob(entry("a.Vok", "b.Vok") + entry("b.Vok", "c.Vok"));
     EXPECT_EQ(errors_, "");
     EXPECT_EQ(vertexCountOf(in("c.Vok")), kVertexCount / 4);
 }
 
-TEST_F(EntriesTest, AnOutputThatCannotBeWrittenIsSilent) {
+TEST_F(EntriesTest, AnUnwritableOutputIsSilent) {
     writeMesh("b.Vok");
     runJob(entry("a.Vok", "no such folder/out.Vok") + entry("b.Vok", "out.Vok"));
     EXPECT_EQ(errors_, "");
@@ -134,7 +134,7 @@ TEST_F(EntriesTest, AFullDiskIsSilent) {
     EXPECT_TRUE(std::filesystem::exists("/dev/full"));
 }
 
-TEST_F(EntriesTest, InputsOfOneNameStopEverythingWithOneBox) {
+TEST_F(EntriesTest, InputsWithTheSameNameStopEverythingWithOneBox) {
     writeMesh("b.Vok");
     runJob(entry("a.Vok", "1.Vok") + entry("b.Vok", "2.Vok") + entry("A.VOK", "3.Vok") +
            entry("b.vok", "4.Vok"));
@@ -146,20 +146,20 @@ TEST_F(EntriesTest, InputsOfOneNameStopEverythingWithOneBox) {
     EXPECT_EQ(files(), (std::set<std::string>{"a.Vok", "b.Vok", "scene.kvc"}));
 }
 
-TEST_F(EntriesTest, OutputsOfOneNameAreNoClash) {
+TEST_F(EntriesTest, OutputsWithTheSameNameDoNotClash) {
     writeMesh("b.Vok");
     runJob(entry("a.Vok", "out.Vok") + entry("b.Vok", "out.Vok"));
     EXPECT_EQ(errors_, "");
     EXPECT_TRUE(exists("out.Vok"));
 }
 
-TEST_F(EntriesTest, AnEntryThatIsNeverClosedRunsToo) {
+TEST_F(EntriesTest, AnUnclosedEntryRunsToo) {
     runJob("StartBatch Decimate mesh\nInputFile=" + in("a.Vok") + "\nOutputFile=" + in("out.Vok") +
            "\nDecimationTargetNum=100");
     EXPECT_EQ(vertexCountOf(in("out.Vok")), 100);
 }
 
-TEST_F(EntriesTest, KeysOutsideOfEntriesReachNoMesh) {
+TEST_F(EntriesTest, KeysOutsideEntriesAffectNoMesh) {
     runJob("DecimationTargetPourcent=10\n" + entry("a.Vok", "out.Vok"));
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
 }
@@ -173,7 +173,7 @@ TEST_F(EntriesTest, AJobPathWithoutASeparatorWorks) {
     EXPECT_EQ(files(), (std::set<std::string>{"a.Vok", "out.Vok", "scene.kvc"}));
 }
 
-TEST_F(EntriesTest, AScratchFileOfAnotherRunStaysAndNoneIsLeft) {
+TEST_F(EntriesTest, AnotherRunsScratchFileIsKeptAndNoneAdded) {
     writeMesh("a.Vok", 80);
     writeWhole(in("VSplitList.data"), "in use");
     runJob(entry("a.Vok", "out.Vok"));
@@ -206,7 +206,7 @@ TEST_F(EntriesTest, HostileJobFilesAreSilent) {
     }
 }
 
-TEST_F(EntriesTest, AHundredThousandEntriesEndInTime) {
+TEST_F(EntriesTest, AHundredThousandEntriesFinishInTime) {
     std::string text;
     for (int i = 0; i < 100'000; ++i)
         text += "StartBatch\nInputFile=" + std::to_string(i) + ".Vok\nEndBatch\n";

@@ -34,7 +34,7 @@ protected:
         settings.OutputFile = in(output).c_str();
         return {kBatchKindUnset, settings};
     }
-    // The message boxes, a line each.
+    // Returns the message boxes, one per line.
     static std::string perform(const std::vector<BatchEntry>& entries) {
         JobConfig config;
         config.batchList.assign(entries.begin(), entries.end());
@@ -46,7 +46,7 @@ protected:
         return "Korvalite\t- Not Enough Memory For " + in(input) + "\n";
     }
 
-    // A file that the tool wrote: it can be read, and its indices are dense.
+    // Expects a file written by the tool that can be read and has dense indices.
     void expectSoundOutput(const std::string& name, Degenerate degenerate) const {
         DMesh mesh;
         ASSERT_TRUE(exists(name));

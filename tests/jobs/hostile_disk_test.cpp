@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Disks that are full and folders that are not there: no half-written mesh where the host would
-// take it for a whole one, and no scratch file behind the run.
+// Full disks and missing folders: no half-written mesh where the host would take it for a whole
+// one, and no scratch file left after the run.
 #include "jobs/hostile_batch.h"
 #include "jobs/job_run.h"
 #include "support/full_disk.h"
@@ -30,7 +30,7 @@ protected:
             names.insert(entry.path().filename().string());
         return names;
     }
-    // Without message boxes: standard error may be a file too.
+    // Shows no message boxes: standard error may be a file too.
     void performOnDiskOf(std::size_t bytes, const BatchEntry& entry) const {
         JobConfig config;
         config.batchList.push_front(entry);
@@ -44,7 +44,7 @@ protected:
     }
 };
 
-TEST_F(HostileDisk, AMeshIsThereInFullOrNotAtAll) {
+TEST_F(HostileDisk, AMeshIsWrittenInFullOrNotAtAll) {
     perform({toHalf("whole.Vok")});
     const std::string whole = readWhole(in("whole.Vok"));
     const std::size_t sizes[] = {
@@ -55,12 +55,12 @@ TEST_F(HostileDisk, AMeshIsThereInFullOrNotAtAll) {
         EXPECT_FALSE(exists("out.Vok")) << size;
     }
     EXPECT_EQ(files(), (std::set<std::string>{"mesh.Vok", "whole.Vok"}));
-    // The scratch file does not fit then; the result is right all the same.
+    // The scratch file no longer fits; the result is correct all the same.
     performOnDiskOf(whole.size(), toHalf("out.Vok"));
     EXPECT_TRUE(readWhole(in("out.Vok")) == whole);
 }
 
-TEST_F(HostileDisk, OtherKindsOfFilesStayAsFarAsTheyWent) {
+TEST_F(HostileDisk, OtherFileKindsKeepWhatFitted) {
     for (const char* name : {"out.obj", "out.kvm"}) {
         perform({toHalf(name)});
         const std::string whole = readWhole(in(name));
@@ -74,20 +74,20 @@ TEST_F(HostileDisk, OtherKindsOfFilesStayAsFarAsTheyWent) {
     EXPECT_EQ(files(), std::set<std::string>{"mesh.Vok"});
 }
 
-TEST_F(HostileDisk, AnOutputThatWasThereIsGoneWhenItsSuccessorDoesNotFit) {
+TEST_F(HostileDisk, AnOldOutputIsDeletedWhenItsSuccessorDoesNotFit) {
     writeWhole(in("out.Vok"), "the one before");
     performOnDiskOf(1000, toHalf("out.Vok"));
     EXPECT_FALSE(exists("out.Vok"));
 }
 
-TEST_F(HostileDisk, AFolderThatIsNotThereIsNotMade) {
+TEST_F(HostileDisk, AMissingFolderIsNotCreated) {
     for (const char* name : {"no folder/out.Vok", "no folder/out.obj", "no folder/out.kvm"}) {
         EXPECT_EQ(perform({toHalf(name)}), "") << name;
         EXPECT_FALSE(exists("no folder")) << name;
     }
 }
 
-TEST_F(HostileDisk, AFolderInTheWayOfTheOutputStays) {
+TEST_F(HostileDisk, AFolderInPlaceOfTheOutputIsKept) {
     for (const char* name : {"out.Vok", "out.obj", "out.kvm"}) {
         std::filesystem::create_directory(pathOfUtf8(in(name)));
         EXPECT_EQ(perform({toHalf(name)}), "") << name;
@@ -95,7 +95,7 @@ TEST_F(HostileDisk, AFolderInTheWayOfTheOutputStays) {
     }
 }
 
-TEST_F(HostileDisk, WithoutAPlaceForTheScratchFileTheResultIsTheSame) {
+TEST_F(HostileDisk, WithoutAScratchFileTheResultIsTheSame) {
     for (const char* name : {"out.Vok", "out.kvm"}) {
         perform({toHalf(name)});
         const std::string expected = readWhole(in(name));

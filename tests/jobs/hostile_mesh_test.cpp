@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Files that are cut or lie about themselves, through whole entries: each gives a sound output, or
-// none and the message box of its name; the next entry runs.
+// Truncated files and files with false headers, run through whole entries: each gives either a
+// sound output or no output and a message box with its name; the next entry runs.
 #include "jobs/hostile_batch.h"
 #include "jobs/job_run.h"
 
@@ -16,7 +16,7 @@
 namespace korvalite::test {
 namespace {
 
-// A ring of eight triangles around an axis of two points, closed, in blocks of any order.
+// A closed ring of eight triangles around an axis of two points, with its blocks in any order.
 struct Blocks {
     std::vector<std::array<float, 3>> points{{0, 0, 1}, {0, 0, -1}, {1, 0, 0},
                                              {0, 1, 0}, {-1, 0, 0}, {0, -1, 0}};
@@ -65,9 +65,9 @@ struct Blocks {
 
 class HostileMesh : public HostileBatch {
 protected:
-    // Runs the bytes through an entry. Whether it gave an output.
+    // Runs the bytes through an entry and returns whether it gave an output.
     bool survives(const std::string& bytes, const BatchSettings& settings = {}) const {
-        // Writing over a file can take milliseconds, a new one takes none.
+        // Overwriting a file can take milliseconds; creating one takes none.
         remove("mesh.Vok");
         remove("out.Vok");
         writeWhole(in("mesh.Vok"), bytes);
@@ -91,7 +91,7 @@ protected:
             value = value * 256 + static_cast<unsigned char>(bytes[offset + i]);
         return value;
     }
-    // Where the block headers of a right file begin.
+    // The offsets of the block headers of a valid file.
     static std::vector<std::size_t> headersOf(const std::string& bytes) {
         std::vector<std::size_t> headers;
         for (std::size_t at = 32; at < bytes.size(); at += wordAt(bytes, at + 4))
@@ -102,13 +102,13 @@ protected:
     static constexpr std::size_t kBlockHeader = 16;
 };
 
-TEST_F(HostileMesh, CutAtAnyByteOfTheUsualOrderIsReadAsFarAsItGoes) {
+TEST_F(HostileMesh, CutInUsualOrderIsReadUpToTheCut) {
     const std::string whole = Blocks().inUsualOrder();
     for (std::size_t size = 0; size <= whole.size(); ++size)
         EXPECT_EQ(survives(whole.substr(0, size)), size >= kFileHeader) << size;
 }
 
-// Triangles that came whole, or as zeros, without points to name, make the entry fail.
+// The entry fails if triangles have arrived, whole or as zeros, without points for them to name.
 TEST_F(HostileMesh, CutBetweenItsTrianglesAndItsPointsFails) {
     const std::string whole = Blocks().trianglesFirst();
     const std::vector<std::size_t> headers = headersOf(whole);
@@ -120,7 +120,7 @@ TEST_F(HostileMesh, CutBetweenItsTrianglesAndItsPointsFails) {
     }
 }
 
-TEST_F(HostileMesh, QuadsCutAtAnyByteGiveNoneOfThem) {
+TEST_F(HostileMesh, QuadsCutAtAnyByteAreAllDropped) {
     const std::string whole = Blocks().quads();
     const std::size_t facesWhole = headersOf(whole)[3];
     for (std::size_t size = kFileHeader; size <= whole.size(); ++size) {
@@ -143,9 +143,9 @@ TEST_F(HostileMesh, WithAnotherMagicFails) {
     }
 }
 
-// Whatever a header says: an output or the box. Sizes below 16 step backwards or not at all, and
-// enormous counts ask for more than there is.
-TEST_F(HostileMesh, WithAnyWordOfAnyHeaderChangedEndsOneWayOrTheOther) {
+// Whatever a header says, there is an output or the box. Sizes below 16 step backwards or not at
+// all, and enormous counts ask for more than there is.
+TEST_F(HostileMesh, WithAnyHeaderWordChangedGivesAnOutputOrABox) {
     int survivors = 0;
     int failures = 0;
     for (const std::string& whole : Blocks().allOrders()) {
@@ -158,7 +158,7 @@ TEST_F(HostileMesh, WithAnyWordOfAnyHeaderChangedEndsOneWayOrTheOther) {
                       0x7FFFFFFFU, 0x80000000U, 0xFFFFFFF0U, 0xFFFFFFFFU}) {
                     const bool survived = survives(withWord(whole, header + field, value));
                     ++(survived ? survivors : failures);
-                    EXPECT_TRUE(survived || field != 12) << "the reserved word says nothing";
+                    EXPECT_TRUE(survived || field != 12) << "the reserved word is ignored";
                 }
             }
         }
@@ -167,7 +167,7 @@ TEST_F(HostileMesh, WithAnyWordOfAnyHeaderChangedEndsOneWayOrTheOther) {
     EXPECT_GT(failures, 100);
 }
 
-TEST_F(HostileMesh, WithBlocksTwiceOrInOddOrderIsWhatTheLastOnesSay) {
+TEST_F(HostileMesh, WithRepeatedOrReorderedBlocksFollowsTheLastOnes) {
     const Blocks blocks;
     const auto left = [&](const VokBuilder& file) {
         BatchSettings settings;
@@ -178,7 +178,7 @@ TEST_F(HostileMesh, WithBlocksTwiceOrInOddOrderIsWhatTheLastOnesSay) {
         return mesh;
     };
     const auto shorter = std::vector(blocks.triangles.begin(), blocks.triangles.begin() + 2);
-    // A second face list: the UVs are too many for it and are dropped.
+    // A second face list has fewer faces than there are UVs, which are dropped.
     DMesh mesh = left(VokBuilder()
                           .points(blocks.points)
                           .triangles(blocks.triangles)
@@ -187,7 +187,7 @@ TEST_F(HostileMesh, WithBlocksTwiceOrInOddOrderIsWhatTheLastOnesSay) {
                           .end());
     EXPECT_EQ(mesh.triangles.size(), 6U);
     EXPECT_TRUE(mesh.coordsUV.empty());
-    // UVs of quads that came before the list that counts.
+    // The UVs are for quads from before the list that counts.
     mesh = left(VokBuilder()
                     .points(blocks.points)
                     .faces(blocks.faces)
@@ -196,7 +196,7 @@ TEST_F(HostileMesh, WithBlocksTwiceOrInOddOrderIsWhatTheLastOnesSay) {
                     .end());
     EXPECT_EQ(mesh.triangles.size(), 24U);
     EXPECT_TRUE(mesh.coordsUV.empty());
-    // Fewer points afterwards, but still enough.
+    // There are fewer points in the second list, but still enough.
     mesh = left(VokBuilder()
                     .points(blocks.points)
                     .points({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}})
@@ -207,7 +207,7 @@ TEST_F(HostileMesh, WithBlocksTwiceOrInOddOrderIsWhatTheLastOnesSay) {
     EXPECT_EQ(mesh.vertices.size(), 3U);
     EXPECT_TRUE(mesh.maskValues.empty());
     EXPECT_TRUE(mesh.vertexColors.empty());
-    // What comes behind the end is not read, and unknown blocks say nothing.
+    // Nothing past the end is read, and unknown blocks are ignored.
     mesh = left(VokBuilder()
                     .list(77777, 3, "what is this")
                     .triangles(shorter)
@@ -218,7 +218,7 @@ TEST_F(HostileMesh, WithBlocksTwiceOrInOddOrderIsWhatTheLastOnesSay) {
     EXPECT_EQ(mesh.triangles.size(), 6U);
 }
 
-TEST_F(HostileMesh, WithAnIndexOutOfRangeFailsWhereverItStands) {
+TEST_F(HostileMesh, WithAnIndexOutOfRangeAnywhereFails) {
     for (const std::uint32_t index : {6U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         for (std::size_t corner = 0; corner < 24; ++corner) {
             Blocks blocks;
@@ -231,7 +231,7 @@ TEST_F(HostileMesh, WithAnIndexOutOfRangeFailsWhereverItStands) {
     }
 }
 
-TEST_F(HostileMesh, InOneEntryDoesNotHinderTheNext) {
+TEST_F(HostileMesh, InOneEntryDoesNotAffectTheNext) {
     writeWhole(in("good.Vok"), Blocks().inUsualOrder());
     writeWhole(in("short.Vok"), Blocks().inUsualOrder().substr(0, 31));
     Blocks outOfRange;
@@ -247,7 +247,7 @@ TEST_F(HostileMesh, InOneEntryDoesNotHinderTheNext) {
     expectSoundOutput("5.Vok", Degenerate::Refused);
 }
 
-// The same by the executable, as a host starts it.
+// The same in the executable, run as a host starts it.
 class HostileJob : public JobTest {};
 
 TEST_F(HostileJob, EndsNormallyAndInOrder) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Meshes that no modeller would send: not manifold, not finite, without an extent, or next to
-// nothing.
+// Meshes that no modeller would send: non-manifold, not finite, without extent, or almost empty.
 #pragma once
 
 #include "support/mesh_builder.h"
@@ -43,7 +42,7 @@ inline Faces facesOf(const DMesh& mesh) {
     return faces;
 }
 
-// A ball with one coordinate of every so many vertices replaced.
+// A ball with one coordinate of every `every`-th vertex replaced, starting at `first`.
 inline DMesh ballWith(float value, std::size_t every, std::size_t first) {
     DMesh mesh = sphere(2);
     for (std::size_t v = first; v < mesh.vertices.size(); v += every) {
@@ -89,7 +88,7 @@ inline DMesh book(std::uint32_t pages) {
     return buildMesh(points, faces);
 }
 
-// Two balls that share their first vertex, and a hair of one triangle on it.
+// Two balls that share their first vertex, and one very thin triangle at it.
 inline DMesh ballsInOnePoint() {
     Points points = pointsOf(sphere(1));
     Faces faces = facesOf(sphere(1));
@@ -157,7 +156,7 @@ inline DMesh moebius() {
     return buildMesh(points, faces);
 }
 
-// All triangles around two poles.
+// A double fan of triangles between two poles.
 inline DMesh umbrella(std::uint32_t ribs) {
     Points points{{0, 0, 1}, {0, 0, -1}};
     Faces faces;
@@ -171,7 +170,7 @@ inline DMesh umbrella(std::uint32_t ribs) {
     return buildMesh(points, faces);
 }
 
-// Any triangles between a few points: with repeated vertices or without.
+// Random triangles between a few points, with repeated vertices or without.
 inline DMesh jumble(std::uint32_t seed, bool repeatedVertices) {
     Random random(seed);
     Points points;

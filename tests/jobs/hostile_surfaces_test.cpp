@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Meshes that no modeller would send, through whole entries with every combination of settings:
-// each runs through, leaves a sound mesh, and gives a progressive mesh that leads back.
+// Meshes that no modeller would send, through whole entries with every setting: each runs to its
+// end, leaves a sound mesh, and gives a progressive mesh that can be fully restored.
 #include "jobs/hostile_batch.h"
 #include "jobs/hostile_meshes.h"
 
@@ -30,7 +30,7 @@ DMesh withAttributes(DMesh mesh, unsigned attributes) {
     }
     if ((attributes & kUVs) != 0)
         addCornerUVs(mesh, [&](std::uint32_t) { return random.below(3) == 0 ? 1 : 0; });
-    // One pair for each corner, as the file has them; the writer wants an index.
+    // The file has one pair for each corner; the writer wants indices.
     for (std::uint32_t c = 0; c < mesh.coordsUV.size(); ++c)
         mesh.indicesUV.push_back(c);
     return mesh;
@@ -45,7 +45,7 @@ std::vector<BatchSettings> everySetting() {
                 settings.ProtectTopology = protect;
                 settings.FreezeBorder = freeze;
                 settings.Symmetry = symmetry;
-                // Not every combination of these, but each with each of the others.
+                // Covers every pair of these values, though not every combination.
                 settings.AvoidNormalReverse = protect != freeze;
                 settings.UseAreaWeighting = symmetry == kSymmetryX;
                 settings.DoReorder = symmetry != kSymmetryZ || protect;
@@ -83,7 +83,7 @@ TEST_P(HostileSurfaces, RunThroughWithEverySetting) {
             none.DecimationTargetPourcent = 0;
             remove("some.Vok");
             remove("none.Vok");
-            // Two inputs of one name would stop the batch.
+            // One batch for each, as two inputs with the same name would stop the batch.
             EXPECT_EQ(perform({entry("mesh.Vok", "some.Vok", settings)}), "");
             EXPECT_EQ(perform({entry("mesh.Vok", "none.Vok", none)}), "");
             expectSound("some.Vok");
@@ -92,7 +92,7 @@ TEST_P(HostileSurfaces, RunThroughWithEverySetting) {
     }
 }
 
-// Everything that is left of the input can be got back from its progressive mesh.
+// Whatever the reader keeps of the input can be restored from its progressive mesh.
 TEST_P(HostileSurfaces, ComeBackFromTheirProgressiveMesh) {
     for (unsigned attributes = 0; attributes <= (kColors | kMask); ++attributes) {
         writeInput(attributes);

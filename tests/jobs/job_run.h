@@ -18,7 +18,7 @@
 
 namespace korvalite::test {
 
-// A square of side * side vertices with bumps, open at its border: 2 * (side - 1)^2 triangles.
+// A bumpy square of side * side vertices with an open border: 2 * (side - 1)^2 triangles.
 inline VokBuilder bumpyGrid(std::uint32_t side) {
     std::vector<std::array<float, 3>> points;
     std::vector<std::array<std::uint32_t, 3>> triangles;
@@ -37,7 +37,7 @@ inline VokBuilder bumpyGrid(std::uint32_t side) {
     return file.points(points).triangles(triangles).end();
 }
 
-// The number of vertices in a file of the tool: the count of its second block.
+// The number of vertices in a file written by the tool: the count of its second block.
 inline std::int64_t vertexCountOf(const std::string& vokPath) {
     const std::string bytes = readWhole(vokPath);
     constexpr std::size_t kCountOffset = 32 + 20 + 8;
@@ -48,7 +48,7 @@ inline std::int64_t vertexCountOf(const std::string& vokPath) {
     return count;
 }
 
-// One folder with a job, its meshes and its marker, and runs of the real executable there.
+// A folder with a job, its meshes and its marker, in which the real executable runs.
 class JobTest : public testing::Test {
 protected:
     static constexpr std::uint32_t kSide = 20;
@@ -60,7 +60,7 @@ protected:
     bool exists(const std::string& name) const {
         return std::filesystem::exists(pathOfUtf8(in(name)));
     }
-    // The names of all that lies in the folder.
+    // The names of everything in the folder.
     std::set<std::string> files() const {
         std::set<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(pathOfUtf8(folder_.path()))) {
@@ -78,21 +78,21 @@ protected:
     }
     void writeJob(const std::string& text) const { writeWhole(job_, text); }
 
-    // The lines of one entry from IN to OUT, both in the folder, to half of the vertices.
+    // The lines of an entry from IN to OUT, both in the folder, that halves the vertices.
     std::string entry(const std::string& input, const std::string& output,
                       const std::string& lines = "", const std::string& kind = "") const {
         return "StartBatch " + kind + "\nInputFile=" + in(input) + "\nOutputFile=" + in(output) +
                "\nDecimationTargetPourcent=50\n" + lines + "\nEndBatch\n";
     }
 
-    // Runs the job that writeJob wrote, or another argument, to its end.
+    // Runs the job that writeJob wrote, or another argument, to the end.
     void run() { run(job_); }
     void run(const std::string& argument, const std::string& workingFolder = "/") {
         RunningTool tool(argument, workingFolder);
         tool.wait();
         finish(tool);
     }
-    // What every run has in common.
+    // The steps that all runs share.
     void finish(RunningTool& tool) {
         tool.wait();
         EXPECT_EQ(tool.exitStatus(), 0);

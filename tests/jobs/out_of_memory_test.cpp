@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Entries that run out of memory, in this process: each allocation of a run fails once.
+// Entries that run out of memory, in this process: each allocation of a run fails in turn.
 #include "jobs/hostile_batch.h"
 #include "jobs/job_run.h"
 #include "support/allocation_limit.h"
@@ -23,8 +23,8 @@ protected:
 
     struct Run {
         std::string boxes;
-        bool failed = false;  // there was such an allocation
-        bool ended = false;   // as when memory runs out while a file is read or written
+        bool failed = false;  // the allocation took place and failed
+        bool ended = false;   // e.g. because memory ran out while a file was read or written
     };
     Run runWithout(std::uint64_t nthAllocation) const {
         Run run;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Jobs that build progressive meshes and take levels out of them, with the real executable.
+// Jobs that build progressive meshes and extract levels from them, with the real executable.
 #include "jobs/job_run.h"
 
 namespace korvalite::test {
@@ -17,7 +17,7 @@ protected:
         runJob(entry("a.Vok", output, lines, kBuild));
         EXPECT_EQ(errors_, "");
     }
-    // The vertices of a level of a.kvm.
+    // The vertex count of a level of a.kvm.
     std::int64_t levelOf(const std::string& lines) {
         runJob(entry("a.kvm", "level.Vok", lines, kLevel));
         EXPECT_EQ(errors_, "") << lines;
@@ -43,7 +43,7 @@ protected:
         EXPECT_FALSE(exists(output));
     }
 
-    // Places in the header.
+    // Offsets in the header.
     static constexpr std::size_t kTradeOff = 36;
     static constexpr std::size_t kAsked = 48;
     static constexpr std::size_t kFinal = 52;
@@ -51,7 +51,7 @@ protected:
     static constexpr std::size_t kSplits = 60;
 };
 
-TEST_F(ProgressiveJobs, BuildGoesDownToItsLowestNumberWhateverTheTarget) {
+TEST_F(ProgressiveJobs, BuildReachesItsLowestNumberWhateverTheTarget) {
     for (const std::int32_t lowest : {150, 60}) {
         build("DecimationTargetNum=300\nProgressiveMeshMinNum=" + std::to_string(lowest));
         EXPECT_EQ(headerWord("a.kvm", kFinal), lowest);
@@ -62,7 +62,7 @@ TEST_F(ProgressiveJobs, BuildGoesDownToItsLowestNumberWhateverTheTarget) {
     }
 }
 
-TEST_F(ProgressiveJobs, WithoutAKindTheSuffixesTell) {
+TEST_F(ProgressiveJobs, WithoutAKindTheSuffixesDecide) {
     runJob(entry("a.Vok", "b.KVM"));
     EXPECT_EQ(errors_, "");
     build("", "a.kvm");
@@ -72,7 +72,7 @@ TEST_F(ProgressiveJobs, WithoutAKindTheSuffixesTell) {
     EXPECT_EQ(vertexCountOf(in("level.VOK")), kVertexCount / 2);
 }
 
-TEST_F(ProgressiveJobs, KindsThatDoNotFitTheirFilesFail) {
+TEST_F(ProgressiveJobs, KindsThatDoNotMatchTheirFilesFail) {
     build();
     expectFailure("a.kvm", "out.kvm");
     expectFailure("a.kvm", "out.kvm", kBuild);
@@ -88,7 +88,7 @@ TEST_F(ProgressiveJobs, KindsThatDoNotFitTheirFilesFail) {
     expectFailure("none.kvm", "out.Vok");
 }
 
-TEST_F(ProgressiveJobs, ALevelIsThePercentageOrElseTheNumber) {
+TEST_F(ProgressiveJobs, ThePercentageTakesPrecedenceOverTheNumber) {
     build("ProgressiveMeshMinNum=100");
     EXPECT_EQ(levelOfPercent("50"), 200);
     EXPECT_EQ(levelOfPercent("33.4"), 133);
@@ -98,7 +98,7 @@ TEST_F(ProgressiveJobs, ALevelIsThePercentageOrElseTheNumber) {
     EXPECT_EQ(levelOfCount(399), 399);
 }
 
-TEST_F(ProgressiveJobs, BelowTheLowestLevelIsTheLowest) {
+TEST_F(ProgressiveJobs, BelowTheLowestLevelTheLowestIsWritten) {
     build("ProgressiveMeshMinNum=100");
     for (const std::int64_t count : {100, 99, 50, 4, 1, 0, -1, -5, -2000000000})
         EXPECT_EQ(levelOfCount(count), 100) << count;
@@ -106,25 +106,25 @@ TEST_F(ProgressiveJobs, BelowTheLowestLevelIsTheLowest) {
         EXPECT_EQ(levelOfPercent(percent), 100) << percent;
 }
 
-TEST_F(ProgressiveJobs, AboveTheFullCountIsTheInput) {
+TEST_F(ProgressiveJobs, AboveTheFullCountTheInputIsWritten) {
     build("ProgressiveMeshMinNum=100");
     for (const std::int64_t count : {400, 401, 5000, 2000000000})
         EXPECT_EQ(levelOfCount(count), kVertexCount) << count;
     for (const char* percent : {"100", "100.3", "150", "10000"})
         EXPECT_EQ(levelOfPercent(percent), kVertexCount) << percent;
-    // What no whole number holds becomes the lowest one there is, as in every other target.
+    // What no integer can hold becomes the lowest integer, as in every other target.
     EXPECT_EQ(levelOfPercent("1e30"), 100);
     EXPECT_EQ(levelOfPercent("inf"), 100);
 }
 
-TEST_F(ProgressiveJobs, WithoutATargetALevelIsTheLowest) {
+TEST_F(ProgressiveJobs, WithoutATargetTheLowestLevelIsWritten) {
     build("ProgressiveMeshMinNum=100");
     runJob("StartBatch\nInputFile=" + in("a.kvm") + "\nOutputFile=" + in("level.Vok") +
            "\nEndBatch\n");
     EXPECT_EQ(vertexCountOf(in("level.Vok")), 100) << "the default is 4 vertices";
 }
 
-TEST_F(ProgressiveJobs, TheLowestLevelIsByteForByteADecimationToItsCount) {
+TEST_F(ProgressiveJobs, TheLowestLevelEqualsADecimationToItsCount) {
     for (const char* reorder : {"DoReorder=1\n", "DoReorder=0\n"}) {
         build(std::string(reorder) + "ProgressiveMeshMinNum=100");
         EXPECT_EQ(levelOfCount(100), 100);
@@ -134,7 +134,7 @@ TEST_F(ProgressiveJobs, TheLowestLevelIsByteForByteADecimationToItsCount) {
     }
 }
 
-TEST_F(ProgressiveJobs, ALevelWithoutReorderingIsByteForByteADecimationToItsCount) {
+TEST_F(ProgressiveJobs, WithoutReorderingALevelEqualsADecimationToItsCount) {
     build("DoReorder=0");
     for (const char* percent : {"80", "50", "20"}) {
         levelOfPercent(percent);
@@ -144,26 +144,26 @@ TEST_F(ProgressiveJobs, ALevelWithoutReorderingIsByteForByteADecimationToItsCoun
     }
 }
 
-TEST_F(ProgressiveJobs, TheFullLevelWithoutReorderingIsItsInputByteForByte) {
+TEST_F(ProgressiveJobs, WithoutReorderingTheFullLevelEqualsItsInput) {
     build("DoReorder=0");
     EXPECT_EQ(levelOfPercent("100"), kVertexCount);
-    // A decimation that has nothing to do writes the mesh as it came.
+    // A decimation with nothing to do writes the mesh unchanged.
     runJob(entry("a.Vok", "copy.Vok", "DoReorder=0\nDecimationTargetPourcent=100"));
     EXPECT_EQ(readWhole(in("level.Vok")), readWhole(in("copy.Vok")));
 }
 
-TEST_F(ProgressiveJobs, TheLevelsOfTwoBuildsAreTheSame) {
+TEST_F(ProgressiveJobs, TwoBuildsGiveTheSameLevels) {
     build();
     levelOfPercent("40");
     const std::string mesh = readWhole(in("a.kvm"));
     const std::string level = readWhole(in("level.Vok"));
     build();
     levelOfPercent("40");
-    EXPECT_EQ(readWhole(in("a.kvm")), mesh) << "a level changes nothing in the file";
+    EXPECT_EQ(readWhole(in("a.kvm")), mesh) << "extracting a level leaves the file unchanged";
     EXPECT_EQ(readWhole(in("level.Vok")), level);
 }
 
-TEST_F(ProgressiveJobs, OneJobBuildsAndTakesALevel) {
+TEST_F(ProgressiveJobs, OneJobCanBuildAndExtractALevel) {
     runJob(entry("a.Vok", "a.kvm") + entry("a.kvm", "level.Vok"));
     EXPECT_EQ(errors_, "");
     EXPECT_EQ(vertexCountOf(in("level.Vok")), kVertexCount / 2);
@@ -177,7 +177,7 @@ TEST_F(ProgressiveJobs, TwoLevelsOfOneFileNeedTwoJobs) {
     EXPECT_FALSE(exists("two.Vok"));
 }
 
-TEST_F(ProgressiveJobs, ALevelCanBeAnObjOrNoFileAtAll) {
+TEST_F(ProgressiveJobs, ALevelCanBeAnObjOrNoFile) {
     build();
     runJob(entry("a.kvm", "level.obj"));
     EXPECT_EQ(errors_, "");
@@ -188,7 +188,7 @@ TEST_F(ProgressiveJobs, ALevelCanBeAnObjOrNoFileAtAll) {
     EXPECT_EQ(files(), before);
 }
 
-TEST_F(ProgressiveJobs, TheProgressiveMeshGoesIfItsEntrySaysSo) {
+TEST_F(ProgressiveJobs, TheProgressiveMeshIsDeletedOnRequest) {
     build();
     EXPECT_EQ(levelOf("DeleteInputFile=1"), kVertexCount / 2);
     EXPECT_EQ(files(), (std::set<std::string>{"a.Vok", "level.Vok", "scene.kvc"}));
@@ -200,10 +200,10 @@ TEST_F(ProgressiveJobs, SeveralThreadsLeaveACompleteFileToo) {
     build("NumThread=4");
     EXPECT_EQ(headerWord("a.kvm", kTradeOff), 2);
     EXPECT_EQ(levelOfPercent("50"), kVertexCount / 2);
-    EXPECT_GE(readWhole(in("a.kvm")).size(), one.size() / 2) << "not the header alone";
+    EXPECT_GE(readWhole(in("a.kvm")).size(), one.size() / 2) << "more than the header";
 }
 
-TEST_F(ProgressiveJobs, AFileThatCannotBeWrittenIsSilent) {
+TEST_F(ProgressiveJobs, AnUnwritableFileIsSilent) {
     runJob(entry("a.Vok", "no such folder/out.kvm"));
     EXPECT_EQ(errors_, "");
     ASSERT_TRUE(std::filesystem::exists("/dev/full"));
@@ -212,7 +212,7 @@ TEST_F(ProgressiveJobs, AFileThatCannotBeWrittenIsSilent) {
     EXPECT_EQ(errors_, "");
 }
 
-TEST_F(ProgressiveJobs, DamagedFilesFailOrGiveWhatIsThereAndTheNextEntryRuns) {
+TEST_F(ProgressiveJobs, DamagedFilesDoNotStopTheNextEntry) {
     build();
     const std::string sound = readWhole(in("a.kvm"));
     const std::string huge(4, '\x7F');

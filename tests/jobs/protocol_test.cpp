@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The host's side of the progress file, played by the test.
+// The progress file from the host's side, which the test plays.
 #include "jobs/job_run.h"
 
 #include "platform/platform.h"
@@ -26,7 +26,7 @@ protected:
         writeMesh("a.Vok");
         writeMesh("b.Vok");
     }
-    // Runs a job with a host that reads every record, and may delete the marker at one of them.
+    // Runs a job with a host that reads every record and may delete the marker at any of them.
     std::vector<ProgressImage> follow(const std::string& entries,
                                       const std::function<bool(const ProgressImage&)>& seen,
                                       const ProgressImage& marker = ProgressImage::opened()) {
@@ -49,8 +49,8 @@ protected:
 
 using Steps = std::vector<std::string>;
 
-/// The steps that records show one after the other, each with its total, and "end" for the end of a
-/// main task. Before that and before another step, a step must have ended.
+/// The successive steps that the records show, each with its total, and "end" for the end of a main
+/// task. A step must have ended before that and before another step.
 Steps stepsOf(const std::vector<ProgressImage>& records) {
     Steps steps;
     std::string last;
@@ -89,14 +89,14 @@ TEST_F(ProtocolTest, SeveralThreadsShowReorderingAndWritingToo) {
     }
 }
 
-TEST_F(ProtocolTest, ALevelShowsWhatItTakesAwayOrBringsBack) {
+TEST_F(ProtocolTest, ALevelShowsTheVerticesItRemovesOrRestores) {
     runJob(entry("a.Vok", "a.kvm", "DoReorder=0\nProgressiveMeshMinNum=100"));
     EXPECT_EQ(
         stepsOf(follow(entry("a.kvm", "out.Vok"))),
         (Steps{"Read mesh file -1", "apply decimation 100", "Writing file to disk -1", "end"}));
 }
 
-TEST_F(ProtocolTest, AnEntryThatFailsShowsThatItWasRead) {
+TEST_F(ProtocolTest, AFailedEntryShowsThatItWasRead) {
     EXPECT_EQ(stepsOf(follow(entry("none.Vok", "out1.Vok") + entry("b.Vok", "out2.Vok"))),
               (Steps{"Read mesh file -1", "end", "Read mesh file -1", "analysing mesh -1",
                      "processing 400", "end"}));
@@ -115,14 +115,14 @@ TEST_F(ProtocolTest, TheMainTextIsTheNameOfTheMesh) {
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
 }
 
-TEST_F(ProtocolTest, TheCountIsOfTheVerticesTakenAway) {
+TEST_F(ProtocolTest, TheCountIsOfRemovedVertices) {
     writeMesh("c.Vok", 30);
     std::vector<std::int32_t> counts;
     bool analysed = false;
     follow(entry("c.Vok", "out.Vok"), [&](const ProgressImage& image) {
         analysed = analysed || image.subText() == "analysing mesh";
         if (isProcessing(image)) counts.push_back(image.subDone());
-        // A host that takes its time makes the next write due at once.
+        // A slow host makes the next write due at once.
         const bool mayBegin = analysed && counts.empty() && image.subText().empty();
         if (mayBegin || isProcessing(image)) platform::sleepMilliseconds(510);
         return true;
@@ -130,7 +130,7 @@ TEST_F(ProtocolTest, TheCountIsOfTheVerticesTakenAway) {
     EXPECT_EQ(counts, (std::vector<std::int32_t>{0, 200, 400}));
 }
 
-TEST_F(ProtocolTest, DeletingTheMarkerStopsTheBatchAfterTheEntryInProgress) {
+TEST_F(ProtocolTest, DeletingTheMarkerStopsTheBatchAfterTheCurrentEntry) {
     follow("DeleteConfigFile=1\n" + entry("a.Vok", "out1.Vok", "DeleteInputFile=1") +
                entry("b.Vok", "out2.Vok", "DeleteInputFile=1"),
            isNotProcessing);
@@ -139,16 +139,16 @@ TEST_F(ProtocolTest, DeletingTheMarkerStopsTheBatchAfterTheEntryInProgress) {
     EXPECT_EQ(vertexCountOf(in("out1.Vok")), kVertexCount / 2);
 }
 
-TEST_F(ProtocolTest, DeletingTheMarkerDuringTheLastEntryIsNoError) {
+TEST_F(ProtocolTest, DeletingTheMarkerDuringTheLastEntryIsNotAnError) {
     follow(entry("a.Vok", "out.Vok"), isNotProcessing);
     EXPECT_EQ(errors_, "");
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
 }
 
-// Whichever way an entry goes, the tool looks for the marker at its end.
+// However an entry ends, the tool then looks for the marker.
 class MarkerDeletedInAnEntry : public ProtocolTest {
 protected:
-    // While the first of two entries is being read.
+    // Deletes the marker while the first of two entries is being read.
     void expectNoSecondEntry(const std::string& first) {
         follow(first + entry("b.Vok", "next.Vok", "DeleteInputFile=1"),
                [](const ProgressImage& image) { return image.subText() != "Read mesh file"; });
@@ -157,7 +157,7 @@ protected:
     }
 };
 
-TEST_F(MarkerDeletedInAnEntry, OfSeveralThreadsEndsTheBatch) {
+TEST_F(MarkerDeletedInAnEntry, WithSeveralThreadsEndsTheBatch) {
     expectNoSecondEntry(entry("a.Vok", "out.Vok", "NumThread=2"));
     EXPECT_EQ(errors_, "");
     EXPECT_TRUE(exists("out.Vok"));
@@ -185,7 +185,7 @@ TEST_F(ProtocolTest, StopAllSetBeforehandStartsNoEntry) {
     EXPECT_EQ(files(), (std::set<std::string>{"a.Vok", "b.Vok"}));
 }
 
-TEST_F(ProtocolTest, StopCurrentSetBeforehandEndsTheFirstDecimationAlone) {
+TEST_F(ProtocolTest, StopCurrentSetBeforehandEndsOnlyTheFirstDecimation) {
     ProgressImage image = ProgressImage::opened();
     image.setByte(ProgressImage::kStopCurrent, 1);
     writeMarker(image);
@@ -204,7 +204,7 @@ TEST_F(ProtocolTest, WithoutTheProgressBarStopBytesAreNotRead) {
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
 }
 
-// The names that come to be in a folder while this lives, for however short a time.
+// The names that appear in a folder during the lifetime of this object, however briefly.
 class NewNames {
 public:
     explicit NewNames(const std::string& folder) : queue_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
@@ -232,7 +232,7 @@ private:
     int queue_;
 };
 
-TEST_F(ProtocolTest, WithoutAMarkerTheJobRunsAndMakesNone) {
+TEST_F(ProtocolTest, WithoutAMarkerTheJobRunsAndCreatesNone) {
     writeJob("UseProgressBar=1\n" + entry("a.Vok", "out.Vok"));
     const NewNames names(folder_.path());
     run();
@@ -240,7 +240,7 @@ TEST_F(ProtocolTest, WithoutAMarkerTheJobRunsAndMakesNone) {
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
 }
 
-TEST_F(ProtocolTest, WithoutTheProgressBarTheMarkerGoesBeforeTheFirstEntry) {
+TEST_F(ProtocolTest, WithoutTheProgressBarTheMarkerIsDeletedFirst) {
     writeMesh("scene.kvc.running");
     std::filesystem::create_symlink(pathOfUtf8(marker_), pathOfUtf8(in("link.Vok")));
     runJob(entry("link.Vok", "out.Vok"));
@@ -248,13 +248,13 @@ TEST_F(ProtocolTest, WithoutTheProgressBarTheMarkerGoesBeforeTheFirstEntry) {
     EXPECT_FALSE(exists("out.Vok"));
 }
 
-TEST_F(ProtocolTest, AMarkerThatIsNotOpenIsNeverWritten) {
+TEST_F(ProtocolTest, AnUnopenedMarkerIsNeverWritten) {
     EXPECT_TRUE(follow(entry("a.Vok", "out.Vok"), ProgressImage()).empty());
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
     EXPECT_FALSE(exists("scene.kvc.running"));
 }
 
-TEST_F(ProtocolTest, StopCurrentInAMarkerThatIsNotOpenEndsEveryDecimation) {
+TEST_F(ProtocolTest, StopCurrentInAnUnopenedMarkerEndsEveryDecimation) {
     ProgressImage image;
     image.setByte(ProgressImage::kStopCurrent, 1);
     writeMarker(image);
@@ -264,14 +264,14 @@ TEST_F(ProtocolTest, StopCurrentInAMarkerThatIsNotOpenEndsEveryDecimation) {
     EXPECT_EQ(vertexCountOf(in("out2.Vok")), kVertexCount);
 }
 
-TEST_F(ProtocolTest, AShortMarkerIsGrownToTheWholeRecord) {
+TEST_F(ProtocolTest, AShortMarkerGrowsToTheWholeRecord) {
     const auto records = follow(entry("a.Vok", "out.Vok"), ProgressImage("\x01"));
     ASSERT_FALSE(records.empty());
     EXPECT_TRUE(records.front().isWhole());
     EXPECT_EQ(records.front().mainText(), "a");
 }
 
-TEST_F(ProtocolTest, AMainTaskThatTheHostLeftOpenIsNoHindrance) {
+TEST_F(ProtocolTest, AMainTaskTheHostLeftOpenDoesNoHarm) {
     writeMarker(ProgressImage(std::string(174, '\xFF') + std::string(2, '\0')));
     runJob("UseProgressBar=1\n" + entry("a.Vok", "out.Vok"));
     EXPECT_EQ(errors_, "");

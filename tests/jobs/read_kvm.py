@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Reads a progressive mesh (.kvm) by the page that describes it, and checks every section.
+"""Reads a progressive mesh (.kvm) as its page describes it, and checks every section.
 
 Usage: tests/jobs/read_kvm.py FILE.kvm [--like INPUT.Vok]
        tests/jobs/read_kvm.py --tool KORVALITE INPUT.Vok [KEY=VALUE ...] [INPUT.Vok ...]
@@ -34,7 +34,7 @@ UV_TOLERANCE = 0.004
 
 
 class KvmError(Exception):
-    """The file is not what the page says."""
+    """The file is not as the page describes it."""
 
 
 def require(holds, what):
@@ -43,7 +43,7 @@ def require(holds, what):
 
 
 class Bytes:
-    """A file from front to end."""
+    """A file, read from start to end."""
 
     def __init__(self, data):
         self.data = data
@@ -69,7 +69,7 @@ class Bytes:
 
 
 class Split:
-    """One record of section 9."""
+    """One vertex split record."""
 
     def __init__(self, source, colors, uvs):
         self.vertex = source.items("i", 1, "a vertex")[0]
@@ -90,19 +90,19 @@ def read_activity(source, count, what):
     packed = source.take((bits + 7) // 8, what)
     active = [packed[i // 8] >> (i % 8) & 1 == 1 for i in range(bits)]
     number = source.u32(what)
-    require(number == sum(active), f"{what}: {sum(active)} bits are set, {number} are told")
+    require(number == sum(active), f"{what}: {sum(active)} bits are set, the count says {number}")
     return active
 
 
 class Kvm:
-    """The mesh of a file, and the way from level to level."""
+    """The mesh of a file, and the steps from level to level."""
 
     def __init__(self, data):
         source = Bytes(data)
         self.header = header = Header(*HEADER.unpack(source.take(HEADER.size, "the header")))
         require(HEADER.size == 99, "the header takes 99 bytes")
         require(header.reserved == 0, "the reserved word is not 0")
-        require(header.driver in (1, 2), "no low-memory driver, so nothing behind the header")
+        require(header.driver in (1, 2), "not a low-memory driver, so nothing after the header")
         flags = header[8:12] + header[20:27]
         require(all(flag in (0, 1) for flag in flags), "a flag is neither 0 nor 1")
 
@@ -120,23 +120,23 @@ class Kvm:
         require(count == header.splits, f"{count} splits, but {header.splits} in the header")
         newest_first = [Split(source, header.colors_handled, header.uvs_handled)
                         for _ in range(count)]
-        require(source.at == len(data), f"{len(data) - source.at} bytes behind the splits")
+        require(source.at == len(data), f"{len(data) - source.at} bytes after the splits")
         self.splits = newest_first[::-1]
         self.position = header.position
 
     def check(self):
         header = self.header
         require(0 <= header.position <= header.splits, "no split has the position of the level")
-        require(header.final == self.active_vertices(), "not as many vertices as it was left with")
+        require(header.final == self.active_vertices(), "the vertex count is not the one in the header")
         require(header.C in (0, header.V) and header.M in (0, header.V), "attributes per vertex")
         require(header.I in (0, 3 * header.T), "UV indices per corner")
-        require(all(v < header.V for v in self.triangles), "a triangle names no vertex")
-        require(all(k < header.K for k in self.uv_indices), "a corner names no UV")
+        require(all(v < header.V for v in self.triangles), "a triangle names a vertex that does not exist")
+        require(all(k < header.K for k in self.uv_indices), "a corner names a UV that does not exist")
         gone, removed = set(), set()
         for split in self.splits:
             self.check_split(split)
-            require(split.vertex not in gone, f"vertex {split.vertex} goes twice")
-            require(removed.isdisjoint(split.removed), "a triangle goes twice")
+            require(split.vertex not in gone, f"vertex {split.vertex} is removed twice")
+            require(removed.isdisjoint(split.removed), "a triangle is removed twice")
             gone.add(split.vertex)
             removed.update(split.removed)
         if header.reordered:
@@ -145,13 +145,13 @@ class Kvm:
 
     def check_split(self, split):
         header = self.header
-        require(0 <= split.vertex < header.V, "a split of no vertex")
-        require(0 <= self.partners[split.vertex] < header.V, "a vertex that fell onto none")
-        require(all(0 <= c < 3 * header.T for c in split.corners), "a corner of no triangle")
-        require(all(0 <= t < header.T for t in split.removed), "no triangle to remove")
+        require(0 <= split.vertex < header.V, "the vertex of a split does not exist")
+        require(0 <= self.partners[split.vertex] < header.V, "a vertex collapsed onto none")
+        require(all(0 <= c < 3 * header.T for c in split.corners), "a corner does not exist")
+        require(all(0 <= t < header.T for t in split.removed), "a removed triangle does not exist")
         if not header.uvs_handled:
             return
-        require(len(split.corner_uvs) == len(split.corners), "UV indices of other corners")
+        require(len(split.corner_uvs) == len(split.corners), "UV indices do not match the corners")
         require(len(split.pairs) == len(split.uvs), "two words and two floats for each pair")
         require(all(0 <= k < header.K for k in (*split.corner_uvs, *split.pairs)), "no such UV")
 
@@ -163,8 +163,8 @@ class Kvm:
             for t in split.removed:
                 triangle -= 1
                 require(t == triangle, f"triangle {t} is not in order")
-        require(not any(self.vertex_active[vertex:]), "an active vertex behind the base")
-        require(not any(self.triangle_active[triangle:]), "an active triangle behind the base")
+        require(not any(self.vertex_active[vertex:]), "an active vertex after the base")
+        require(not any(self.triangle_active[triangle:]), "an active triangle after the base")
 
     def check_triangles(self):
         for t, active in enumerate(self.triangle_active):
@@ -187,7 +187,7 @@ class Kvm:
         self.uvs[there], split.uvs[here] = split.uvs[here], self.uvs[there]
 
     def up(self):
-        """Takes back the last collapse."""
+        """Undoes the last collapse."""
         self.position -= 1
         split = self.splits[self.position]
         require(not self.vertex_active[split.vertex], "a vertex comes back twice")
@@ -225,7 +225,7 @@ class Kvm:
         self.position += 1
 
     def surface(self):
-        """Each active triangle as what its corners hold, in an order of its own."""
+        """The data at the corners of the active triangles, sorted."""
         return sorted(
             tuple((*self.positions[v], self.colors[v] if self.colors else b"",
                    self.mask[v] if self.mask else 0,
@@ -239,7 +239,7 @@ class Kvm:
 
 
 def check_against(kvm, mesh):
-    """The mesh at its full count against the input that it was made from."""
+    """Compares the mesh at its full count with its input."""
     require(kvm.header.V == mesh.vertex_count, f"{mesh.vertex_count} vertices were read")
     require(kvm.header.T == mesh.triangle_count, f"{mesh.triangle_count} triangles were read")
     require(bool(kvm.header.M) == mesh.mask_says_something, "the mask")
@@ -263,10 +263,10 @@ def check_against(kvm, mesh):
          tuple(uv for corner in triangle for uv in corner[5:]))
         for triangle in kvm.surface())
     for was, is_now in zip(were, are):
-        require(was[0] == is_now[0], f"the triangle at {was[0][0][:3]} is another one")
+        require(was[0] == is_now[0], f"the triangle at {was[0][0][:3]} is different")
         require(len(was[1]) == len(is_now[1]) and
                 all(abs(a - b) <= UV_TOLERANCE for a, b in zip(was[1], is_now[1])),
-                f"the UVs of the triangle at {was[0][0][:3]} are others")
+                f"the UVs of the triangle at {was[0][0][:3]} are different")
 
 
 def check_file(path, like):
@@ -278,13 +278,13 @@ def check_file(path, like):
     while kvm.position > 0:
         kvm.up()
     kvm.check_triangles()
-    require(all(kvm.vertex_active) and all(kvm.triangle_active), "something stays inactive")
+    require(all(kvm.vertex_active) and all(kvm.triangle_active), "a vertex or triangle stays inactive")
     if like is not None:
         check_against(kvm, check_vok.read_vok(like))
     while kvm.position < at_rest:
         kvm.down()
     kvm.check_triangles()
-    require(kvm.surface() == before, "the way down does not lead back")
+    require(kvm.surface() == before, "going back down does not restore the mesh")
     print(f"{path}: {len(kvm.splits)} splits from {low} to {kvm.header.V} vertices, sound")
 
 
