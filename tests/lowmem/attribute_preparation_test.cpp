@@ -31,7 +31,7 @@ TEST(AttributePreparation, CornerUVsAreWeldedAndHandled) {
     EXPECT_EQ(pm->mesh.uvCornerHead.size(), pm->mesh.coordsUV.size());
 }
 
-TEST(AttributePreparation, UVsOfTheWrongLengthStayAndAreNotHandled) {
+TEST(AttributePreparation, UVsOfTheWrongLengthAreKeptButNotHandled) {
     DMesh mesh = test::grid(3, 3);
     mesh.coordsUV.resize(7);
     const MeshPtr pm = withCorners(mesh);
@@ -47,7 +47,7 @@ TEST(AttributePreparation, AMeshWithoutTrianglesHasItsUVsHandled) {
     EXPECT_TRUE(pm->m_handleUVs_internal);
 }
 
-TEST(AttributePreparation, ColorScaleIsTheBoxDiagonalByTwentyThousandTimesTheWeight) {
+TEST(AttributePreparation, ColorScaleIsTheDiagonalOver20000TimesTheWeight) {
     const MeshPtr pm = withCorners(test::buildMesh({{0, 0, 0}, {3, 4, 12}}, {}));
     pm->colorWeight = 100.0F;
     computeColorScale(*pm);

@@ -22,7 +22,7 @@ std::size_t at(std::int32_t index) {
     return static_cast<std::size_t>(index);
 }
 
-// 6 x 6 hilly squares: vertex (column, row) has the index 7 * row + column, and its own costs.
+// 6 x 6 hilly squares: vertex (column, row) has the index 7 * row + column. Tests set its cost.
 struct Hills {
     ProgressiveMesh pm;
     CriticalSections sections;
@@ -54,7 +54,7 @@ DMesh coloredBall() {
     return mesh;
 }
 
-TEST(PenalizeDeferred, OfAQueuedVertexTheRaisedCostIsOnlyRecorded) {
+TEST(PenalizeDeferred, OnlyRecordsTheRaisedCostOfAQueuedVertex) {
     Hills m;
     m.set(24, 3, 25);
     m.pm.costQueue.Insert(24);
@@ -67,8 +67,8 @@ TEST(PenalizeDeferred, OfAQueuedVertexTheRaisedCostIsOnlyRecorded) {
     EXPECT_TRUE(m.record.removedVertices.empty());
 }
 
-TEST(PenalizeDeferred, OfAVertexInABucketToo) {
-    // Of two so far apart one is still in its bucket when the other is poured.
+TEST(PenalizeDeferred, OnlyRecordsTheRaisedCostOfAVertexInABucket) {
+    // Two costs so far apart that one vertex is still in its bucket when the other's is poured.
     Hills m;
     m.set(10, 1e-6F, 11);
     m.set(24, 5, 25);
@@ -82,7 +82,7 @@ TEST(PenalizeDeferred, OfAVertexInABucketToo) {
     EXPECT_EQ(m.record.updateVertices, (IndexList{10, 24}));
 }
 
-TEST(PenalizeDeferred, OfAVertexThatIsNotQueuedTheCostIsRaisedAtOnce) {
+TEST(PenalizeDeferred, RaisesTheCostOfAnUnqueuedVertexAtOnce) {
     Hills m;
     m.set(24, 3, 25);
     PenalizeDeferred(m.pm, 24, m.record);
@@ -92,7 +92,7 @@ TEST(PenalizeDeferred, OfAVertexThatIsNotQueuedTheCostIsRaisedAtOnce) {
     EXPECT_TRUE(m.isUntouched());
 }
 
-TEST(PenalizeDeferred, BothWaysRaiseACostAsTheDriverOnOneThreadDoes) {
+TEST(PenalizeDeferred, RaisesCostsAsTheSingleThreadedDriverDoes) {
     for (const float cost : {0.0F, 0.25F, 1e9F, 2e10F, 1e35F, 3e38F}) {
         for (const bool queued : {false, true}) {
             Hills one;
@@ -111,7 +111,7 @@ TEST(PenalizeDeferred, BothWaysRaiseACostAsTheDriverOnOneThreadDoes) {
 }
 
 template <typename Metric>
-void expectRanksAsTold(ProgressiveMesh& pm) {
+void expectReferenceRanking(ProgressiveMesh& pm) {
     IndexList ring{77};
     const test::Words before = test::stateOf(pm);
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
@@ -128,21 +128,21 @@ void expectRanksAsTold(ProgressiveMesh& pm) {
 TEST(ComputeVertexCost, RanksAVertexAgainstItsRingAndStoresNothing) {
     DMesh mesh = test::grid(6, 6, test::hills);
     test::jitter(mesh, 0.2F, 1);
-    mesh.vertices.resize(mesh.vertices.size() + 1);  // of no triangle
+    mesh.vertices.resize(mesh.vertices.size() + 1);  // in no triangle
     test::completeMesh(mesh);
     Hills m(mesh);
-    expectRanksAsTold<PlainMetric>(m.pm);
+    expectReferenceRanking<PlainMetric>(m.pm);
 }
 
 TEST(ComputeVertexCost, RanksByTheColourMetricToo) {
     Hills m(coloredBall());
     m.pm.m_useVertexColors_internal = true;
     computeColorScale(m.pm);
-    expectRanksAsTold<ColorMetric>(m.pm);
+    expectReferenceRanking<ColorMetric>(m.pm);
 }
 
-TEST(ComputeVertexCost, LeavesEdgesOutThatASeamHolds) {
-    // A seam across the middle with a bend: the bend is tied to none of its neighbours on it.
+TEST(ComputeVertexCost, LeavesOutEdgesHeldByASeam) {
+    // A seam across the middle with a bend at 24, which must not pair with its seam neighbours.
     Hills m;
     m.pm.m_handleUVs_internal = true;
     for (BitArray* bits : {&m.pm.mesh.uvSeamVertices, &m.pm.mesh.uvSeamCorners})
@@ -150,7 +150,7 @@ TEST(ComputeVertexCost, LeavesEdgesOutThatASeamHolds) {
     for (std::int32_t v = 21; v < 28; ++v)
         m.pm.mesh.uvSeamVertices.Set(v);
     m.pm.mesh.uvSeamCorners.Set(24);
-    expectRanksAsTold<PlainMetric>(m.pm);
+    expectReferenceRanking<PlainMetric>(m.pm);
     IndexList ring;
     for (const std::int32_t v : {23, 24, 25}) {
         float cost = 0;
@@ -160,7 +160,7 @@ TEST(ComputeVertexCost, LeavesEdgesOutThatASeamHolds) {
     }
 }
 
-TEST(ComputeVertexCost, AgreesWithTheDriversOnOneThread) {
+TEST(ComputeVertexCost, AgreesWithTheSingleThreadedDrivers) {
     Hills m(test::sample("synth-torus.Vok"));
     IndexList ring;
     for (std::int32_t v = 0; v < m.pm.mesh.vertexCount(); ++v) {
@@ -173,7 +173,7 @@ TEST(ComputeVertexCost, AgreesWithTheDriversOnOneThread) {
     }
 }
 
-// What a collapse of `gone` whose ring now lacks `inactive` would leave in its record.
+// The record that a collapse of `gone` would leave, whose ring now lacks `inactive`.
 CollapseRecord collapseOf(ProgressiveMesh& pm, std::int32_t gone, std::int32_t inactive) {
     CollapseRecord collapse;
     collapse.split.vertex = gone;
@@ -182,7 +182,7 @@ CollapseRecord collapseOf(ProgressiveMesh& pm, std::int32_t gone, std::int32_t i
     return collapse;
 }
 
-// The entries from `first` on are what RefreshRingCosts would write.
+// Expects the entries from `first` on to be what RefreshRingCosts would write.
 void expectRefreshed(const Hills& m, std::size_t first, const VSplit& split) {
     Hills one;
     one.pm.mesh.vertexActive.Assign(m.pm.mesh.vertexActive);
@@ -207,15 +207,15 @@ TEST(RefreshRingCostsOnThreads, RecordsTheActiveVerticesAroundEitherCollapse) {
     m.record.mirrorSplitRecord = collapseOf(m.pm, 32, 31);
     const test::Words before = test::stateOf(m.pm);
     RefreshRingCosts_MT<PlainMetric>(m.pm, 16, m.record);
-    EXPECT_EQ(m.record.updateVertices.size(), 5U) << "a fan of six, and one is gone";
+    EXPECT_EQ(m.record.updateVertices.size(), 5U) << "a fan of six with one vertex inactive";
     expectRefreshed(m, 0, m.record.splitRecord.split);
     RefreshRingCosts_MT<PlainMetric>(m.pm, 32, m.record);
     EXPECT_EQ(m.record.updateVertices.size(), 10U);
     expectRefreshed(m, 5, m.record.mirrorSplitRecord.split);
-    EXPECT_TRUE(test::stateOf(m.pm) == before) << "neither costs nor queue are touched";
+    EXPECT_TRUE(test::stateOf(m.pm) == before) << "costs and queue are untouched";
 }
 
-TEST(RefreshRingCostsOnThreads, OfAVertexThatIsInNeitherRecordNothingIsRecorded) {
+TEST(RefreshRingCostsOnThreads, RecordsNothingForAVertexInNeitherRecord) {
     Hills m;
     m.record.splitRecord = collapseOf(m.pm, 16, 17);
     m.record.mirrorSplitRecord = collapseOf(m.pm, 32, 31);
@@ -227,7 +227,7 @@ TEST(RefreshRingCostsOnThreads, OfAVertexThatIsInNeitherRecordNothingIsRecorded)
     EXPECT_TRUE(test::stateOf(m.pm) == before);
 }
 
-TEST(RefreshRingCostsOnThreads, RanksByTheMetricOfTheDriver) {
+TEST(RefreshRingCostsOnThreads, RanksByTheDriversMetric) {
     Hills m(coloredBall());
     m.pm.m_useVertexColors_internal = true;
     computeColorScale(m.pm);
@@ -242,7 +242,7 @@ TEST(RefreshRingCostsOnThreads, RanksByTheMetricOfTheDriver) {
     }
 }
 
-TEST(DeferredChanges, AVertexToBeTakenOutOfTheQueueIsOnlyRecorded) {
+TEST(DeferredChanges, UnqueueingAVertexIsOnlyRecorded) {
     Hills m;
     m.pm.costQueue.Insert(24);
     const test::Words before = test::stateOf(m.pm);
@@ -252,20 +252,20 @@ TEST(DeferredChanges, AVertexToBeTakenOutOfTheQueueIsOnlyRecorded) {
     EXPECT_TRUE(m.record.updateVertices.empty());
 }
 
-TEST(DeferredChanges, FreesOneSlaveAtOnceAndNoOther) {
+TEST(DeferredChanges, FreesOneSlaveAtOnce) {
     Hills m;
     const std::int32_t count = m.pm.mesh.vertexCount();
     m.pm.symmetrySlaves.Resize(count, false);
     for (std::int32_t v = 8; v < 24; ++v)
         m.pm.symmetrySlaves.Set(v);
     m.changes.freeSlave(12);
-    m.changes.freeSlave(30);  // none
+    m.changes.freeSlave(30);  // not a slave
     for (std::int32_t v = 0; v < count; ++v)
         EXPECT_EQ(m.changes.isSlave(v), v >= 8 && v < 24 && v != 12) << v;
     EXPECT_TRUE(m.isUntouched());
 }
 
-TEST(DeferredChanges, NoSlaveIsFreedWhileAnotherThreadIsInTheSection) {
+TEST(DeferredChanges, FreesASlaveOnlyInsideTheSection) {
     Hills m;
     m.pm.symmetrySlaves.Resize(m.pm.mesh.vertexCount(), false);
     m.pm.symmetrySlaves.Set(12);
@@ -275,7 +275,7 @@ TEST(DeferredChanges, NoSlaveIsFreedWhileAnotherThreadIsInTheSection) {
     EXPECT_FALSE(m.pm.symmetrySlaves.Test(12));
 }
 
-TEST(DeferredChanges, ThreadsThatFreeSlavesOfOneByteLoseNone) {
+TEST(DeferredChanges, FreeingSlavesOfOneByteOnSeveralThreadsLosesNone) {
     constexpr std::int32_t kThreads = 4;
     constexpr std::int32_t kSlaves = 40'000;
     ProgressiveMesh pm;
@@ -284,7 +284,8 @@ TEST(DeferredChanges, ThreadsThatFreeSlavesOfOneByteLoseNone) {
         pm.symmetrySlaves.Reset(kSlaves);
         for (std::int32_t v = 0; v < kSlaves; ++v)
             pm.symmetrySlaves.Set(v);
-        // Each frees two of the eight of a byte but for the last of every third byte.
+        // Each thread frees two of the eight slaves of a byte, but the last slave of every third
+        // byte stays.
         const auto staysASlave = [](std::int32_t v) { return v % 24 == 23; };
         test::onThreads(kThreads, [&](std::size_t thread) {
             ThreadWorkRecord record;

@@ -53,7 +53,7 @@ const VertexRecord& record(const ProgressiveMesh& pm, std::int32_t v) {
     return pm.mesh.vertices[static_cast<std::size_t>(v)];
 }
 
-// Of refused vertices that are still there.
+// The number of refused vertices that are still active.
 int refused(const ProgressiveMesh& pm) {
     int count = 0;
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
@@ -74,7 +74,7 @@ TEST_F(LowMemory, ReachesTheTarget) {
     }
 }
 
-TEST_F(LowMemory, ATargetAtOrAboveTheCountEndsWithoutACollapse) {
+TEST_F(LowMemory, CollapsesNothingForATargetAtOrAboveTheCount) {
     for (const std::uint32_t target : {258U, 259U, 0xFFFFFFFFU}) {
         const MeshPtr pm = runTo(target, bumpyBall());
         EXPECT_EQ(pm->mesh.numActiveVertices, 258U);
@@ -83,7 +83,7 @@ TEST_F(LowMemory, ATargetAtOrAboveTheCountEndsWithoutACollapse) {
     }
 }
 
-TEST_F(LowMemory, WhereAllIsRefusedItEndsEvenWithTheFinishStep) {
+TEST_F(LowMemory, EndsWhenAllIsRefusedEvenWithTheFinishStep) {
     for (const bool finishStep : {false, true}) {
         const MeshPtr pm = run(test::threePillows(), [&](ProgressiveMesh& settings) {
             settings.AllowFinishStep = finishStep;
@@ -96,7 +96,7 @@ TEST_F(LowMemory, WhereAllIsRefusedItEndsEvenWithTheFinishStep) {
     }
 }
 
-TEST_F(LowMemory, AVertexWithoutAPartnerLeavesTheQueueInSilence) {
+TEST_F(LowMemory, DropsAVertexWithoutAPartnerSilently) {
     MeshPtr pm = test::prepared(bumpyBall());
     pm->TargetNumItem = 200;
     doDecimationInit_LM<PlainMetric>(*pm);
@@ -107,7 +107,7 @@ TEST_F(LowMemory, AVertexWithoutAPartnerLeavesTheQueueInSilence) {
     EXPECT_EQ(pm->vsplitList.NumVtxSplit(), 58U);
 }
 
-TEST_F(LowMemory, AVertexWhosePartnerIsGoneLeavesTheQueueToo) {
+TEST_F(LowMemory, DropsAVertexWhosePartnerIsGone) {
     MeshPtr pm = test::prepared(bumpyBall());
     pm->TargetNumItem = 256;
     doDecimationInit_LM<PlainMetric>(*pm);
@@ -117,13 +117,13 @@ TEST_F(LowMemory, AVertexWhosePartnerIsGoneLeavesTheQueueToo) {
     pm->mesh.vertexActive.Clear(partner);
     --pm->mesh.numActiveVertices;
     doDecimationLoop_LM<PlainMetric>(*pm);
-    // It was dropped as it stands, and the next one collapsed.
+    // The vertex was dropped unchanged, and the next one collapsed.
     EXPECT_TRUE(pm->mesh.vertexActive.Test(first));
     EXPECT_FALSE(pm->costQueue.isQueued(first));
     EXPECT_EQ(pm->vsplitList.NumVtxSplit(), 1U);
 }
 
-TEST_F(LowMemory, AMirrorImageThatIsRefusedLeavesTheMeshAsBeforeAndNoSplit) {
+TEST_F(LowMemory, ARefusedMirrorImageLeavesTheMeshUnchangedAndNoSplit) {
     const DMesh ball = test::ballWithADoubledTriangle();
     const MeshPtr pm = symmetricTo(100, ball);
     EXPECT_GE(refused(*pm), 2);
@@ -165,7 +165,7 @@ TEST_F(LowMemory, OnlyTheFirstVertexTurnsSymmetryOff) {
     }
 }
 
-TEST_F(LowMemory, AStopRequestEndsItBeforeTheNextCollapse) {
+TEST_F(LowMemory, StopsBeforeTheNextCollapseOnRequest) {
     const test::StopRequest stop;
     const MeshPtr pm = runTo(40, bumpyBall());
     EXPECT_EQ(pm->mesh.numActiveVertices, 258U);
@@ -180,7 +180,7 @@ public:
     }
 };
 
-TEST_F(LowMemory, AStopRequestInTheMiddleLeavesAllCompletedCollapsesInTheList) {
+TEST_F(LowMemory, AStopRequestKeepsAllCompletedCollapsesInTheList) {
     const test::HostedProgress host;
     AskToStop ask;
     const MeshPtr pm = run(bumpyBall(4), [&](ProgressiveMesh& settings) {
@@ -194,7 +194,7 @@ TEST_F(LowMemory, AStopRequestInTheMiddleLeavesAllCompletedCollapsesInTheList) {
     EXPECT_EQ(test::surfaceOf(pm->mesh), test::surfaceOf(bumpyBall(4)));
 }
 
-TEST_F(LowMemory, ProgressPointsCountSuccessfulTurnsAndAPairOnce) {
+TEST_F(LowMemory, ProgressPointsCountSuccessfulTurnsAndPairsOnce) {
     const auto progressPoints = [&](bool symmetric) {
         test::StepRecorder steps;
         run(test::sphere(4), [&](ProgressiveMesh& pm) {
@@ -208,7 +208,7 @@ TEST_F(LowMemory, ProgressPointsCountSuccessfulTurnsAndAPairOnce) {
     EXPECT_EQ(progressPoints(true), 1);
 }
 
-TEST_F(LowMemory, TellsAnObserverItsSteps) {
+TEST_F(LowMemory, ReportsItsStepsToAnObserver) {
     test::StepRecorder steps;
     run(bumpyBall(), [&](ProgressiveMesh& pm) {
         pm.observer = &steps;
@@ -247,7 +247,7 @@ TEST_F(LowMemory, ShowsTheHostItsStageAndItsProgress) {
     EXPECT_EQ(progressChannel().record().mainActive, 0);
 }
 
-TEST_F(LowMemory, ColoursAreReplacedButForTheirFourthByte) {
+TEST_F(LowMemory, ReplacesColoursExceptTheirFourthByte) {
     DMesh ball = bumpyBall();
     test::addColors(ball, [](const FloatVec3& p) {
         return test::packColor(static_cast<std::uint32_t>(120 + 100 * p.x), 50, 60, 0xAB);
@@ -278,7 +278,7 @@ private:
     test::AllocationCounter counter_;
 };
 
-TEST_F(LowMemory, TheSteadyStateAllocatesForTheQueuesSetAloneAndSeldom) {
+TEST_F(LowMemory, AllocatesSeldomAndOnlyForTheQueueInSteadyState) {
     for (const auto& [symmetric, colored] :
          {std::pair(false, false), std::pair(true, false), std::pair(false, true)}) {
         DMesh mesh = test::sphere(6);
@@ -297,7 +297,8 @@ TEST_F(LowMemory, TheSteadyStateAllocatesForTheQueuesSetAloneAndSeldom) {
         ASSERT_GT(counted.totals.size(), 20U);
         const std::vector<std::uint64_t>& totals = counted.totals;
         const std::size_t half = totals.size() / 2;
-        // A scratch list may still grow, once each, and the set in steps of many vertices.
+        // Each scratch list may still grow once, and the queue's set grows in steps of many
+        // vertices.
         EXPECT_LE(totals.back() - totals[half], 40U);
         std::size_t longest = 0;
         std::size_t quiet = 0;

@@ -27,7 +27,7 @@ std::size_t index(std::int32_t v) {
 
 class LowMemoryTurns : public test::DecimationTest {};
 
-TEST_F(LowMemoryTurns, PairsOfUnlikeColoursActAlone) {
+TEST_F(LowMemoryTurns, PairsWithDifferentColoursActAlone) {
     DMesh ball = test::sphere(3);
     test::addColors(ball, [](const FloatVec3&) { return test::packColor(10, 20, 30); });
     ball.vertexColors[100] = test::packColor(12, 20, 30);
@@ -50,7 +50,7 @@ TEST_F(LowMemoryTurns, ThePlaneQuadricIsBuiltForTheFirstCosts) {
     progressChannel().EndMainTask();
 }
 
-// The UVs that corners of a vertex have.
+// The number of UVs at the corners of a vertex.
 std::size_t uvCount(const DMesh& mesh, std::int32_t vertex) {
     IndexList uvs;
     for (std::int32_t corner = 0; corner < mesh.cornerCount(); ++corner) {
@@ -60,7 +60,7 @@ std::size_t uvCount(const DMesh& mesh, std::int32_t vertex) {
     return uvs.size();
 }
 
-TEST_F(LowMemoryTurns, InOneChartEveryVertexKeepsASingleUVForAllItsCorners) {
+TEST_F(LowMemoryTurns, EveryVertexOfAChartKeepsASingleUV) {
     DMesh ball = test::sphere(3);
     test::jitter(ball, 0.01F, 5);
     test::addCornerUVs(ball);
@@ -78,7 +78,7 @@ TEST_F(LowMemoryTurns, InOneChartEveryVertexKeepsASingleUVForAllItsCorners) {
     }
 }
 
-// A mesh whose queue holds what the test puts in, for the driver's own loop.
+// A mesh whose queue holds what the test puts into it, for the driver's own loop.
 struct Turn : test::MirroredGrid {
     Turn() {
         pm.symmetrySlaves.Resize(pm.mesh.vertexCount(), false);
@@ -98,13 +98,13 @@ struct Turn : test::MirroredGrid {
     }
 };
 
-TEST_F(LowMemoryTurns, ASlaveThatIsFreedIsRankedAgainstItsRing) {
+TEST_F(LowMemoryTurns, AFreedSlaveIsRankedAgainstItsRing) {
     Turn t;
     const std::int32_t v = t.at(2, 2);
     const std::int32_t u = t.at(2, 1);
     const std::int32_t slave = t.image(t.at(3, 3));
     t.pair(v, slave);
-    t.pair(u, t.image(t.at(1, 1)));  // no neighbour of the slave, so that v goes alone
+    t.pair(u, t.image(t.at(1, 1)));  // not a neighbour of the slave, so v acts alone
     t.pm.symmetrySlaves.Set(slave);
     t.queue(v, u);
     t.collapseOnce();
@@ -117,8 +117,8 @@ TEST_F(LowMemoryTurns, ASlaveThatIsFreedIsRankedAgainstItsRing) {
     EXPECT_EQ(found.partner, t.pm.mesh.vertices[index(slave)].partner);
 }
 
-TEST_F(LowMemoryTurns, WhereTheKeptVertexIsGoneTooTheRestOfItsTriangleIsRanked) {
-    // A triangle that hangs at a corner of the grid by one vertex.
+TEST_F(LowMemoryTurns, IfTheKeptVertexVanishesTheTrianglesRestIsRanked) {
+    // A triangle attached to a corner of the grid by one vertex.
     ProgressiveMesh pm;
     DMesh mesh = test::grid(4, 4, test::hills);
     const std::int32_t v = mesh.vertexCount();

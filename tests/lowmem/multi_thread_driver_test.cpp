@@ -37,7 +37,7 @@ DMesh ballWithSeams() {
 
 class MultiThread : public test::MultiThreadTest {};
 
-// What a run that has not reached its target must have met: nothing queued is worth a try.
+// True if nothing queued is worth a try, as a run that missed its target must find.
 bool onlyRefusedAreLeft(const DMesh& mesh) {
     for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
         const VertexRecord& vertex = mesh.vertices[static_cast<std::size_t>(v)];
@@ -46,10 +46,10 @@ bool onlyRefusedAreLeft(const DMesh& mesh) {
     return true;
 }
 
-// How many contexts there are when the loops begin: the threads are up then.
-class ThreadsAtTheBegin : public StepObserver {
+// Counts the contexts when the loops start, which is after all threads have started.
+class ThreadsAtTheStart : public StepObserver {
 public:
-    explicit ThreadsAtTheBegin(const ProgressiveMesh& pm) : pm_(pm) {}
+    explicit ThreadsAtTheStart(const ProgressiveMesh& pm) : pm_(pm) {}
     void step(int number) override {
         if (number == 10) threads = pm_.threadContexts.size();
     }
@@ -59,28 +59,28 @@ private:
     const ProgressiveMesh& pm_;
 };
 
-// A run to 100 vertices. Gives how many threads there were when the loops began.
+// Runs to 100 vertices and returns the number of threads when the loops started.
 std::size_t runAndCountThreads(ProgressiveMesh& pm, std::int32_t threads) {
-    ThreadsAtTheBegin begin(pm);
-    pm.observer = &begin;
+    ThreadsAtTheStart start(pm);
+    pm.observer = &start;
     test::askForThreads(pm, threads);
     pm.TargetNumItem = 100;
     EXPECT_EQ(RunDecimation(pm), 0);
     pm.observer = nullptr;
-    return begin.threads;
+    return start.threads;
 }
 
-TEST_F(MultiThread, OneThreadOrLessIsTheCallingOneAlone) {
+TEST_F(MultiThread, RunsOnTheCallingThreadAloneForOneThreadOrLess) {
     for (const std::int32_t threads : {1, 0, -1, -7}) {
         MeshPtr pm = test::prepared(bumpyBall());
         EXPECT_EQ(runAndCountThreads(*pm, threads), 1U) << threads;
         EXPECT_EQ(pm->NumThread, 1) << threads;
         EXPECT_EQ(pm->mesh.numActiveVertices, 100U);
-        EXPECT_EQ(turnsOf(*pm), 158U) << "all by itself";
+        EXPECT_EQ(turnsOf(*pm), 158U) << "it does all the work";
     }
 }
 
-TEST_F(MultiThread, AsManyThreadsRunAsAreAskedFor) {
+TEST_F(MultiThread, StartsTheRequestedNumberOfThreads) {
     for (const std::int32_t threads : {2, 3, 16}) {
         MeshPtr pm = test::prepared(bumpyBall());
         EXPECT_EQ(runAndCountThreads(*pm, threads), static_cast<std::size_t>(threads));
@@ -91,7 +91,7 @@ TEST_F(MultiThread, AsManyThreadsRunAsAreAskedFor) {
     }
 }
 
-// Freed slaves are ranked with their colours here, which one thread alone does not do.
+// Freed slaves are ranked with their colours here, which the single-threaded driver does not do.
 bool ranksAsOneThreadDoes(const test::RunCase& runCase) {
     return runCase.name != "SymmetricEverything";
 }
@@ -101,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(Case, OneThreadRun,
                          testing::ValuesIn(test::casesWhere(ranksAsOneThreadDoes)),
                          test::nameOfRun);
 
-TEST_P(OneThreadRun, GivesTheMeshAndTheSplitsOfTheQueuesOwnOrder) {
+TEST_P(OneThreadRun, GivesTheMeshAndSplitsOfTheSingleThreadedDriver) {
     for (const float percent : {60.0F, 0.0F}) {
         const auto runBy = [&](std::int32_t driver) {
             return decimatedTo(percent, [&](ProgressiveMesh& pm) {
@@ -119,7 +119,7 @@ TEST_P(OneThreadRun, GivesTheMeshAndTheSplitsOfTheQueuesOwnOrder) {
     }
 }
 
-TEST_F(MultiThread, OneThreadGivesTheSameAgain) {
+TEST_F(MultiThread, OneThreadIsDeterministic) {
     DMesh mesh = test::unevenMirrored(0, 4);
     test::addColors(mesh, [](const FloatVec3&) { return test::packColor(120, 50, 60); });
     const auto once = [&] {
@@ -134,7 +134,7 @@ TEST_F(MultiThread, OneThreadGivesTheSameAgain) {
     EXPECT_TRUE(test::arraysOf(first->mesh, Part::All) == test::arraysOf(second->mesh, Part::All));
 }
 
-TEST_F(MultiThread, EndsBelowTheTargetByNoMoreThanACollapseOfEachThread) {
+TEST_F(MultiThread, MissesTheTargetByAtMostACollapsePerThread) {
     for (const std::int32_t threads : {2, 4, 9}) {
         for (const std::uint32_t target : {257U, 200U, 77U}) {
             const MeshPtr pm = runTo(target, threads, bumpyBall());
@@ -147,7 +147,7 @@ TEST_F(MultiThread, EndsBelowTheTargetByNoMoreThanACollapseOfEachThread) {
     }
 }
 
-TEST_F(MultiThread, WithMirroredPairsEndsBelowTheTargetByNoMoreThanAPairOfEachThread) {
+TEST_F(MultiThread, MissesTheTargetByAtMostAMirroredPairPerThread) {
     for (const std::int32_t threads : {2, 4}) {
         const MeshPtr pm = run(threads, test::unevenMirrored(0, 1), [](ProgressiveMesh& settings) {
             settings.TargetNumItem = 120;
@@ -161,7 +161,7 @@ TEST_F(MultiThread, WithMirroredPairsEndsBelowTheTargetByNoMoreThanAPairOfEachTh
     }
 }
 
-TEST_F(MultiThread, TrianglesCanBeCounted) {
+TEST_F(MultiThread, CanCountTriangles) {
     const MeshPtr pm = run(3, bumpyBall(), [](ProgressiveMesh& settings) {
         settings.targetCountsVertices = false;
         settings.TargetNumItem = 300;
@@ -170,7 +170,7 @@ TEST_F(MultiThread, TrianglesCanBeCounted) {
     EXPECT_GE(pm->mesh.numActiveTriangles + 6, 300U);
 }
 
-TEST_F(MultiThread, ATargetAtOrAboveTheCountEndsWithoutACollapse) {
+TEST_F(MultiThread, CollapsesNothingForATargetAtOrAboveTheCount) {
     for (const std::uint32_t target : {258U, 259U, 0xFFFFFFFFU}) {
         const MeshPtr pm = runTo(target, 2, bumpyBall());
         EXPECT_EQ(turnsOf(*pm), 0U);
@@ -179,7 +179,7 @@ TEST_F(MultiThread, ATargetAtOrAboveTheCountEndsWithoutACollapse) {
     }
 }
 
-TEST_F(MultiThread, AMeshWithNoRoomForItsThreadsIsFinishedAllTheSame) {
+TEST_F(MultiThread, FinishesAMeshTooSmallForItsThreads) {
     for (const DMesh& mesh : {test::tetrahedron(), test::octahedron(), test::sphere(1),
                               test::oneTriangle(), test::twoTriangles(), test::grid(2, 2)}) {
         for (int again = 0; again < 20; ++again) {
@@ -192,7 +192,7 @@ TEST_F(MultiThread, AMeshWithNoRoomForItsThreadsIsFinishedAllTheSame) {
     }
 }
 
-TEST_F(MultiThread, AnEmptyMeshRunsThrough) {
+TEST_F(MultiThread, HandlesAnEmptyMesh) {
     EXPECT_EQ(runTo(4, 4, DMesh())->mesh.numActiveVertices, 0U);
     EXPECT_EQ(runTo(0, 4, test::buildMesh({{0, 0, 0}, {1, 2, 3}}, {}))->mesh.numActiveVertices, 2U);
 }
@@ -217,7 +217,7 @@ TEST_F(MultiThread, SplitsLeadBackToTheInput) {
     }
 }
 
-TEST_F(MultiThread, CountsAreExactHoweverManyThreadsShareTheirBytes) {
+TEST_F(MultiThread, CountsAreExactOnAnyNumberOfThreads) {
     for (int again = 0; again < 3; ++again) {
         const MeshPtr pm = runTo(100, 6, bumpyBall(4));
         EXPECT_TRUE(test::countsMatchBits(pm->mesh));
@@ -225,11 +225,11 @@ TEST_F(MultiThread, CountsAreExactHoweverManyThreadsShareTheirBytes) {
     }
 }
 
-TEST_F(MultiThread, WhereAllIsRefusedItEndsEvenWithTheFinishStep) {
+TEST_F(MultiThread, EndsWhenAllIsRefusedEvenWithTheFinishStep) {
     for (const bool finishStep : {false, true}) {
         const MeshPtr pm = run(3, test::threePillows(), [&](ProgressiveMesh& settings) {
             settings.AllowFinishStep = finishStep;
-            settings.finishStepStarted = true;  // forgotten before the loops begin
+            settings.finishStepStarted = true;  // reset before the loops start
             settings.inFinishStep = true;
         });
         EXPECT_EQ(pm->mesh.numActiveVertices, 9U);
@@ -241,7 +241,7 @@ TEST_F(MultiThread, WhereAllIsRefusedItEndsEvenWithTheFinishStep) {
     }
 }
 
-TEST_F(MultiThread, AMirrorImageThatIsRefusedLeavesTheMeshAsBeforeAndNoSplit) {
+TEST_F(MultiThread, ARefusedMirrorImageLeavesTheMeshUnchangedAndNoSplit) {
     const DMesh ball = test::ballWithADoubledTriangle();
     for (const std::int32_t threads : {1, 4}) {
         const MeshPtr pm = run(threads, ball, [](ProgressiveMesh& settings) {
@@ -256,7 +256,7 @@ TEST_F(MultiThread, AMirrorImageThatIsRefusedLeavesTheMeshAsBeforeAndNoSplit) {
     }
 }
 
-TEST_F(MultiThread, ASecondRunGoesOnWithAnotherNumberOfThreads) {
+TEST_F(MultiThread, ASecondRunContinuesWithAnotherNumberOfThreads) {
     const MeshPtr pm = runTo(220, 4, bumpyBall());
     for (const std::int32_t threads : {2, 5, 1, 3}) {
         pm->NumThread = threads;
@@ -265,13 +265,13 @@ TEST_F(MultiThread, ASecondRunGoesOnWithAnotherNumberOfThreads) {
         EXPECT_EQ(pm->threadContexts.size(), static_cast<std::size_t>(threads));
         EXPECT_LE(pm->mesh.numActiveVertices, pm->TargetNumItem);
         EXPECT_GE(turnsOf(*pm), 30U);
-        EXPECT_LT(turnsOf(*pm), 60U) << "of the last run alone";
+        EXPECT_LT(turnsOf(*pm), 60U) << "those of the last run only";
         EXPECT_TRUE(test::isClosedManifold(pm->mesh));
         expectAllReleased(*pm);
     }
 }
 
-TEST_F(MultiThread, ContextsAreUsedAgainAndTheirTablesMadeAnew) {
+TEST_F(MultiThread, ReusesContextsButRebuildsTheirTables) {
     const MeshPtr pm = runTo(100, 2, bumpyBall(2));
     const ThreadContext* const first = &pm->threadContexts[0];
     const ThreadContext* const second = &pm->threadContexts[1];
@@ -290,7 +290,7 @@ TEST_F(MultiThread, ContextsAreUsedAgainAndTheirTablesMadeAnew) {
     expectAllReleased(*pm);
 }
 
-TEST_F(MultiThread, ColoursAreReplacedButForTheirFourthByte) {
+TEST_F(MultiThread, ReplacesColoursExceptTheirFourthByte) {
     const DMesh ball = coloredBall();
     const MeshPtr pm = runTo(100, 3, ball);
     ASSERT_TRUE(pm->m_useVertexColors_internal);
@@ -320,7 +320,7 @@ TEST_F(MultiThread, WithoutRecordsTheMeshIsTheSame) {
     EXPECT_TRUE(test::isClosedManifold(byThree->mesh));
 }
 
-TEST_F(MultiThread, RecordsThatArePagedOutAreTheSame) {
+TEST_F(MultiThread, PagingOutDoesNotChangeTheRecords) {
     const auto runWith = [](std::uint32_t recordsPerPage) {
         return run(1, bumpyBall(), [&](ProgressiveMesh& pm) {
             pm.vsplitList.pageCapacity = recordsPerPage;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The multi-threaded driver as an observer and a host see it, and how they stop it.
+// How the multi-threaded driver appears to an observer and to a host, and how they stop it.
 #include "lowmem/multi_thread_driver.h"
 
 #include "shell/base/progress_channel.h"
@@ -28,7 +28,7 @@ using test::turnsOf;
 
 class MultiThreadHost : public test::MultiThreadTest {};
 
-TEST_F(MultiThreadHost, AStopRequestEndsItBeforeTheFirstCollapse) {
+TEST_F(MultiThreadHost, StopsBeforeTheFirstCollapseOnRequest) {
     const test::StopRequest stop;
     const MeshPtr pm = runTo(40, 3, bumpyBall());
     EXPECT_EQ(turnsOf(*pm), 0U);
@@ -47,7 +47,7 @@ private:
     int number_;
 };
 
-TEST_F(MultiThreadHost, AStopRequestWhileTheThreadsWaitForTheirStartEndsThemAll) {
+TEST_F(MultiThreadHost, AStopRequestEndsThreadsStillWaitingToStart) {
     const test::HostedProgress host;
     AskToStopAt ask(10);
     const MeshPtr pm = run(4, bumpyBall(), [&](ProgressiveMesh& settings) {
@@ -59,7 +59,7 @@ TEST_F(MultiThreadHost, AStopRequestWhileTheThreadsWaitForTheirStartEndsThemAll)
     EXPECT_EQ(pm->mesh.numActiveVertices, 258U);
 }
 
-TEST_F(MultiThreadHost, TellsAnObserverItsStepsButNoProgress) {
+TEST_F(MultiThreadHost, ReportsStepsButNoProgressToAnObserver) {
     test::StepRecorder steps;
     const MeshPtr pm = run(2, bumpyBall(4), [&](ProgressiveMesh& settings) {
         settings.observer = &steps;
@@ -69,7 +69,7 @@ TEST_F(MultiThreadHost, TellsAnObserverItsStepsButNoProgress) {
     EXPECT_EQ(steps.numbers, (std::vector<int>{4, 5, 7, 8, 9, 10, 12}));
 }
 
-// What the record says at each step.
+// Reads the progress record at each step.
 class StageReader : public StepObserver {
 public:
     void step(int number) override {
@@ -88,7 +88,7 @@ public:
     int subActive = -1;
 };
 
-TEST_F(MultiThreadHost, RaisesTheFirstStageFlagAloneAndLeavesTheMainTaskOpen) {
+TEST_F(MultiThreadHost, RaisesOnlyTheFirstStageFlagAndKeepsTheMainTaskOpen) {
     for (const std::int32_t threads : {1, 3}) {
         const test::HostedProgress host;
         StageReader reader;
@@ -107,7 +107,7 @@ TEST_F(MultiThreadHost, RaisesTheFirstStageFlagAloneAndLeavesTheMainTaskOpen) {
     }
 }
 
-// Looks at the progress file, as a host does, until it shows a text or is told to end.
+// Reads the progress file, as a host does, until it shows a text or this object is destroyed.
 class Host {
 public:
     explicit Host(const char* text) : text_(text) {}
@@ -140,10 +140,10 @@ private:
     std::thread thread_{[this] { look(); }};
 };
 
-TEST_F(MultiThreadHost, ShowsTheHostThatItIsProcessingAndHowManyVertices) {
+TEST_F(MultiThreadHost, ShowsTheHostThatItIsProcessingAndTheVertexCount) {
     const test::HostedProgress hosted;
     const Host host("processing");
-    // It may look away for the whole of a run.
+    // The host may miss a whole run.
     for (int runs = 0; !host.hasSeen(); ++runs) {
         ASSERT_LT(runs, 1000);
         runTo(60, 2, bumpyBall());

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The multi-threaded driver where memory is short, and how much of it it takes.
+// How the multi-threaded driver behaves when memory is short, and how much memory it takes.
 #include "lowmem/multi_thread_driver.h"
 
 #include "decimation/metric.h"
@@ -37,8 +37,8 @@ MeshPtr prepared(std::int32_t threads, unsigned level, std::uint32_t target) {
     return pm;
 }
 
-// Whether or not it has run out of memory, which is what this gives back.
-bool hasEndedAsItShould(const ProgressiveMesh& pm, int result, bool failed) {
+// Expects the end of a run that has run out of memory or has not, and returns which.
+bool endedAsExpected(const ProgressiveMesh& pm, int result, bool failed) {
     EXPECT_EQ(result, failed ? 2 : 0);
     EXPECT_EQ(pm.lockedVertices.CountSet(), 0);
     EXPECT_EQ(progressChannel().record().mainActive, failed ? 0 : 1);
@@ -60,11 +60,11 @@ protected:
     test::HostedProgress host;
 };
 
-// Lets the nth allocation of the main thread behind a step fail, but none when the loops have
-// ended. Notes the last step.
-class FailBehind : public StepObserver {
+// Fails the nth allocation of the main thread after a step, but none once the loops have ended.
+// Notes the last step.
+class FailAfter : public StepObserver {
 public:
-    FailBehind(int step, std::uint64_t nth) : step_(step), nth_(nth) {}
+    FailAfter(int step, std::uint64_t nth) : step_(step), nth_(nth) {}
     void step(int number) override {
         last = number;
         if (number == step_) failure_.emplace(nth_);
@@ -91,7 +91,7 @@ TEST_F(MultiThreadMemory, AnyAllocationOfTheMainThreadMayFail) {
             failed = test::FailingAllocation::hasFailed();
         }
         progressChannel().EndMainTask();
-        // An array form of the first costs has another to fall back on.
+        // If an array form of the first costs fails, another form takes over.
         EXPECT_TRUE(result == 0 || (result == 2 && failed)) << nth;
         EXPECT_EQ(pm->lockedVertices.CountSet(), 0) << nth;
         failures += result == 2 ? 1 : 0;
@@ -100,39 +100,39 @@ TEST_F(MultiThreadMemory, AnyAllocationOfTheMainThreadMayFail) {
     expectTheNextRunSucceeds(3);
 }
 
-TEST_F(MultiThreadMemory, WhileTheThreadsAreSetUpThoseThatAreUpEndAgain) {
+TEST_F(MultiThreadMemory, ThreadsAlreadyStartedEndWhenTheSetupFails) {
     int failures = 0;
     for (std::uint64_t nth = 1;; ++nth) {
         const MeshPtr pm = prepared(4, 2, 30);
-        FailBehind observer(9, nth);
+        FailAfter observer(9, nth);
         pm->observer = &observer;
         const int result = RunDecimation(*pm);
         if (observer.last != 9) {
             progressChannel().EndMainTask();
             break;
         }
-        hasEndedAsItShould(*pm, result, true);
+        endedAsExpected(*pm, result, true);
         EXPECT_EQ(pm->vsplitList.NumVtxSplit(), 0U);
         EXPECT_TRUE(test::isClosedManifold(pm->mesh));
         ++failures;
     }
-    // A context's tables for each thread, and a worker.
+    // Each thread allocates the tables of its context, and a worker.
     EXPECT_GT(failures, 4 * 3);
     expectTheNextRunSucceeds(4);
 }
 
-// False if the run was over before the main thread needed that much in its loop.
+// Returns false if the run ended before the main thread reached that allocation in its loop.
 bool failsInTheMainThread(std::int32_t threads, std::uint64_t nth) {
     const MeshPtr pm = prepared(threads, 4, 100);
-    FailBehind observer(10, nth);
+    FailAfter observer(10, nth);
     pm->observer = &observer;
     const int result = RunDecimation(*pm);
-    return hasEndedAsItShould(*pm, result, observer.last != 12);
+    return endedAsExpected(*pm, result, observer.last != 12);
 }
 
-TEST_F(MultiThreadMemory, InTheLoopOfTheMainThreadTheWorkersEndToo) {
+TEST_F(MultiThreadMemory, WorkersEndWhenTheMainThreadRunsOut) {
     for (const std::uint64_t nth : {1U, 2U, 3U, 5U, 8U, 13U}) {
-        // The workers may have done everything first.
+        // The workers may have finished the run first.
         int runs = 1;
         while (!failsInTheMainThread(3, nth))
             ASSERT_LT(++runs, 1000) << nth;
@@ -140,18 +140,18 @@ TEST_F(MultiThreadMemory, InTheLoopOfTheMainThreadTheWorkersEndToo) {
     expectTheNextRunSucceeds(3);
 }
 
-// False if the run was over before the workers together needed that much.
+// Returns false if the run ended before the workers together reached that allocation.
 bool failsInAWorker(std::int32_t threads, std::uint64_t nth) {
     const MeshPtr pm = prepared(threads, 4, 100);
     const test::FailingAllocationElsewhere failure(nth);
     const int result = RunDecimation(*pm);
-    return hasEndedAsItShould(*pm, result, test::FailingAllocationElsewhere::hasFailed());
+    return endedAsExpected(*pm, result, test::FailingAllocationElsewhere::hasFailed());
 }
 
-TEST_F(MultiThreadMemory, InAWorkerTheOtherThreadsEndTooAndTheRunFails) {
+TEST_F(MultiThreadMemory, AFailureInAWorkerEndsAllThreadsAndTheRun) {
     for (const std::int32_t threads : {2, 5}) {
         for (const std::uint64_t nth : {1U, 2U, 3U, 5U, 8U, 13U, 21U}) {
-            // The main thread may have done everything first.
+            // The main thread may have finished the run first.
             int runs = 1;
             while (!failsInAWorker(threads, nth))
                 ASSERT_LT(++runs, 1000) << nth;
@@ -160,7 +160,7 @@ TEST_F(MultiThreadMemory, InAWorkerTheOtherThreadsEndTooAndTheRunFails) {
     }
 }
 
-TEST_F(MultiThreadMemory, ALoopThatFindsNoneCommitsNothingMoreAndTellsTheOthers) {
+TEST_F(MultiThreadMemory, ALoopThatRunsOutCommitsNothingAndInformsTheOthers) {
     for (std::uint64_t nth = 1; nth < 30; ++nth) {
         const MeshPtr pm = prepared(2, 3, 50);
         doDecimationInit_LM_MT<PlainMetric>(*pm);
@@ -185,7 +185,7 @@ TEST_F(MultiThreadMemory, ALoopThatFindsNoneCommitsNothingMoreAndTellsTheOthers)
 }
 
 #if defined(__GLIBC__)
-// No address space is large enough for the stack of a thread that is started while this lives.
+// While this object lives, no address space is large enough for the stack of a new thread.
 class NoMoreThreads {
 public:
     NoMoreThreads() {
@@ -211,7 +211,7 @@ private:
     std::size_t before_ = 0;
 };
 
-TEST_F(MultiThreadMemory, AThreadThatCannotBeStartedIsDoneWithout) {
+TEST_F(MultiThreadMemory, RunsWithoutAThreadThatCannotStart) {
     const MeshPtr pm = prepared(4, 3, 100);
     {
         const NoMoreThreads none;
@@ -225,7 +225,8 @@ TEST_F(MultiThreadMemory, AThreadThatCannotBeStartedIsDoneWithout) {
 }
 #endif
 
-// Bytes asked for until the loops begin. From then on, nothing as long as the mesh is to be had.
+// Counts the bytes requested until the loops start. From then on, no allocation as long as the mesh
+// succeeds.
 class TablesOnly : public StepObserver {
 public:
     explicit TablesOnly(std::size_t mostBytesInTheLoop) : most_(mostBytesInTheLoop) {}
@@ -258,7 +259,7 @@ std::uint64_t bytesOfTables(std::int32_t driver, std::int32_t threads) {
     return tables.bytes;
 }
 
-TEST_F(MultiThreadMemory, AThreadTakesTwoBytesAVertexAndABitATriangleMore) {
+TEST_F(MultiThreadMemory, EachThreadAddsTwoBytesPerVertexAndABitPerTriangle) {
     const std::uint64_t vertices = 16386;
     const std::uint64_t triangles = 2 * vertices - 4;
     const std::uint64_t tablesOfAThread = 2 * vertices + (triangles + 7) / 8;

@@ -35,8 +35,8 @@ namespace {
 using test::bumpyBall;
 using test::MeshPtr;
 
-// A run of which the test starts and stops the threads. As long as it holds them, each stands in
-// the middle of its first collapse: no vertex can be made inactive.
+// A run whose threads the test starts and stops. While held, each thread is in the middle of its
+// first collapse: no vertex can become inactive.
 class HeldRun {
 public:
     HeldRun(DMesh mesh, std::uint32_t target, bool symmetric = false)
@@ -58,7 +58,8 @@ public:
     SharedRun& shared() { return run_; }
     const ThreadContext& context(std::size_t thread) { return pm_->threadContexts[thread]; }
 
-    // One more thread, up to its first collapse. False if it has ended without a pick.
+    // Starts one more thread and holds it at its first collapse. Returns false if it ended without
+    // a pick.
     bool startAndHold() {
         if (!hold_.owns_lock()) hold_.lock();
         ThreadContext& added = addContext();
@@ -74,17 +75,17 @@ public:
         return true;
     }
 
-    // One more thread, from its begin to its end.
+    // Runs one more thread from start to end.
     void runOneMore() { doDecimationLoop_LM_MT<PlainMetric>(*pm_, addContext(), run_); }
-    // The same, and it finds no memory.
+    // The same, but the thread runs out of memory.
     void runOneMoreWithoutMemory() {
         ThreadContext& added = addContext();
         const test::FailingAllocation failure(1);
         doDecimationLoop_LM_MT<PlainMetric>(*pm_, added, run_);
     }
 
-    // The same, while two other threads wait for the queue: one asleep, which makes letting go of
-    // it take a while, and one that looks all the time.
+    // The same, while two other threads wait for the queue: one asleep, which makes releasing the
+    // queue take a while, and one that spins.
     void runOneMoreWithoutMemoryWhileOthersWait() {
         ThreadContext& without = addContext();
         std::deque<Thread> others;
@@ -110,7 +111,7 @@ public:
             other.thread.join();
     }
 
-    // Until all have ended.
+    // Lets all threads run to their end.
     void letGo() {
         if (hold_.owns_lock()) hold_.unlock();
         for (Thread& started : threads_)
@@ -118,7 +119,7 @@ public:
         threads_.clear();
     }
 
-    // What the threads are held at, and as little else as possible.
+    // Enters a section other than the one the threads are held at, to read what they have picked.
     std::unique_lock<CriticalSection> enterQueue() {
         return std::unique_lock(run_.sections.csQueue);
     }
@@ -147,7 +148,7 @@ private:
     std::deque<Thread> threads_;
 };
 
-// Of both ends of the collapse that a vertex is queued for.
+// The closed rings of both ends of the collapse that a vertex is queued for.
 std::set<std::int32_t> closedRings(const DMesh& mesh, std::int32_t v) {
     std::set<std::int32_t> rings;
     for (const std::int32_t end : {v, mesh.vertices[static_cast<std::size_t>(v)].partner}) {
@@ -163,7 +164,7 @@ bool meet(const std::set<std::int32_t>& a, const std::set<std::int32_t>& b) {
     return std::any_of(a.begin(), a.end(), [&b](auto v) { return b.count(v) != 0; });
 }
 
-// In two parts that share no vertex: 0 to 5, and 6 to 11.
+// Two parts that share no vertex: 0 to 5, and 6 to 11.
 DMesh twoOctahedra() {
     DMesh mesh = test::octahedron();
     const DMesh one = mesh;
@@ -177,7 +178,7 @@ DMesh twoOctahedra() {
     return mesh;
 }
 
-// Uneven but for the plane x = 0.
+// Uneven, but symmetric about the plane x = 0.
 DMesh mirroredHills() {
     DMesh half = test::grid(12, 12, test::hills);
     test::jitter(half, 0.05F, 3);
@@ -202,7 +203,7 @@ TEST_F(MultiThreadTurns, AThreadHoldsTheClosedRingsOfBothEnds) {
         EXPECT_EQ(run.pm().lockedVertices.Test(v), rings.count(v) != 0) << v;
 }
 
-TEST_F(MultiThreadTurns, AThreadHoldsTheMirrorImagesOfTheseRingsToo) {
+TEST_F(MultiThreadTurns, AThreadAlsoHoldsTheMirrorImagesOfTheseRings) {
     HeldRun run(mirroredHills(), 100, true);
     ASSERT_TRUE(run.pm().m_handleSymmetry_internal);
     const auto& pairing = run.mesh().symmetryCache.pairing;
@@ -220,12 +221,12 @@ TEST_F(MultiThreadTurns, AThreadHoldsTheMirrorImagesOfTheseRingsToo) {
         EXPECT_EQ(run.pm().lockedVertices.Test(v), rings.count(v) != 0) << v;
 }
 
-TEST_F(MultiThreadTurns, AHeldVertexStaysQueuedAndIsPassedOverUntilItsThreadCommits) {
+TEST_F(MultiThreadTurns, AHeldVertexStaysQueuedButSkippedUntilItsThreadCommits) {
     HeldRun run(bumpyBall(), 200);
     const std::int32_t first = run.pm().costQueue.Top();
     const std::set<std::int32_t> held = closedRings(run.mesh(), first);
     EXPECT_TRUE(run.startAndHold());
-    // The cheapest one that has nothing in common with it.
+    // The cheapest vertex whose rings share nothing with it.
     std::int32_t next = kNone;
     for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v) {
         const auto costOf = [&](std::int32_t vertex) {
@@ -261,7 +262,7 @@ TEST_F(MultiThreadTurns, NoVertexCollapsesTwice) {
     EXPECT_EQ(collapsed.size(), 258 - run.mesh().numActiveVertices);
 }
 
-TEST_F(MultiThreadTurns, WhereAllIsHeldAThreadLeavesAndAnotherFinishes) {
+TEST_F(MultiThreadTurns, IfAllIsHeldAThreadLeavesAndAnotherFinishes) {
     HeldRun run(test::octahedron(), 4);
     EXPECT_TRUE(run.startAndHold());
     EXPECT_FALSE(run.startAndHold());
@@ -273,7 +274,7 @@ TEST_F(MultiThreadTurns, WhereAllIsHeldAThreadLeavesAndAnotherFinishes) {
     EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
 }
 
-// A hub whose neighbours are all there is, of costs over many buckets.
+// A hub adjacent to all other vertices, with costs that span many buckets.
 DMesh unevenFan(std::uint32_t count) {
     test::Points points{{0, 0, 1}};
     test::Faces faces;
@@ -286,7 +287,7 @@ DMesh unevenFan(std::uint32_t count) {
     return test::buildMesh(points, faces);
 }
 
-TEST_F(MultiThreadTurns, WhereAllIsHeldAThreadAsksForEachVertexOnce) {
+TEST_F(MultiThreadTurns, IfAllIsHeldAThreadAsksForEachVertexOnce) {
     constexpr std::uint32_t kRim = 3000;
     HeldRun run(unevenFan(kRim), 2900);
     ASSERT_TRUE(run.startAndHold());
@@ -295,7 +296,7 @@ TEST_F(MultiThreadTurns, WhereAllIsHeldAThreadAsksForEachVertexOnce) {
     EXPECT_LE(run.context(1).statistics.candidates, kRim + 1);
 }
 
-TEST_F(MultiThreadTurns, TurnsInTheMakingAreAllCommittedWhenTheTargetIsReached) {
+TEST_F(MultiThreadTurns, TurnsInProgressAreCommittedAfterTheTargetIsReached) {
     for (const int threads : {2, 4}) {
         HeldRun run(bumpyBall(), 257);
         for (int i = 0; i < threads; ++i)
@@ -307,7 +308,7 @@ TEST_F(MultiThreadTurns, TurnsInTheMakingAreAllCommittedWhenTheTargetIsReached) 
     }
 }
 
-TEST_F(MultiThreadTurns, MirroredPairsInTheMakingAreAllCommittedToo) {
+TEST_F(MultiThreadTurns, MirroredPairsInProgressAreCommittedToo) {
     const DMesh whole = mirroredHills();
     const std::uint32_t count = whole.numActiveVertices;
     HeldRun run(whole, count - 1, true);
@@ -343,7 +344,7 @@ TEST_F(MultiThreadTurns, AfterAStopRequestEachThreadCommitsItsTurnAndLeaves) {
     EXPECT_EQ(test::surfaceOf(run.mesh()), test::surfaceOf(bumpyBall()));
 }
 
-TEST_F(MultiThreadTurns, AfterALackOfMemoryTheOthersCommitTheirTurnsAndLeave) {
+TEST_F(MultiThreadTurns, AfterOneRunsOutTheOthersCommitTheirTurnsAndLeave) {
     HeldRun run(bumpyBall(), 20);
     for (int i = 0; i < 3; ++i)
         EXPECT_TRUE(run.startAndHold());
@@ -360,7 +361,7 @@ TEST_F(MultiThreadTurns, AfterALackOfMemoryTheOthersCommitTheirTurnsAndLeave) {
     EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
 }
 
-TEST_F(MultiThreadTurns, ThePairingOfAVertexIsReadOnlyOnceItsRingIsFree) {
+TEST_F(MultiThreadTurns, AVertexsPairingIsReadOnlyOnceItsRingIsFree) {
     HeldRun run(mirroredHills(), 100, true);
     ASSERT_TRUE(run.pm().m_handleSymmetry_internal);
     EXPECT_TRUE(run.startAndHold());
@@ -369,8 +370,8 @@ TEST_F(MultiThreadTurns, ThePairingOfAVertexIsReadOnlyOnceItsRingIsFree) {
     for (std::int32_t v = 0; v < run.mesh().vertexCount(); ++v) {
         if (run.pm().lockedVertices.Test(v)) rings.insert(v);
     }
-    // The thread that holds them may be changing the pairing of those it holds. A look at any but
-    // its own two leads out of the mesh, which would end this test.
+    // The holding thread may be changing the pairing of any vertex it holds. Every pairing but
+    // those of its own two ends now leads out of the mesh, so reading one would crash this test.
     constexpr std::int32_t kFarAway = 1 << 30;
     const std::int32_t kept = run.mesh().vertices[static_cast<std::size_t>(held)].partner;
     std::vector<std::int32_t>& pairing = run.mesh().symmetryCache.pairing;
@@ -398,7 +399,7 @@ TEST_F(MultiThreadTurns, ThePairingOfAVertexIsReadOnlyOnceItsRingIsFree) {
     run.pm().costQueue.Insert(held);
 }
 
-TEST_F(MultiThreadTurns, ThreadsThatWaitWhileAnotherFindsNoMemoryPickNothing) {
+TEST_F(MultiThreadTurns, ThreadsWaitingWhileAnotherRunsOutPickNothing) {
     for (int i = 0; i < 60; ++i) {
         HeldRun run(bumpyBall(), 20);
         run.runOneMoreWithoutMemoryWhileOthersWait();
@@ -410,11 +411,12 @@ TEST_F(MultiThreadTurns, ThreadsThatWaitWhileAnotherFindsNoMemoryPickNothing) {
     }
 }
 
-TEST_F(MultiThreadTurns, BitsThatShareAByteBothSurvive) {
+TEST_F(MultiThreadTurns, BitsThatShareAByteDoNotOverwriteEachOther) {
     HeldRun run(twoOctahedra(), 11);
     EXPECT_TRUE(run.startAndHold());
     EXPECT_TRUE(run.startAndHold());
-    EXPECT_EQ(run.mesh().vertexActive.CountSet(), 12) << "none may go before the section is free";
+    EXPECT_EQ(run.mesh().vertexActive.CountSet(), 12)
+        << "none may become inactive before the section is free";
     std::int32_t a = kNone;
     std::int32_t b = kNone;
     {
@@ -429,7 +431,7 @@ TEST_F(MultiThreadTurns, BitsThatShareAByteBothSurvive) {
     EXPECT_TRUE(test::isSound(run.mesh()));
 }
 
-TEST_F(MultiThreadTurns, AVertexWithoutALivingPartnerLeavesTheQueueInSilence) {
+TEST_F(MultiThreadTurns, AVertexWithoutALivingPartnerIsDroppedSilently) {
     for (const bool partnerIsGone : {false, true}) {
         HeldRun run(bumpyBall(), 100);
         const std::int32_t v = run.pm().costQueue.Top();
@@ -446,13 +448,13 @@ TEST_F(MultiThreadTurns, AVertexWithoutALivingPartnerLeavesTheQueueInSilence) {
         EXPECT_TRUE(run.mesh().vertexActive.Test(v));
         EXPECT_FALSE(run.pm().costQueue.isQueued(v));
         EXPECT_EQ(record.cost, cost) << "not penalized";
-        EXPECT_EQ(run.context(0).statistics.turns, 2U) << "and the one that finds nothing";
+        EXPECT_EQ(run.context(0).statistics.turns, 2U) << "plus the turn that finds nothing";
         EXPECT_EQ(run.pm().vsplitList.NumVtxSplit(), 0U);
         EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
     }
 }
 
-TEST_F(MultiThreadTurns, OfTwoEntriesOfOneVertexTheLaterOneHolds) {
+TEST_F(MultiThreadTurns, TheLaterOfTwoEntriesOfAVertexHolds) {
     HeldRun run(bumpyBall(), 257);
     ASSERT_TRUE(run.startAndHold());
     std::vector<std::int32_t> others;
@@ -474,7 +476,7 @@ TEST_F(MultiThreadTurns, OfTwoEntriesOfOneVertexTheLaterOneHolds) {
     EXPECT_EQ(run.mesh().vertices[static_cast<std::size_t>(in)].partner, out);
 }
 
-TEST_F(MultiThreadTurns, AThreadThatMeetsARefusedVertexLeavesIt) {
+TEST_F(MultiThreadTurns, AThreadLeavesARefusedVertexAlone) {
     HeldRun run(bumpyBall(), 100);
     for (const bool finishStep : {false, true}) {
         run.pm().AllowFinishStep = finishStep;
@@ -492,7 +494,7 @@ TEST_F(MultiThreadTurns, AThreadThatMeetsARefusedVertexLeavesIt) {
     }
 }
 
-TEST_F(MultiThreadTurns, ProgressIsShownEvery5000TurnsOfAllThreadsTogether) {
+TEST_F(MultiThreadTurns, ProgressIsShownEvery5000TurnsOfAllThreads) {
     const test::HostedProgress host;
     HeldRun run(bumpyBall(), 100);
     ASSERT_TRUE(progressChannel().BeginSubTask("processing", 258));
@@ -507,11 +509,12 @@ TEST_F(MultiThreadTurns, ProgressIsShownEvery5000TurnsOfAllThreadsTogether) {
 }
 
 TEST_F(MultiThreadTurns, ProgressCountsRefusedTurnsToo) {
-    // Two triangles back to back: nothing of them may collapse.
+    // Two triangles back to back: no collapse of theirs is allowed.
     HeldRun run(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0.5F}}, {{0, 1, 2}, {1, 0, 2}}), 0);
     run.runOneMore();
     EXPECT_EQ(run.mesh().numActiveVertices, 3U);
-    EXPECT_EQ(run.shared().progressCount, 4U) << "three refusals, and the turn that meets them";
+    EXPECT_EQ(run.shared().progressCount, 4U)
+        << "three refusals, plus the turn that finds only those";
 }
 
 }  // namespace

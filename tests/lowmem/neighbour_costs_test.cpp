@@ -55,8 +55,8 @@ struct Queued {
     }
 };
 
-// The costs around a vertex, told again without slots: quadrics of the kept vertex, its ring and
-// its outer ring from the triangles that touch the kept vertex or the outer ring.
+// Computes the costs around a vertex again without slots: the quadrics of the kept vertex, its ring
+// and its outer ring come from the triangles that touch the kept vertex or the outer ring.
 template <typename Metric>
 class Slowly {
 public:
@@ -125,7 +125,7 @@ private:
 };
 
 template <typename Metric>
-void expectAsTold(Queued<Metric>& m) {
+void expectReferenceCosts(Queued<Metric>& m) {
     for (std::int32_t kept = 0; kept < m.pm.mesh.vertexCount(); ++kept) {
         const Slowly<Metric> expected(m.pm, kept);
         m.update(kept);
@@ -138,21 +138,22 @@ void expectAsTold(Queued<Metric>& m) {
 }
 
 template <typename Metric>
-void expectAsTold(DMesh mesh) {
+void expectReferenceCosts(DMesh mesh) {
     Queued<Metric> m(std::move(mesh));
-    expectAsTold(m);
+    expectReferenceCosts(m);
 }
 
-TEST(UpdateNeighbourCosts, RanksTheKeptVertexAndItsRingByQuadricsBuiltAnew) {
-    expectAsTold<PlainMetric>(hillyGrid());
-    expectAsTold<PlainMetric>(test::sphere(2));
+TEST(UpdateNeighbourCosts, RanksTheKeptVertexAndItsRingByFreshQuadrics) {
+    expectReferenceCosts<PlainMetric>(hillyGrid());
+    expectReferenceCosts<PlainMetric>(test::sphere(2));
 }
 
 TEST(UpdateNeighbourCosts, DoesTheSameWithColours) {
-    expectAsTold<ColorMetric>(test::colorfulBall());
+    expectReferenceCosts<ColorMetric>(test::colorfulBall());
 }
 
-// Flat at a height of a third, where errors are rounding and of either sign, then hilly.
+// Flat in one half, at a height of a third, where errors are rounding errors of either sign; hilly
+// in the other half.
 DMesh halfFlatGrid() {
     return test::grid(8, 8, [](std::uint32_t c, std::uint32_t r) {
         return c < 5 ? 1.0F / 3.0F : test::hills(c, r);
@@ -160,26 +161,26 @@ DMesh halfFlatGrid() {
 }
 
 TEST(UpdateNeighbourCosts, DoesTheSameWhereCollapsesCostNothing) {
-    expectAsTold<PlainMetric>(test::grid(8, 8));
-    expectAsTold<PlainMetric>(halfFlatGrid());
+    expectReferenceCosts<PlainMetric>(test::grid(8, 8));
+    expectReferenceCosts<PlainMetric>(halfFlatGrid());
     DMesh tilted = halfFlatGrid();
     for (VertexRecord& vertex : tilted.vertices)
         vertex.setPosition({vertex.x, 0.6F * vertex.y - 0.8F * vertex.z, vertex.z + vertex.y / 7});
-    expectAsTold<PlainMetric>(tilted);
+    expectReferenceCosts<PlainMetric>(tilted);
     DMesh coloured = halfFlatGrid();
     test::addColors(coloured, [](const FloatVec3&) { return test::packColor(10, 20, 30); });
-    expectAsTold<ColorMetric>(coloured);
+    expectReferenceCosts<ColorMetric>(coloured);
 }
 
 TEST(UpdateNeighbourCosts, DoesTheSameWhereFlatGroundWasRefusedBefore) {
     Queued<PlainMetric> m(halfFlatGrid());
     for (std::int32_t v = 0; v < m.pm.mesh.vertexCount(); ++v)
         Penalize(m.pm.mesh, m.pm.costQueue, v);
-    expectAsTold(m);
+    expectReferenceCosts(m);
 }
 
-TEST(UpdateNeighbourCosts, EdgesHeldByASeamAreLeftOut) {
-    // A seam across the grid, with a bend in its middle.
+TEST(UpdateNeighbourCosts, LeavesOutEdgesHeldByASeam) {
+    // A seam across the grid with a bend in the middle.
     Queued<PlainMetric> m(hillyGrid());
     m.pm.m_handleUVs_internal = true;
     m.pm.mesh.uvSeamVertices.Resize(m.pm.mesh.vertexCount(), false);
@@ -187,18 +188,18 @@ TEST(UpdateNeighbourCosts, EdgesHeldByASeamAreLeftOut) {
     for (std::int32_t v = 36; v < 45; ++v)
         m.pm.mesh.uvSeamVertices.Set(v);
     m.pm.mesh.uvSeamCorners.Set(40);
-    expectAsTold(m);
+    expectReferenceCosts(m);
     EXPECT_NE(m.pm.mesh.vertices[40].partner, 39);
     EXPECT_NE(m.pm.mesh.vertices[40].partner, 41);
     EXPECT_NE(m.pm.mesh.vertices[39].partner, 40);
     EXPECT_NE(m.pm.mesh.vertices[41].partner, 40);
 }
 
-TEST(UpdateNeighbourCosts, ATriangleOfRingVerticesAloneIsNotInTheirQuadrics) {
-    // Around vertex 0 of a tetrahedron all others are ring: nobody lists the triangle 1 2 3, and
-    // the edge 1-2 costs as much as if that face were not there.
+TEST(UpdateNeighbourCosts, OmitsTrianglesOfRingVerticesAloneFromTheQuadrics) {
+    // Around vertex 0 of a tetrahedron, all other vertices are ring: the triangle 1 2 3 is not
+    // listed, and the edge 1-2 costs as much as if that face did not exist.
     Queued<PlainMetric> whole(test::tetrahedron());
-    expectAsTold(whole);
+    expectReferenceCosts(whole);
     DMesh open = test::tetrahedron();
     open.triangles.resize(9);
     test::completeMesh(open);
@@ -210,7 +211,7 @@ TEST(UpdateNeighbourCosts, ATriangleOfRingVerticesAloneIsNotInTheirQuadrics) {
         EXPECT_EQ(whole.pm.mesh.vertices[v].cost, without.pm.mesh.vertices[v].cost) << v;
 }
 
-TEST(UpdateNeighbourCosts, TheListsOfTheCollapseStandForTheRing) {
+TEST(UpdateNeighbourCosts, UsesTheListsOfTheCollapseAsTheRing) {
     Queued<PlainMetric> with(hillyGrid());
     Queued<PlainMetric> without(hillyGrid());
     IndexList ring;
@@ -224,7 +225,7 @@ TEST(UpdateNeighbourCosts, TheListsOfTheCollapseStandForTheRing) {
     }
 }
 
-TEST(UpdateNeighbourCosts, QueuesAllItRanksAndNobodyElseChanges) {
+TEST(UpdateNeighbourCosts, QueuesAllItRanksAndChangesNoOtherVertex) {
     Queued<PlainMetric> m(hillyGrid());
     const std::vector<VertexRecord> before(m.pm.mesh.vertices.begin(), m.pm.mesh.vertices.end());
     m.pm.mesh.vertices[40].z += 1;
@@ -240,7 +241,7 @@ TEST(UpdateNeighbourCosts, QueuesAllItRanksAndNobodyElseChanges) {
     }
 }
 
-TEST(UpdateNeighbourCosts, ASlaveIsNeitherRankedNorQueuedButItsNeighboursSeeIt) {
+TEST(UpdateNeighbourCosts, NeitherRanksNorQueuesASlaveButItsNeighboursSeeIt) {
     Queued<PlainMetric> m(hillyGrid());
     IndexList ring;
     GetVertexNeighbours(m.pm.mesh, 40, ring);
@@ -253,7 +254,7 @@ TEST(UpdateNeighbourCosts, ASlaveIsNeitherRankedNorQueuedButItsNeighboursSeeIt) 
     EXPECT_LT(m.pm.mesh.vertices[40].cost, kNotCollapsible);
 }
 
-TEST(UpdateNeighbourCosts, AVertexWithoutTrianglesIsTakenOutAndStaysOut) {
+TEST(UpdateNeighbourCosts, UnqueuesAVertexWithoutTriangles) {
     Queued<PlainMetric> m(
         test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {9, 9, 9}}, {{0, 1, 2}}));
     m.pm.mesh.vertices[3].cost = 1;
@@ -263,7 +264,7 @@ TEST(UpdateNeighbourCosts, AVertexWithoutTrianglesIsTakenOutAndStaysOut) {
     EXPECT_EQ(m.pm.mesh.vertices[3].partner, kNone);
 }
 
-TEST(UpdateNeighbourCosts, ATriangleThatNamesAVertexTwiceMakesNoVertexItsOwnPartner) {
+TEST(UpdateNeighbourCosts, NeverMakesAVertexItsOwnPartner) {
     DMesh mesh = hillyGrid();
     mesh.triangles.insert(mesh.triangles.end(), {40, 41, 41, 40, 40, 31});
     test::completeMesh(mesh);
@@ -276,7 +277,7 @@ TEST(UpdateNeighbourCosts, ATriangleThatNamesAVertexTwiceMakesNoVertexItsOwnPart
     EXPECT_TRUE(m.marksAreClear());
 }
 
-TEST(UpdateNeighbourCosts, TakesCoordinatesThatAreNoNumbers) {
+TEST(UpdateNeighbourCosts, AcceptsCoordinatesThatAreNotFinite) {
     DMesh mesh = hillyGrid();
     mesh.vertices[40].x = std::numeric_limits<float>::quiet_NaN();
     mesh.vertices[30].y = std::numeric_limits<float>::infinity();
@@ -286,7 +287,7 @@ TEST(UpdateNeighbourCosts, TakesCoordinatesThatAreNoNumbers) {
     EXPECT_TRUE(m.marksAreClear());
 }
 
-// A fan of so many triangles around vertex 0.
+// A fan of `spokes` triangles around vertex 0.
 DMesh hub(std::uint32_t spokes) {
     test::Points points{{0, 0, 1}};
     test::Faces faces;
@@ -299,7 +300,7 @@ DMesh hub(std::uint32_t spokes) {
     return test::buildMesh(points, faces);
 }
 
-TEST(UpdateNeighbourCosts, ARingLongerThanTheSlotsRanksAsManyAsFitAndLeavesNoMark) {
+TEST(UpdateNeighbourCosts, RanksOnlyTheVerticesThatFitTheSlots) {
     DMesh mesh = hub(70000);
     ProgressiveMesh pm;
     test::prepareUnranked(pm, std::move(mesh));

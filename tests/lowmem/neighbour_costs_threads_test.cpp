@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The cost update of a thread beside that of the driver that is alone on the mesh: what the one
-// records is what the other writes.
+// The cost update of a thread compared with that of the single-threaded driver: one records what
+// the other writes.
 #include "lowmem/neighbour_costs.h"
 
 #include "decimation/collapse.h"
@@ -44,7 +44,7 @@ MeshPtr ranked(DMesh mesh, Set set) {
 
 void asItIs(ProgressiveMesh&) {}
 
-// What one thread needs to update costs.
+// What a thread needs to update costs.
 template <typename Metric>
 struct Thread {
     ThreadContext context;
@@ -66,7 +66,7 @@ struct Thread {
     }
 };
 
-// The same mesh twice: `one` for the driver that is alone, `many` for a thread of several.
+// The same mesh twice: `one` for the single-threaded driver, `many` for one of several threads.
 template <typename Metric>
 class Twins {
 public:
@@ -77,7 +77,7 @@ public:
     }
     explicit Twins(const DMesh& mesh) : Twins(mesh, asItIs) {}
 
-    // `collapse` is the one that left `kept`, or empty.
+    // `collapse` is the collapse that kept `kept`, or empty.
     void updateAround(std::int32_t kept, const CollapseRecord& collapse = {}) {
         const test::Words before = test::stateOf(*many);
         thread_.record().clear();
@@ -97,7 +97,7 @@ public:
         EXPECT_TRUE(test::stateOf(*many) == test::stateOf(*one)) << "around " << kept;
     }
 
-    // The next collapse of the queue, on both; false at the end.
+    // Performs the next collapse of the queue on both meshes; returns false at the end.
     bool collapseNext() {
         const std::int32_t v = one->costQueue.Top();
         EXPECT_EQ(many->costQueue.Top(), v);
@@ -171,7 +171,7 @@ DMesh hillyGrid() {
     return mesh;
 }
 
-TEST_F(NeighbourCostsOnThreads, AreThoseOfTheDriverThatIsAlone) {
+TEST_F(NeighbourCostsOnThreads, AreThoseOfTheSingleThreadedDriver) {
     for (const DMesh& mesh : {hillyGrid(), test::sphere(2), test::tetrahedron()}) {
         Twins<PlainMetric> twins(mesh);
         expectAlikeEverywhere(twins);
@@ -185,7 +185,7 @@ TEST_F(NeighbourCostsOnThreads, StayAlikeFromCollapseToCollapse) {
     }
 }
 
-TEST_F(NeighbourCostsOnThreads, AreAlikeByTheColourMetric) {
+TEST_F(NeighbourCostsOnThreads, AreAlikeWithTheColourMetric) {
     Twins<ColorMetric> made(test::colorfulBall());
     expectAlikeEverywhere(made);
     Twins<ColorMetric> real(test::sample("spot-colored.Vok"));
@@ -235,8 +235,8 @@ TEST_F(NeighbourCostsOnThreads, ASlaveGetsAnEntryWithoutACost) {
     EXPECT_GT(slaves, 0);
 }
 
-TEST_F(NeighbourCostsOnThreads, StoredCostsAreNotLookedAt) {
-    // Lower than any that could be found.
+TEST_F(NeighbourCostsOnThreads, DoNotDependOnStoredCosts) {
+    // The stored costs are lower than any that could be found.
     Twins<PlainMetric> twins(hillyGrid());
     for (const MeshPtr* pm : {&twins.one, &twins.many}) {
         for (std::int32_t v = 0; v < (*pm)->mesh.vertexCount(); ++v) {
@@ -250,16 +250,16 @@ TEST_F(NeighbourCostsOnThreads, StoredCostsAreNotLookedAt) {
     EXPECT_GT(twins.many->mesh.vertices[40].cost, 0.0F);
 }
 
-TEST_F(NeighbourCostsOnThreads, OfASecondCollapseComeBehindThoseOfTheFirst) {
+TEST_F(NeighbourCostsOnThreads, OfASecondCollapseFollowThoseOfTheFirst) {
     const MeshPtr pm = ranked<PlainMetric>(hillyGrid(), asItIs);
     CriticalSections sections;
-    // Their rings overlap, so that some vertices are in both.
+    // The two rings overlap, so some vertices are in both.
     Thread<PlainMetric> first(*pm);
     Thread<PlainMetric> second(*pm);
     Thread<PlainMetric> both(*pm);
     first.update(*pm, 40, sections);
     second.update(*pm, 42, sections);
-    both.record().appendUpdate(3, 7, 8);  // of a refusal earlier in the turn
+    both.record().appendUpdate(3, 7, 8);  // from a refusal earlier in the turn
     both.update(*pm, 40, sections);
     both.update(*pm, 42, sections);
 
@@ -276,7 +276,7 @@ TEST_F(NeighbourCostsOnThreads, OfASecondCollapseComeBehindThoseOfTheFirst) {
     EXPECT_EQ(both.record().updatePartners, expected.record().updatePartners);
 }
 
-TEST_F(NeighbourCostsOnThreads, AVertexWithoutTrianglesIsRecordedAsNotCollapsible) {
+TEST_F(NeighbourCostsOnThreads, RecordAVertexWithoutTrianglesAsNotCollapsible) {
     const MeshPtr pm = ranked<PlainMetric>(
         test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {9, 9, 9}}, {{0, 1, 2}}), asItIs);
     Thread<PlainMetric> thread(*pm);
@@ -287,7 +287,7 @@ TEST_F(NeighbourCostsOnThreads, AVertexWithoutTrianglesIsRecordedAsNotCollapsibl
     EXPECT_EQ(thread.record().updatePartners, IndexList{kNone});
 }
 
-// All entries for all vertices, one after the other.
+// The entries for all vertices, one after the other.
 ThreadWorkRecord updateEverywhere(ProgressiveMesh& pm, CriticalSections& sections) {
     Thread<PlainMetric> thread(pm);
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v)
@@ -295,7 +295,7 @@ ThreadWorkRecord updateEverywhere(ProgressiveMesh& pm, CriticalSections& section
     return thread.record();
 }
 
-TEST_F(NeighbourCostsOnThreads, ThreadsThatRankAtOnceDoNotDisturbEachOther) {
+TEST_F(NeighbourCostsOnThreads, AreRankedBySeveralThreadsWithoutInterference) {
     DMesh mesh = hillyGrid();
     test::addCornerUVs(mesh, [](std::uint32_t triangle) { return triangle % 16 < 6 ? 0 : 1; });
     const MeshPtr pm = ranked<PlainMetric>(mesh, asItIs);
@@ -311,7 +311,7 @@ TEST_F(NeighbourCostsOnThreads, ThreadsThatRankAtOnceDoNotDisturbEachOther) {
     EXPECT_TRUE(test::stateOf(*pm) == before);
 }
 
-TEST_F(NeighbourCostsOnThreads, ASeamIsReadAsTheThreadThatIsMovingItLeavesIt) {
+TEST_F(NeighbourCostsOnThreads, WaitForAThreadThatIsMovingASeam) {
     DMesh mesh = hillyGrid();
     test::addCornerUVs(mesh);
     const MeshPtr pm = ranked<PlainMetric>(mesh, asItIs);
@@ -350,13 +350,13 @@ TEST_F(NeighbourCostsOnThreads, ASeamIsReadAsTheThreadThatIsMovingItLeavesIt) {
     EXPECT_EQ(found, expected);
 }
 
-TEST_F(NeighbourCostsOnThreads, WithoutUVsNobodyWaitsForTheSeams) {
+TEST_F(NeighbourCostsOnThreads, DoNotWaitForSeamsWithoutUVs) {
     const MeshPtr pm = ranked<PlainMetric>(hillyGrid(), asItIs);
     ASSERT_FALSE(pm->m_handleUVs_internal);
     CriticalSections sections;
     const std::lock_guard inside(sections.csUvSeams);
     Thread<PlainMetric> thread(*pm);
-    thread.update(*pm, 40, sections);  // would wait for ever
+    thread.update(*pm, 40, sections);  // would block for ever if it waited
     EXPECT_FALSE(thread.record().updateVertices.empty());
 }
 

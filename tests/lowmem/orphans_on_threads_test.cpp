@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Without ProtectTopology a collapse may take the last triangle of a third vertex. A thread that
-// collapses has no right to the queue, so that this vertex stays until it is picked itself, and
-// then goes nowhere.
+// Without ProtectTopology, a collapse may remove the last triangle of a third vertex. A thread that
+// collapses must not touch the queue, so this vertex stays queued until it is picked itself, and is
+// then dropped or refused.
 #include "lowmem/thread_loop.h"
 
 #include "decimation/initial_edges.h"
@@ -16,7 +16,7 @@
 namespace korvalite {
 namespace {
 
-// 4 x 4 squares, and a triangle v u x that hangs at nothing, or at vertex 0 as its u.
+// 4 x 4 squares, and a triangle v u x that is detached, or attached by its u to vertex 0.
 struct Hanging {
     ProgressiveMesh pm;
     ThreadContext context;
@@ -68,7 +68,7 @@ TEST_F(OrphansOnThreads, StayActiveAndQueuedUntilTheyArePicked) {
     EXPECT_TRUE(test::isSound(h.pm.mesh));
 }
 
-TEST_F(OrphansOnThreads, AreDroppedAtTheirPickIfTheirPartnerIsGone) {
+TEST_F(OrphansOnThreads, AreDroppedWhenPickedIfTheirPartnerIsGone) {
     Hanging h(false);
     h.queue(h.v, 0, h.u);
     h.queue(h.x, 1, h.v);

@@ -26,7 +26,7 @@ struct QuadricsOnDemandTest : ::testing::Test {
     ProgressiveMesh pm;
     NeighbourhoodMarks marks;
     QuadricsOnDemand<CountingMetric> quadrics;
-    // In an order of their own; the vertices from 20 on have no slot.
+    // The order is arbitrary; the vertices from 20 on have no slot.
     const IndexList listed{9, 2, 31, 4, 18, 17, 3, 11, 24, 10, 0, 12};
     static constexpr std::uint16_t kSlots = 20;
 
@@ -52,7 +52,7 @@ struct QuadricsOnDemandTest : ::testing::Test {
     }
 };
 
-TEST_F(QuadricsOnDemandTest, HaveTheBitsOfSummingAllAtOnce) {
+TEST_F(QuadricsOnDemandTest, MatchSummingAllAtOnceBitForBit) {
     const auto sums = summedAtOnce();
     prepare();
     constexpr std::array<std::uint16_t, 8> kOrder{19, 0, 7, 7, 3, 12, 1, 18};
@@ -60,12 +60,12 @@ TEST_F(QuadricsOnDemandTest, HaveTheBitsOfSummingAllAtOnce) {
         EXPECT_EQ(quadrics.of(pm, slot).q, sums[slot].q) << slot;
 }
 
-TEST_F(QuadricsOnDemandTest, OnlyTheTrianglesAskedForAreComputedAndOnlyOnce) {
+TEST_F(QuadricsOnDemandTest, ComputeOnlyRequestedTrianglesAndOnlyOnce) {
     prepare();
     EXPECT_EQ(CountingMetric::triangles, 0);
     const std::uint16_t slotOfVertex0 = kSlots - 1;
     quadrics.of(pm, slotOfVertex0);
-    EXPECT_EQ(CountingMetric::triangles, 1);  // of its two, triangle 1 is not listed
+    EXPECT_EQ(CountingMetric::triangles, 1);  // triangle 1, its other one, is not listed
     for (int round = 0; round < 3; ++round) {
         for (std::uint16_t slot = 0; slot < kSlots; ++slot)
             quadrics.of(pm, slot);

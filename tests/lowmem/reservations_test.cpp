@@ -46,7 +46,7 @@ Vertices heldIn(const ProgressiveMesh& pm) {
     return held;
 }
 
-// The vertices themselves and those of all triangles that name one of them.
+// The vertices themselves and the vertices of all triangles that name one of them.
 Vertices closedRings(const DMesh& mesh, const Vertices& centres) {
     Vertices rings = centres;
     for (std::size_t t = 0; t < mesh.triangles.size(); t += 3) {
@@ -89,7 +89,7 @@ TEST(Reservations, TakeTheRingsOfTheMirrorEndsToo) {
         EXPECT_EQ(held.count(m.image(vertex)), 1U) << vertex;
 }
 
-TEST(Reservations, MirrorRingsThatOverlapOnThePlaneAreOneReservation) {
+TEST(Reservations, OverlappingMirrorRingsAreOneReservation) {
     test::MirroredGrid m;
     m.pm.lockedVertices.Reset(m.pm.mesh.vertexCount());
     Reservations reservations(m.pm);
@@ -108,7 +108,7 @@ TEST(Reservations, AVertexWithoutTrianglesIsHeldAlone) {
     EXPECT_EQ(heldIn(board.pm), Vertices{3});
 }
 
-TEST(Reservations, OneVertexThatIsHeldRefusesTheWholeAndNothingElseIsHeld) {
+TEST(Reservations, OneHeldVertexRefusesTheWhole) {
     Board board;
     for (const std::int32_t taken : closedRings(board.pm.mesh, {at(2, 2), at(3, 2)})) {
         Reservations reservations(board.pm);
@@ -116,12 +116,12 @@ TEST(Reservations, OneVertexThatIsHeldRefusesTheWholeAndNothingElseIsHeld) {
         EXPECT_FALSE(reservations.hold({at(2, 2), at(3, 2)})) << taken;
         EXPECT_EQ(heldIn(board.pm), Vertices{taken});
         reservations.releaseAll();
-        EXPECT_EQ(heldIn(board.pm), Vertices{taken}) << "it is not ours to release";
+        EXPECT_EQ(heldIn(board.pm), Vertices{taken}) << "another thread's vertex";
         board.pm.lockedVertices.Clear(taken);
     }
 }
 
-TEST(Reservations, AHeldVertexBesideTheRingsIsNoConflict) {
+TEST(Reservations, AHeldVertexNextToTheRingsDoesNotConflict) {
     Board board;
     const Vertices rings = closedRings(board.pm.mesh, {at(2, 2), at(3, 2)});
     Reservations reservations(board.pm);
@@ -136,7 +136,7 @@ TEST(Reservations, ARefusedNeighbourhoodIsNotReleasedWithTheNextOne) {
     Reservations others(board.pm);
     Reservations own(board.pm);
     ASSERT_TRUE(others.hold({at(4, 4)}));
-    // Both centres and the ring of the first are free, the ring of the second is not.
+    // Both centres and the ring of the first are free; the ring of the second is not.
     EXPECT_FALSE(own.hold({at(1, 1), at(2, 3)}));
     Reservations third(board.pm);
     ASSERT_TRUE(third.hold({at(1, 1)}));
@@ -147,7 +147,7 @@ TEST(Reservations, ARefusedNeighbourhoodIsNotReleasedWithTheNextOne) {
     EXPECT_EQ(heldIn(board.pm), expected);
 }
 
-TEST(Reservations, ReleaseAllFreesAllThatOverlapsAndNothingOfOthers) {
+TEST(Reservations, ReleaseAllFreesOverlapsButNothingOfOthers) {
     Board board;
     Reservations first(board.pm);
     Reservations second(board.pm);
@@ -160,7 +160,7 @@ TEST(Reservations, ReleaseAllFreesAllThatOverlapsAndNothingOfOthers) {
     EXPECT_TRUE(second.hold({at(1, 1), at(2, 2), at(1, 2)}));
 }
 
-TEST(Reservations, WhatWasReleasedBelongsToTheNextHolder) {
+TEST(Reservations, ReleasedVerticesBelongToTheNextHolder) {
     Board board;
     Reservations own(board.pm);
     Reservations others(board.pm);
@@ -172,7 +172,7 @@ TEST(Reservations, WhatWasReleasedBelongsToTheNextHolder) {
     EXPECT_EQ(heldIn(board.pm), closedRings(board.pm.mesh, {at(2, 2)}));
 }
 
-TEST(Reservations, WhatOneThreadHoldsIsHeldForAll) {
+TEST(Reservations, AVertexHeldByOneThreadIsHeldForAll) {
     Board board;
     Reservations own(board.pm);
     const Reservations others(board.pm);
@@ -185,8 +185,8 @@ TEST(Reservations, WhatOneThreadHoldsIsHeldForAll) {
     EXPECT_FALSE(others.isHeld(at(3, 3)));
 }
 
-// A hub, a rim of `count` vertices, and a ring of as many around the rim:
-// vertex 0, then 1 .. count, then count + 1 .. 2 * count.
+// A hub, a rim of `count` vertices, and an outer ring of as many vertices: vertex 0, then 1 ..
+// count, then count + 1 .. 2 * count.
 DMesh wheel(std::uint32_t count) {
     test::Points points{{0, 0, 1}};
     test::Faces faces;
@@ -208,7 +208,7 @@ DMesh wheel(std::uint32_t count) {
 
 constexpr std::int32_t kSpokes = 2000;
 
-TEST(Reservations, WhatWasGatheredAndNeverHeldIsNotReleased) {
+TEST(Reservations, GatheredVerticesNeverHeldAreNotReleased) {
     Board board;
     Reservations own(board.pm);
     Reservations others(board.pm);
@@ -218,7 +218,7 @@ TEST(Reservations, WhatWasGatheredAndNeverHeldIsNotReleased) {
     EXPECT_EQ(heldIn(board.pm), closedRings(board.pm.mesh, {at(2, 2)}));
 }
 
-TEST(Reservations, WhatIsGatheredInTwoStepsIsHeldTogether) {
+TEST(Reservations, VerticesGatheredInTwoStepsAreHeldTogether) {
     Board board(wheel(kSpokes));
     Reservations own(board.pm);
     own.beginPick();
@@ -231,11 +231,11 @@ TEST(Reservations, WhatIsGatheredInTwoStepsIsHeldTogether) {
     EXPECT_EQ(board.pm.lockedVertices.CountSet(), 0);
 }
 
-TEST(Reservations, ABlockedHubIsWalkedOnceInAPickAndNotForEachOfItsSpokes) {
+TEST(Reservations, ABlockedHubIsWalkedOncePerPick) {
     Board board(wheel(kSpokes));
     Reservations others(board.pm);
     Reservations own(board.pm);
-    ASSERT_TRUE(others.hold({kSpokes + kSpokes / 2})) << "two of the rim belong to its ring";
+    ASSERT_TRUE(others.hold({kSpokes + kSpokes / 2})) << "its ring contains two rim vertices";
     own.beginPick();
     for (std::int32_t spoke = 1; spoke <= kSpokes; ++spoke)
         EXPECT_FALSE(own.hold({spoke, 0})) << spoke;
@@ -245,7 +245,7 @@ TEST(Reservations, ABlockedHubIsWalkedOnceInAPickAndNotForEachOfItsSpokes) {
     EXPECT_TRUE(own.hold({1, 0})) << "the next pick looks again";
 }
 
-TEST(Reservations, AFreeHubIsNotWalkedForEachSpokeWhereSomethingElseIsHeld) {
+TEST(Reservations, AFreeHubIsNotWalkedForEachBlockedSpoke) {
     Board board(wheel(kSpokes));
     board.pm.lockedVertices.Set(kSpokes + 1);
     Reservations own(board.pm);
@@ -257,15 +257,15 @@ TEST(Reservations, AFreeHubIsNotWalkedForEachSpokeWhereSomethingElseIsHeld) {
     EXPECT_LT(own.lookCount(), 200U * kSpokes);
 }
 
-TEST(Reservations, ThreadsThatHoldAtOnceNeverMeet) {
-    // Vertical edges of 10 x 10 squares.
+TEST(Reservations, ThreadsNeverHoldTheSameVertex) {
+    // The vertical edges of 10 x 10 squares.
     constexpr std::int32_t kInRow = 11;
     Board board(test::grid(10, 10));
     std::vector<Vertices> rings;
     for (std::int32_t v = 0; v < 10 * kInRow; ++v)
         rings.push_back(closedRings(board.pm.mesh, {v, v + kInRow}));
     CriticalSection section;
-    std::vector<std::size_t> owner(board.pm.mesh.vertices.size());  // written by holders alone
+    std::vector<std::size_t> owner(board.pm.mesh.vertices.size());  // written by holders only
     test::onThreads(4, [&](std::size_t thread) {
         test::Random random(static_cast<std::uint32_t>(thread));
         Reservations reservations(board.pm);
@@ -292,7 +292,7 @@ class ReservationsAfterARun : public test::DecimationTest {
 protected:
     ~ReservationsAfterARun() override { progressChannel().EndMainTask(); }
 
-    // Ready for the launch, on several threads.
+    // Ready to launch several threads.
     static test::MeshPtr initialized(DMesh mesh, std::uint32_t target) {
         test::MeshPtr pm = test::prepared(std::move(mesh));
         pm->NumThread = 4;
@@ -307,19 +307,19 @@ protected:
     }
 };
 
-TEST_F(ReservationsAfterARun, NoneIsLeftWhereTheTargetWasReached) {
+TEST_F(ReservationsAfterARun, NoneIsLeftWhenTheTargetWasReached) {
     const test::MeshPtr pm = initialized(test::sphere(4), 200);
     expectNoneHeldAfter(*pm);
     EXPECT_LE(pm->mesh.numActiveVertices, 200U);
 }
 
-TEST_F(ReservationsAfterARun, NoneIsLeftWhereNothingCouldCollapseAnyMore) {
+TEST_F(ReservationsAfterARun, NoneIsLeftWhenNothingMoreCouldCollapse) {
     const test::MeshPtr pm = initialized(test::sphere(3), 0);
     expectNoneHeldAfter(*pm);
     EXPECT_GT(pm->mesh.numActiveVertices, 0U);
 }
 
-TEST_F(ReservationsAfterARun, NoneIsLeftWhereASymmetricPairWasRefused) {
+TEST_F(ReservationsAfterARun, NoneIsLeftWhenASymmetricPairWasRefused) {
     test::MeshPtr pm = test::prepared(test::ballWithADoubledTriangle());
     test::askForSymmetry(*pm, 0);
     pm->NumThread = 4;
@@ -335,7 +335,7 @@ TEST_F(ReservationsAfterARun, NoneIsLeftAfterAStopRequest) {
     EXPECT_EQ(pm->mesh.numActiveVertices, 258U);
 }
 
-// Leaves memory for a reservation and not for its costs, from when all threads are up.
+// From the moment all threads are up, leaves memory for a reservation but not for its costs.
 class TakeMemory : public StepObserver {
 public:
     void step(int number) override {
@@ -344,7 +344,7 @@ public:
     std::optional<test::AllocationLimit> limit;
 };
 
-TEST_F(ReservationsAfterARun, NoneIsLeftWhereAThreadFoundNoMemory) {
+TEST_F(ReservationsAfterARun, NoneIsLeftWhenAThreadRanOutOfMemory) {
     const test::MeshPtr pm = initialized(test::sphere(4), 0);
     TakeMemory observer;
     pm->observer = &observer;

@@ -26,14 +26,14 @@ protected:
     }
 };
 
-TEST_F(RunDecimationTest, EachTradeOffHasItsDriverAndTheRestDoNothing) {
+TEST_F(RunDecimationTest, EachTradeOffHasItsDriverAndOthersDoNothing) {
     for (const std::int32_t driver : {0, 1, 4})
         EXPECT_EQ(run(test::sphere(3), driver)->mesh.numActiveVertices, 100U) << driver;
     for (const std::int32_t driver : {3, 5, 6, -1})
         EXPECT_EQ(run(test::sphere(3), driver)->mesh.numActiveVertices, 258U) << driver;
 }
 
-TEST_F(RunDecimationTest, WithoutADriverTheMeshIsClosedAllTheSame) {
+TEST_F(RunDecimationTest, FinishesTheMeshEvenWithoutADriver) {
     const MeshPtr pm = run(test::sphere(3), MEMSPEED_TRADEOFF_AUTO);
     EXPECT_TRUE(pm->IsReordered);
     EXPECT_TRUE(pm->IsCleaned);
@@ -41,7 +41,7 @@ TEST_F(RunDecimationTest, WithoutADriverTheMeshIsClosedAllTheSame) {
     EXPECT_EQ(pm->askedNumItem, 100);  // no driver has cleared it
 }
 
-TEST_F(RunDecimationTest, NotesWhatWasReachedWhileTheDriverForgetsWhatWasAsked) {
+TEST_F(RunDecimationTest, NotesTheResultWhileTheDriverClearsTheRequest) {
     const MeshPtr pm = run(test::sphere(3), MEMSPEED_TRADEOFF_LOW_MEM);
     EXPECT_EQ(pm->finalDecimNumItem, 100);
     EXPECT_EQ(pm->askedNumItem, kNone);
@@ -60,10 +60,11 @@ TEST_F(RunDecimationTest, SeveralThreadsReachTheSameTarget) {
     const MeshPtr pm = run(test::sphere(3), MEMSPEED_TRADEOFF_LOW_MEM_MT);
     EXPECT_EQ(pm->threadContexts.size(), 2U);
     EXPECT_LE(pm->mesh.numActiveVertices, pm->TargetNumItem);
-    EXPECT_GE(pm->mesh.numActiveVertices + 2, pm->TargetNumItem) << "a turn of each in the making";
+    EXPECT_GE(pm->mesh.numActiveVertices + 2, pm->TargetNumItem)
+        << "each thread may have a turn in progress";
 }
 
-TEST_F(RunDecimationTest, ColoursAreUsedOnlyWithOnePerVertex) {
+TEST_F(RunDecimationTest, UsesColoursOnlyIfEachVertexHasOne) {
     DMesh ball = test::sphere(3);
     test::addColors(ball, [](const FloatVec3&) { return test::packColor(1, 2, 3); });
     EXPECT_TRUE(run(ball, MEMSPEED_TRADEOFF_LOW_MEM)->m_useVertexColors_internal);
@@ -71,7 +72,7 @@ TEST_F(RunDecimationTest, ColoursAreUsedOnlyWithOnePerVertex) {
     EXPECT_FALSE(run(ball, MEMSPEED_TRADEOFF_LOW_MEM)->m_useVertexColors_internal);
 }
 
-TEST_F(RunDecimationTest, ASecondRunGoesOnWhereTheFirstEnded) {
+TEST_F(RunDecimationTest, ASecondRunContinuesWhereTheFirstEnded) {
     const MeshPtr pm = run(test::sphere(3), MEMSPEED_TRADEOFF_LOW_MEM);
     for (const std::int32_t driver : {1, 0, 4}) {
         pm->MemSpeedTradeOff = driver;
@@ -83,14 +84,14 @@ TEST_F(RunDecimationTest, ASecondRunGoesOnWhereTheFirstEnded) {
     }
 }
 
-TEST_F(RunDecimationTest, LackOfMemoryGives2AndEndsTheMainTask) {
+TEST_F(RunDecimationTest, ReturnsTwoAndEndsTheMainTaskWithoutMemory) {
     for (const std::int32_t driver : {0, 1, 2, 4}) {
         const test::HostedProgress host;
         MeshPtr pm = test::prepared(test::sphere(4));
         pm->MemSpeedTradeOff = driver;
         int result = 0;
         {
-            // No array as long as the mesh can be had.
+            // No array as long as the mesh can be allocated.
             const test::AllocationLimit limit(1000);
             result = RunDecimation(*pm);
         }
@@ -100,7 +101,7 @@ TEST_F(RunDecimationTest, LackOfMemoryGives2AndEndsTheMainTask) {
     }
 }
 
-TEST_F(RunDecimationTest, AnEmptyMeshAndOneWithoutTrianglesRunThrough) {
+TEST_F(RunDecimationTest, HandlesEmptyMeshesAndMeshesWithoutTriangles) {
     for (const std::int32_t driver : {0, 1, 2, 4}) {
         EXPECT_EQ(run(DMesh(), driver)->mesh.numActiveVertices, 0U);
         EXPECT_EQ(run(test::buildMesh({{0, 0, 0}, {1, 2, 3}}, {}), driver)->mesh.numActiveVertices,

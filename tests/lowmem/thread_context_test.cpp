@@ -13,7 +13,7 @@
 namespace korvalite {
 namespace {
 
-TEST(ThreadWorkRecord, BeginsEmptyWithRoomForAnOrdinaryTurn) {
+TEST(ThreadWorkRecord, StartsEmptyWithRoomForAnOrdinaryTurn) {
     const ThreadWorkRecord record;
     EXPECT_EQ(record.pickedVertex, kNone);
     EXPECT_EQ(record.splitRecord.split.vertex, kNone);
@@ -26,7 +26,7 @@ TEST(ThreadWorkRecord, BeginsEmptyWithRoomForAnOrdinaryTurn) {
     EXPECT_GE(record.updatePartners.capacity(), 25U);
 }
 
-TEST(ThreadWorkRecord, AnUpdateGoesBehindThoseThatAreThere) {
+TEST(ThreadWorkRecord, AppendsUpdatesInOrder) {
     ThreadWorkRecord record;
     record.appendUpdate(7, 1.5F, 8);
     record.appendUpdate(9, 0.5F, kNone);
@@ -60,7 +60,7 @@ void fill(ThreadWorkRecord& record, std::int32_t items) {
     }
 }
 
-TEST(ThreadWorkRecord, ANewTurnFindsNothingOfTheOneBefore) {
+TEST(ThreadWorkRecord, ClearLeavesNothingForTheNextTurn) {
     ThreadWorkRecord record;
     fill(record, 60);
     record.clear();
@@ -86,7 +86,7 @@ TEST(ThreadWorkRecord, ANewTurnFindsNothingOfTheOneBefore) {
     EXPECT_TRUE(record.updateBuckets.empty());
 }
 
-TEST(ThreadWorkRecord, ListsThatHaveGrownKeepTheirRoom) {
+TEST(ThreadWorkRecord, ClearKeepsTheRoomOfGrownLists) {
     ThreadWorkRecord record;
     fill(record, 60);
     const test::AllocationCounter counter;
@@ -104,7 +104,7 @@ protected:
         pm->NumThread = threads;
         return pm;
     }
-    // Takes a run of another mesh on other threads.
+    // Runs another mesh on another number of threads.
     static void runAgain(ProgressiveMesh& pm, DMesh mesh, std::int32_t threads) {
         pm.mesh = std::move(mesh);
         pm.mesh.symmetryMode = 0;
@@ -131,14 +131,14 @@ protected:
     }
 };
 
-TEST_F(ThreadContexts, EachThreadOfARunGetsOneThatFitsTheMesh) {
+TEST_F(ThreadContexts, EachThreadGetsOneThatFitsTheMesh) {
     for (const std::int32_t threads : {1, 2, 5}) {
         const test::MeshPtr pm = prepared(test::sphere(3), threads);
         run(*pm);
     }
 }
 
-TEST_F(ThreadContexts, ALaterRunOfAnotherSizeUsesThemAgain) {
+TEST_F(ThreadContexts, AreReusedByALaterRunOfAnotherSize) {
     const test::MeshPtr pm = prepared(test::sphere(3), 2);
     run(*pm);
     const std::vector<const ThreadContext*> before{&pm->threadContexts[0], &pm->threadContexts[1]};
@@ -151,14 +151,14 @@ TEST_F(ThreadContexts, ALaterRunOfAnotherSizeUsesThemAgain) {
     }
 }
 
-TEST_F(ThreadContexts, ALaterRunOnFewerThreadsDropsTheSurplus) {
+TEST_F(ThreadContexts, AreDroppedByALaterRunOnFewerThreads) {
     const test::MeshPtr pm = prepared(test::sphere(3), 4);
     run(*pm);
     runAgain(*pm, test::sphere(3), 1);
     EXPECT_EQ(pm->threadContexts.size(), 1U);
 }
 
-TEST_F(ThreadContexts, WhatARunLeftBehindDoesNotReachTheNext) {
+TEST_F(ThreadContexts, CarryNothingOverToTheNextRun) {
     const test::MeshPtr pm = prepared(test::sphere(3), 2);
     run(*pm);
     for (ThreadContext& context : pm->threadContexts) {
@@ -179,12 +179,13 @@ TEST_F(ThreadContexts, WhatARunLeftBehindDoesNotReachTheNext) {
         turns += context.statistics.turns;
         EXPECT_LT(context.statistics.candidates, 1'000'000U);
     }
-    // A collapse and a refusal are a turn each, and every thread may end in one without a vertex.
+    // A collapse and a refusal are one turn each, and every thread may end with a turn that finds
+    // no vertex.
     EXPECT_GE(turns, 258U - pm->mesh.numActiveVertices);
     EXPECT_LT(turns, 1'000'000U);
 }
 
-TEST_F(ThreadContexts, StandOnCacheLinesOfTheirOwn) {
+TEST_F(ThreadContexts, StartOnTheirOwnCacheLines) {
     const test::MeshPtr pm = prepared(test::sphere(2), 3);
     run(*pm);
     for (const ThreadContext& context : pm->threadContexts)

@@ -11,7 +11,7 @@
 namespace korvalite {
 namespace {
 
-TEST(ThreadMessageQueue, AReadBlocksUntilThereIsAMessage) {
+TEST(ThreadMessageQueue, AReadBlocksUntilAMessageArrives) {
     for (int round = 0; round < 200; ++round) {
         ThreadMessageQueue queue;
         bool posted = false;
@@ -36,12 +36,12 @@ TEST(ThreadMessageQueue, EveryMessageIsReadOnce) {
     for (int i = 0; i < 4; ++i)
         starts += queue.read() == WM_LOOP_START ? 1 : 0;
     EXPECT_EQ(starts, 1);
-    // Nothing is left in front of the next one.
+    // Nothing is left before the next message.
     queue.post(WM_LOOP_START);
     EXPECT_EQ(queue.read(), WM_LOOP_START);
 }
 
-TEST(ThreadMessageQueue, AStartThatWaitsIsReadBeforeAnEnd) {
+TEST(ThreadMessageQueue, AQueuedStartIsReadBeforeAnEnd) {
     ThreadMessageQueue queue;
     queue.post(WM_LOOP_DONE);
     queue.post(WM_LOOP_START);
@@ -49,14 +49,14 @@ TEST(ThreadMessageQueue, AStartThatWaitsIsReadBeforeAnEnd) {
     EXPECT_EQ(queue.read(), WM_LOOP_DONE);
 }
 
-TEST(ThreadMessageQueue, AWaitForOneKindSwallowsTheOther) {
+TEST(ThreadMessageQueue, AWaitForOneKindDropsTheOther) {
     ThreadMessageQueue queue;
     for (const ThreadMessage message : {WM_LOOP_START, WM_LOOP_DONE, WM_LOOP_START, WM_LOOP_DONE})
         queue.post(message);
     queue.waitFor(WM_LOOP_DONE, 1);
-    EXPECT_EQ(queue.read(), WM_LOOP_DONE) << "both starts are gone, and one end is left";
+    EXPECT_EQ(queue.read(), WM_LOOP_DONE) << "both starts are dropped, and one end is left";
 
-    // The end comes first and alone.
+    // The end arrives first, and alone.
     queue.post(WM_LOOP_DONE);
     std::thread waiter([&] { queue.waitFor(WM_LOOP_START, 2); });
     queue.post(WM_LOOP_START);
@@ -72,7 +72,7 @@ TEST(ThreadMessageQueue, AWaitForNoneReadsNothing) {
     EXPECT_EQ(queue.read(), WM_LOOP_START);
 }
 
-TEST(ThreadMessageQueue, AWaitCountsWhatManyThreadsPost) {
+TEST(ThreadMessageQueue, AWaitCountsMessagesFromManyThreads) {
     constexpr std::size_t kThreads = 8;
     constexpr std::size_t kEach = 500;
     ThreadMessageQueue queue;
@@ -91,7 +91,7 @@ TEST(ThreadMessageQueue, AWaitCountsWhatManyThreadsPost) {
     });
 }
 
-TEST(ThreadMessageQueue, TwoThreadsHandTheTurnToEachOther) {
+TEST(ThreadMessageQueue, TwoThreadsCanAlternate) {
     constexpr int kTurns = 2000;
     ThreadMessageQueue toFirst;
     ThreadMessageQueue toSecond;

@@ -21,8 +21,8 @@ std::int32_t at(std::int32_t column, std::int32_t row) {
     return (kColumns + 1) * row + column;
 }
 
-// A flat grid of 4 by 4 squares, with UVs that are the position by 16 in chart 0, and moved by 4
-// from the column of squares on where the next chart begins.
+// A flat grid of 4 by 4 squares. The UVs are the position divided by 16 in chart 0, and shifted by
+// 4 in the next chart, which starts at a column of squares.
 struct Charted {
     ProgressiveMesh pm;
     DMesh& mesh = pm.mesh;
@@ -41,7 +41,7 @@ struct Charted {
         pm.costQueue.Init(mesh.vertexCount());
     }
 
-    // v onto u at `position`, with the UVs behind it.
+    // Collapses v onto u at `position`, then updates the UVs.
     const VSplit& run(std::int32_t v, std::int32_t u, const FloatVec3& position) {
         CollapseScratch scratch;
         IndexList list;
@@ -50,7 +50,7 @@ struct Charted {
         return collapse.split;
     }
 
-    // All UVs that corners of a vertex have, as u times 16.
+    // The u of all UVs at the corners of a vertex, times 16.
     [[nodiscard]] std::vector<float> us(std::int32_t vertex) const {
         std::vector<float> all;
         forEachCorner(mesh, vertex, [&](std::int32_t corner) {
@@ -62,16 +62,16 @@ struct Charted {
     }
 };
 
-// The rim of a chart is a seam too, so inner vertices alone are off every seam.
+// The rim of a chart is a seam too, so only inner vertices are off every seam.
 
-TEST(UpdateUVs, OffTheSeamOnePairIsMadeAndTheUVIsInterpolated) {
+TEST(UpdateUVs, OffTheSeamMakesOnePairAndInterpolatesTheUV) {
     Charted m;
     const VSplit& split = m.run(at(1, 2), at(2, 2), {1.25F, 2, 0});
     EXPECT_EQ(split.uvIndexPairs.size(), 1U);
     EXPECT_EQ(m.us(at(2, 2)), std::vector<float>{1.25F});
 }
 
-TEST(UpdateUVs, BeyondTheKeptEndItsUVStaysAndBelowTheRemovedEndThatOneIsTaken) {
+TEST(UpdateUVs, BeyondAnEndTakesTheUVOfThatEnd) {
     for (const auto& [x, u] : {std::pair{2.0F, 2.0F}, {2.5F, 2.0F}, {0.5F, 1.0F}, {1.0F, 1.0F}}) {
         Charted m;
         m.pm.AvoidNormalReverse = false;
@@ -80,7 +80,7 @@ TEST(UpdateUVs, BeyondTheKeptEndItsUVStaysAndBelowTheRemovedEndThatOneIsTaken) {
     }
 }
 
-TEST(UpdateUVs, AnEdgeOfNoLengthLeavesTheUV) {
+TEST(UpdateUVs, AnEdgeOfZeroLengthKeepsTheUV) {
     Charted m;
     m.pm.AvoidNormalReverse = false;
     m.mesh.vertices[static_cast<std::size_t>(at(1, 2))].x = 2;
@@ -88,24 +88,24 @@ TEST(UpdateUVs, AnEdgeOfNoLengthLeavesTheUV) {
     EXPECT_EQ(m.us(at(2, 2)), std::vector<float>{2});
 }
 
-TEST(UpdateUVs, FromTheSeamInwardTheRemovedUVWinsAndTheSeamTravels) {
+TEST(UpdateUVs, InwardFromTheSeamTheRemovedUVAndTheSeamMove) {
     Charted m(2);  // the seam runs along column 2
     ASSERT_TRUE(m.mesh.uvSeamVertices.Test(at(2, 2)));
     ASSERT_FALSE(m.mesh.uvSeamVertices.Test(at(1, 2)));
     m.run(at(2, 2), at(1, 2), {1.5F, 2, 0});
     EXPECT_TRUE(m.mesh.uvSeamVertices.Test(at(1, 2)));
     const std::vector<float> us = m.us(at(1, 2));
-    EXPECT_NE(std::find(us.begin(), us.end(), 2.0F), us.end());  // that of the seam in chart 0
+    EXPECT_NE(std::find(us.begin(), us.end(), 2.0F), us.end());  // the seam's UV in chart 0
     EXPECT_EQ(std::find(us.begin(), us.end(), 1.0F), us.end());
 }
 
-TEST(UpdateUVs, OntoTheSeamTheKeptUVStands) {
+TEST(UpdateUVs, OntoTheSeamKeepsTheKeptUV) {
     Charted m(2);
     m.run(at(1, 2), at(2, 2), {1.5F, 2, 0});
     EXPECT_EQ(m.us(at(2, 2)), (std::vector<float>{2, 66}));
 }
 
-TEST(UpdateUVs, AlongTheSeamEachChartHasItsPair) {
+TEST(UpdateUVs, AlongTheSeamMakesAPairForEachChart) {
     Charted m(2);
     const VSplit& split = m.run(at(2, 1), at(2, 2), {2, 1.5F, 0});
     EXPECT_EQ(split.uvIndexPairs.size(), 2U);
@@ -113,8 +113,8 @@ TEST(UpdateUVs, AlongTheSeamEachChartHasItsPair) {
     EXPECT_EQ(m.us(at(2, 2)), (std::vector<float>{2, 66}));
 }
 
-TEST(UpdateUVs, OffTheSeamOnlyTheFirstOfSeveralUVsFollows) {
-    // Along a seam that is not marked as one.
+TEST(UpdateUVs, OffTheSeamOnlyTheFirstOfSeveralUVsMoves) {
+    // Along a seam that is not marked as a seam.
     Charted m(2);
     m.mesh.uvSeamVertices.Clear(at(2, 1));
     const VSplit& split = m.run(at(2, 1), at(2, 2), {2, 1.5F, 0});
@@ -125,9 +125,9 @@ TEST(UpdateUVs, OffTheSeamOnlyTheFirstOfSeveralUVsFollows) {
               static_cast<std::ptrdiff_t>(split.cornerUVIndices.size()));
 }
 
-TEST(UpdateUVs, WithoutACornerNextToTheKeptVertexThereIsNoPair) {
+TEST(UpdateUVs, MakesNoPairWithoutACornerNextToTheKeptVertex) {
     Charted m;
-    // The first corner gets a UV of its own, in a triangle that the kept vertex is not in.
+    // The first corner gets its own UV, in a triangle without the kept vertex.
     IndexList corners;
     GetVertexCorners(m.mesh, at(1, 2), corners);
     const std::int32_t first = corners.front();
@@ -147,7 +147,8 @@ TEST(UpdateUVs, WithoutACornerNextToTheKeptVertexThereIsNoPair) {
         EXPECT_EQ(m.mesh.coordsUV[i].u, before[i].u);
 }
 
-// Each corner of a living triangle is on the list of its UV once, and no other corner on any.
+// Expects each corner of a living triangle to be on the list of its UV once, and no other corner on
+// any list.
 void expectSoundUVLists(const DMesh& mesh) {
     std::vector<int> met(mesh.triangles.size());
     IndexList corners;
@@ -165,7 +166,7 @@ void expectSoundUVLists(const DMesh& mesh) {
     }
 }
 
-TEST(UpdateUVs, TheUVListsHoldEveryCornerOfALivingTriangleOnce) {
+TEST(UpdateUVs, UVListsHoldEachCornerOfALivingTriangleOnce) {
     Charted along(2);
     along.run(at(2, 1), at(2, 2), {2, 1.5F, 0});
     expectSoundUVLists(along.mesh);
@@ -174,13 +175,13 @@ TEST(UpdateUVs, TheUVListsHoldEveryCornerOfALivingTriangleOnce) {
     expectSoundUVLists(inside.mesh);
 }
 
-TEST(UpdateUVs, AUVOfADyingTriangleAloneHasItsPairButNoCornersLeftToMove) {
+TEST(UpdateUVs, AUVOfADyingTriangleAloneStillGetsAPair) {
     Charted m(2);
     const std::int32_t v = at(2, 1);
     const std::int32_t u = at(2, 2);
     IndexList corners;
     GetVertexCorners(m.mesh, v, corners);
-    std::int32_t last = kNone;  // of those next to u, so that another pair comes first
+    std::int32_t last = kNone;  // the last one next to u, so that another pair precedes it
     for (const std::int32_t corner : corners) {
         if (vertexAt(m.mesh, nextCorner(corner)) == u ||
             vertexAt(m.mesh, previousCorner(corner)) == u)
@@ -198,7 +199,7 @@ TEST(UpdateUVs, AUVOfADyingTriangleAloneHasItsPairButNoCornersLeftToMove) {
     expectSoundUVLists(m.mesh);
 }
 
-TEST(UpdateUVs, OfATriangleThatNamesTheKeptVertexTwiceTheNextCornerIsThePair) {
+TEST(UpdateUVs, PairsTheNextCornerIfBothHoldTheKeptVertex) {
     Charted m;
     const std::int32_t v = at(1, 2);
     const std::int32_t u = at(2, 2);
@@ -219,7 +220,7 @@ TEST(UpdateUVs, OfATriangleThatNamesTheKeptVertexTwiceTheNextCornerIsThePair) {
     expectSoundUVLists(m.mesh);
 }
 
-TEST(UpdateUVs, TheMarkOfASeamCornerTravelsWithOrWithoutASeam) {
+TEST(UpdateUVs, ASeamCornerMarkMovesWithOrWithoutASeam) {
     Charted m;
     m.mesh.uvSeamCorners.Set(at(1, 2));
     ASSERT_FALSE(m.mesh.uvSeamVertices.Test(at(1, 2)));

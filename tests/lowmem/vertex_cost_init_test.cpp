@@ -25,14 +25,15 @@ namespace {
 using test::AllocationLimit;
 using test::MeshPtr;
 
-// Large enough that its arrays are longer than everything else the step allocates.
+// Large enough that its arrays are longer than anything else that the step allocates.
 constexpr std::uint32_t kSide = 80;
 constexpr std::size_t kVertices = (kSide + 1) * (kSide + 1);
-// Bytes at once: between 40 and 80 for each vertex only the float array fits, below 40 none.
+// The longest allocation: between 40 and 80 bytes per vertex, only the float array fits; below 40,
+// no array does.
 constexpr std::size_t kOnlyFloats = 60 * kVertices;
 constexpr std::size_t kNoArray = 39 * kVertices;
 
-// Up to the moment before the costs: corner lists and borders.
+// Prepared up to the first costs: corner lists and borders.
 MeshPtr ready(DMesh mesh) {
     MeshPtr pm = test::prepared(std::move(mesh));
     BuildVertexCorners(pm->mesh);
@@ -107,12 +108,12 @@ TEST(VertexCostInit, TheThreeFormsGiveDifferentResults) {
     EXPECT_NE(byFloats(mesh), byNoArray(mesh));
 }
 
-TEST(VertexCostInit, WithEnoughMemoryTheDoubleFormIsTaken) {
+TEST(VertexCostInit, UsesTheDoubleFormWithEnoughMemory) {
     const DMesh mesh = hillyGrid();
     EXPECT_EQ(chosenRanking<PlainMetric>(mesh), byDoubles(mesh));
 }
 
-TEST(VertexCostInit, WithoutRoomForDoublesTheFloatFormIsTaken) {
+TEST(VertexCostInit, UsesTheFloatFormWithoutRoomForDoubles) {
     const DMesh mesh = hillyGrid();
     const MeshPtr pm = ready(mesh);
     {
@@ -123,7 +124,7 @@ TEST(VertexCostInit, WithoutRoomForDoublesTheFloatFormIsTaken) {
     EXPECT_TRUE(test::cornerListsAreSound(pm->mesh));
 }
 
-TEST(VertexCostInit, WithoutRoomForAnyArrayTheFormWithoutOneIsTaken) {
+TEST(VertexCostInit, UsesTheArraylessFormWithoutRoomForAnyArray) {
     const DMesh mesh = hillyGrid();
     const MeshPtr pm = ready(mesh);
     {
@@ -134,7 +135,7 @@ TEST(VertexCostInit, WithoutRoomForAnyArrayTheFormWithoutOneIsTaken) {
     EXPECT_TRUE(test::cornerListsAreSound(pm->mesh));
 }
 
-TEST(VertexCostInit, ColorsGoFromDoublesStraightToTheFormWithoutArray) {
+TEST(VertexCostInit, ColorsFallBackFromDoublesToTheArraylessForm) {
     const DMesh mesh = colorfulGrid();
     const MeshPtr pm = ready(mesh);
     {
@@ -147,7 +148,7 @@ TEST(VertexCostInit, ColorsGoFromDoublesStraightToTheFormWithoutArray) {
     EXPECT_NE(rankingOf(*pm), chosenRanking<ColorMetric>(mesh));
 }
 
-TEST(VertexCostInit, SettingsLeaveFormsOut) {
+TEST(VertexCostInit, SettingsExcludeForms) {
     const DMesh mesh = hillyGrid();
     const MeshPtr noDoubles = ready(mesh);
     noDoubles->tryStoreDoubleMat = false;
@@ -160,7 +161,7 @@ TEST(VertexCostInit, SettingsLeaveFormsOut) {
     EXPECT_EQ(rankingOf(*neither), byNoArray(mesh));
 }
 
-TEST(VertexCostInit, AFormWithoutMemoryTouchesNoVertexAndHoldsNothing) {
+TEST(VertexCostInit, AFormWithoutMemoryLeavesVerticesAndQueueUntouched) {
     const MeshPtr pm = ready(hillyGrid());
     for (VertexRecord& vertex : pm->mesh.vertices) {
         vertex.cost = 0.25F;
@@ -176,13 +177,13 @@ TEST(VertexCostInit, AFormWithoutMemoryTouchesNoVertexAndHoldsNothing) {
     EXPECT_EQ(pm->costQueue.vertexCount(), 0);
 }
 
-TEST(VertexCostInit, LackOfMemoryBeyondTheArrayPassesThrough) {
+TEST(VertexCostInit, ThrowsWhenMemoryForMoreThanTheArrayIsLacking) {
     const MeshPtr pm = ready(hillyGrid());
     const AllocationLimit limit(100);
     EXPECT_THROW(InitVerticesCost_LM<PlainMetric>(*pm), std::bad_alloc);
 }
 
-TEST(VertexCostInit, WithoutTrianglesEveryVertexStaysOutOfTheQueue) {
+TEST(VertexCostInit, QueuesNoVertexWithoutTriangles) {
     const MeshPtr pm = ready(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {}));
     InitVerticesCost_LM<PlainMetric>(*pm);
     for (const VertexRecord& vertex : pm->mesh.vertices) {
@@ -194,11 +195,11 @@ TEST(VertexCostInit, WithoutTrianglesEveryVertexStaysOutOfTheQueue) {
     EXPECT_EQ(pm->costQueue.Top(), kNone);
 }
 
-TEST(VertexCostInit, StopRequestInTheCornerLoopLeavesLaterVerticesOutAndStillQueues) {
+TEST(VertexCostInit, AStopInTheCornerLoopStillQueuesEarlierVertices) {
     const MeshPtr pm = ready(test::torus(12, 8));
     const test::StopRequest stop;
     InitVerticesCost_LM<PlainMetric>(*pm);
-    // Only the first corner's edge was evaluated.
+    // Only the edge of the first corner was evaluated.
     const auto a = static_cast<std::int32_t>(pm->mesh.triangles[0]);
     const auto b = static_cast<std::int32_t>(pm->mesh.triangles[1]);
     EXPECT_EQ(queuedCount(*pm), 2U);
@@ -208,7 +209,7 @@ TEST(VertexCostInit, StopRequestInTheCornerLoopLeavesLaterVerticesOutAndStillQue
     EXPECT_EQ(pm->mesh.vertices.back().cost, kNotCollapsible);
 }
 
-TEST(VertexCostInit, StopRequestEndsTheFormWithoutArrayAfterOneVertex) {
+TEST(VertexCostInit, AStopEndsTheArraylessFormAfterOneVertex) {
     const MeshPtr pm = ready(test::torus(12, 8));
     for (VertexRecord& vertex : pm->mesh.vertices)
         vertex.cost = kNotCollapsible;
@@ -220,10 +221,10 @@ TEST(VertexCostInit, StopRequestEndsTheFormWithoutArrayAfterOneVertex) {
     }
 }
 
-TEST(VertexCostInit, WithoutArrayAVertexWithLowerNeighboursOnlyIsNotQueued) {
+TEST(VertexCostInit, ArraylessFormSkipsVerticesWithOnlyLowerNeighbours) {
     const MeshPtr pm = ready(test::octahedron());
     InitVerticesCostNoMat<PlainMetric>(*pm);
-    // 5 is next to 0 to 3; 4 too, for 4 and 5 are opposite.
+    // Vertices 4 and 5 are opposite each other, so both have only the neighbours 0 to 3.
     EXPECT_EQ(pm->mesh.vertices[5].cost, kNotCollapsible);
     EXPECT_EQ(pm->mesh.vertices[5].partner, kNone);
     EXPECT_FALSE(pm->costQueue.isQueued(5));
@@ -234,13 +235,13 @@ TEST(VertexCostInit, WithoutArrayAVertexWithLowerNeighboursOnlyIsNotQueued) {
     }
 }
 
-TEST(VertexCostInit, OnlyTheArrayFormsMakeABorderDearer) {
+TEST(VertexCostInit, OnlyTheArrayFormsMakeABorderCostlier) {
     const DMesh mesh = test::grid(6, 6, test::hills);
     const MeshPtr array = ready(mesh);
     InitVerticesCost_LM<PlainMetric>(*array);
     const MeshPtr noArray = ready(mesh);
     InitVerticesCostNoMat<PlainMetric>(*noArray);
-    // A corner of the grid, with all its neighbours on the border too.
+    // A corner of the grid, whose neighbours are all on the border too.
     EXPECT_GT(array->mesh.vertices[0].cost, 2 * noArray->mesh.vertices[0].cost);
     EXPECT_GT(noArray->mesh.vertices[0].cost, 0);
 }
@@ -257,7 +258,7 @@ TEST(VertexCostInit, AFrozenBorderIsNotQueued) {
     EXPECT_GT(queuedCount(*pm), 0U);
 }
 
-TEST(VertexCostInit, ATriangleThatNamesAVertexTwiceMakesNoVertexItsOwnPartner) {
+TEST(VertexCostInit, NeverMakesAVertexItsOwnPartner) {
     DMesh mesh = test::octahedron();
     mesh.triangles.insert(mesh.triangles.end(), {0, 0, 2, 3, 3, 3});
     test::completeMesh(mesh);
@@ -267,8 +268,8 @@ TEST(VertexCostInit, ATriangleThatNamesAVertexTwiceMakesNoVertexItsOwnPartner) {
     }
 }
 
-TEST(VertexCostInit, EveryFormLeavesOutEdgesThatASeamHolds) {
-    // All three neighbours of vertex 0 lie on a seam with it, and 0 is a corner of the seam.
+TEST(VertexCostInit, EveryFormLeavesOutEdgesHeldByASeam) {
+    // Vertex 0 and its three neighbours are all on a seam, and 0 is a corner of the seam.
     DMesh mesh = test::tetrahedron();
     mesh.uvSeamVertices.Resize(4, true);
     mesh.uvSeamCorners.Resize(4, false);
@@ -288,7 +289,7 @@ TEST(VertexCostInit, EveryFormLeavesOutEdgesThatASeamHolds) {
     ranked([](ProgressiveMesh& pm) { InitVerticesCostNoMat<PlainMetric>(pm); });
 }
 
-// A ball with its pairs and slaves, up to the moment before the costs.
+// A ball with its pairs and slaves, prepared up to the first costs.
 MeshPtr symmetricBall() {
     MeshPtr pm = ready(test::sphere(3));
     test::askForSymmetry(*pm, 0);
@@ -309,7 +310,7 @@ TEST(VertexCostInit, TheArrayFormsLeaveSlavesUnranked) {
     EXPECT_GT(masters, 0U);
 }
 
-TEST(VertexCostInit, TheFormWithoutArrayRanksSlavesToo) {
+TEST(VertexCostInit, TheArraylessFormRanksSlavesToo) {
     const MeshPtr pm = symmetricBall();
     InitVerticesCostNoMat<PlainMetric>(*pm);
     std::size_t queuedSlaves = 0;
