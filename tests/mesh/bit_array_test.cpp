@@ -27,13 +27,13 @@ TEST(BitArray, NineBitsTakeTwoBytesAndBitNineTestsFalse) {
     EXPECT_EQ(bits.count(), 9);
     EXPECT_EQ(bits.byteCount(), 2U);
     EXPECT_TRUE(bits.Test(8));
-    // The bit is there and is set, as a spare one.
+    // The spare bit exists and is set.
     EXPECT_EQ(bits.data()[1], 0xFF);
     EXPECT_FALSE(bits.Test(9));
     EXPECT_EQ(bits.CountSet(), 9);
 }
 
-TEST(BitArray, TestsFalseForEveryIndexOutside) {
+TEST(BitArray, TestsFalseForEveryIndexOutOfRange) {
     BitArray bits;
     bits.Resize(16, true);
     for (const std::int32_t index : {16, 17, 1000000, kHighest, -1, -8, kLowest}) {
@@ -43,7 +43,7 @@ TEST(BitArray, TestsFalseForEveryIndexOutside) {
     EXPECT_FALSE(bits.Test(0x80000000U));
 }
 
-TEST(BitArray, EmptyOneTestsFalseAndCountsNothing) {
+TEST(BitArray, WhenEmptyTestsFalseAndCountsNothing) {
     BitArray bits;
     EXPECT_EQ(bits.count(), 0);
     EXPECT_EQ(bits.byteCount(), 0U);
@@ -62,7 +62,7 @@ TEST(BitArray, ResizingNothingToNothingKeepsTheEmptyState) {
     EXPECT_FALSE(bits.Test(0));
 }
 
-TEST(BitArray, BitILiesInByteIOver8UnderMaskOneShiftedByIMod8) {
+TEST(BitArray, PacksEightBitsPerByteLowestFirst) {
     BitArray bits;
     bits.Resize(24, false);
     bits.Set(0);
@@ -92,7 +92,7 @@ TEST(BitArray, GrowingKeepsTheOldBitsAndFillsTheNewOnes) {
     }
 }
 
-TEST(BitArray, GrowingWithinThePartialByteFillsItsNewBitsOnly) {
+TEST(BitArray, GrowingWithinThePartialByteFillsOnlyItsNewBits) {
     BitArray bits;
     bits.Resize(3, false);
     bits.Resize(6, true);
@@ -112,7 +112,7 @@ TEST(BitArray, ShrinkingKeepsTheBitsBelow) {
     EXPECT_FALSE(bits.Test(20));
 }
 
-TEST(BitArray, ResetClearsEverythingWhateverTheSizeBefore) {
+TEST(BitArray, ResetClearsEverythingWhateverTheOldSize) {
     for (const std::int32_t before : {0, 5, 8, 64, 100}) {
         for (const std::int32_t after : {0, 1, 8, 9, 70}) {
             BitArray bits;
@@ -124,12 +124,12 @@ TEST(BitArray, ResetClearsEverythingWhateverTheSizeBefore) {
     }
 }
 
-TEST(BitArray, AssignCopiesTheBitsAndClearsTheSpareOnes) {
+TEST(BitArray, AssignCopiesTheBitsAndClearsSpareOnes) {
     BitArray source;
     source.Resize(11, true);  // with five spare bits set
     source.Clear(6);
     BitArray copy;
-    copy.Resize(40, true);  // longer than what it takes over
+    copy.Resize(40, true);  // longer than the source
     copy.Assign(source);
     EXPECT_EQ(bitsOf(copy), bitsOf(source));
     EXPECT_EQ(copy.data()[1], 0x07);
@@ -142,7 +142,7 @@ TEST(BitArray, AssignCopiesTheBitsAndClearsTheSpareOnes) {
     EXPECT_FALSE(fresh.Test(0));
 }
 
-TEST(BitArray, FreeGoesBackToTheEmptyState) {
+TEST(BitArray, FreeRestoresTheEmptyState) {
     BitArray bits;
     bits.Resize(100, true);
     bits.Free();
@@ -153,7 +153,7 @@ TEST(BitArray, FreeGoesBackToTheEmptyState) {
     EXPECT_EQ(bits.CountSet(), 12);
 }
 
-TEST(BitArray, CountSetLooksAtTheBitsBelowCountOnly) {
+TEST(BitArray, CountSetReadsOnlyTheBitsBelowCount) {
     for (std::int32_t n = 0; n < 70; ++n) {
         BitArray bits;
         bits.Resize(n, true);
@@ -161,7 +161,7 @@ TEST(BitArray, CountSetLooksAtTheBitsBelowCountOnly) {
     }
 }
 
-TEST(BitArray, BehavesAsPlainVectorOfBools) {
+TEST(BitArray, BehavesLikeAVectorOfBools) {
     test::Random random(1);
     BitArray bits;
     std::vector<bool> model;

@@ -28,7 +28,7 @@ TEST(Borders, AllThreeVerticesOfASingleTriangleAreBorder) {
     EXPECT_EQ(bordersOf(test::oneTriangle()), (Vertices{0, 1, 2}));
 }
 
-TEST(Borders, AVertexWithNoTriangleIsNoBorder) {
+TEST(Borders, AVertexWithoutTrianglesIsNotBorder) {
     EXPECT_EQ(bordersOf(test::buildMesh({{0, 0, 0}, {9, 9, 9}, {1, 0, 0}, {0, 1, 0}}, {{0, 2, 3}})),
               (Vertices{0, 2, 3}));
 }
@@ -52,7 +52,7 @@ TEST(Borders, OfAGridAreItsRim) {
     EXPECT_EQ(bordersOf(test::grid(2, 2)), (Vertices{0, 1, 2, 3, 5, 6, 7, 8}));
 }
 
-// Three triangles share the edge 0-1: 3 corners and 4 neighbours at its ends.
+// Three triangles share the edge 0-1, so its ends have 3 corners and 4 neighbours each.
 TEST(Borders, TheEndsOfAnEdgeOfThreeTrianglesAreBorder) {
     const DMesh mesh = test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}},
                                        {{0, 1, 2}, {1, 0, 3}, {0, 1, 4}});
@@ -60,32 +60,32 @@ TEST(Borders, TheEndsOfAnEdgeOfThreeTrianglesAreBorder) {
 }
 
 TEST(Borders, MoreCornersThanNeighboursCountAsBorderToo) {
-    // 3 corners and 2 neighbours each.
+    // Each vertex has 3 corners and 2 neighbours.
     EXPECT_EQ(bordersOf(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}},
                                         {{0, 1, 2}, {0, 1, 2}, {0, 1, 2}})),
               (Vertices{0, 1, 2}));
 }
 
-TEST(Borders, ATriangleThatIsThereTwiceLooksClosed) {
+TEST(Borders, ADuplicateTriangleLooksClosed) {
     EXPECT_EQ(bordersOf(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 1}})),
               Vertices());
 }
 
 TEST(Borders, TwoClosedFansAtOneVertexLookClosed) {
-    // Two tetrahedra that touch in vertex 0.
+    // Two tetrahedra that touch at vertex 0.
     const DMesh mesh = test::buildMesh(
         {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {-1, 0, 0}, {0, -1, 0}, {0, 0, -1}},
         {{0, 2, 1}, {0, 1, 3}, {0, 3, 2}, {1, 2, 3}, {0, 4, 5}, {0, 6, 4}, {0, 5, 6}, {4, 6, 5}});
     EXPECT_EQ(bordersOf(mesh), Vertices());
 }
 
-TEST(Borders, AreSetAnewFromTheListsAsTheyStand) {
+TEST(Borders, AreRecomputedFromTheCurrentLists) {
     DMesh mesh = test::oneTriangle();
     BuildVertexCorners(mesh);
     mesh.borderVertices.Resize(100, true);
     ComputeBorderVertices(mesh);
     EXPECT_EQ(mesh.borderVertices.count(), 3);
-    // An inactive vertex is looked at like any other.
+    // An inactive vertex is treated like any other.
     mesh.vertexActive.Clear(1);
     mesh.vertexTriangleHead[0] = kNone;
     ComputeBorderVertices(mesh);

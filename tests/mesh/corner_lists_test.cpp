@@ -32,7 +32,7 @@ DMesh listed(DMesh mesh) {
     return mesh;
 }
 
-// The same, told again: all corners from the highest down, each item at its first sight.
+// The reference: visits all corners from the highest down and lists each item when first seen.
 IndexList slowNeighbours(const std::vector<std::uint32_t>& items, std::uint32_t item) {
     IndexList neighbours;
     for (std::size_t c = items.size(); c-- > 0;) {
@@ -68,7 +68,7 @@ TEST(CornerLists, EachVertexOfASingleTriangleHasOneCornerAndTwoNeighbours) {
     EXPECT_EQ(neighboursOf(mesh, 2), (IndexList{0, 1}));
 }
 
-TEST(CornerLists, AVertexWithNoTriangleHasHeadMinusOneAndEmptyLists) {
+TEST(CornerLists, AVertexWithoutTrianglesHasHeadMinusOneAndEmptyLists) {
     const DMesh mesh =
         listed(test::buildMesh({{0, 0, 0}, {9, 9, 9}, {1, 0, 0}, {0, 1, 0}}, {{0, 2, 3}}));
     EXPECT_EQ(mesh.vertexTriangleHead[1], -1);
@@ -87,7 +87,7 @@ TEST(CornerLists, RunFromTheHighestCornerToTheLowest) {
     EXPECT_EQ(mesh.cornerNext, (IndexList{-1, -1, -1, 0, 2, -1}));
 }
 
-// Two triangles, the first of which an earlier run has removed, with UVs in the order of vertices.
+// Two triangles, the first already removed by an earlier run, with UVs in vertex order.
 DMesh oneOfTwoTrianglesLeft() {
     DMesh mesh = test::twoTriangles();
     mesh.indicesUV = mesh.triangles;
@@ -97,7 +97,7 @@ DMesh oneOfTwoTrianglesLeft() {
     return mesh;
 }
 
-TEST(CornerLists, HoldTheCornersOfDeadTrianglesToo) {
+TEST(CornerLists, IncludeTheCornersOfDeadTriangles) {
     DMesh mesh = oneOfTwoTrianglesLeft();
     BuildVertexCorners(mesh);
     BuildUVCorners(mesh);
@@ -107,7 +107,7 @@ TEST(CornerLists, HoldTheCornersOfDeadTrianglesToo) {
     EXPECT_EQ(mesh.uvCornerNext, mesh.cornerNext);
 }
 
-TEST(CornerLists, LoseTheCornersOfDeadTrianglesOnRequest) {
+TEST(CornerLists, OmitTheCornersOfDeadTrianglesOnRequest) {
     DMesh mesh = oneOfTwoTrianglesLeft();
     EXPECT_TRUE(hasDeadTriangles(mesh));
     BuildVertexCorners(mesh);
@@ -121,7 +121,7 @@ TEST(CornerLists, LoseTheCornersOfDeadTrianglesOnRequest) {
     EXPECT_EQ(cornersOf(mesh, 2), (IndexList{4}));
 }
 
-TEST(CornerLists, WithoutDeadTrianglesThereIsNothingToLose) {
+TEST(CornerLists, AreUnchangedOnRequestWithoutDeadTriangles) {
     DMesh mesh = listed(test::torus(5, 4));
     EXPECT_FALSE(hasDeadTriangles(mesh));
     const IndexList heads = mesh.vertexTriangleHead;
@@ -131,13 +131,13 @@ TEST(CornerLists, WithoutDeadTrianglesThereIsNothingToLose) {
     EXPECT_EQ(mesh.cornerNext, next);
 }
 
-TEST(CornerLists, NeighboursComeInOrderOfFirstSight) {
+TEST(CornerLists, ListNeighboursInOrderOfFirstAppearance) {
     const DMesh mesh = listed(test::twoTriangles());
     EXPECT_EQ(neighboursOf(mesh, 0), (IndexList{2, 3, 1}));
     EXPECT_EQ(neighboursOf(mesh, 2), (IndexList{3, 0, 1}));
 }
 
-TEST(CornerLists, CornersAndNeighboursInOneCallAreTheSame) {
+TEST(CornerLists, GiveTheSameCornersAndNeighboursInOneCall) {
     const DMesh mesh = listed(test::torus(5, 4));
     IndexList neighbours{77};
     IndexList corners{77};
@@ -155,8 +155,8 @@ TEST(CornerLists, ATriangleThatNamesAVertexTwiceMakesItItsOwnNeighbour) {
     EXPECT_EQ(neighboursOf(mesh, 1), (IndexList{0}));
 }
 
-TEST(CornerLists, AHubOfHundredsOfTrianglesKeepsTheOrderOfFirstSight) {
-    // Closed and open fans, with spokes in any order and some of them twice.
+TEST(CornerLists, AHubsNeighboursKeepTheOrderOfFirstAppearance) {
+    // Closed and open fans, with spokes in any order and some of them repeated.
     test::Random random(3);
     for (const std::uint32_t rim : {30U, 63U, 64U, 65U, 66U, 130U, 700U}) {
         test::Points points(rim + 1);
@@ -177,7 +177,7 @@ TEST(CornerLists, AHubOfHundredsOfTrianglesKeepsTheOrderOfFirstSight) {
     }
 }
 
-TEST(CornerLists, ALongRingIsGatheredWithoutAnAllocation) {
+TEST(CornerLists, ALongRingIsGatheredWithoutAllocating) {
     constexpr std::uint32_t kRim = 700;
     test::Faces faces;
     for (std::uint32_t i = 0; i < kRim; ++i)
@@ -212,8 +212,8 @@ TEST(CornerLists, AreBuiltFromScratchAndReleased) {
     EXPECT_EQ(mesh.cornerNext.capacity(), 0U);
 }
 
-// UV records 0..4 on the two triangles: the diagonal's lower end has one record on each side.
-TEST(CornerLists, OfUVsFollowIndicesUVInPlaceOfTriangles) {
+// UV records 0..4 on the two triangles: the lower end of the diagonal has one record on each side.
+TEST(CornerLists, OfUVsFollowIndicesUVInsteadOfTriangles) {
     DMesh mesh = test::twoTriangles();
     mesh.coordsUV.resize(6);
     mesh.indicesUV = {0, 1, 2, 3, 2, 4};
@@ -232,7 +232,7 @@ TEST(CornerLists, OfUVsFollowIndicesUVInPlaceOfTriangles) {
     EXPECT_TRUE(neighbours.empty());
 }
 
-TEST(CornerLists, VerticesAreAdjacentIfATriangleHoldsBoth) {
+TEST(CornerLists, VerticesAreAdjacentIfTheyShareATriangle) {
     const DMesh mesh = listed(test::twoTriangles());
     EXPECT_TRUE(AreVerticesAdjacent(mesh, 0, 1));
     EXPECT_TRUE(AreVerticesAdjacent(mesh, 1, 0));
@@ -275,7 +275,7 @@ TEST(CornerLists, WarmingThemChangesNothing) {
     EXPECT_TRUE(test::cornerListsAreSound(listed(test::grid(3, 3))));
 }
 
-TEST(CornerLists, WarmingAHubEndsBeforeItsListDoes) {
+TEST(CornerLists, WarmingAHubStopsBeforeTheEndOfItsList) {
     DMesh mesh = test::oneTriangle();
     for (int i = 0; i < 1000; ++i)
         mesh.triangles.insert(mesh.triangles.end(), {0, 1, 2});
@@ -283,7 +283,7 @@ TEST(CornerLists, WarmingAHubEndsBeforeItsListDoes) {
     BuildVertexCorners(mesh);
     IndexList cursors;
     warmVertexCorners(mesh, IndexList{0}, cursors);
-    EXPECT_EQ(cursors.size(), 1U) << "the corner that would have been next";
+    EXPECT_EQ(cursors.size(), 1U) << "the next corner to visit";
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ TEST(DMesh, UsesMaskAndColoursOnlyWithOneEntryPerVertex) {
     EXPECT_TRUE(mesh.hasColors());
 }
 
-TEST(BoundingBox, IsEmptyUntilThereIsAPoint) {
+TEST(BoundingBox, IsEmptyUntilAPointIsAdded) {
     BoundingBox box;
     EXPECT_TRUE(box.isEmpty());
     extendBoundingBox(box, {3, -2, 7});
@@ -58,7 +58,7 @@ TEST(BoundingBox, IsEmptyUntilThereIsAPoint) {
     EXPECT_EQ(box.diagonal(), 0.0F);
 }
 
-TEST(BoundingBox, HoldsAllPoints) {
+TEST(BoundingBox, ContainsAllPoints) {
     const BoundingBox box = boxAround({{1, 2, 3}, {-1, 5, 3}, {0, -4, 9}});
     EXPECT_EQ(box.min.x, -1.0F);
     EXPECT_EQ(box.min.y, -4.0F);
@@ -68,9 +68,9 @@ TEST(BoundingBox, HoldsAllPoints) {
     EXPECT_EQ(box.max.z, 9.0F);
 }
 
-TEST(BoundingBox, SumsTheDiagonalFromYOverXToZ) {
+TEST(BoundingBox, SumsTheDiagonalInTheOrderYXZ) {
     EXPECT_EQ(boxAround({{0, 0, 0}, {2, 3, 6}}).diagonal(), 7.0F);
-    // 1 is lost beside the square of 4097, twice; summed first the two ones are not.
+    // Added one at a time to the square of 4097, both ones are lost; summed first, they are not.
     const float big = 4096.0F * 4096.0F;
     const float x = 4096.0F;
     EXPECT_EQ(boxAround({{0, 0, 0}, {1, x, 1}}).diagonal(), std::sqrt((big + 1.0F) + 1.0F));
@@ -78,7 +78,7 @@ TEST(BoundingBox, SumsTheDiagonalFromYOverXToZ) {
     EXPECT_EQ(boxAround({{0, 0, 0}, {1, 1, x}}).diagonal(), std::sqrt((1.0F + 1.0F) + big));
 }
 
-TEST(BoundingBox, IsNeverWidenedByWhatIsNotANumber) {
+TEST(BoundingBox, IsNeverWidenedByNaN) {
     const BoundingBox box = boxAround({{0, 0, 0}, {kNaN, kNaN, 4}, {1, 2, kNaN}});
     EXPECT_EQ(box.max.x, 1.0F);
     EXPECT_EQ(box.max.y, 2.0F);
@@ -86,14 +86,14 @@ TEST(BoundingBox, IsNeverWidenedByWhatIsNotANumber) {
     EXPECT_EQ(boxAround({{kNaN, 0, 0}, {5, 5, 5}}).min.y, 5.0F);
 }
 
-TEST(BoundingBox, TakesInfiniteCoordinates) {
+TEST(BoundingBox, AcceptsInfiniteCoordinates) {
     const BoundingBox box = boxAround({{0, 0, 0}, {kInfinity, -kInfinity, 1}});
     EXPECT_EQ(box.max.x, kInfinity);
     EXPECT_EQ(box.min.y, -kInfinity);
     EXPECT_EQ(box.diagonal(), kInfinity);
 }
 
-TEST(BoundingBox, OfAMeshIsThatOfAllItsVerticesActiveOrNot) {
+TEST(BoundingBox, OfAMeshCoversInactiveVerticesToo) {
     DMesh mesh = test::oneTriangle();
     mesh.vertexActive.Clear(1);
     mesh.vertices[1].x = 9;

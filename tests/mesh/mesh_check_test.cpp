@@ -16,12 +16,12 @@ DMesh oneTriangle() {
     return mesh;
 }
 
-TEST(CanBeDecimated, TakesAMeshWhoseIndicesAllNameVertices) {
+TEST(CanBeDecimated, AcceptsAMeshWhoseIndicesAllNameVertices) {
     EXPECT_TRUE(canBeDecimated(oneTriangle()));
     EXPECT_TRUE(canBeDecimated(DMesh()));
 }
 
-TEST(CanBeDecimated, RefusesAnIndexOutOfRangeWhereverItStands) {
+TEST(CanBeDecimated, RefusesAnIndexOutOfRangeAnywhere) {
     for (std::size_t corner = 0; corner < 3; ++corner) {
         for (const std::uint32_t index : {3U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
             DMesh mesh = oneTriangle();
@@ -37,7 +37,7 @@ TEST(CanBeDecimated, RefusesTrianglesWithoutVertices) {
     EXPECT_FALSE(canBeDecimated(mesh));
 }
 
-TEST(CanBeDecimated, TakesAnyCoordinatesAndRepeatedIndices) {
+TEST(CanBeDecimated, AcceptsAnyCoordinatesAndRepeatedIndices) {
     DMesh mesh = oneTriangle();
     mesh.vertices[0].x = std::numeric_limits<float>::quiet_NaN();
     mesh.vertices[1].y = std::numeric_limits<float>::infinity();

@@ -38,7 +38,7 @@ void expectNoResults(const ProgressiveMesh& pm) {
     EXPECT_EQ(pm.vsplitList.NumVtxSplit(), 0U);
 }
 
-TEST(ProgressiveMesh, AFreshOneHasTheDefaultsThatTheJobThenOverwrites) {
+TEST(ProgressiveMesh, StartsWithTheDefaultsThatTheJobOverwrites) {
     const ProgressiveMesh pm;
     expectDefaultSettings(pm);
     expectNoResults(pm);
@@ -88,7 +88,7 @@ TEST(ProgressiveMesh, ResetClearsTheMeshAndEverySetting) {
     EXPECT_TRUE(pm.mesh.boundingBox.isEmpty());
 }
 
-TEST(ProgressiveMesh, ClearingForgetsAnEarlierRunAndKeepsMeshAndSettings) {
+TEST(ProgressiveMesh, ClearingDropsAnEarlierRunButKeepsMeshAndSettings) {
     ProgressiveMesh pm;
     pm.mesh = test::oneTriangle();
     pm.TargetNumItem = 77;
@@ -122,7 +122,7 @@ TEST(ProgressiveMesh, TheTargetCountsVerticesOrTriangles) {
     EXPECT_EQ(pm.activeCount(), 3U);
 }
 
-TEST(ProgressiveMesh, ASlaveIsOneOnlyWhileSymmetryIsHandled) {
+TEST(ProgressiveMesh, SlavesExistOnlyWhileSymmetryIsHandled) {
     ProgressiveMesh pm;
     pm.symmetrySlaves.Resize(2, true);
     EXPECT_FALSE(pm.isSymmetrySlave(1));

@@ -55,7 +55,7 @@ TEST(WeldCornerUVs, SharesOneRecordAmongTheEqualCornersOfAVertex) {
     EXPECT_EQ(mesh.coordsUV[3].v, 1.0F);
 }
 
-TEST(WeldCornerUVs, GivesTheCornersOfDeadTrianglesAnIndexToo) {
+TEST(WeldCornerUVs, IndexesTheCornersOfDeadTrianglesToo) {
     DMesh mesh = twoTrianglesWithUVs();
     mesh.triangleActive.Clear(0);
     mesh.numActiveTriangles = 1;
@@ -73,7 +73,7 @@ TEST(WeldCornerUVs, KeepsTheFirstInAscendingCornerOrder) {
     EXPECT_EQ(mesh.coordsUV[mesh.indicesUV[3]].u, 0.001F);
 }
 
-TEST(WeldCornerUVs, WeldsBelowTheSquareRootOfOneHundredThousandthOnly) {
+TEST(WeldCornerUVs, WeldsOnlyBelowTheSquareRootOf1e5th) {
     for (const auto& [offset, welded] : {std::pair{0.00316F, true}, {0.00317F, false}}) {
         DMesh mesh = twoTrianglesWithUVs();
         mesh.coordsUV[3] = {0, offset};
@@ -84,8 +84,9 @@ TEST(WeldCornerUVs, WeldsBelowTheSquareRootOfOneHundredThousandthOnly) {
     }
 }
 
-TEST(WeldCornerUVs, ComparesWithTheKeptRecordAndNotWithTheWeldedOne) {
-    // Three triangles at vertex 0 with u = 0, 0.003 and 0.006: the third is near the second only.
+TEST(WeldCornerUVs, ComparesWithTheKeptRecordNotTheWeldedOne) {
+    // Three triangles at vertex 0 with u = 0, 0.003 and 0.006: the third is close to the second
+    // only.
     DMesh mesh = test::buildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {-1, 0, 0}},
                                  {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}});
     mesh.coordsUV = {{0, 0}, {5, 5},      {6, 6}, {0.003F, 0}, {6, 6},
@@ -124,7 +125,7 @@ TEST(WeldCornerUVs, LeavesACompleteIndexAlone) {
     EXPECT_EQ(mesh.coordsUV.size(), 6U);
 }
 
-TEST(WeldCornerUVs, KeepsEveryRecordThatIsNotANumber) {
+TEST(WeldCornerUVs, KeepsEveryNaNRecord) {
     DMesh mesh = test::twoTriangles();
     mesh.coordsUV.assign(6, UVCoord{kNaN, 0});
     weld(mesh);
@@ -132,7 +133,7 @@ TEST(WeldCornerUVs, KeepsEveryRecordThatIsNotANumber) {
     findSeams(mesh);
 }
 
-// All triangles meet in vertex 0, at their first corner.
+// All triangles meet at vertex 0, with their first corner.
 DMesh hubOf(std::uint32_t triangles) {
     DMesh mesh;
     mesh.vertices.resize(triangles + 2);
@@ -142,8 +143,8 @@ DMesh hubOf(std::uint32_t triangles) {
     return mesh;
 }
 
-// For each corner of the hub the corner whose record it shares: the first that is close to it among
-// those that share none with an earlier one.
+// For each corner of the hub, the corner whose record it shares: the first close one among those
+// that share no earlier record.
 Indices weldedByComparing(const DMesh& hub) {
     Indices sharedWith(hub.triangles.size());
     for (std::uint32_t b = 0; b < hub.triangles.size(); b += 3) {
@@ -157,7 +158,7 @@ Indices weldedByComparing(const DMesh& hub) {
     return sharedWith;
 }
 
-TEST(WeldCornerUVs, WeldsAHubAsAnyOtherVertex) {
+TEST(WeldCornerUVs, WeldsAHubLikeAnyOtherVertex) {
     test::Random random(41);
     for (const float size : {0.0F, 0.002F, 0.01F, 0.05F, 1.0F, 1000.0F, 1e18F, 3e38F}) {
         for (const float start : {0.0F, 7.0F, -20000.0F}) {
@@ -180,8 +181,8 @@ TEST(WeldCornerUVs, WeldsAHubAsAnyOtherVertex) {
     }
 }
 
-// Comparing each corner with each would take 10^11 steps.
-TEST(WeldCornerUVs, AHubDoesNotCostTheSquareOfItsCorners) {
+// Comparing every pair of corners would take 10^11 steps.
+TEST(WeldCornerUVs, WeldsAHubInLessThanQuadraticTime) {
     test::Random random(43);
     DMesh mesh = hubOf(400000);
     for (std::uint32_t corner = 0; corner < mesh.triangles.size(); ++corner) {
@@ -192,7 +193,7 @@ TEST(WeldCornerUVs, AHubDoesNotCostTheSquareOfItsCorners) {
     EXPECT_GT(mesh.coordsUV.size(), 1100000U);
 }
 
-TEST(WeldCornerUVs, TakesAnEmptyMeshAndATriangleOfOneVertex) {
+TEST(WeldCornerUVs, AcceptsAnEmptyMeshAndATriangleOfOneVertex) {
     DMesh empty;
     weld(empty);
     EXPECT_TRUE(empty.indicesUV.empty());
@@ -206,8 +207,8 @@ TEST(WeldCornerUVs, TakesAnEmptyMeshAndATriangleOfOneVertex) {
     findSeams(point);
 }
 
-// A grid of 8 x 8 squares whose UVs are cut open along column 4 from row 2 to row 6: the records
-// right of the cut stand a little to the right. The ends of the cut have one record each.
+// A grid of 8 x 8 squares whose UVs are cut open along column 4 from row 2 to row 6: the records on
+// the right of the cut are shifted slightly to the right. Each end of the cut has one record.
 DMesh gridWithCut() {
     DMesh mesh = test::grid(8, 8);
     test::addCornerUVs(mesh);
@@ -220,7 +221,7 @@ DMesh gridWithCut() {
     return mesh;
 }
 
-TEST(ComputeUVSeams, OfAStraightSeamOnlyTheTwoEndsAreCorners) {
+TEST(ComputeUVSeams, OnlyTheEndsOfAStraightSeamAreCorners) {
     DMesh mesh = gridWithCut();
     weld(mesh);
     ASSERT_EQ(mesh.coordsUV.size(), 81U + 3U);
@@ -256,8 +257,8 @@ TEST(ComputeUVSeams, AClosedSurfaceInOneChartHasNone) {
 }
 
 //       x
-//     /   \       Four triangles around m. The rim is a seam; at u it goes on from a to b, which
-//   a - m - b     stands `degrees` above the straight line.
+//     /   \       Four triangles around m. The rim is a seam; at u it continues from a to b, which
+//   a - m - b     is `degrees` above the straight line.
 //     \   /
 //       u
 bool seamBendsAtU(float degrees, float seamAngle) {
@@ -278,14 +279,14 @@ bool seamBendsAtU(float degrees, float seamAngle) {
     return mesh.uvSeamCorners.Test(0);
 }
 
-TEST(ComputeUVSeams, ABendIsACornerFromTheAngleOnThatSeamAngleAllows) {
-    // 1 - 0.02 is the cosine of 11.48 degrees.
+TEST(ComputeUVSeams, ABendBeyondTheSeamAngleIsACorner) {
+    // The cosine of 11.48 degrees is 1 - 0.02.
     EXPECT_FALSE(seamBendsAtU(0, 0.02F));
     EXPECT_FALSE(seamBendsAtU(11.4F, 0.02F));
     EXPECT_TRUE(seamBendsAtU(11.6F, 0.02F));
     EXPECT_FALSE(seamBendsAtU(-11.4F, 0.02F));
     EXPECT_TRUE(seamBendsAtU(-11.6F, 0.02F));
-    // 1 - 0.5 is that of 60.
+    // The cosine of 60 degrees is 1 - 0.5.
     EXPECT_FALSE(seamBendsAtU(59.9F, 0.5F));
     EXPECT_TRUE(seamBendsAtU(60.1F, 0.5F));
 }
@@ -295,7 +296,7 @@ TEST(ComputeUVSeams, ASeamAngleOfZeroMakesEveryPointACorner) {
     EXPECT_TRUE(seamBendsAtU(90, 0.0F));
 }
 
-TEST(ComputeUVSeams, ASeamEdgeOfNoLengthIsABend) {
+TEST(ComputeUVSeams, ASeamEdgeOfZeroLengthIsABend) {
     DMesh mesh = test::buildMesh(test::Points(5), {{0, 1, 4}, {1, 2, 4}, {2, 3, 4}, {3, 0, 4}});
     mesh.indicesUV = mesh.triangles;
     mesh.coordsUV = {{0, 0}, {0, 0}, {0, 5}, {-3, 0}, {0, 1}};
@@ -303,8 +304,8 @@ TEST(ComputeUVSeams, ASeamEdgeOfNoLengthIsABend) {
     EXPECT_TRUE(mesh.uvSeamCorners.Test(0));
 }
 
-TEST(ComputeUVSeams, AMeetingOfThreeOrMoreIsACorner) {
-    // Two single triangles that meet in record 0, all of whose neighbours are on the seam.
+TEST(ComputeUVSeams, AJunctionOfThreeOrMoreSeamsIsACorner) {
+    // Two separate triangles that meet at record 0, whose neighbours are all on the seam.
     DMesh mesh = test::buildMesh(test::Points(5), {{0, 1, 2}, {0, 3, 4}});
     mesh.indicesUV = mesh.triangles;
     mesh.coordsUV = {{0, 0}, {1, 0}, {1, 1}, {-1, 0}, {-1, -1}};
@@ -313,8 +314,8 @@ TEST(ComputeUVSeams, AMeetingOfThreeOrMoreIsACorner) {
 }
 
 TEST(ComputeUVSeams, ASingleSeamNeighbourMakesACorner) {
-    // Record 0 has 3 corners and the neighbours 1 to 4. Of those 3 alone is on the seam: the others
-    // have as many corners as neighbours, thanks to triangles that name a record twice.
+    // Record 0 has 3 corners and the neighbours 1 to 4, of which only 3 is on the seam: triangles
+    // that name a record twice give the others as many corners as neighbours.
     DMesh mesh = test::buildMesh(test::Points(5), {{0, 1, 2}, {2, 2, 1}, {0, 3, 4}, {4, 4, 0}});
     mesh.indicesUV = mesh.triangles;
     mesh.coordsUV.resize(5);
@@ -323,7 +324,7 @@ TEST(ComputeUVSeams, ASingleSeamNeighbourMakesACorner) {
     EXPECT_TRUE(mesh.uvSeamCorners.Test(0));
 }
 
-TEST(ComputeUVSeams, NoSeamNeighbourMakesNoCorner) {
+TEST(ComputeUVSeams, WithoutASeamNeighbourThereIsNoCorner) {
     DMesh mesh = test::buildMesh(test::Points(5), {{0, 1, 2}, {2, 2, 1}, {0, 3, 4}, {4, 4, 3}});
     mesh.indicesUV = mesh.triangles;
     mesh.coordsUV.resize(5);
@@ -333,7 +334,7 @@ TEST(ComputeUVSeams, NoSeamNeighbourMakesNoCorner) {
     EXPECT_EQ(setBits(mesh.uvSeamCorners), Bits());
 }
 
-TEST(ComputeUVSeams, MoreCornersThanNeighboursMakeASeamButNoCorner) {
+TEST(ComputeUVSeams, MoreCornersThanNeighboursMakeASeamWithoutACorner) {
     DMesh mesh = test::buildMesh(test::Points(3), {{0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
     mesh.indicesUV = mesh.triangles;
     mesh.coordsUV = {{0, 0}, {1, 0}, {0, 1}};
@@ -343,20 +344,22 @@ TEST(ComputeUVSeams, MoreCornersThanNeighboursMakeASeamButNoCorner) {
 }
 
 TEST(ComputeUVSeams, MarksTheVertexAtTheFirstCornerOfTheList) {
-    // One record on the corners of several vertices: the list begins at the highest corner.
+    // One record is used at the corners of several vertices: its list starts with the highest
+    // corner.
     DMesh mesh = test::oneTriangle();
     mesh.coordsUV.resize(2);
     mesh.indicesUV = {0, 1, 1};
     findSeams(mesh);
-    // Record 1: two corners, neighbours 1 and 0: no seam. Record 0: one corner, one neighbour.
+    // Record 1 has two corners and the neighbours 1 and 0: no seam. Record 0 has one corner and one
+    // neighbour: no seam.
     EXPECT_EQ(setBits(mesh.uvSeamVertices), Bits());
     mesh.indicesUV = {0, 0, 1};
     mesh.coordsUV.resize(3);
     mesh.triangles = {0, 1, 2, 0, 1, 2};
     test::completeMesh(mesh);
     mesh.indicesUV = {0, 1, 2, 1, 0, 0};
-    // Record 0: corners 5, 4, 0 and neighbours 1, 0, 2: none. Record 1: 3, 1 and 0, 2: none.
-    // Record 2: corner 2 and neighbours 0, 1: a seam, at vertex 2.
+    // Record 0 has corners 5, 4, 0 and neighbours 1, 0, 2: no seam. Record 1 has 3, 1 and 0, 2: no
+    // seam. Record 2 has corner 2 and neighbours 0, 1: a seam, at vertex 2.
     findSeams(mesh);
     EXPECT_EQ(setBits(mesh.uvSeamCoords), (Bits{2}));
     EXPECT_EQ(setBits(mesh.uvSeamVertices), (Bits{2}));
