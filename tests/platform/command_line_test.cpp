@@ -8,13 +8,13 @@
 namespace korvalite::platform {
 namespace {
 
-TEST(CommandLine, TheTailFollowsTheNameAndTheWhiteSpaceBehindIt) {
+TEST(CommandLine, TheTailFollowsTheNameAndWhiteSpace) {
     EXPECT_EQ(commandTailOf("korvalite scene.kvc"), "scene.kvc");
     EXPECT_EQ(commandTailOf("korvalite \t \r\n scene.kvc"), "scene.kvc");
     EXPECT_EQ(commandTailOf("C:\\tools\\korvalite.exe C:\\jobs\\scene.kvc"), "C:\\jobs\\scene.kvc");
 }
 
-TEST(CommandLine, AQuotedNameMayHoldBlanks) {
+TEST(CommandLine, AQuotedNameMayContainBlanks) {
     EXPECT_EQ(commandTailOf("\"C:\\Program Files\\korvalite.exe\" scene.kvc"), "scene.kvc");
     EXPECT_EQ(commandTailOf("C:\\\"Program Files\"\\korvalite.exe scene.kvc"), "scene.kvc");
 }
@@ -34,12 +34,12 @@ TEST(CommandLine, EveryCharacterBelow33IsWhiteSpace) {
     EXPECT_EQ(commandTailOf("korvalite ! x"), "! x");
 }
 
-TEST(CommandLine, BytesAbove127AreNoWhiteSpace) {
+TEST(CommandLine, BytesAbove127AreNotWhiteSpace) {
     EXPECT_EQ(commandTailOf("dossier\xC3\xA9\x74\xC3\xA9/korvalite \xC3\xA9.kvc"), "\xC3\xA9.kvc");
     EXPECT_EQ(commandTailOf("\xE6\x97\xA5 \xE6\x9C\xAC.kvc"), "\xE6\x9C\xAC.kvc");
 }
 
-TEST(CommandLine, WithoutATailNothingRemains) {
+TEST(CommandLine, WithoutATailTheResultIsEmpty) {
     EXPECT_EQ(commandTailOf(""), "");
     EXPECT_EQ(commandTailOf("korvalite"), "");
     EXPECT_EQ(commandTailOf("korvalite   "), "");
@@ -50,7 +50,7 @@ TEST(CommandLine, AnUnclosedQuoteTakesTheWholeLineAsTheName) {
     EXPECT_EQ(commandTailOf("\"korvalite scene.kvc"), "");
 }
 
-TEST(CommandLine, AnEmptyNameLeavesTheTailBehindTheFirstWhiteSpace) {
+TEST(CommandLine, AfterAnEmptyNameTheTailFollowsTheFirstWhiteSpace) {
     EXPECT_EQ(commandTailOf(" scene.kvc"), "scene.kvc");
     EXPECT_EQ(commandTailOf("\"\" scene.kvc"), "scene.kvc");
 }

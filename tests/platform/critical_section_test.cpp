@@ -16,10 +16,10 @@
 namespace korvalite {
 namespace {
 
-// More than there are processors on most machines.
+// More than the number of processors on most machines.
 constexpr std::size_t kThreads = 12;
 
-// What the section guards, and a look at who else is inside.
+// The data that the section guards, and a check for other threads inside.
 struct Guarded {
     CriticalSection section;
     std::uint64_t stays = 0;
@@ -41,7 +41,7 @@ void longEnoughForTheOthersToSleep() {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-TEST(CriticalSection, LetsOneThreadInAtATime) {
+TEST(CriticalSection, AdmitsOneThreadAtATime) {
     constexpr std::uint64_t kStays = 40'000;
     Guarded guarded;
     test::onThreads(kThreads, [&](std::size_t) {
@@ -52,7 +52,7 @@ TEST(CriticalSection, LetsOneThreadInAtATime) {
     EXPECT_FALSE(guarded.crowded);
 }
 
-TEST(CriticalSection, WakesAllWhoFellAsleepDuringLongStays) {
+TEST(CriticalSection, WakesAllThreadsThatSleepWhileItIsHeld) {
     constexpr std::uint64_t kStays = 10;
     Guarded guarded;
     test::onThreads(kThreads, [&](std::size_t) {
@@ -63,7 +63,7 @@ TEST(CriticalSection, WakesAllWhoFellAsleepDuringLongStays) {
     EXPECT_FALSE(guarded.crowded);
 }
 
-TEST(CriticalSection, ForgetsNoSleeperWhileOthersComeAndGoAtOnce) {
+TEST(CriticalSection, ForgetsNoSleeperUnderHeavyContention) {
     constexpr std::uint64_t kStays = 1000;
     Guarded guarded;
     test::onThreads(kThreads, [&](std::size_t i) {
@@ -80,7 +80,7 @@ TEST(CriticalSection, ForgetsNoSleeperWhileOthersComeAndGoAtOnce) {
     EXPECT_FALSE(guarded.crowded);
 }
 
-TEST(CriticalSection, AUniqueLockMayLeaveComeBackAndChangeHands) {
+TEST(CriticalSection, AUniqueLockMayUnlockRelockAndMove) {
     CriticalSection section;
     int value = 0;
     std::unique_lock lock(section);
@@ -97,7 +97,7 @@ TEST(CriticalSection, AUniqueLockMayLeaveComeBackAndChangeHands) {
     EXPECT_TRUE(taken.owns_lock());
 }
 
-TEST(CriticalSection, IsFreeAgainWhenAStayEndsInAnException) {
+TEST(CriticalSection, IsReleasedByAnException) {
     CriticalSection section;
     EXPECT_THROW(
         {
@@ -108,7 +108,7 @@ TEST(CriticalSection, IsFreeAgainWhenAStayEndsInAnException) {
     test::onThreads(1, [&](std::size_t) { const std::lock_guard lock(section); });
 }
 
-TEST(CriticalSection, NeighboursInMemoryShareNoCacheLine) {
+TEST(CriticalSection, DoesNotShareACacheLineWithANeighbour) {
     CriticalSection pair[2];
     const auto first = reinterpret_cast<std::uintptr_t>(&pair[0]);
     const auto second = reinterpret_cast<std::uintptr_t>(&pair[1]);

@@ -71,7 +71,7 @@ TEST(File, EveryCallOnAClosedFileFailsHarmlessly) {
     }
 }
 
-TEST(File, MovingHandsTheStreamOverAndLeavesTheSourceClosed) {
+TEST(File, MovingTransfersTheStreamAndClosesTheSource) {
     const ScratchFolder folder;
     const std::string path = folder / u8"a";
     File first = File::open(path.c_str(), "wb");
@@ -97,7 +97,7 @@ TEST(File, AssigningOverAnOpenFileClosesItFirst) {
     EXPECT_FALSE(file);
 }
 
-TEST(File, TheDestructorWritesWhatIsBuffered) {
+TEST(File, TheDestructorWritesBufferedData) {
     const ScratchFolder folder;
     const std::string path = folder / u8"a";
     {
@@ -107,7 +107,7 @@ TEST(File, TheDestructorWritesWhatIsBuffered) {
     EXPECT_EQ(readWhole(path), "buffered");
 }
 
-TEST(File, SeeksFromAllThreePlaces) {
+TEST(File, SeeksFromAllThreeOrigins) {
     const ScratchFolder folder;
     const std::string path = folder / u8"a";
     writeWhole(path, "0123456789");
@@ -122,7 +122,7 @@ TEST(File, SeeksFromAllThreePlaces) {
     EXPECT_FALSE(file.seek(0, 77));
 }
 
-TEST(File, BytesLeftCountsToTheEndAndLeavesThePosition) {
+TEST(File, BytesLeftCountsToTheEndAndKeepsThePosition) {
     const ScratchFolder folder;
     const std::string path = folder / u8"a";
     writeWhole(path, "0123456789");
@@ -139,7 +139,7 @@ TEST(File, BytesLeftCountsToTheEndAndLeavesThePosition) {
     EXPECT_EQ(file.tell(), 100);
 }
 
-TEST(File, BytesLeftSeesWhatIsStillBuffered) {
+TEST(File, BytesLeftIncludesBufferedData) {
     const ScratchFolder folder;
     File file = File::open((folder / u8"a").c_str(), "wb+");
     ASSERT_TRUE(file.write("012345", 6));
@@ -171,12 +171,12 @@ TEST(File, WritingToAFileOpenForReadingFails) {
 
 #ifndef _WIN32
 
-// A device that takes no byte, as a full disk does.
+// A device that accepts no bytes, like a full disk.
 File openFullDisk() {
     return File::open("/dev/full", "wb");
 }
 
-TEST(File, AFullDiskShowsAtFlush) {
+TEST(File, FlushReportsAFullDisk) {
     File file = openFullDisk();
     ASSERT_TRUE(file);
     EXPECT_TRUE(file.write("x", 1)) << "one byte stays in the buffer";
@@ -184,7 +184,7 @@ TEST(File, AFullDiskShowsAtFlush) {
     EXPECT_FALSE(file.close());
 }
 
-TEST(File, AFullDiskShowsAtCloseAtTheLatest) {
+TEST(File, CloseReportsAFullDisk) {
     File file = openFullDisk();
     ASSERT_TRUE(file);
     EXPECT_TRUE(file.write("x", 1));
@@ -192,7 +192,7 @@ TEST(File, AFullDiskShowsAtCloseAtTheLatest) {
     EXPECT_FALSE(file.isOpen());
 }
 
-TEST(File, AFullDiskShowsAtAWriteLargerThanTheBuffer) {
+TEST(File, AWriteLargerThanTheBufferReportsAFullDisk) {
     File file = openFullDisk();
     ASSERT_TRUE(file);
     const std::string large(1 << 20, 'x');
@@ -200,11 +200,11 @@ TEST(File, AFullDiskShowsAtAWriteLargerThanTheBuffer) {
     EXPECT_FALSE(file.close());
 }
 
-TEST(File, CloseRemembersAFailureThatASeekMet) {
+TEST(File, CloseReportsAFailureDuringASeek) {
     File file = openFullDisk();
     ASSERT_TRUE(file);
     EXPECT_TRUE(file.write("x", 1));
-    // Whether the seek itself reports it is the library's affair; the close has to.
+    // Whether the seek itself reports it is up to the library; the close must.
     file.seek(0, SEEK_SET);
     EXPECT_FALSE(file.close());
 }

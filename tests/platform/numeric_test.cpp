@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
 
-TEST(TruncateToInt32, GoesTowardZero) {
+TEST(TruncateToInt32, RoundsTowardZero) {
     EXPECT_EQ(truncateToInt32(1.9), 1);
     EXPECT_EQ(truncateToInt32(-1.9), -1);
     EXPECT_EQ(truncateToInt32(-0.5), 0);
@@ -17,7 +17,7 @@ TEST(TruncateToInt32, GoesTowardZero) {
     EXPECT_EQ(truncateToInt32(-2147483648.9), kLowest);
 }
 
-TEST(TruncateToInt32, WhatDoesNotFitIsTheLowestNumber) {
+TEST(TruncateToInt32, TurnsWhatDoesNotFitIntoTheLowestNumber) {
     EXPECT_EQ(truncateToInt32(2147483648.0), kLowest);
     EXPECT_EQ(truncateToInt32(-2147483649.0), kLowest);
     EXPECT_EQ(truncateToInt32(std::numeric_limits<double>::infinity()), kLowest);

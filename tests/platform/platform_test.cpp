@@ -29,7 +29,7 @@ TEST(Platform, OpensANonAsciiNameAndReadsBackWhatWasWritten) {
     EXPECT_EQ(readWhole(path), "a\nb");
 }
 
-TEST(Platform, NullAndEmptyPathsNameNothing) {
+TEST(Platform, NullAndEmptyPathsNameNoFile) {
     for (const char* path : {static_cast<const char*>(nullptr), ""}) {
         EXPECT_EQ(openFile(path, "rb"), nullptr);
         EXPECT_EQ(openFile(path, "wb"), nullptr);
@@ -40,7 +40,7 @@ TEST(Platform, NullAndEmptyPathsNameNothing) {
     }
 }
 
-TEST(Platform, AMissingFileDoesNotOpenForReadingAndIsNotMade) {
+TEST(Platform, OpeningAMissingFileForReadingFailsAndCreatesNone) {
     const ScratchFolder folder;
     const std::string path = folder / u8"missing";
     EXPECT_EQ(openFile(path.c_str(), "rb"), nullptr);
@@ -62,7 +62,7 @@ TEST(Platform, ExclusiveCreationRefusesAnExistingFileAndLeavesItAlone) {
     EXPECT_EQ(readWhole(path), "theirs");
 }
 
-TEST(Platform, ExclusiveCreationGivesAFileToWriteAndRead) {
+TEST(Platform, ExclusiveCreationGivesAWritableAndReadableFile) {
     const ScratchFolder folder;
     const std::string path = folder / u8"VSplitList.data";
     std::FILE* file = createExclusively(path.c_str());
@@ -79,7 +79,7 @@ TEST(Platform, ExclusiveCreationInAMissingFolderFails) {
     EXPECT_EQ(createExclusively((folder / u8"no/such.data").c_str()), nullptr);
 }
 
-TEST(Platform, SeeksAndTellsBeyondFourGigabytes) {
+TEST(Platform, SeeksAndReportsPositionsBeyondFourGigabytes) {
     const ScratchFolder folder;
     std::FILE* file = openFile((folder / u8"sparse").c_str(), "wb+");
     ASSERT_NE(file, nullptr);
@@ -92,7 +92,7 @@ TEST(Platform, SeeksAndTellsBeyondFourGigabytes) {
     std::fclose(file);
 }
 
-TEST(Platform, AFolderExistsButIsNoRegularFile) {
+TEST(Platform, AFolderExistsButIsNotARegularFile) {
     const ScratchFolder folder;
     const std::string file = folder / u8"é";
     EXPECT_FALSE(exists(file.c_str()));
@@ -104,7 +104,7 @@ TEST(Platform, AFolderExistsButIsNoRegularFile) {
     EXPECT_FALSE(isRegularFile(folder.path().c_str()));
 }
 
-TEST(Platform, DeletesFilesButNeitherMissingOnesNorFolders) {
+TEST(Platform, DeletesOnlyExistingFiles) {
     const ScratchFolder folder;
     const std::string file = folder / u8"é.running";
     writeWhole(file, "x");
@@ -115,7 +115,7 @@ TEST(Platform, DeletesFilesButNeitherMissingOnesNorFolders) {
     EXPECT_TRUE(fs::exists(pathOfUtf8(folder.path())));
 }
 
-// Goes into a folder and comes back whatever the test does.
+// Enters a folder and returns to the old one however the test ends.
 class InFolder {
 public:
     explicit InFolder(const std::string& path) : before_(fs::current_path()) {
@@ -129,13 +129,13 @@ private:
     fs::path before_;
 };
 
-TEST(Platform, TheCurrentDirectoryIsGivenAsUtf8) {
+TEST(Platform, TheCurrentDirectoryIsUtf8) {
     const ScratchFolder folder;
     const InFolder inside(folder.path());
     EXPECT_TRUE(fs::equivalent(pathOfUtf8(currentDirectory()), pathOfUtf8(folder.path())));
 }
 
-TEST(Platform, ACurrentDirectoryOfMoreThan512CharactersIsEmpty) {
+TEST(Platform, ACurrentDirectoryLongerThan512CharactersGivesAnEmptyPath) {
     const ScratchFolder folder;
     fs::path deep = pathOfUtf8(folder.path());
     for (int i = 0; i < 3; ++i)
@@ -145,7 +145,7 @@ TEST(Platform, ACurrentDirectoryOfMoreThan512CharactersIsEmpty) {
     EXPECT_EQ(currentDirectory(), "");
 }
 
-TEST(Platform, TheCounterTicksAtItsFrequencyAndNeverRunsBack) {
+TEST(Platform, TheCounterTicksAtItsFrequencyAndNeverGoesBack) {
     std::int64_t frequency = 0;
     std::int64_t before = 0;
     std::int64_t after = 0;
@@ -167,7 +167,7 @@ TEST(Platform, TheClockCountsMilliseconds) {
     EXPECT_LT(elapsed, 60000);
 }
 
-TEST(Platform, SleepingForNoTimeOrLessReturnsAtOnce) {
+TEST(Platform, SleepingForZeroOrLessReturnsAtOnce) {
     const std::int64_t before = clockMilliseconds();
     sleepMilliseconds(0);
     sleepMilliseconds(-1000000);
@@ -176,13 +176,13 @@ TEST(Platform, SleepingForNoTimeOrLessReturnsAtOnce) {
 
 #ifndef _WIN32
 
-TEST(Platform, ABoxIsOneLineOnStandardErrorWithItsNewlinesWrittenOut) {
+TEST(Platform, ABoxIsOneLineWithItsNewlinesEscaped) {
     testing::internal::CaptureStderr();
     messageBox("Decimation", "first\nsecond\n");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Decimation\tfirst\\nsecond\\n\n");
 }
 
-TEST(Platform, ABoxTakesNullAsAnEmptyText) {
+TEST(Platform, ABoxTreatsNullAsEmptyText) {
     testing::internal::CaptureStderr();
     messageBox(nullptr, nullptr);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "\t\n");
@@ -198,7 +198,7 @@ std::string tailOf(std::vector<std::string> arguments) {
     return commandTail(count, pointers.data());
 }
 
-TEST(Platform, OneArgumentIsTheTailUnchanged) {
+TEST(Platform, ASingleArgumentIsTheTailUnchanged) {
     EXPECT_EQ(tailOf({"korvalite", "my  scene.kvc "}), "my  scene.kvc ");
     EXPECT_EQ(tailOf({"korvalite", "\"scene.kvc\""}), "\"scene.kvc\"");
 }
