@@ -39,7 +39,7 @@ TEST(ComputeSymmetry, MeshOf10001VerticesUses100OverItsCount) {
     EXPECT_NE(mesh.symmetryCache.tolerance, 3.0F * 0.01F);
 }
 
-TEST(ComputeSymmetry, ModeOffForgetsWhatWasFound) {
+TEST(ComputeSymmetry, ModeOffForgetsTheOldResult) {
     DMesh mesh = mirroredMesh(100);
     computeSymmetry(mesh);
     ASSERT_TRUE(mesh.symmetryCache.isValidFor());
@@ -50,7 +50,7 @@ TEST(ComputeSymmetry, ModeOffForgetsWhatWasFound) {
     EXPECT_EQ(mesh.symmetryCache.planeNormal.x, 0.0F);
 }
 
-TEST(ComputeSymmetry, AutoFindsTheAxisWithoutBeingToldOne) {
+TEST(ComputeSymmetry, AutoFindsTheAxisItself) {
     DMesh mesh = mirroredMesh(100);
     mesh.symmetryMode = -1;
     computeSymmetry(mesh);
@@ -81,7 +81,7 @@ TEST(ComputeSymmetry, FixedModeWithoutAnAxisComputesNothing) {
     EXPECT_FALSE(mesh.symmetryCache.isValidFor());
 }
 
-TEST(ComputeSymmetry, AllVerticesInOnePointPairWithThemselvesOrEachOther) {
+TEST(ComputeSymmetry, VerticesInOnePointPairWithThemselvesOrEachOther) {
     DMesh mesh;
     mesh.vertices.resize(7);
     for (VertexRecord& v : mesh.vertices)

@@ -22,7 +22,7 @@ TEST(Vec3, CrossProductTurnsXToYIntoZ) {
 }
 
 TEST(Vec3, DotProductAddsXThenYThenZ) {
-    // The 1 is lost beside 1e8; with z before y it would survive.
+    // The 1 is lost next to 1e8; with z before y it would survive.
     EXPECT_EQ(dot(FloatVec3{1e8F, 1, -1e8F}, FloatVec3{1, 1, 1}), 0.0F);
 }
 
@@ -41,14 +41,14 @@ TEST(Normalize3f, DividesByTheLength) {
     expectEqual(out, {0, 0.6F, 0.8F});
 }
 
-TEST(Normalize3f, LengthZeroLeavesTheResult) {
+TEST(Normalize3f, LengthZeroLeavesTheResultUnchanged) {
     FloatVec3 out{1, 2, 3};
     normalize3f(out, {0, 0, 0});
     expectEqual(out, {1, 2, 3});
 }
 
 TEST(Normalize3fInPlace, ReturnsTheLengthInDouble) {
-    FloatVec3 v{1e-30F, 0, 0};  // whose square is 0 in single precision
+    FloatVec3 v{1e-30F, 0, 0};  // its square is 0 in single precision
     EXPECT_EQ(normalize3fInPlace(v), static_cast<double>(1e-30F));
     expectEqual(v, {1, 0, 0});
 }
@@ -65,7 +65,7 @@ TEST(Normalize3d, ZeroVectorReturnsOne) {
     EXPECT_EQ(v.x, 0.0);
 }
 
-TEST(Normalize3d, LeavesOnlyWhatIsShorterThan1e24th) {
+TEST(Normalize3d, LeavesOnlyVectorsShorterThan1e24th) {
     DoubleVec3 shorter{0.9e-24, 0, 0};
     EXPECT_EQ(normalize3d(shorter), 1.0);
     EXPECT_EQ(shorter.x, 0.9e-24);
@@ -90,7 +90,7 @@ TEST(AngleBetween, ZeroVectorGivesZero) {
     EXPECT_EQ(angleBetween({1, 0, 0}, {0, 0, 0}), 0.0);
 }
 
-TEST(AngleBetween, RightAngle) {
+TEST(AngleBetween, RightAngleGivesHalfPi) {
     EXPECT_EQ(angleBetween({0, 2, 0}, {5, 0, 0}), std::acos(0.0));
 }
 
@@ -107,7 +107,7 @@ TEST(Multiply3, SecondOperandActsFirst) {
     EXPECT_EQ(out, columnsSwapped);
 }
 
-TEST(AxisAngleToQuaternion, HalfTheAngleAboutTheUnitAxis) {
+TEST(AxisAngleToQuaternion, UsesHalfTheAngleAboutTheUnitAxis) {
     Quaternion q;
     axisAngleToQuaternion(q, {0, 0, 5}, std::numbers::pi);
     EXPECT_EQ(q.w, static_cast<float>(std::cos(std::numbers::pi / 2)));
@@ -125,8 +125,8 @@ TEST(AxisAngleToQuaternion, AxisShorterThan1e7thGivesTheIdentity) {
     EXPECT_EQ(q.z, 0.0F);
 }
 
-TEST(QuaternionToMatrix, EveryElementOfAnyQuaternion) {
-    // 2, 3, 5, 7: all products differ, and nothing is rounded. Not of unit length, and so taken.
+TEST(QuaternionToMatrix, ComputesEveryElementForAnyQuaternion) {
+    // With 2, 3, 5, 7 all products differ and nothing is rounded. The length need not be 1.
     std::array<float, 16> m{};
     quaternionToMatrix(m.data(), {2, 3, 5, 7});
     const std::array<float, 16> expected{25, 58, 22,  0,  //
@@ -137,7 +137,7 @@ TEST(QuaternionToMatrix, EveryElementOfAnyQuaternion) {
 }
 
 TEST(QuaternionToMatrix, ProductsAreRoundedBeforeTheyAreSummed) {
-    const float e = 1.0F + 0x1p-12F;  // whose square needs one bit more than a float has
+    const float e = 1.0F + 0x1p-12F;  // its square needs one bit more than a float has
     std::array<float, 16> m{};
     quaternionToMatrix(m.data(), {0, e, 0, 0});
     EXPECT_EQ(m[0], static_cast<float>(static_cast<double>(e * e) * 2.0 - 1.0));

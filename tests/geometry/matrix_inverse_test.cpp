@@ -18,7 +18,7 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// The method step by step, with the identity carried along as the right half of every row.
+/// The method step by step, with the identity carried along in the right half of every row.
 template <std::size_t n>
 bool invertStepByStep(std::array<double, n * n>& out, const std::array<double, n * n>& in) {
     std::array<std::array<double, 2 * n>, n> storage{};
@@ -66,13 +66,13 @@ bool invert(std::array<double, 16>& out, const std::array<double, 16>& in) {
     return invert4d(out.data(), in.data());
 }
 
-/// Bit for bit, but any two values that are not numbers are the same.
+/// Compares bit for bit, but any two NaNs are the same.
 bool sameBits(double a, double b) {
     if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
     return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
-/// Draws whole matrices of one flavour, so that every path is met often.
+/// Draws matrices of a flavour that is fixed for each matrix, so that every path is taken often.
 template <std::size_t n>
 std::array<double, n * n> drawMatrix(std::mt19937& random, int flavour) {
     std::normal_distribution<double> normal;
@@ -85,7 +85,7 @@ std::array<double, n * n> drawMatrix(std::mt19937& random, int flavour) {
     std::array<double, n * n> m{};
     for (double& e : m) {
         if (flavour == 0) e = normal(random);
-        if (flavour == 1) e = small(random);  // singular and tied ones abound
+        if (flavour == 1) e = small(random);  // many are singular or tied
         if (flavour == 2) e = std::ldexp(normal(random), exponent(random));
         if (flavour == 3) e = oneIn(random) == 0 ? kOdd[random() % kOdd.size()] : small(random);
         if (flavour == 4) e = normal(random);
@@ -122,11 +122,11 @@ void expectSameAsStepByStep() {
     EXPECT_GT(refused, 1000);
 }
 
-TEST(Invert3, GivesTheBitsOfThePlainMethod) {
+TEST(Invert3, MatchesThePlainMethodBitForBit) {
     expectSameAsStepByStep<3>();
 }
 
-TEST(Invert4d, GivesTheBitsOfThePlainMethod) {
+TEST(Invert4d, MatchesThePlainMethodBitForBit) {
     expectSameAsStepByStep<4>();
 }
 
@@ -139,7 +139,7 @@ void expectProductWithInverseIsIdentity() {
         for (double& e : in)
             e = element(random);
         for (std::size_t i = 0; i < n; ++i)
-            in[n * i + i] += 4.0;  // well away from singular
+            in[n * i + i] += 4.0;  // far from singular
         std::array<double, n * n> inverse{};
         ASSERT_TRUE(invert(inverse, in));
         for (std::size_t r = 0; r < n; ++r) {
@@ -178,7 +178,7 @@ TEST(Invert4d, KnownInverse) {
     EXPECT_EQ(out, expected);
 }
 
-TEST(Invert3, TwoEqualRowsFailAndLeaveTheResult) {
+TEST(Invert3, TwoEqualRowsFailAndKeepTheResult) {
     std::array<double, 9> out{};
     out.fill(7.0);
     const std::array<double, 9> before = out;
@@ -186,7 +186,7 @@ TEST(Invert3, TwoEqualRowsFailAndLeaveTheResult) {
     EXPECT_EQ(out, before);
 }
 
-TEST(Invert4d, TwoEqualRowsFailAndLeaveTheResult) {
+TEST(Invert4d, TwoEqualRowsFailAndKeepTheResult) {
     std::array<double, 16> out{};
     out.fill(7.0);
     const std::array<double, 16> before = out;
@@ -194,7 +194,7 @@ TEST(Invert4d, TwoEqualRowsFailAndLeaveTheResult) {
     EXPECT_EQ(out, before);
 }
 
-TEST(Invert4f, TwoEqualRowsFailAndLeaveTheResult) {
+TEST(Invert4f, TwoEqualRowsFailAndKeepTheResult) {
     const std::array<float, 16> in{1, 2, 3, 4, 0, 1, 0, 0, 1, 2, 3, 4, 0, 0, 0, 1};
     std::array<float, 16> out{};
     out.fill(7.0F);
@@ -217,12 +217,12 @@ TEST(Invert4d, PivotOf1e300thInverts) {
     EXPECT_EQ(out[10], 1.0 / 1e-300);
 }
 
-// With rows r2 = (2, ...) and r3 = (-2, ...) a tie leaves r2 above r3, and r2 goes on to be the
-// pivot. Had r3 gone up, it would be the pivot, and the rounding would differ.
+// With rows r2 = (2, ...) and r3 = (-2, ...), a tie keeps r2 above r3, and r2 becomes the pivot. If
+// r3 moved up, it would be the pivot, and the rounding would differ.
 TEST(Invert4d, TieInColumnZeroKeepsTheUpperRow) {
     const std::array<double, 16> in{0.1, 1.7, 0.3, 0.9, 0.7, 0.2,  1.1, 0.6,
                                     2,   0.3, 0.7, 1.3, -2,  0.11, 0.4, 0.7};
-    std::array<double, 16> swappedByHand = in;  // what swapping on a tie would work on
+    std::array<double, 16> swappedByHand = in;  // as if a tie swapped the rows
     std::swap_ranges(swappedByHand.begin() + 8, swappedByHand.begin() + 12,
                      swappedByHand.begin() + 12);
     std::array<double, 16> out{};
@@ -234,7 +234,7 @@ TEST(Invert4d, TieInColumnZeroKeepsTheUpperRow) {
     EXPECT_EQ(out, expected);
     for (std::size_t r = 0; r < 4; ++r)
         std::swap(other[4 * r + 2], other[4 * r + 3]);
-    EXPECT_NE(out, other) << "the example must be one where the pivot can be told from the result";
+    EXPECT_NE(out, other) << "the result must depend on the pivot in this example";
 }
 
 TEST(Invert3, NaNInTheLastPivotPasses) {

@@ -26,8 +26,8 @@ void addVertex(DMesh& mesh, const FloatVec3& p) {
     mesh.vertices.push_back(record);
 }
 
-/// Fills a mesh of `count` vertices in the box from -8 to 8, of which just so many pair on each
-/// axis: x, y and z pairs at places of their own, and the rest where nothing mirrors it.
+/// Fills a mesh of `count` vertices in the box from -8 to 8 with exactly the given number of pairs
+/// on each axis: x, y and z pairs at separate places, and the rest where nothing mirrors them.
 DMesh meshWithPairs(const std::array<int, 3>& pairsOnAxis, int loners) {
     DMesh mesh;
     float place = 1.0F;
@@ -50,7 +50,7 @@ DMesh meshWithPairs(const std::array<int, 3>& pairsOnAxis, int loners) {
     return mesh;
 }
 
-TEST(KRDMeshSymmetryCache, StartsAsResetLeavesIt) {
+TEST(KRDMeshSymmetryCache, StartsInTheStateThatResetLeaves) {
     KRDMeshSymmetryCache cache;
     EXPECT_EQ(cache.tolerance, 0.005F);
     EXPECT_TRUE(cache.pairing.empty());
@@ -60,7 +60,7 @@ TEST(KRDMeshSymmetryCache, StartsAsResetLeavesIt) {
     EXPECT_FALSE(cache.isValidFor());
 }
 
-TEST(KRDMeshSymmetryCache, ResetForgetsThePairsAndIsNotValid) {
+TEST(KRDMeshSymmetryCache, ResetForgetsThePairsAndMakesItInvalid) {
     DMesh mesh = meshWithPairs({5, 0, 0}, 0);
     KRDMeshSymmetryCache& cache = mesh.symmetryCache;
     cache.detectSymmetry(mesh);
@@ -75,7 +75,7 @@ TEST(KRDMeshSymmetryCache, ResetForgetsThePairsAndIsNotValid) {
     EXPECT_FALSE(cache.isValidFor());
 }
 
-TEST(KRDMeshSymmetryCache, IsNotValidWhenVerticesWereAdded) {
+TEST(KRDMeshSymmetryCache, IsInvalidAfterVerticesWereAdded) {
     DMesh mesh = meshWithPairs({5, 0, 0}, 0);
     mesh.symmetryCache.computeForAxis(0, {0, 0, 0}, mesh);
     ASSERT_TRUE(mesh.symmetryCache.isValidFor());
@@ -92,7 +92,7 @@ TEST(KRDMeshSymmetryCache, EmptyMeshFailsOnAnAxisAndIsValidOnceTheMeshIsSet) {
     EXPECT_TRUE(mesh.symmetryCache.isValidFor());
 }
 
-TEST(KRDMeshSymmetryCache, ToleranceIsAPartOfTheDiagonal) {
+TEST(KRDMeshSymmetryCache, ToleranceIsAFractionOfTheDiagonal) {
     DMesh mesh;
     mesh.boundingBox.min = {1, 1, 1};
     mesh.boundingBox.max = {3, 4, 7};
@@ -100,7 +100,7 @@ TEST(KRDMeshSymmetryCache, ToleranceIsAPartOfTheDiagonal) {
     EXPECT_EQ(mesh.symmetryCache.tolerance, 3.5F);
 }
 
-TEST(KRDMeshSymmetryCache, ToleranceOfOnePointIs1e19th) {
+TEST(KRDMeshSymmetryCache, ToleranceForASinglePointIs1e19th) {
     DMesh mesh;
     mesh.boundingBox.min = {1, 1, 1};
     mesh.boundingBox.max = {1, 1, 1};
@@ -108,7 +108,7 @@ TEST(KRDMeshSymmetryCache, ToleranceOfOnePointIs1e19th) {
     EXPECT_EQ(mesh.symmetryCache.tolerance, 1e-19F);
 }
 
-TEST(DetectSymmetry, RatioAbove95PercentOnXLeavesTheOtherAxesUntested) {
+TEST(DetectSymmetry, RatioAbove95PercentOnXSkipsTheOtherAxes) {
     DMesh mesh = meshWithPairs({48, 0, 0}, 4);
     KRDMeshSymmetryCache& cache = mesh.symmetryCache;
     EXPECT_TRUE(cache.detectSymmetry(mesh));
@@ -120,7 +120,7 @@ TEST(DetectSymmetry, RatioAbove95PercentOnXLeavesTheOtherAxesUntested) {
     EXPECT_TRUE(cache.isValidFor());
 }
 
-TEST(DetectSymmetry, RatioOfExactly95PercentIsNotTakenAtOnce) {
+TEST(DetectSymmetry, RatioOfExactly95PercentIsNotAcceptedAtOnce) {
     DMesh mesh = meshWithPairs({19, 0, 0}, 2);
     KRDMeshSymmetryCache& cache = mesh.symmetryCache;
     cache.detectSymmetry(mesh);
@@ -128,7 +128,7 @@ TEST(DetectSymmetry, RatioOfExactly95PercentIsNotTakenAtOnce) {
     expectEqual(cache.planeNormal, {1, 0, 0});
 }
 
-TEST(DetectSymmetry, RatioOfExactly40PercentIsNoSymmetry) {
+TEST(DetectSymmetry, RatioOfExactly40PercentIsNotASymmetry) {
     DMesh mesh = meshWithPairs({0, 2, 0}, 6);
     KRDMeshSymmetryCache& cache = mesh.symmetryCache;
     EXPECT_TRUE(cache.detectSymmetry(mesh));
@@ -137,7 +137,7 @@ TEST(DetectSymmetry, RatioOfExactly40PercentIsNoSymmetry) {
 }
 
 TEST(DetectSymmetry, BestAxisAbove40PercentWins) {
-    // Each call adds vertices with all their mirror images across the axes of the mask.
+    // Each call adds vertices with all their mirror images across the axes in the mask.
     DMesh mesh;
     float place = 1.0F;
     const auto add = [&](int axesMask, int times) {
@@ -169,7 +169,7 @@ TEST(DetectSymmetry, BestAxisAbove40PercentWins) {
     EXPECT_TRUE(mesh.symmetryCache.isValidFor());
 }
 
-TEST(DetectSymmetry, AnEqualLaterAxisDoesNotTakeOver) {
+TEST(DetectSymmetry, AnEqualLaterAxisDoesNotWin) {
     DMesh mesh = meshWithPairs({9, 9, 0}, 0);
     KRDMeshSymmetryCache& cache = mesh.symmetryCache;
     cache.detectSymmetry(mesh);
@@ -191,7 +191,7 @@ TEST(DetectSymmetry, NoPlaneLeavesThePairingEmptyAndStillReturnsTrue) {
     EXPECT_FALSE(cache.isValidFor());
 }
 
-TEST(ComputeForAxis, AsymmetricMeshKeepsTheAskedPlane) {
+TEST(ComputeForAxis, AsymmetricMeshKeepsTheRequestedPlane) {
     DMesh mesh = meshWithPairs({0, 1, 0}, 98);
     KRDMeshSymmetryCache& cache = mesh.symmetryCache;
     EXPECT_TRUE(cache.computeForAxis(1, {0, 0, 0}, mesh));
@@ -202,7 +202,7 @@ TEST(ComputeForAxis, AsymmetricMeshKeepsTheAskedPlane) {
     EXPECT_TRUE(cache.isValidFor());
 }
 
-TEST(ComputeForAxis, PlaneGoesThroughTheCentre) {
+TEST(ComputeForAxis, PlanePassesThroughTheCentre) {
     DMesh mesh = meshWithPairs({4, 0, 0}, 0);
     KRDMeshSymmetryCache& cache = mesh.symmetryCache;
     cache.computeForAxis(2, {1, 2, 3}, mesh);
@@ -217,7 +217,7 @@ TEST(ComputeForAxis, PlaneGoesThroughTheCentre) {
     expectEqual(p, {7, 8, -3});
 }
 
-TEST(BuildTransforms, UnitAxesGiveAffineMapsThatAreExact) {
+TEST(BuildTransforms, UnitAxesGiveExactAffineMaps) {
     for (int axis = 0; axis < 3; ++axis) {
         FloatVec3 normal;
         setComponent(normal, axis, 1.0F);

@@ -59,7 +59,7 @@ void expectSymmetric(const MirrorPairs& pairs) {
     EXPECT_EQ(pairs.pairedCount, paired);
 }
 
-/// The sweep step by step, walking every candidate.
+/// The reference: sweeps step by step and walks every candidate.
 MirrorPairs pairByWalking(const DMesh& mesh, int axis, const FloatVec3& centre, float t) {
     const auto x = [&](std::int32_t v) {
         return component(mesh.vertices[static_cast<std::size_t>(v)].position(), axis);
@@ -126,12 +126,12 @@ MirrorPairs pairByWalking(const DMesh& mesh, int axis, const FloatVec3& centre, 
     return result;
 }
 
-TEST(PairVertices, NoVerticesReturnFalse) {
+TEST(PairVertices, ReturnsFalseWithoutVertices) {
     MirrorPairs pairs;
     EXPECT_FALSE(pairVertices(pairs, DMesh{}, 0, {0, 0, 0}, kTolerance));
 }
 
-TEST(PairVertices, TwoMirroredVerticesPairAndTheUpperOneIsOnTheSecondSide) {
+TEST(PairVertices, TheUpperOfTwoMirroredVerticesIsOnTheSecondSide) {
     const MirrorPairs pairs = pairAcrossX({{1, 2, 3}, {-1, 2, 3}});
     EXPECT_EQ(pairs.pairing, (Indices{1, 0}));
     EXPECT_EQ(pairs.pairedCount, 2);
@@ -149,7 +149,7 @@ TEST(PairVertices, EveryAxisUsesItsOwnCoordinateAndCentre) {
     }
 }
 
-TEST(PairVertices, VertexJustAboveThePlaneWithoutPartnerPairsWithItself) {
+TEST(PairVertices, UnmatchedVertexJustAboveThePlanePairsWithItself) {
     const MirrorPairs pairs = pairAcrossX({{kTolerance / 2, 0, 0}});
     EXPECT_EQ(pairs.pairing, (Indices{0}));
     EXPECT_EQ(pairs.pairedCount, 1);
@@ -163,7 +163,7 @@ TEST(PairVertices, VertexOnOrJustBelowThePlanePairsWithItself) {
     EXPECT_TRUE(secondSideOf(pairs).empty());
 }
 
-TEST(PairVertices, VertexBeyondTheBandEndsTheWalkAndAllAboveStayUnpaired) {
+TEST(PairVertices, VertexBeyondTheBandEndsTheWalk) {
     const MirrorPairs pairs = pairAcrossX(
         {{-3, 0, 0}, {kTolerance / 2, 9, 0}, {2 * kTolerance, 0, 0}, {1, 0, 0}, {3, 0, 0}});
     EXPECT_EQ(pairs.pairing, (Indices{4, 1, -1, -1, 0}));
@@ -171,16 +171,16 @@ TEST(PairVertices, VertexBeyondTheBandEndsTheWalkAndAllAboveStayUnpaired) {
     EXPECT_EQ(secondSideOf(pairs), (Indices{1, 2, 3, 4}));
 }
 
-TEST(PairVertices, NearestWithinToleranceWinsWhereNoneIsNearExact) {
+TEST(PairVertices, NearestWithinToleranceWinsIfNoneIsNearExact) {
     const float t = kTolerance;
     const MirrorPairs pairs =
         pairAcrossX({{-1, 0, 0}, {1, 0.8F * t, 0}, {1, 0.5F * t, 0}, {1, 0.9F * t, 0}});
     EXPECT_EQ(pairs.pairing, (Indices{2, -1, 0, -1}));
 }
 
-TEST(PairVertices, FirstNearExactImageWinsOverAnExactOneFurtherDown) {
+TEST(PairVertices, FirstNearExactImageWinsOverALaterExactOne) {
     const float nearExact = kTolerance / 400.0F;
-    // The walk comes from above, so the highest index of equal coordinates is met first.
+    // The walk runs downwards, so the highest index of equal coordinates comes first.
     const MirrorPairs pairs = pairAcrossX({{-1, 0, 0}, {1, 0, 0}, {1, nearExact, 0}});
     EXPECT_EQ(pairs.pairing, (Indices{2, -1, 0}));
 }
@@ -190,7 +190,7 @@ TEST(PairVertices, DistanceOfExactlyTheToleranceDoesNotMatch) {
     EXPECT_EQ(pairs.pairing, (Indices{-1, -1}));
 }
 
-TEST(PairVertices, EqualCoordinatesGoByAscendingIndex) {
+TEST(PairVertices, EqualCoordinatesAreOrderedByIndex) {
     const MirrorPairs pairs =
         pairAcrossX({{1, 0, 0}, {-1, 0, 0}, {1, 0, 0}, {-1, 0, 0}, {1, 0, 0}});
     EXPECT_EQ(pairs.pairing, (Indices{-1, 4, 3, 2, 1}));
@@ -201,7 +201,7 @@ TEST(PairVertices, ZerosOfEitherSignAreEqual) {
     EXPECT_EQ(pairs.pairing, (Indices{2, 1, 0}));
 }
 
-TEST(PairVertices, AllInOnePointPairWithEachOtherAndTheMiddleWithItself) {
+TEST(PairVertices, VerticesInOnePointPairWithTheMiddleLeftToItself) {
     const std::size_t n = 200001;
     MirrorPairs pairs;
     ASSERT_TRUE(
@@ -212,9 +212,9 @@ TEST(PairVertices, AllInOnePointPairWithEachOtherAndTheMiddleWithItself) {
     expectSymmetric(pairs);
 }
 
-// Coordinates are drawn from a coarse grid, with noise on some, so that ties, several candidates
-// within tolerance, and bands with more candidates than are walked one by one all abound.
-TEST(PairVertices, FindsWhatWalkingAllCandidatesFinds) {
+// Coordinates come from a coarse grid, some with noise, so that ties, several candidates within
+// tolerance, and bands with more candidates than are walked one by one are all frequent.
+TEST(PairVertices, MatchesAWalkOverAllCandidates) {
     std::mt19937 random(11);
     std::int32_t pairedInAll = 0;
     for (int round = 0; round < 400; ++round) {
@@ -247,7 +247,7 @@ TEST(PairVertices, FindsWhatWalkingAllCandidatesFinds) {
     EXPECT_GT(pairedInAll, 50000);
 }
 
-// Meshes of which a tolerance can hold anything from a single vertex to all of them.
+// Meshes in which a tolerance can span anything from a single vertex to all of them.
 enum class Shape { TwoPoints, Lattice, Patches, BallAndStray, PointAgainstDisc, Kinds };
 
 std::vector<FloatVec3> pointsOf(Shape shape, int count, std::mt19937& random) {
@@ -282,7 +282,7 @@ std::vector<FloatVec3> pointsOf(Shape shape, int count, std::mt19937& random) {
     return points;
 }
 
-// What no distance can be measured to.
+// Coordinates to which no distance can be measured.
 void spoilSome(std::vector<FloatVec3>& points, std::mt19937& random) {
     constexpr std::array kOdd{kNaN, kInfinity, -kInfinity, 3e38F, -3e38F, -0.0F, 1e-45F};
     for (int i = 0; i < 20; ++i) {
@@ -291,7 +291,7 @@ void spoilSome(std::vector<FloatVec3>& points, std::mt19937& random) {
     }
 }
 
-TEST(PairVertices, FindsTheSameWhateverTheToleranceIsToTheSpacing) {
+TEST(PairVertices, FindsTheSameForAnyRatioOfToleranceToSpacing) {
     constexpr std::array kTolerances{1e-30F, 1e-19F,  1e-6F, 1e-4F,    1e-3F, 0.01F,
                                      0.03F,  0.1F,    0.3F,  1.0F,     2.0F,  7.0F,
                                      30.0F,  2000.0F, 1e20F, kInfinity};
@@ -316,10 +316,10 @@ TEST(PairVertices, FindsTheSameWhateverTheToleranceIsToTheSpacing) {
     }
 }
 
-// The candidates stand where floats get twice as far apart, so that the window along the axis
-// leaves out some that are within the tolerance. Each vertex has a single one, among many that are
-// far off.
-TEST(PairVertices, FindsTheSameWhereRoundingDecidesWhatIsInTheWindow) {
+// The candidates are where the spacing of floats doubles, so that the window along the axis
+// excludes some that are within the tolerance. Each vertex has a single candidate, among many that
+// are far away.
+TEST(PairVertices, FindsTheSameWhereRoundingDecidesTheWindow) {
     std::mt19937 random(37);
     std::uniform_real_distribution<float> around(-1.0F, 1.0F);
     int leftOut = 0;
@@ -366,8 +366,8 @@ TEST(PairVertices, MirroredCloudPairsCompletely) {
     }
 }
 
-// Walking all candidates of each vertex would look at some 10^8 in each of these.
-TEST(PairVertices, AWideToleranceDoesNotCostTheSquareOfTheVerticesWithinIt) {
+// Walking all candidates of each vertex would visit about 10^8 in each of these meshes.
+TEST(PairVertices, AWideToleranceTakesLessThanQuadraticTime) {
     std::mt19937 random(29);
     for (const Shape shape : {Shape::TwoPoints, Shape::Lattice, Shape::Patches, Shape::BallAndStray,
                               Shape::PointAgainstDisc}) {
@@ -380,9 +380,9 @@ TEST(PairVertices, AWideToleranceDoesNotCostTheSquareOfTheVerticesWithinIt) {
     }
 }
 
-// A box with flat sides: each side's vertices share one coordinate. Walking all of them for each
-// would take 10^10 steps.
-TEST(PairVertices, FlatSidesDoNotCostTheSquareOfTheirVertices) {
+// A box with flat sides, so that the vertices of each side share one coordinate. Walking all of
+// them for each would take 10^10 steps.
+TEST(PairVertices, FlatSidesTakeLessThanQuadraticTime) {
     std::vector<FloatVec3> points;
     for (const float x : {-1.0F, 1.0F}) {
         for (int i = 0; i < 400; ++i) {
@@ -398,7 +398,7 @@ TEST(PairVertices, FlatSidesDoNotCostTheSquareOfTheirVertices) {
 }
 
 // Unpaired vertices at the top of the band keep every search from starting below the paired ones.
-TEST(PairVertices, PiledUpVerticesUnderUnpairedOnesDoNotCostTheirSquare) {
+TEST(PairVertices, PiledUpVerticesBelowUnpairedOnesTakeLessThanQuadraticTime) {
     std::vector<FloatVec3> points(300000, FloatVec3{0, 0, 0});
     for (int i = 0; i < 200; ++i)
         points.push_back({0.001F, 1.0F + static_cast<float>(i), 0});
@@ -407,7 +407,7 @@ TEST(PairVertices, PiledUpVerticesUnderUnpairedOnesDoNotCostTheirSquare) {
     expectSymmetric(pairs);
 }
 
-TEST(PairVertices, CoordinatesThatAreNotFiniteStayUnpairedAndLeaveTheRestAlone) {
+TEST(PairVertices, VerticesThatAreNotFiniteStayUnpaired) {
     const MirrorPairs pairs = pairAcrossX({{kNaN, 0, 0},
                                            {-1, 0, 0},
                                            {kInfinity, 0, 0},
@@ -421,7 +421,7 @@ TEST(PairVertices, CoordinatesThatAreNotFiniteStayUnpairedAndLeaveTheRestAlone) 
     EXPECT_EQ(pairs.pairing, (Indices{-1, 4, -1, -1, 1, -1, -1, -1, -1, -1}));
 }
 
-TEST(PairVertices, AnyFloatsEndWithASymmetricPairing) {
+TEST(PairVertices, AnyFloatsGiveASymmetricPairing) {
     constexpr std::array kOdd{kNaN, kInfinity, -kInfinity, 3e38F, -3e38F, 1e30F, 1e-45F, -0.0F,
                               0.0F, 1.0F,      -1.0F,      1e19F, -1e19F, 0.5F,  -0.5F,  2e38F};
     constexpr std::array kTolerances{kNaN,   kInfinity, 0.0F,  -1.0F, 1e-19F,
@@ -440,7 +440,7 @@ TEST(PairVertices, AnyFloatsEndWithASymmetricPairing) {
     }
 }
 
-TEST(PairVertices, ManyNaNsDoNotCostTheirSquare) {
+TEST(PairVertices, ManyNaNsTakeLessThanQuadraticTime) {
     std::vector<FloatVec3> points(200000, FloatVec3{kNaN, 0, 0});
     for (int i = 0; i < 200000; ++i)
         points.push_back({static_cast<float>(i), 0, 0});

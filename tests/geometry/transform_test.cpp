@@ -92,7 +92,7 @@ TEST(Transform, ElementsWithAnAffineLastColumnAreAffine) {
     EXPECT_EQ(t.kind, TRANSFORM_GENERAL);
 }
 
-TEST(Transform, QuarterTurnAboutZTakesXToY) {
+TEST(Transform, QuarterTurnAboutZMapsXToY) {
     Transform t;
     t.rotationFromAxisAngle({0, 0, 2}, std::numbers::pi / 2);
     EXPECT_EQ(t.kind, TRANSFORM_ROTATION);
@@ -100,7 +100,7 @@ TEST(Transform, QuarterTurnAboutZTakesXToY) {
     expectNear(apply(t, {0, 1, 0}), {-1, 0, 0});
 }
 
-TEST(RotationBetween, SameDirectionLeavesMatrixAndKind) {
+TEST(RotationBetween, SameDirectionKeepsMatrixAndKind) {
     Transform t;
     t.rotationBetween({1, 2, 3}, {1, 2, 3});
     EXPECT_EQ(t.kind, TRANSFORM_IDENTITY);
@@ -117,7 +117,7 @@ TEST(RotationBetween, OppositeDirectionsMakeAHalfTurn) {
     }
 }
 
-TEST(RotationBetween, TakesOneDirectionToTheOtherAndKeepsLengths) {
+TEST(RotationBetween, MapsOneDirectionToTheOtherAndKeepsLengths) {
     std::mt19937 random(5);
     std::uniform_real_distribution<float> element(-1.0F, 1.0F);
     for (int round = 0; round < 500; ++round) {
@@ -133,16 +133,16 @@ TEST(RotationBetween, TakesOneDirectionToTheOtherAndKeepsLengths) {
     }
 }
 
-TEST(RotationBetweenAbout, PivotGoesToOffset) {
+TEST(RotationBetweenAbout, MapsThePivotToTheOffset) {
     Transform t;
-    t.scale({9, 9, 9});  // forgotten
+    t.scale({9, 9, 9});  // to be discarded
     t.rotationBetweenAbout({1, 0, 0}, {0, 1, 0}, {1, 1, 1}, {5, 6, 7});
     EXPECT_EQ(t.kind, TRANSFORM_ROTATION);
     expectNear(apply(t, {1, 1, 1}), {5, 6, 7}, 1e-5F);
     expectNear(apply(t, {2, 1, 1}), {5, 7, 7}, 1e-5F);
 }
 
-TEST(RotationBetweenAbout, SameDirectionIsARotationAllTheSame) {
+TEST(RotationBetweenAbout, SameDirectionStillMakesARotation) {
     Transform t;
     t.rotationBetweenAbout({1, 0, 0}, {1, 0, 0}, {1, 1, 1}, {5, 6, 7});
     EXPECT_EQ(t.kind, TRANSFORM_ROTATION);
@@ -182,7 +182,7 @@ TEST(InvertTransform, UndoesEveryKind) {
     }
 }
 
-TEST(InvertTransform, ProjectionHasNone) {
+TEST(InvertTransform, FailsForAProjection) {
     Transform flat;
     flat.scaleAbout({0, 1, 1}, {3, 0, 0});
     Transform out;
@@ -206,7 +206,7 @@ TEST(TransformPoint, WorksInDouble) {
     Transform t;
     t.m[4] = 1.0F;
     t.m[8] = -1.0F;
-    // 1 + 2^30 - 2^30 loses the 1 in single precision.
+    // The sum 1 + 2^30 - 2^30 loses the 1 in single precision.
     expectEqual(apply(t, {1, 0x1p30F, 0x1p30F}), {1, 0x1p30F, 0x1p30F});
 }
 
