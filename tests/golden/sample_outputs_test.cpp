@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Jobs on the sample meshes, run by the executable, give the bytes that they always gave: in a
-// debug build as in a release or sanitizer build. README.md in this folder tells how to renew the
-// hashes.
+// Jobs on the sample meshes, run by the executable, give the same bytes as ever, in debug, release
+// and sanitizer builds alike. README.md in this folder explains how to renew the hashes.
 #include "jobs/job_run.h"
 #include "support/fnv_hash.h"
 
@@ -22,7 +21,7 @@ struct SampleJob {
     const char* name;
     const char* mesh;
     const char* outputSuffix;
-    const char* lines;  // of the entry
+    const char* lines;  // further lines of the entry
 };
 void PrintTo(const SampleJob& row, std::ostream* out) {
     *out << row.name;
@@ -47,7 +46,7 @@ const SampleJob kJobs[] = {
     {"masked", "fish-masked.Vok", ".Vok", "DecimationTargetPourcent=40"},
 };
 
-// Lines "name hash".
+// Reads lines "name hash".
 std::map<std::string, std::string> committedHashes() {
     std::ifstream stream(KORVALITE_SOURCE_DIR "/tests/golden/sample_outputs.txt");
     std::map<std::string, std::string> hashes;
@@ -63,7 +62,7 @@ class SampleOutputs : public JobTest, public testing::WithParamInterface<SampleJ
 INSTANTIATE_TEST_SUITE_P(Job, SampleOutputs, testing::ValuesIn(kJobs),
                          [](const auto& row) { return row.param.name; });
 
-TEST_P(SampleOutputs, AreTheBytesThatTheyAlwaysWere) {
+TEST_P(SampleOutputs, AreTheSameBytesAsEver) {
     const SampleJob& row = GetParam();
     const std::string output = std::string("out") + row.outputSuffix;
     std::filesystem::copy_file(pathOfUtf8(std::string(KORVALITE_SOURCE_DIR "/samples/") + row.mesh),
@@ -79,7 +78,7 @@ TEST_P(SampleOutputs, AreTheBytesThatTheyAlwaysWere) {
         << row.name;
 }
 
-TEST(SampleOutputHashes, BelongToJobsThatAreThere) {
+TEST(SampleOutputHashes, BelongToExistingJobs) {
     std::map<std::string, std::string> left = committedHashes();
     for (const SampleJob& row : kJobs)
         EXPECT_EQ(left.erase(row.name), 1U) << row.name;
