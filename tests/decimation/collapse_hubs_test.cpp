@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The normal test of a collapse where many triangles meet in one vertex and where everything is
-// flat: it must refuse what a look at every triangle of the mesh refuses, and nothing else.
+// The normal test of a collapse where many triangles meet at one vertex and where everything is
+// flat: it must refuse exactly what a check of every triangle of the mesh refuses.
 #include "decimation/collapse.h"
 
 #include "support/mesh_validator.h"
@@ -18,9 +18,9 @@
 namespace korvalite {
 namespace {
 
-// A hub, vertex 0, with a rim of so many vertices around it, and a second row of triangles outside:
-// rim vertex i is 1 + i, and the vertex outside of it 1 + rim + i. Whole coordinates, so that
-// triangles without area and without a turn are frequent.
+// A hub, vertex 0, with `rim` vertices around it and a second row of triangles outside: rim vertex
+// i is 1 + i, and the vertex outside it is 1 + rim + i. The coordinates are whole, so that
+// triangles without area and triangles that keep their direction are frequent.
 DMesh hub(std::uint32_t rim, float height) {
     test::Points points{{0, 0, height}};
     for (const float radius : {40.0F, 80.0F}) {
@@ -45,7 +45,7 @@ FloatVec3 normalOf(const std::array<FloatVec3, 3>& points) {
     return cross(points[1] - points[0], points[2] - points[0]);
 }
 
-// Looks at every triangle with one of the two vertices but not both.
+// Checks every triangle with one of the two vertices but not both.
 bool anyTurnsOver(const DMesh& mesh, std::uint32_t v, std::uint32_t w, const FloatVec3& position) {
     for (std::size_t t = 0; t < mesh.triangles.size(); t += 3) {
         std::array<FloatVec3, 3> before;
@@ -66,7 +66,7 @@ bool anyTurnsOver(const DMesh& mesh, std::uint32_t v, std::uint32_t w, const Flo
 
 class HubsAndFlatGround : public testing::Test {
 protected:
-    // A collapse of v onto w, taken back again.
+    // Collapses v onto w and undoes it.
     void tryCollapse(std::int32_t v, std::int32_t w, const FloatVec3& position) {
         const bool refused = anyTurnsOver(pm_.mesh, static_cast<std::uint32_t>(v),
                                           static_cast<std::uint32_t>(w), position);
@@ -78,7 +78,7 @@ protected:
         done_ += refused ? 0 : 1;
         if (!refused) UndoCollapse(pm_, v, w, record.split, record.flags);
     }
-    // Along random edges, to random places near them.
+    // Tries collapses along random edges, to random places near them.
     void tryMany(DMesh mesh, std::uint32_t seed) {
         test::prepare(pm_, std::move(mesh));
         pm_.ProtectTopology = false;
@@ -112,15 +112,15 @@ private:
     int done_ = 0;
 };
 
-TEST_F(HubsAndFlatGround, AFlatHubRefusesWhatTurnsOver) {
+TEST_F(HubsAndFlatGround, AFlatHubRefusesFlips) {
     tryMany(hub(200, 0), 1);
 }
 
-TEST_F(HubsAndFlatGround, APointedHubRefusesWhatTurnsOver) {
+TEST_F(HubsAndFlatGround, APointedHubRefusesFlips) {
     tryMany(hub(200, 30), 2);
 }
 
-TEST_F(HubsAndFlatGround, AFlatGridRefusesWhatTurnsOver) {
+TEST_F(HubsAndFlatGround, AFlatGridRefusesFlips) {
     DMesh flat = test::grid(12, 12);
     for (VertexRecord& vertex : flat.vertices) {
         vertex.x *= 10;
@@ -129,7 +129,7 @@ TEST_F(HubsAndFlatGround, AFlatGridRefusesWhatTurnsOver) {
     tryMany(flat, 3);
 }
 
-TEST_F(HubsAndFlatGround, AHubWithDoubledTrianglesRefusesWhatTurnsOver) {
+TEST_F(HubsAndFlatGround, AHubWithDoubledTrianglesRefusesFlips) {
     DMesh doubled = hub(60, 10);
     for (std::size_t i = 0; i < 30; ++i)
         doubled.triangles.push_back(doubled.triangles[i]);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Each turn that the loop knows for a single vertex; mirrored pairs are next door.
+// Every kind of turn that the loop can take for a single vertex; collapse_pairs_test.cpp has the
+// mirrored pairs.
 #include "decimation/collapse_loop.h"
 
 #include "decimation/scripted_driver.h"
@@ -34,7 +35,7 @@ constexpr std::int32_t at(std::int32_t column, std::int32_t row) {
 
 class CollapseLoopTest : public test::DecimationTest {};
 
-TEST_F(CollapseLoopTest, PlacesCollapsesCarriesRanksAndThenRecords) {
+TEST_F(CollapseLoopTest, PlacesCollapsesCarriesRanksThenRecords) {
     Turns t;
     t.queue(kV, kU, 3);
     EXPECT_EQ(t.run(), (Log{line("place", kV, kU), line("carry", kV, kU), line("update", kU)}));
@@ -45,7 +46,7 @@ TEST_F(CollapseLoopTest, PlacesCollapsesCarriesRanksAndThenRecords) {
     EXPECT_FALSE(t.pm.costQueue.isQueued(kV));
 }
 
-TEST_F(CollapseLoopTest, TheQuadricOfAKeptVertexIsSummedAgainOnlyAfterAChange) {
+TEST_F(CollapseLoopTest, SumsAKeptVertexsQuadricAgainOnlyAfterAChange) {
     Turns t;
     const auto sum = [&](std::int32_t v) {
         Quadric3D quadric;
@@ -53,11 +54,12 @@ TEST_F(CollapseLoopTest, TheQuadricOfAKeptVertexIsSummedAgainOnlyAfterAChange) {
         return quadric.q;
     };
     const auto before = sum(kU);
-    // Two are refused, since they would turn the triangles around kU over; then one collapses.
+    // Two collapses are refused, because they would flip the triangles around kU; then one
+    // succeeds.
     const std::int32_t left = at(1, 1);
     const std::int32_t right = at(3, 1);
     t.script.replace = [&](std::int32_t v, std::int32_t u) {
-        t.pm.mesh.vertices[index(kU)].z += 1;  // which no test of a collapse looks at
+        t.pm.mesh.vertices[index(kU)].z += 1;  // does not affect any test of a collapse
         const FloatVec3 stay = t.pm.mesh.vertices[index(u)].position();
         return v == kV ? stay : FloatVec3{100, 100, 0};
     };
@@ -82,7 +84,7 @@ TEST_F(CollapseLoopTest, RecordsNothingUnlessAsked) {
     EXPECT_EQ(t.recorded(), 0U);
 }
 
-TEST_F(CollapseLoopTest, TheStoredCostDecidesAndNotTheOneThatIsEvaluated) {
+TEST_F(CollapseLoopTest, TheStoredCostDecidesNotTheEvaluatedOne) {
     Turns t;
     t.script.evaluatedCost = kNotCollapsible;
     t.queue(kV, kU, 3);
@@ -104,7 +106,7 @@ TEST_F(CollapseLoopTest, EndsAtTheTargetWithTheRestStillQueued) {
     }
 }
 
-TEST_F(CollapseLoopTest, EndsWithoutAQueueAndWithAnEmptyOne) {
+TEST_F(CollapseLoopTest, EndsWithoutAQueueOrWithAnEmptyOne) {
     Turns empty;
     EXPECT_TRUE(empty.run().empty());
     Turns none;
@@ -128,7 +130,8 @@ TEST_F(CollapseLoopTest, DropsAVertexWhosePartnerIsGoneUntilItIsRankedAgain) {
     t.queue(kU, at(2, 0), 1);
     t.queue(kV, kU, 2);
     t.queue(at(3, 3), at(3, 2), 3);
-    // The first collapse takes the partner of the second; the third ranks the second again.
+    // The first collapse removes the partner of the second; after the third, the second is ranked
+    // again.
     int collapses = 0;
     t.script.afterCollapse = [&] {
         if (++collapses == 2) t.queue(kV, at(2, 3), 4);
@@ -140,10 +143,10 @@ TEST_F(CollapseLoopTest, DropsAVertexWhosePartnerIsGoneUntilItIsRankedAgain) {
                             line("update", at(2, 3))}));
 }
 
-TEST_F(CollapseLoopTest, ARefusedCollapsePaysAndTheNextOneTakesItsTurn) {
+TEST_F(CollapseLoopTest, ARefusedCollapseIsPenalizedAndTheNextTried) {
     Turns t;
     t.script.replace = [&](std::int32_t v, std::int32_t u) {
-        // Far away, so that triangles turn over.
+        // Far enough away to flip triangles.
         return v == kV ? FloatVec3{-50, -50, 0} : t.position(u);
     };
     t.queue(kV, kU, 3);
@@ -158,7 +161,7 @@ TEST_F(CollapseLoopTest, ARefusedCollapsePaysAndTheNextOneTakesItsTurn) {
     EXPECT_NE(test::arraysOf(t.pm.mesh, test::Part::All), before);
 }
 
-TEST_F(CollapseLoopTest, EndsAtTheFirstCostOfARefusedOne) {
+TEST_F(CollapseLoopTest, EndsAtTheFirstPenalizedCost) {
     for (const bool finishStep : {false, true}) {
         Turns t;
         t.pm.AllowFinishStep = finishStep;
@@ -172,7 +175,7 @@ TEST_F(CollapseLoopTest, EndsAtTheFirstCostOfARefusedOne) {
     }
 }
 
-TEST_F(CollapseLoopTest, TheFinishStepIsForgottenAtTheBeginning) {
+TEST_F(CollapseLoopTest, ResetsTheFinishStepAtTheStart) {
     Turns t;
     t.pm.AllowFinishStep = true;
     t.pm.finishStepStarted = true;
@@ -183,7 +186,7 @@ TEST_F(CollapseLoopTest, TheFinishStepIsForgottenAtTheBeginning) {
     EXPECT_FALSE(t.pm.inFinishStep);
 }
 
-TEST_F(CollapseLoopTest, IfItHadBegunTheFinishStepWouldRankAllAgainWithoutSymmetry) {
+TEST_F(CollapseLoopTest, AStartedFinishStepRanksAllAgainWithoutSymmetry) {
     Turns t(true);
     t.pm.AllowFinishStep = true;
     t.unpair(kV);
@@ -204,7 +207,7 @@ TEST_F(CollapseLoopTest, IfItHadBegunTheFinishStepWouldRankAllAgainWithoutSymmet
     EXPECT_FALSE(t.pm.costQueue.isQueued(at(3, 3)));
 }
 
-TEST_F(CollapseLoopTest, NoFinishStepIsMadeUnlessItIsAllowed) {
+TEST_F(CollapseLoopTest, MakesNoFinishStepUnlessAllowed) {
     Turns t;
     t.queue(kV, kU, 3);
     t.queue(at(3, 3), at(3, 2), 1e10F);
@@ -214,7 +217,7 @@ TEST_F(CollapseLoopTest, NoFinishStepIsMadeUnlessItIsAllowed) {
     EXPECT_TRUE(t.pm.costQueue.isQueued(at(3, 3)));
 }
 
-TEST_F(CollapseLoopTest, AKeptVertexThatIsGoneTooIsRefreshedByItsRecord) {
+TEST_F(CollapseLoopTest, IfTheKeptVertexVanishesItsRingIsRefreshedFromTheRecord) {
     ProgressiveMesh pm;
     test::prepare(pm, test::oneTriangle());
     pm.ProtectTopology = false;
@@ -233,7 +236,7 @@ TEST_F(CollapseLoopTest, AKeptVertexThatIsGoneTooIsRefreshedByItsRecord) {
     EXPECT_EQ(pm.vsplitList.NumVtxSplit(), 1U);
 }
 
-TEST_F(CollapseLoopTest, AStopRequestEndsItBehindTheCollapseThatIsRecorded) {
+TEST_F(CollapseLoopTest, AStopRequestEndsItAfterTheCurrentCollapse) {
     const test::HostedProgress host;
     Turns t;
     t.queue(kV, kU, 3);
@@ -245,7 +248,7 @@ TEST_F(CollapseLoopTest, AStopRequestEndsItBehindTheCollapseThatIsRecorded) {
     EXPECT_TRUE(t.pm.costQueue.isQueued(at(3, 3)));
 }
 
-// Strips apart from each other, each with one edge that may collapse.
+// Separate strips, each with one edge that may collapse.
 DMesh strips(std::uint32_t count) {
     test::Points points;
     test::Faces faces;
@@ -258,7 +261,7 @@ DMesh strips(std::uint32_t count) {
     return test::buildMesh(points, faces);
 }
 
-TEST_F(CollapseLoopTest, ShowsProgressAtEveryTwoHundredthCollapseAndCountsNoRefusal) {
+TEST_F(CollapseLoopTest, ShowsProgressEvery200CollapsesExcludingRefusals) {
     ProgressiveMesh pm;
     test::prepare(pm, strips(450));
     pm.TargetNumItem = 0;
@@ -269,7 +272,8 @@ TEST_F(CollapseLoopTest, ShowsProgressAtEveryTwoHundredthCollapseAndCountsNoRefu
         pm.costQueue.Insert(4 * strip + v);
     };
     for (std::int32_t strip = 0; strip < 450; ++strip) {
-        // The diagonal takes both triangles, which leaves nothing: refused. The side stands.
+        // A collapse along the diagonal would remove both triangles and is refused. Along the side
+        // it succeeds.
         collapseOf(strip, 0, 2, 1);
         collapseOf(strip, 1, 2, 2);
     }

@@ -29,7 +29,7 @@ constexpr std::int32_t at(std::int32_t column, std::int32_t row) {
 
 class CollapsePairs : public test::DecimationTest {};
 
-TEST_F(CollapsePairs, AMirrorImageGoesAlongAndIsRecordedBehind) {
+TEST_F(CollapsePairs, TheMirrorImageCollapsesTooAndIsRecordedNext) {
     Turns t(true);
     const std::int32_t mv = t.image(kV);
     const std::int32_t mu = t.image(kU);
@@ -45,7 +45,7 @@ TEST_F(CollapsePairs, AMirrorImageGoesAlongAndIsRecordedBehind) {
     EXPECT_EQ(t.pm.vsplitList.ensureLoaded(1).vertex(), mv);
 }
 
-TEST_F(CollapsePairs, APairMayPassBelowTheTargetByOne) {
+TEST_F(CollapsePairs, APairMayPassTheTargetByOne) {
     Turns t(true);
     t.pm.TargetNumItem = kVertices - 1;
     t.queue(kV, kU, 3);
@@ -53,7 +53,7 @@ TEST_F(CollapsePairs, APairMayPassBelowTheTargetByOne) {
     EXPECT_EQ(t.pm.mesh.numActiveVertices, kVertices - 2);
 }
 
-TEST_F(CollapsePairs, TheMirrorImagesPartnerIsTheMirrorOfThePartner) {
+TEST_F(CollapsePairs, TheMirrorImagesPartnerMirrorsThePartner) {
     Turns t(true);
     t.queue(kV, kU, 3);
     t.set(t.image(kV), t.image(at(3, 2)), 4);
@@ -61,8 +61,8 @@ TEST_F(CollapsePairs, TheMirrorImagesPartnerIsTheMirrorOfThePartner) {
     EXPECT_EQ(t.pm.mesh.vertices[index(t.image(kV))].partner, t.image(kU));
 }
 
-TEST_F(CollapsePairs, APartnerOfTheMirrorImageIsTakenOutOfTheFirstRing) {
-    // Two neighbours that a hand has paired: each lies in the other's ring.
+TEST_F(CollapsePairs, TheMirrorImageIsRemovedFromTheFirstRing) {
+    // Two adjacent vertices that the test has paired: each is in the other's ring.
     Turns t(true);
     const std::int32_t mv = at(3, 2);
     const std::int32_t mu = at(3, 1);
@@ -70,16 +70,17 @@ TEST_F(CollapsePairs, APartnerOfTheMirrorImageIsTakenOutOfTheFirstRing) {
     t.pair(kU, mu);
     t.queue(kV, kU, 3);
     t.run();
-    ASSERT_EQ(t.script.neighbours.size(), 2U) << "both collapses stand";
+    ASSERT_EQ(t.script.neighbours.size(), 2U) << "both collapses succeed";
     EXPECT_FALSE(contains(t.script.neighbours[0], mv));
     EXPECT_TRUE(contains(t.script.neighbours[0], mu));
 }
 
-TEST_F(CollapsePairs, ARefusedMirrorImageTakesTheFirstCollapseBackAndBothPay) {
+TEST_F(CollapsePairs, ARefusedMirrorImageUndoesTheFirstCollapseAndPenalizesBoth) {
     Turns t(true);
     const std::int32_t mv = t.image(kV);
     const std::int32_t mu = t.image(kU);
-    // A third triangle at an edge of its ring: the fan of what is kept would not be a disc.
+    // A third triangle at an edge of its ring, so that the fan of the kept vertex would not be a
+    // disc.
     DMesh& mesh = t.pm.mesh;
     for (const std::int32_t vertex : {mu, t.image(at(2, 0)), t.image(at(1, 0))})
         mesh.triangles.push_back(static_cast<std::uint32_t>(vertex));
@@ -101,7 +102,7 @@ TEST_F(CollapsePairs, ARefusedMirrorImageTakesTheFirstCollapseBackAndBothPay) {
     EXPECT_EQ(t.recorded(), 0U);
 }
 
-TEST_F(CollapsePairs, WhatSymmetryForbidsPaysBeforeAnythingHasChanged) {
+TEST_F(CollapsePairs, WhatSymmetryForbidsIsPenalizedBeforeAnyChange) {
     struct Case {
         const char* name;
         std::int32_t v;
@@ -109,7 +110,7 @@ TEST_F(CollapsePairs, WhatSymmetryForbidsPaysBeforeAnythingHasChanged) {
         std::int32_t unpaired;
         std::uint32_t triangles;
     };
-    for (const Case& c : {Case{"off the plane", at(0, 2), at(1, 2), kNone, 64},
+    for (const Case& c : {Case{"from the plane to a vertex off it", at(0, 2), at(1, 2), kNone, 64},
                           Case{"a paired vertex onto an unpaired one", kV, kU, kU, 64},
                           Case{"a pair in a mesh of few triangles", kV, kU, kNone, 7}}) {
         Turns t(true);
@@ -125,7 +126,7 @@ TEST_F(CollapsePairs, WhatSymmetryForbidsPaysBeforeAnythingHasChanged) {
     }
 }
 
-TEST_F(CollapsePairs, AnUnpairedVertexGoesAloneToWhereAPairedOneStands) {
+TEST_F(CollapsePairs, AnUnpairedVertexCollapsesAloneOntoAPairedOne) {
     Turns t(true);
     t.unpair(kV);
     const FloatVec3 place = t.position(kU);
@@ -137,9 +138,9 @@ TEST_F(CollapsePairs, AnUnpairedVertexGoesAloneToWhereAPairedOneStands) {
     EXPECT_EQ(t.position(kU).x, place.x);
 }
 
-TEST_F(CollapsePairs, AMirrorImageWithNothingLeftToCollapseOntoIsLeftOut) {
-    // A triangle across the plane, apart from the rest: the first collapse takes it whole, the
-    // vertex of the plane and the mirror image with it.
+TEST_F(CollapsePairs, AMirrorImageWithoutALivingPartnerIsLeftOut) {
+    // A triangle across the plane, separate from the rest: the first collapse removes it entirely,
+    // along with the vertex on the plane and the mirror image.
     Turns t(true);
     DMesh& mesh = t.pm.mesh;
     auto& cache = mesh.symmetryCache;
@@ -165,7 +166,7 @@ TEST_F(CollapsePairs, AMirrorImageWithNothingLeftToCollapseOntoIsLeftOut) {
     EXPECT_EQ(t.recorded(), 1U);
 }
 
-TEST_F(CollapsePairs, AVertexThatFellOntoItsMirrorImageLeavesItOnThePlaneAndFree) {
+TEST_F(CollapsePairs, ACollapseOntoItsMirrorImageLeavesThatFreeOnThePlane) {
     Turns t(true);
     t.pair(kV, kU);
     t.pair(kU, kV);
@@ -179,7 +180,7 @@ TEST_F(CollapsePairs, AVertexThatFellOntoItsMirrorImageLeavesItOnThePlaneAndFree
     EXPECT_EQ(t.recorded(), 1U);
 }
 
-TEST_F(CollapsePairs, ASlaveWhoseMasterCollapsedAloneFendsForItself) {
+TEST_F(CollapsePairs, ASlaveIsFreedWhenItsMasterCollapsesAlone) {
     struct Case {
         const char* name;
         bool slave;
@@ -187,12 +188,12 @@ TEST_F(CollapsePairs, ASlaveWhoseMasterCollapsedAloneFendsForItself) {
         float cost;
         bool isFreed;
     };
-    for (const Case& c : {Case{"a slave", true, false, 7, true},
-                          Case{"one that nothing wants", true, false, kNotCollapsible, true},
-                          Case{"no slave", false, false, 7, false},
-                          Case{"one that is queued", true, true, 7, false}}) {
+    for (const Case& c :
+         {Case{"a slave", true, false, 7, true},
+          Case{"one that no neighbour suits", true, false, kNotCollapsible, true},
+          Case{"no slave", false, false, 7, false}, Case{"a queued slave", true, true, 7, false}}) {
         Turns t(true);
-        // Their images are not adjacent, so that the first goes alone.
+        // The images of the two ends are not adjacent, so the first collapses alone.
         const std::int32_t slave = t.image(at(3, 3));
         t.pair(kV, slave);
         t.pair(kU, t.image(at(1, 1)));

@@ -18,7 +18,7 @@ namespace {
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-// What an undone collapse must bring back; the order in the corner lists is not part of it.
+// What an undo must restore; the order of the corner lists is not part of it.
 struct State {
     std::vector<std::uint32_t> triangles;
     decltype(DMesh::vertices) vertices;
@@ -54,7 +54,7 @@ struct Collapse {
         record.clear();
         return CollapseEdge(pm, v, w, position, record, scratch);
     }
-    // At the place of w.
+    // Collapses v onto w, at the position of w.
     CollapseResult run(std::int32_t v, std::int32_t w) {
         return run(v, w, pm.mesh.vertices[static_cast<std::size_t>(w)].position());
     }
@@ -92,7 +92,7 @@ TEST(CollapseEdge, TakesOneVertexAndTheTwoTrianglesOfTheEdge) {
     EXPECT_EQ(split.vertex, 5);
     EXPECT_EQ(split.position.x, 2.0F);
     EXPECT_EQ(split.corners, (IndexList{27, 24, 19, 11, 4, 2}));
-    EXPECT_EQ(split.removedTriangles, (IndexList{8, 3}));  // in the order of the list of 5
+    EXPECT_EQ(split.removedTriangles, (IndexList{8, 3}));  // in the order of 5's list
     EXPECT_TRUE(c.record.flags.collapsed);
     EXPECT_FALSE(c.record.flags.survivorWasBorder);
     for (const std::int32_t corner : split.corners)
@@ -100,7 +100,7 @@ TEST(CollapseEdge, TakesOneVertexAndTheTwoTrianglesOfTheEdge) {
     expectSound(mesh);
 }
 
-TEST(CollapseEdge, PutsTheCornersOfTheRemovedVertexInFrontOfTheKeptOnesOwn) {
+TEST(CollapseEdge, PutsTheRemovedVertexsCornersBeforeTheKeptOnes) {
     Collapse c(test::grid(3, 3));
     IndexList before;
     GetVertexCorners(c.pm.mesh, 6, before);
@@ -116,7 +116,7 @@ TEST(CollapseEdge, PutsTheCornersOfTheRemovedVertexInFrontOfTheKeptOnesOwn) {
     EXPECT_TRUE(after.empty());
 }
 
-TEST(CollapseEdge, TheLinkTestLeavesTheRingOfTheKeptVertex) {
+TEST(CollapseEdge, TheLinkTestRecordsTheKeptVertexsRing) {
     Collapse c(test::grid(3, 3));
     ASSERT_EQ(c.run(5, 6), CollapseResult::Done);
     IndexList neighbours;
@@ -133,7 +133,7 @@ TEST(CollapseEdge, TheLinkTestLeavesTheRingOfTheKeptVertex) {
     EXPECT_TRUE(free.record.ringCorners.empty());
 }
 
-TEST(CollapseEdge, ATriangleThatWouldFlipIsRefusedBeforeAnythingHasChanged) {
+TEST(CollapseEdge, AFlipIsRefusedBeforeAnythingChanges) {
     Collapse c(test::grid(3, 3));
     const State before(c.pm.mesh);
     const auto heads = c.pm.mesh.vertexTriangleHead;
@@ -150,14 +150,14 @@ TEST(CollapseEdge, ATriangleThatWouldFlipIsRefusedBeforeAnythingHasChanged) {
     EXPECT_EQ(c.run(5, 6, {10, 10, 0}), CollapseResult::Done);
 }
 
-TEST(CollapseEdge, ANormalMayTurnByARightAngleAndTrianglesMayLoseTheirArea) {
+TEST(CollapseEdge, ANormalMayTurnByARightAngleOrVanish) {
     // 0 > N'.N is strict: the triangles at (1, 1, 0) fold up or shrink to lines, and none reverses.
     Collapse c(test::grid(3, 3));
     EXPECT_EQ(c.run(5, 6, {2, 0, 0}), CollapseResult::Done);
     expectSound(c.pm.mesh);
 }
 
-TEST(CollapseEdge, TheTrianglesThatDieAreNotTested) {
+TEST(CollapseEdge, DyingTrianglesAreNotTested) {
     // At (2, 1.5, 0) only the dying triangle (5, 6, 10) would turn over.
     Collapse c(test::grid(3, 3));
     EXPECT_EQ(c.run(5, 6, {1.5F, 1.25F, 0}), CollapseResult::Done);
@@ -195,20 +195,20 @@ TEST(CollapseEdge, ADegenerateTriangleAtTheKeptVertexStays) {
     expectSound(c.pm.mesh, test::Degenerate::Allowed);
 }
 
-TEST(CollapseEdge, WithProtectTopologyACollapseThatLeavesAVertexWithoutCornersIsUndone) {
+TEST(CollapseEdge, ProtectTopologyUndoesACollapseThatOrphansAVertex) {
     Collapse c(test::oneTriangle());
     const State before(c.pm.mesh);
     EXPECT_EQ(c.run(0, 1), CollapseResult::Refused);
-    EXPECT_TRUE(c.active(2));  // it never was inactive
+    EXPECT_TRUE(c.active(2));  // it was never inactive
     EXPECT_TRUE(State(c.pm.mesh) == before);
     EXPECT_FALSE(c.record.flags.collapsed);
     expectSound(c.pm.mesh);
 }
 
 //   3---2
-//   | / |       1 collapses onto 0: only the triangle 0 1 2 goes, and no vertex is left alone.
+//   | / |       1 collapses onto 0: only the triangle 0 1 2 disappears, and no vertex is orphaned.
 //   0---1
-TEST(CollapseEdge, AVertexThatStillHasAnotherTriangleIsNoOrphan) {
+TEST(CollapseEdge, AVertexWithAnotherTriangleIsNotAnOrphan) {
     Collapse c(test::twoTriangles());
     EXPECT_EQ(c.run(1, 0), CollapseResult::Done);
     EXPECT_EQ(c.pm.mesh.numActiveVertices, 3U);
@@ -216,7 +216,7 @@ TEST(CollapseEdge, AVertexThatStillHasAnotherTriangleIsNoOrphan) {
     expectSound(c.pm.mesh);
 }
 
-TEST(CollapseEdge, WithoutProtectTopologyAVertexWithoutCornersIsGoneAtOnceEvenTheKeptOne) {
+TEST(CollapseEdge, WithoutProtectTopologyOrphansVanishEvenTheKeptVertex) {
     Collapse c(test::oneTriangle());
     c.pm.ProtectTopology = false;
     for (std::int32_t v = 0; v < 3; ++v)
@@ -226,7 +226,7 @@ TEST(CollapseEdge, WithoutProtectTopologyAVertexWithoutCornersIsGoneAtOnceEvenTh
     EXPECT_EQ(c.pm.mesh.numActiveTriangles, 0U);
     EXPECT_FALSE(c.active(1));
     EXPECT_FALSE(c.active(2));
-    // Out of the queue, but for the removed vertex, which is the driver's to take out.
+    // They leave the queue; only the removed vertex stays in it until the driver takes it out.
     EXPECT_TRUE(c.pm.costQueue.isQueued(0));
     EXPECT_FALSE(c.pm.costQueue.isQueued(1));
     EXPECT_FALSE(c.pm.costQueue.isQueued(2));
@@ -251,10 +251,10 @@ TEST(CollapseEdge, AVertexWithoutAnyTriangleCollapses) {
     EXPECT_EQ(c.pm.mesh.vertices[1].x, 1.0F);
 }
 
-// Vertices off the border: the kept one may not have more corners than neighbours.
+// Inner vertices: the kept one may not have more corners than neighbours.
 //
-// A double pyramid over the triangle 2 3 4, with the tips 0 and 1. Without the edge 2-3 its two
-// sides lie on each other: vertex 3 has 4 corners and the neighbours 0, 1, 4.
+// A double pyramid over the triangle 2 3 4, with the tips 0 and 1. Without the edge 2-3, its two
+// sides coincide: vertex 3 has 4 corners and the neighbours 0, 1, 4.
 TEST(CollapseEdge, TwoInnerVerticesMustLeaveAClosedFan) {
     const DMesh pyramid =
         test::buildMesh({{0, 0, 1}, {0, 0, -1}, {1, 0, 0}, {-1, 1, 0}, {-1, -1, 0}},
@@ -277,8 +277,8 @@ TEST(CollapseEdge, TwoInnerVerticesMustLeaveAClosedFan) {
 }
 
 //   3---4---5
-//   | / | / |     The edge 1-4 joins two sides of the border: vertex 4 would tie two triangles
-//   0---1---2     together in one point, with 2 corners and 4 neighbours.
+//   | / | / |     The edge 1-4 joins two sides of the border: vertex 4 would join two triangles
+//   0---1---2     at one point, with 2 corners and 4 neighbours.
 TEST(CollapseEdge, TwoBorderVerticesMustLeaveAnOpenFan) {
     for (const bool finishing : {false, true}) {
         Collapse c(test::grid(2, 1));
@@ -293,7 +293,7 @@ TEST(CollapseEdge, TwoBorderVerticesMustLeaveAnOpenFan) {
 }
 
 TEST(CollapseEdge, OnlyTheFinishStepLetsTwoBorderVerticesCloseAHole) {
-    // An octahedron without the face 4 0 2: as 0 falls onto 2 the hole becomes the edge 2-4.
+    // An octahedron without the face 4 0 2: when 0 collapses onto 2, the hole becomes the edge 2-4.
     DMesh open = test::octahedron();
     open.triangles.erase(open.triangles.begin(), open.triangles.begin() + 3);
     test::completeMesh(open);
@@ -308,11 +308,11 @@ TEST(CollapseEdge, OnlyTheFinishStepLetsTwoBorderVerticesCloseAHole) {
 }
 
 TEST(CollapseEdge, OneBorderVertexMustLeaveAnOpenFan) {
-    // 5 is inside and 1 on the border: an open fan of 7 corners and 8 neighbours.
+    // Vertex 5 is inside and 1 on the border: an open fan of 7 corners and 8 neighbours.
     Collapse c(test::grid(3, 3));
     EXPECT_EQ(c.run(5, 1), CollapseResult::Done);
     EXPECT_EQ(c.record.neighbours.size(), c.record.ringCorners.size() + 1);
-    // With 5 said to be on a border, its closed fan is too much for the row of two.
+    // If 5 is marked as border, its closed fan breaks the rule for two border vertices.
     Collapse marked(test::grid(3, 3));
     marked.pm.mesh.borderVertices.Set(5);
     const State before(marked.pm.mesh);
@@ -342,12 +342,13 @@ TEST(UndoCollapse, PushesTheCornersToTheHeadOfTheLists) {
     Collapse c(test::twoTriangles());
     ASSERT_EQ(c.run(1, 0), CollapseResult::Done);
     c.undo(1, 0);
-    // The corners of triangle 0 came back at the heads of their lists.
+    // The corners of triangle 0 are back at the heads of their lists.
     EXPECT_EQ(c.pm.mesh.vertexTriangleHead, (IndexList{0, 1, 2, 5}));
     EXPECT_EQ(c.pm.mesh.cornerNext, (IndexList{3, -1, 4, -1, -1, -1}));
 }
 
-// Collapses at random, every second one undone; after each step everything must hold.
+// Collapses at random and undoes every second collapse; after each step everything must be
+// consistent.
 class RandomCollapses {
 public:
     RandomCollapses(const DMesh& mesh, std::uint32_t seed, test::Degenerate degenerate)
@@ -420,7 +421,7 @@ TEST(CollapseEdge, KeepsEverythingConsistentAtRandom) {
     collapseAtRandom(test::grid(9, 1));
 }
 
-TEST(CollapseEdge, TakesTheSmallestMeshes) {
+TEST(CollapseEdge, HandlesTheSmallestMeshes) {
     collapseAtRandom(DMesh());
     collapseAtRandom(test::oneTriangle());
     collapseAtRandom(test::twoTriangles());
@@ -428,9 +429,9 @@ TEST(CollapseEdge, TakesTheSmallestMeshes) {
     collapseAtRandom(test::buildMesh({{0, 0, 0}}, {}));
 }
 
-TEST(CollapseEdge, TakesDirtyMeshes) {
-    // Triangles twice and turned around, non-manifold edges, vertices named twice or three times,
-    // isolated vertices.
+TEST(CollapseEdge, HandlesDirtyMeshes) {
+    // Repeated and reversed triangles, non-manifold edges, vertices named twice or three times in a
+    // triangle, isolated vertices.
     DMesh mesh = test::grid(4, 4, test::hills);
     for (std::size_t i = 0; i < 15; ++i)
         mesh.triangles.push_back(mesh.triangles[i]);
@@ -452,7 +453,7 @@ TEST(CollapseEdge, TakesDirtyMeshes) {
     }
 }
 
-TEST(CollapseEdge, TakesCoordinatesThatAreNoNumbers) {
+TEST(CollapseEdge, HandlesCoordinatesThatAreNotFinite) {
     DMesh mesh = test::torus(6, 5);
     test::Random random(4);
     for (VertexRecord& vertex : mesh.vertices) {
@@ -461,7 +462,7 @@ TEST(CollapseEdge, TakesCoordinatesThatAreNoNumbers) {
     collapseAtRandom(mesh);
 }
 
-// Flat, around vertex 0 in the middle; every other vertex of the rim is halfway in.
+// Flat, around vertex 0 in the middle; every other rim vertex is at half the radius.
 DMesh star(std::uint32_t spokes) {
     test::Points points{{0, 0, 0}};
     test::Faces faces;
@@ -475,12 +476,12 @@ DMesh star(std::uint32_t spokes) {
     return test::buildMesh(points, faces);
 }
 
-TEST(CollapseEdge, RefusalsOntoAHubLookAtFewOfItsTriangles) {
+TEST(CollapseEdge, RefusalsOntoAHubTestFewOfItsTriangles) {
     constexpr std::int32_t kSpokes = 1000;
     Collapse c(star(kSpokes));
     const State before(c.pm.mesh);
     for (std::int32_t v = 1; v <= kSpokes; v += 2) {
-        // The hub would go out to a point of the star, past the notches beside it.
+        // The hub would move out to a point of the star, past the notches next to it.
         const FloatVec3 tip = c.pm.mesh.vertices[static_cast<std::size_t>(v)].position();
         ASSERT_EQ(c.run(v, 0, tip), CollapseResult::Refused) << v;
     }
@@ -488,9 +489,9 @@ TEST(CollapseEdge, RefusalsOntoAHubLookAtFewOfItsTriangles) {
     EXPECT_LE(c.scratch.trianglesTested, 20U * kSpokes / 2);
 }
 
-TEST(CollapseEdge, WhatTurnedOverBeforeIsTestedWhereItIsNow) {
-    // A triangle that made one collapse fail does not make another one fail at another vertex, nor
-    // once it has gone.
+TEST(CollapseEdge, AnEarlierFlipIsTestedAgainWhereItIsNow) {
+    // A triangle that made one collapse fail does not make a collapse fail at another vertex, or
+    // after the triangle has disappeared.
     Collapse c(star(12));
     const auto positionOf = [&](std::size_t v) { return c.pm.mesh.vertices[v].position(); };
     ASSERT_EQ(c.run(1, 0, positionOf(1)), CollapseResult::Refused);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The collapse and its way back in the forms that several threads may run at once.
+// The forms of the collapse and of its undo that several threads may run at once.
 #include "decimation/collapse.h"
 
 #include "decimation/thread_guards.h"
@@ -40,7 +40,7 @@ test::Words wordsOf(const CollapseRecord& record) {
     return words;
 }
 
-// A mesh with all vertices queued, and what one thread needs to collapse on it.
+// A mesh with all vertices queued, and what a thread needs to collapse on it.
 struct Side {
     ProgressiveMesh pm;
     CollapseRecord record;
@@ -53,7 +53,7 @@ struct Side {
     }
 };
 
-// The same mesh twice: `one` for the forms of a single thread, `many` for the others.
+// The same mesh twice: `one` for the single-threaded forms, `many` for the others.
 struct Twins {
     Side one;
     Side many;
@@ -85,7 +85,7 @@ struct Twins {
     [[nodiscard]] bool areAlike() const { return test::stateOf(one.pm) == test::stateOf(many.pm); }
 };
 
-TEST(CollapseOnThreads, LeavesWhatACollapseOfOneThreadLeaves) {
+TEST(CollapseOnThreads, HasTheResultOfTheSingleThreadedForm) {
     Twins t(test::grid(3, 3));
     ASSERT_EQ(t.run(5, 6, {1.5F, 1, 0}), CollapseResult::Done);
     EXPECT_TRUE(t.areAlike());
@@ -98,7 +98,7 @@ TEST(CollapseOnThreads, LeavesWhatACollapseOfOneThreadLeaves) {
     EXPECT_EQ(t.many.pm.mesh.numActiveVertices, 16U);
 }
 
-TEST(CollapseOnThreads, ARefusalByANormalChangesNothingAtAll) {
+TEST(CollapseOnThreads, ARefusalByANormalChangesNothing) {
     Twins t(test::grid(3, 3));
     const test::Words before = test::stateOf(t.many.pm);
     EXPECT_EQ(t.run(5, 6, {10, 10, 0}), CollapseResult::Refused);
@@ -120,7 +120,7 @@ TEST(CollapseOnThreads, AVertexWithoutCornersIsRefusedWhateverTheSettings) {
     }
 }
 
-TEST(CollapseOnThreads, ARefusalByTheLinkTestIsTakenBackInTheSameWay) {
+TEST(CollapseOnThreads, ARefusalByTheLinkTestIsUndoneTheSameWay) {
     Twins both(test::grid(2, 1));
     EXPECT_EQ(both.run(1, 4), CollapseResult::RefusedBothBorder);
     EXPECT_TRUE(both.areAlike());
@@ -134,14 +134,14 @@ TEST(CollapseOnThreads, ARefusalByTheLinkTestIsTakenBackInTheSameWay) {
     EXPECT_FALSE(inner.many.pm.mesh.borderVertices.Test(6));
 }
 
-TEST(CollapseOnThreads, WithProtectTopologyALoneVertexRefusesIt) {
+TEST(CollapseOnThreads, ProtectTopologyRefusesToOrphanAVertex) {
     Twins t(test::oneTriangle());
     EXPECT_EQ(t.run(0, 1), CollapseResult::Refused);
     EXPECT_TRUE(t.areAlike());
     EXPECT_EQ(t.many.pm.mesh.numActiveVertices, 3U);
 }
 
-TEST(CollapseOnThreads, TheKeptVertexInheritsTheBorderUntilItIsUndone) {
+TEST(CollapseOnThreads, TheKeptVertexInheritsTheBorderUntilUndone) {
     Twins t(test::grid(3, 3));
     t.set([](ProgressiveMesh& pm) { pm.ProtectTopology = pm.AvoidNormalReverse = false; });
     ASSERT_EQ(t.run(1, 5), CollapseResult::Done);
@@ -152,7 +152,7 @@ TEST(CollapseOnThreads, TheKeptVertexInheritsTheBorderUntilItIsUndone) {
     EXPECT_TRUE(t.areAlike());
 }
 
-TEST(CollapseOnThreads, WithoutProtectTopologyAVertexLeftWithoutCornersStaysActiveAndQueued) {
+TEST(CollapseOnThreads, WithoutProtectTopologyOrphansStayActiveAndQueued) {
     Twins t(test::oneTriangle());
     t.set([](ProgressiveMesh& pm) { pm.ProtectTopology = false; });
     ASSERT_EQ(t.run(0, 1), CollapseResult::Done);
@@ -164,7 +164,7 @@ TEST(CollapseOnThreads, WithoutProtectTopologyAVertexLeftWithoutCornersStaysActi
     }
     EXPECT_EQ(pm.mesh.numActiveVertices, 2U);
     EXPECT_EQ(pm.mesh.numActiveTriangles, 0U);
-    // One thread has the queue at hand, and takes both away at once.
+    // The single-threaded form owns the queue and removes both at once.
     EXPECT_EQ(t.one.pm.mesh.numActiveVertices, 0U);
     EXPECT_FALSE(t.one.pm.costQueue.isQueued(2));
     t.undo(0, 1);
@@ -173,8 +173,8 @@ TEST(CollapseOnThreads, WithoutProtectTopologyAVertexLeftWithoutCornersStaysActi
     EXPECT_TRUE(test::cornerListsAreSound(pm.mesh));
 }
 
-// Collapses at random, every second one undone. Where one thread takes an orphan away the twins
-// part, and the walk ends.
+// Collapses at random and undoes every second collapse. When the single-threaded form removes an
+// orphan, the twins differ, and the walk ends.
 class RandomCollapses {
 public:
     RandomCollapses(const DMesh& mesh, std::uint32_t seed) : random_(seed), t_(mesh) {
@@ -221,7 +221,7 @@ private:
     Twins t_;
 };
 
-TEST(CollapseOnThreads, DoesAtRandomWhatOneThreadDoesBitForBit) {
+TEST(CollapseOnThreads, MatchesTheSingleThreadedFormAtRandom) {
     DMesh dirty = test::grid(4, 4, test::hills);
     for (std::size_t i = 0; i < 15; ++i)
         dirty.triangles.push_back(dirty.triangles[i]);
@@ -238,8 +238,9 @@ TEST(CollapseOnThreads, DoesAtRandomWhatOneThreadDoesBitForBit) {
 
 constexpr std::int32_t kIslands = 16;
 
-// Sixteen grids of 3 x 3 squares that lie like the teeth of a comb: vertex i of island k has the
-// index 16 * i + k, and so has each triangle. Every byte of the bit arrays holds eight islands.
+// Sixteen grids of 3 x 3 squares, interleaved like the teeth of a comb: vertex i of island k has
+// the index 16 * i + k, and so has each triangle. Every byte of the bit arrays covers eight
+// islands.
 DMesh islands() {
     const DMesh grid = test::grid(3, 3);
     test::Points points;
@@ -257,7 +258,7 @@ DMesh islands() {
     return test::buildMesh(points, faces);
 }
 
-// Vertex 1 of an island, on its border, onto the inner vertex 5.
+// Each collapse moves vertex 1 of an island, on its border, onto the inner vertex 5.
 constexpr std::int32_t removedOn(std::int32_t island) {
     return kIslands * 1 + island;
 }
@@ -265,8 +266,8 @@ constexpr std::int32_t keptOn(std::int32_t island) {
     return kIslands * 5 + island;
 }
 
-// Four threads that collapse on the islands again and again, each on those of its own, which share
-// their bytes with those of the others. The last collapses stay.
+// Four threads that collapse on the islands again and again, each on its own islands, which share
+// their bytes with those of the others. The last collapses are not undone.
 class Crowd {
 public:
     static constexpr std::int32_t kThreads = 4;
@@ -317,15 +318,15 @@ private:
         [[nodiscard]] std::int32_t island(std::size_t i) const {
             return first_ + kThreads * static_cast<std::int32_t>(i);
         }
-        // The next round would hide it.
+        // Checks at once, as the next round would hide a lost bit.
         void lookFor(bool collapsed) {
             const DMesh& mesh = crowd_.pm.mesh;
             for (std::size_t i = 0; i < kOwned; ++i) {
-                bool asItShould = mesh.vertexActive.Test(removedOn(island(i))) != collapsed &&
-                                  mesh.borderVertices.Test(keptOn(island(i))) == collapsed;
+                bool intact = mesh.vertexActive.Test(removedOn(island(i))) != collapsed &&
+                              mesh.borderVertices.Test(keptOn(island(i))) == collapsed;
                 for (const std::int32_t triangle : records_[i].split.removedTriangles)
-                    asItShould = asItShould && mesh.triangleActive.Test(triangle) != collapsed;
-                if (!asItShould) crowd_.lost = true;
+                    intact = intact && mesh.triangleActive.Test(triangle) != collapsed;
+                if (!intact) crowd_.lost = true;
             }
         }
 
@@ -344,19 +345,19 @@ protected:
     static inline std::unique_ptr<Crowd> crowd;
 };
 
-TEST_F(SharedBytes, NobodyFindsABitOfItsOwnChangedByAnother) {
+TEST_F(SharedBytes, NoThreadFindsItsBitsChangedByAnother) {
     EXPECT_FALSE(crowd->lost);
 }
 
-TEST_F(SharedBytes, VerticesOfOneByteLoseNoBitAndNoCountToThreadsThatTakeThem) {
+TEST_F(SharedBytes, RemovingVerticesLosesNoBitAndNoCount) {
     const DMesh& mesh = crowd->pm.mesh;
     for (std::int32_t v = 0; v < mesh.vertexCount(); ++v)
         EXPECT_EQ(mesh.vertexActive.Test(v), v / kIslands != 1) << v;
     EXPECT_EQ(mesh.numActiveVertices, 15U * kIslands);
 }
 
-TEST_F(SharedBytes, TrianglesOfOneByteLoseNoBitAndNoCountToThreadsThatTakeThem) {
-    // Those that hold the edge from 1 to 5.
+TEST_F(SharedBytes, RemovingTrianglesLosesNoBitAndNoCount) {
+    // The removed triangles hold the edge from 1 to 5.
     const DMesh& mesh = crowd->pm.mesh;
     for (std::int32_t t = 0; t < mesh.triangleCount(); ++t) {
         int ends = 0;
@@ -369,7 +370,7 @@ TEST_F(SharedBytes, TrianglesOfOneByteLoseNoBitAndNoCountToThreadsThatTakeThem) 
     EXPECT_EQ(mesh.numActiveTriangles, 16U * kIslands);
 }
 
-TEST_F(SharedBytes, BordersOfOneByteLoseNoBitToThreadsThatMoveThem) {
+TEST_F(SharedBytes, MovingBordersLosesNoBit) {
     // The inner vertices are 5, 6, 9 and 10; 5 has become part of the border.
     const DMesh& mesh = crowd->pm.mesh;
     for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
@@ -378,7 +379,7 @@ TEST_F(SharedBytes, BordersOfOneByteLoseNoBitToThreadsThatMoveThem) {
     }
 }
 
-TEST_F(SharedBytes, AllIsAsIfOneThreadHadBeenEverywhere) {
+TEST_F(SharedBytes, TheResultIsThatOfOneThread) {
     ProgressiveMesh one;
     CollapseRecord record;
     CollapseScratch scratch;
@@ -396,7 +397,7 @@ TEST_F(SharedBytes, AllIsAsIfOneThreadHadBeenEverywhere) {
     EXPECT_TRUE(test::cornerListsAreSound(crowd->pm.mesh));
 }
 
-// What each section guards, as another thread sees it.
+// The data that each section guards, as another thread sees it.
 struct Guarded {
     const char* name;
     CriticalSection CriticalSections::*section;
@@ -418,7 +419,7 @@ constexpr Guarded kGuarded[] = {
      [](const DMesh& mesh) { return bitsAndCount(mesh.borderVertices, 0); }},
 };
 
-TEST(CollapseOnThreads, NothingGuardedChangesWhileAnotherThreadIsInItsSection) {
+TEST(CollapseOnThreads, ChangesGuardedDataOnlyInsideItsSection) {
     for (const Guarded& guarded : kGuarded) {
         for (const bool undone : {false, true}) {
             Side side(test::grid(3, 3));
@@ -473,19 +474,19 @@ protected:
     }
 };
 
-TEST_F(CountsAfterARun, OfManyThreadsAreThoseOfTheBitsThatAreSet) {
+TEST_F(CountsAfterARun, OnSeveralThreadsMatchTheSetBits) {
     DMesh ball = test::sphere(4);
     test::jitter(ball, 0.005F, 3);
     expectExact(ball, [](ProgressiveMesh&) {});
     expectExact(test::grid(30, 30, test::hills), [](ProgressiveMesh&) {});
 }
 
-TEST_F(CountsAfterARun, WithSymmetryAreThoseOfTheBitsThatAreSet) {
+TEST_F(CountsAfterARun, WithSymmetryMatchTheSetBits) {
     expectExact(test::sphere(4), [](ProgressiveMesh& pm) { test::askForSymmetry(pm, 0); });
 }
 
-TEST_F(CountsAfterARun, WithoutProtectTopologyAreThoseOfTheBitsThatAreSet) {
-    // Triangles that hang at the grid by a vertex or by none.
+TEST_F(CountsAfterARun, WithoutProtectTopologyMatchTheSetBits) {
+    // Triangles attached to the grid by one vertex or by none.
     DMesh mesh = test::grid(20, 20, test::hills);
     test::Random random(1);
     const auto last = static_cast<std::uint32_t>(mesh.vertices.size());

@@ -31,7 +31,7 @@ TEST(ColorQuadric, StartsAsZero) {
     EXPECT_EQ(q.c, 0.0);
 }
 
-TEST(ColorQuadric, OfAPlaneQuadricTakesItsSlotsAndOneForC) {
+TEST(ColorQuadric, FromAPlaneQuadricTakesItsSlotsAndOneForC) {
     const ColorQuadric q(Quadric3D{{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}});
     EXPECT_EQ(q.A, (std::array<double, 6>{1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(q.G, (std::array<double, 9>{}));
@@ -78,7 +78,7 @@ TEST(ColorQuadric, InvertsByBlocks) {
     EXPECT_EQ(T, (Matrix3{0.5, 0, 0, 0, 1, 0, 0, 0, 0.5}));
 }
 
-TEST(ColorQuadric, TheBlocksAreThoseOfTheInverse) {
+TEST(ColorQuadric, TheBlocksFormTheInverse) {
     test::Random random(7);
     for (int round = 0; round < 200; ++round) {
         ColorQuadric q;
@@ -126,7 +126,7 @@ TEST(ColorQuadric, HasNoInverseIfABlockIsSingular) {
     EXPECT_TRUE(colorless.InvertBlocks(P, R, T));
 }
 
-TEST(ColorQuadric, TakesNumbersThatAreNone) {
+TEST(ColorQuadric, HandlesNaN) {
     ColorQuadric q = counting();
     q.A[0] = std::numeric_limits<double>::quiet_NaN();
     q.G[2] = std::numeric_limits<double>::infinity();

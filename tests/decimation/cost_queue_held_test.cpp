@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Picks from a queue of which some vertices, or all, are held by others.
+// Picks from a queue in which some or all vertices are held by other threads.
 #include "decimation/cost_queue.h"
 
 #include "mesh/dmesh.h"
@@ -18,7 +18,7 @@
 namespace korvalite {
 namespace {
 
-// Costs over many decades, no two alike, and a set of vertices that may be picked.
+// Distinct costs over many decades, and a set of vertices that may be picked.
 class HeldQueue : public testing::Test {
 protected:
     static constexpr std::int32_t kVertices = 500;
@@ -67,7 +67,7 @@ protected:
     std::set<std::int32_t> free_;
 };
 
-TEST_F(HeldQueue, WhereEverythingIsHeldAllAreAskedAndNoneIsPicked) {
+TEST_F(HeldQueue, IfEverythingIsHeldAsksAllAndPicksNone) {
     std::set<std::int32_t> asked;
     const std::int32_t picked = queue_.FirstAccepted([&](std::int32_t v) {
         asked.insert(v);
@@ -79,7 +79,7 @@ TEST_F(HeldQueue, WhereEverythingIsHeldAllAreAskedAndNoneIsPicked) {
         EXPECT_TRUE(queue_.isQueued(v)) << v;
 }
 
-TEST_F(HeldQueue, WhatWasHeldIsPickedInOrderOnceItIsFree) {
+TEST_F(HeldQueue, PicksHeldVerticesInOrderOnceTheyAreFree) {
     ASSERT_EQ(pick(), -1);
     free_ = queued_;
     while (!queued_.empty()) {
@@ -90,7 +90,7 @@ TEST_F(HeldQueue, WhatWasHeldIsPickedInOrderOnceItIsFree) {
     EXPECT_EQ(pick(), -1);
 }
 
-TEST_F(HeldQueue, AnEmptyQueueAsksNobody) {
+TEST_F(HeldQueue, AsksForNothingWhenEmpty) {
     queue_.Clear();
     EXPECT_EQ(queue_.FirstAccepted([](std::int32_t) {
         ADD_FAILURE() << "asked";
@@ -99,7 +99,7 @@ TEST_F(HeldQueue, AnEmptyQueueAsksNobody) {
               -1);
 }
 
-TEST_F(HeldQueue, TheCheapestFreeVertexIsPickedWhateverComesAndGoes) {
+TEST_F(HeldQueue, AlwaysPicksTheCheapestFreeVertex) {
     for (int turn = 0; turn < 3000; ++turn) {
         const std::int32_t v = random_.between(0, kVertices - 1);
         switch (random_.below(5)) {
@@ -108,7 +108,7 @@ TEST_F(HeldQueue, TheCheapestFreeVertexIsPickedWhateverComesAndGoes) {
         case 2: free_.insert(v); break;
         case 3: free_.erase(v); break;
         default:
-            // All but a few are held, so that it takes several buckets to find one.
+            // Almost all are held, so it takes several buckets to find a free one.
             if (free_.size() > 8) free_.erase(free_.begin(), std::next(free_.begin(), 5));
         }
         ASSERT_EQ(pick(), cheapestFree()) << turn;

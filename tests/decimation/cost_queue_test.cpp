@@ -21,7 +21,7 @@ namespace {
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-// A queue over vertices that have a cost and nothing else; the box is a cube.
+// A queue over vertices that have nothing but a cost; the box is a cube.
 struct Queue {
     DMesh mesh;
     CostQueue queue{mesh};
@@ -40,7 +40,7 @@ struct Queue {
     }
     std::vector<std::int32_t> drain() {
         std::vector<std::int32_t> order;
-        // Twice as many turns as there are vertices would be an endless loop.
+        // Stops an endless loop: no more than twice as many turns as there are vertices.
         for (std::size_t turn = 0; turn < 2 * mesh.vertices.size() + 1; ++turn) {
             const std::int32_t v = queue.Top();
             if (v == kNone) break;
@@ -91,26 +91,26 @@ TEST(CostQueue, MaxCostFollowsFromTheDiagonalOfTheBox) {
     EXPECT_NEAR(maxCostOfCube(1), 0.476553 * 0.476553 * 3 / 4, 1e-6);
 }
 
-TEST(CostQueue, MoreThanFifteenVerticesOfCostZeroPutTheScaleAtTheLowestDecade) {
+TEST(CostQueue, MoreThanFifteenZeroCostsPutTheScaleAtTheLowestDecade) {
     Queue q(copies(16, 0));
     EXPECT_EQ(q.queue.minCost(), std::pow(10.0, -128));
     EXPECT_EQ(q.queue.logRange(), std::log10(maxCostOfCube(1)) + 128);
 }
 
-TEST(CostQueue, FifteenVerticesOrFewerLeaveTheDefaultMinCostAndSubtractFive) {
+TEST(CostQueue, FifteenVerticesOrFewerKeepTheDefaultMinCost) {
     for (const std::size_t count : {1U, 15U}) {
         Queue q(copies(count, 0.5F));
         EXPECT_EQ(q.queue.minCost(), 1e-9);
         EXPECT_EQ(q.queue.logRange(), std::log10(maxCostOfCube(1)) - 5);
     }
-    // Those that are not collapsible do not count.
+    // Vertices that are not collapsible do not count.
     std::vector<float> costs = copies(15, 0.5F);
     costs.insert(costs.end(), 100, kNotCollapsible);
     EXPECT_EQ(Queue(costs).queue.minCost(), 1e-9);
 }
 
-TEST(CostQueue, TheScaleBeginsAtTheDecadeWhereTheSixteenthVertexLies) {
-    // Decades are cut toward zero, so that 0.2 and 8 lie in the same one.
+TEST(CostQueue, TheScaleStartsAtTheSixteenthVertexsDecade) {
+    // Decades are truncated toward zero, so 0.2 and 8 are in the same one.
     const auto minCost = [](std::vector<float> costs, const std::vector<float>& more) {
         costs.insert(costs.end(), more.begin(), more.end());
         return Queue(costs).queue.minCost();
@@ -123,16 +123,16 @@ TEST(CostQueue, TheScaleBeginsAtTheDecadeWhereTheSixteenthVertexLies) {
     EXPECT_EQ(q.queue.logRange(), std::log10(maxCostOfCube(1)) - -6.0);
 }
 
-TEST(CostQueue, CostsWithoutLogarithmCountInTheLowestDecade) {
+TEST(CostQueue, CostsWithoutALogarithmCountInTheLowestDecade) {
     for (const float cost : {-1.0F, -1e-30F, kNaN, kInfinity, -kInfinity, 0.0F}) {
         EXPECT_EQ(Queue(copies(16, cost)).queue.minCost(), std::pow(10.0, -128)) << cost;
     }
-    // A denormal cost has one: -45.
+    // A denormal cost has a logarithm: -45.
     EXPECT_EQ(Queue(copies(16, 1e-45F)).queue.minCost(), std::pow(10.0, -44));
 }
 
-TEST(CostQueue, ABucketIsTheShareOfTheDecadesAboveMinCost) {
-    // minCost 1e-6; 100 buckets.
+TEST(CostQueue, ABucketIsAShareOfTheDecadesAboveMinCost) {
+    // With these costs minCost is 1e-6, and there are 100 buckets.
     Queue q(copies(1000, 3e-7F), 1000);
     const double decades = std::log10(maxCostOfCube(1000)) + 6;
     for (const float cost : {1e-6F, 2e-6F, 1e-4F, 0.5F, 1.0F, 77.0F, 1e4F}) {
@@ -141,7 +141,7 @@ TEST(CostQueue, ABucketIsTheShareOfTheDecadesAboveMinCost) {
     }
 }
 
-TEST(CostQueue, CostsOutsideTheScaleFallIntoItsEnds) {
+TEST(CostQueue, CostsOutsideTheScaleGoToItsEnds) {
     Queue q(copies(1000, 3e-7F), 1000);
     for (const float cost : {3e-7F, 0.0F, -5.0F, -kInfinity, kNaN})
         EXPECT_EQ(q.queue.bucketOf(cost), 0) << cost;
@@ -158,7 +158,7 @@ TEST(CostQueue, ACostBelowMinCostGoesStraightToTheOrderedSet) {
 }
 
 TEST(CostQueue, EqualCostsLeaveInIndexOrder) {
-    Queue q(copies(1000, 2), 1000);  // all in one bucket behind the current one
+    Queue q(copies(1000, 2), 1000);  // all in one bucket after the current one
     ASSERT_GT(q.queue.bucketOf(2), 0);
     for (std::int32_t v = 999; v >= 0; --v)
         q.queue.Insert((v * 7) % 1000);
@@ -180,7 +180,7 @@ TEST(CostQueue, ZeroAndMinusZeroAreEqual) {
     EXPECT_EQ(q.drain(), (Order{0, 1, 2, 3}));
 }
 
-TEST(CostQueue, NeverTakesAVertexThatIsNotCollapsible) {
+TEST(CostQueue, NeverQueuesAVertexThatIsNotCollapsible) {
     Queue q({kNotCollapsible, 1, kNotCollapsible});
     q.insertAll();
     EXPECT_FALSE(q.queue.isQueued(0));
@@ -188,7 +188,7 @@ TEST(CostQueue, NeverTakesAVertexThatIsNotCollapsible) {
     EXPECT_EQ(q.drain(), (Order{1}));
 }
 
-TEST(CostQueue, InsertingTwiceAndRemovingWhatIsNotThereHaveNoEffect) {
+TEST(CostQueue, RepeatedInsertsAndRemovesHaveNoEffect) {
     Queue q(copies(50, 2), 1000);
     q.queue.Remove(7);
     q.queue.Insert(7);
@@ -200,14 +200,14 @@ TEST(CostQueue, InsertingTwiceAndRemovingWhatIsNotThereHaveNoEffect) {
     EXPECT_EQ(q.queue.Top(), -1);
 }
 
-TEST(CostQueue, ABucketThatIsKnownBeforeTakesTheSamePlace) {
+TEST(CostQueue, InsertingIntoAKnownBucketGivesTheSameOrder) {
     Queue q(copies(1000, 3e-7F), 1000);
     q.cost(5) = 2;
     q.cost(6) = 1;
     for (const std::int32_t v : {5, 6})
         q.queue.Insert(v, q.queue.bucketOf(q.cost(v)));
     q.queue.Insert(7, kNone);
-    q.queue.Insert(6, q.queue.bucketOf(2));  // is queued already
+    q.queue.Insert(6, q.queue.bucketOf(2));  // already queued
     EXPECT_FALSE(q.queue.isQueued(7));
     EXPECT_EQ(q.drain(), (Order{6, 5}));
 }
@@ -220,7 +220,7 @@ TEST(CostQueue, TopDoesNotRemove) {
     EXPECT_TRUE(q.queue.isQueued(1));
 }
 
-TEST(CostQueue, WorksOnBehindItsEnd) {
+TEST(CostQueue, AcceptsVerticesAfterTheLastBucket) {
     Queue q(copies(100, 2), 1000);
     q.insertAll();
     EXPECT_EQ(q.drain().size(), 100U);
@@ -231,8 +231,8 @@ TEST(CostQueue, WorksOnBehindItsEnd) {
     EXPECT_EQ(q.drain(), (Order{4, 3}));
 }
 
-TEST(CostQueue, VerticesOfASetOfMoreThanTwentyThousandAreFoundByTheirCost) {
-    // All of cost 0, so all in the set at once; some of a higher cost behind them.
+TEST(CostQueue, FindsVerticesByCostInALargeOrderedSet) {
+    // All but the last have cost 0, so all are in the set at once, with the costlier ones last.
     std::vector<float> costs = copies(20500, 0);
     for (std::size_t v = 20400; v < costs.size(); ++v)
         costs[v] = static_cast<float>(v);
@@ -274,7 +274,7 @@ TEST(CostQueue, ClearEmptiesItAndKeepsScaleAndCurrentBucket) {
     EXPECT_EQ(q.queue.Top(), 9);
 }
 
-TEST(CostQueue, ReleaseGoesBackToTheStateBeforeInit) {
+TEST(CostQueue, ReleaseRestoresTheStateBeforeInit) {
     Queue q(copies(1000, 2), 1000);
     q.insertAll();
     (void)q.queue.Top();
@@ -291,7 +291,7 @@ TEST(CostQueue, ReleaseGoesBackToTheStateBeforeInit) {
     EXPECT_EQ(q.drain().size(), 1000U);
 }
 
-TEST(Penalize, MovesAVertexBehindEveryRealCost) {
+TEST(Penalize, MovesAVertexPastEveryRealCost) {
     Queue q({1, 2, 3, 1e9F});
     q.insertAll();
     Penalize(q.mesh, q.queue, 0);
@@ -300,7 +300,7 @@ TEST(Penalize, MovesAVertexBehindEveryRealCost) {
     EXPECT_EQ(q.drain(), (Order{1, 3, 0, 2}));
 }
 
-TEST(Penalize, ChangesOnlyTheCostOfAVertexThatIsNotQueued) {
+TEST(Penalize, ChangesOnlyTheCostOfAnUnqueuedVertex) {
     Queue q({1e9F, 2});
     q.queue.Insert(1);
     Penalize(q.mesh, q.queue, 0);
@@ -318,17 +318,17 @@ TEST(Penalize, ACostThatBecomesInfiniteStaysQueued) {
     EXPECT_EQ(q.drain(), (Order{1, 0}));
 }
 
-TEST(Penalize, NeverLeavesTheCostWhereItWasOrBelow) {
+TEST(Penalize, AlwaysRaisesTheCost) {
     EXPECT_EQ(penalizedCost(0), 1e10F);
     EXPECT_EQ(penalizedCost(-1), -100.0F + 1e10F);
     EXPECT_EQ(penalizedCost(1e10F), 1e10F * 100.0F + 1e10F);
-    // What would sink further and further, or stay, or be no number.
+    // Costs that would sink further and further, stay the same, or be NaN.
     for (const float cost : {-1e10F, -3e38F, -kInfinity, kInfinity, kNaN})
         EXPECT_EQ(penalizedCost(cost), 1e10F) << cost;
 }
 
-TEST(Penalize, RefusingEverythingAgainAndAgainEnds) {
-    // As a driver does: until the top is a penalised one.
+TEST(Penalize, RefusingEverythingTerminates) {
+    // As a driver does: until the top is a penalized one.
     for (const float cost : {-1e30F, -5.0F, 0.0F, 3.0F, 9e9F}) {
         Queue q(copies(40, cost));
         q.insertAll();
@@ -341,7 +341,7 @@ TEST(Penalize, RefusingEverythingAgainAndAgainEnds) {
     }
 }
 
-TEST(CostQueue, CostsThatAreNoNumbersNeitherCrashNorLoop) {
+TEST(CostQueue, NaNCostsNeitherCrashNorLoop) {
     test::Random random(23);
     std::vector<float> costs;
     for (int i = 0; i < 3000; ++i)
@@ -357,7 +357,7 @@ TEST(CostQueue, CostsThatAreNoNumbersNeitherCrashNorLoop) {
 
 constexpr auto kAlways = [] { return true; };
 
-// Costs over many decades, so that nearly every vertex is in a bucket of its own.
+// Costs over many decades, so that nearly every vertex has its own bucket.
 std::vector<float> spreadCosts(std::size_t count) {
     test::Random random(31);
     std::vector<float> costs;
@@ -366,7 +366,7 @@ std::vector<float> spreadCosts(std::size_t count) {
     return costs;
 }
 
-TEST(CostQueue, APickThatTakesNothingAsksForEachVertexOnce) {
+TEST(CostQueue, APickThatAcceptsNothingAsksForEachVertexOnce) {
     Queue q(spreadCosts(3000));
     q.insertAll();
     Order asked;
@@ -378,7 +378,7 @@ TEST(CostQueue, APickThatTakesNothingAsksForEachVertexOnce) {
     EXPECT_EQ(asked, q.drain());
 }
 
-TEST(CostQueue, APickPoursNoFurtherOnceItShallNotGoOn) {
+TEST(CostQueue, APickStopsPouringOnRequest) {
     Queue q(spreadCosts(3000));
     q.insertAll();
     int asked = 0;
@@ -388,11 +388,11 @@ TEST(CostQueue, APickPoursNoFurtherOnceItShallNotGoOn) {
     EXPECT_EQ(pours, 6);
     EXPECT_LT(asked, 1000);
     EXPECT_LT(q.queue.currentBucket(), q.queue.bucketCount() / 2);
-    // All is still there.
+    // All vertices are still queued.
     EXPECT_EQ(q.drain().size(), 3000U);
 }
 
-// The queue against a plain sorted set of (cost, index).
+// Compares the queue with a plain sorted set of (cost, index).
 class QueueModel {
 public:
     using CostOf = float (*)(test::Random&);
@@ -440,7 +440,7 @@ private:
     }
     std::int32_t top() const { return model_.begin()->second; }
     void expectTop() { ASSERT_EQ(q_.queue.Top(), model_.empty() ? -1 : top()); }
-    // Of every third vertex.
+    // Picks among every third vertex.
     void expectPick() {
         const auto residue = static_cast<std::int32_t>(random_.below(3));
         const auto isTaken = [residue](std::int32_t v) { return v % 3 == residue; };
@@ -475,7 +475,7 @@ private:
     std::set<std::pair<float, std::int32_t>> model_;
 };
 
-TEST(CostQueue, OrdersAsAPlainSortedSetDoesWhateverTheCosts) {
+TEST(CostQueue, OrdersLikeASortedSetWhateverTheCosts) {
     using test::Random;
     const QueueModel::CostOf distributions[] = {
         [](Random&) { return 0.0F; },
