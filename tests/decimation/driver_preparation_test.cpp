@@ -36,7 +36,7 @@ std::int32_t mirrorOf(const ProgressiveMesh& pm, std::int32_t v) {
     return pm.mesh.symmetryCache.pairing[static_cast<std::size_t>(v)];
 }
 
-// A vertex beside the plane, for which another stands on the other side.
+// A vertex off the plane that has a mirror image on the other side.
 std::int32_t pairedVertex(const ProgressiveMesh& pm) {
     std::int32_t v = 0;
     while (mirrorOf(pm, v) == kNone || mirrorOf(pm, v) == v)
@@ -44,7 +44,7 @@ std::int32_t pairedVertex(const ProgressiveMesh& pm) {
     return v;
 }
 
-TEST(DriverPreparation, ASymmetricMeshIsHandledOnRequestOnly) {
+TEST(DriverPreparation, SymmetryIsHandledOnlyOnRequest) {
     const MeshPtr asked = withSymmetry(test::sphere(2));
     EXPECT_TRUE(asked->m_handleSymmetry_internal);
     EXPECT_GT(asked->symmetrySlaves.CountSet(), 0);
@@ -77,7 +77,7 @@ TEST(DriverPreparation, WithoutVerticesNothingIsPaired) {
     EXPECT_TRUE(pm->mesh.symmetryCache.pairing.empty());
 }
 
-TEST(DriverPreparation, PairsOfUnlikeMasksAreTakenApart) {
+TEST(DriverPreparation, SeparatesPairsWithDifferentMasks) {
     const std::int32_t v = pairedVertex(*withSymmetry(test::sphere(2)));
     DMesh mesh = test::sphere(2);
     test::addMask(mesh, [](const FloatVec3&) { return 200; });
@@ -89,7 +89,7 @@ TEST(DriverPreparation, PairsOfUnlikeMasksAreTakenApart) {
               2);
 }
 
-TEST(DriverPreparation, AMaskOfTheWrongLengthTakesNoPairApart) {
+TEST(DriverPreparation, AMaskOfTheWrongLengthSeparatesNoPair) {
     DMesh mesh = test::sphere(2);
     mesh.maskValues = {1, 2, 3};
     const MeshPtr pm = withSymmetry(mesh);
@@ -99,7 +99,7 @@ TEST(DriverPreparation, AMaskOfTheWrongLengthTakesNoPairApart) {
               0);
 }
 
-TEST(DriverPreparation, PairsWhoseColorsDifferByTwoInAnyOfThreeBytesAreTakenApart) {
+TEST(DriverPreparation, SeparatesPairsWhoseColorsDifferByTwoInAnyChannel) {
     const std::int32_t v = pairedVertex(*withSymmetry(test::sphere(2)));
     const auto pairedWith = [v](std::uint32_t color) {
         DMesh mesh = test::sphere(2);

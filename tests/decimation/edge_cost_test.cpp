@@ -18,7 +18,7 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 const FloatVec3 kEntryPosition{77, 78, 79};
 
-// Two vertices, 0 at the origin and 1 at (1, 0, 0), and bits to set at each.
+// Two vertices, 0 at the origin and 1 at (1, 0, 0), and bits to set for each.
 struct Edge {
     ProgressiveMesh pm;
 
@@ -58,7 +58,7 @@ Quadric3D bowl(double scale, const DoubleVec3& minimum, double value) {
              -scale * minimum.z, scale * dot(minimum, minimum) + value}};
 }
 
-// The plane z = 0, of which every point of the edge is part.
+// The plane z = 0, which contains every point of the edge.
 Quadric3D flatPatch() {
     return planeQuadric(0.0, 0.0, 1.0, 0.0);
 }
@@ -70,7 +70,7 @@ TEST(EvaluateEdgeCost, TakesTheMinimumOfTheQuadric) {
 }
 
 TEST(EvaluateEdgeCost, TakesTheCostAtTheRoundedPosition) {
-    // The minimum lies at a third, which no float is: the cost is what the rounding leaves.
+    // The minimum is at a third, which is not a float: the cost is what the rounding leaves.
     const Quadric3D q{{3e9, 0, 0, 1, 0, 1, -1e9, 0, 0, 1e9 / 3.0}};
     const float x = 1.0F / 3.0F;
     const EdgeEvaluation result = Edge().evaluate(q);
@@ -85,7 +85,7 @@ TEST(EvaluateEdgeCost, ASolvedCostBelowZeroIsZero) {
     expectPosition(result, {1, 2, 3});
 }
 
-TEST(EvaluateEdgeCost, OnAFlatPatchTheFirstOfTheEqualSamplesWinsAtVertexA) {
+TEST(EvaluateEdgeCost, OnAFlatPatchTheSampleAtVertexAWins) {
     EdgeEvaluation result = Edge().evaluate(flatPatch());
     EXPECT_EQ(result.cost, 0.0F);
     expectPosition(result, {0, 0, 0});
@@ -94,8 +94,8 @@ TEST(EvaluateEdgeCost, OnAFlatPatchTheFirstOfTheEqualSamplesWinsAtVertexA) {
     expectPosition(result, {1, 0, 0});
 }
 
-TEST(EvaluateEdgeCost, ASingularBlockLeavesTheBestOfNineSamples) {
-    // 4 (x - 0.3)^2 in x alone: samples at eighths, of which 0.25 is the nearest.
+TEST(EvaluateEdgeCost, ForASingularBlockTheBestOfNineSamplesWins) {
+    // The error is 4 (x - 0.3)^2, in x alone; 0.25 is the nearest of the samples at eighths.
     const Quadric3D q{{4, 0, 0, 0, 0, 0, -1.2, 0, 0, 0.36}};
     const EdgeEvaluation result = Edge().evaluate(q);
     expectPosition(result, {0.25F, 0, 0});
@@ -103,8 +103,8 @@ TEST(EvaluateEdgeCost, ASingularBlockLeavesTheBestOfNineSamples) {
 }
 
 TEST(EvaluateEdgeCost, NearASingularBlockTheSamplesMayBeatTheMinimum) {
-    // The error is below zero around (0.3, 0, 0). The minimum's is cut to 0, which the samples at
-    // eighths of the edge beat.
+    // The error is negative around (0.3, 0, 0). That of the minimum is clamped to 0, and the
+    // samples at eighths of the edge are lower.
     const Quadric3D shallow = bowl(0.05, {0.3, 0, 0}, -1);  // 0.05^3 < 0.001
     Edge edge;
     expectPosition(edge.evaluate(shallow), {0.25F, 0, 0});
@@ -120,17 +120,18 @@ TEST(EvaluateEdgeCost, TheSamplesMustBeatTheMinimumStrictly) {
     expectPosition(Edge().evaluate(bowl(0.0625, {0.5, 0, 0}, 0)), {0.5F, 0, 0});
 }
 
-TEST(EvaluateEdgeCost, DegeneracyIsMeasuredByItsOwnFormAndNotByTheDeterminant) {
-    // [[0.5, 0, 0.25], [0, 1, 0], [0.25, 0, 0.5]]: the determinant is 0.1875, the form 0.25 - 0.25.
+TEST(EvaluateEdgeCost, DegeneracyHasItsOwnMeasureNotTheDeterminant) {
+    // [[0.5, 0, 0.25], [0, 1, 0], [0.25, 0, 0.5]]: the determinant is 0.1875, the measure 0.25 -
+    // 0.25.
     Quadric3D q{{0.5, 0, 0.25, 1, 0, 0.5, -0.15, 0, -0.075, -1}};
     expectPosition(Edge().evaluate(q), {0.25F, 0, 0});
-    // The same with both signs of the corner turned: 0.25 + 0.25.
+    // The same with the sign of both corners flipped: 0.25 + 0.25.
     q = {{0.5, 0, -0.25, 1, 0, 0.5, -0.15, 0, 0.075, -1}};
     EXPECT_NEAR(Edge().evaluate(q).position.x, 0.3, 1e-6);
-    // Every term: q0 q3 q5 - q4 q4 - q1 q1 q5 - q2 q4 + q1 q2 q4 - q2 q3, here
-    // 24 - 1 - 4 - 0.5 + 0.5 - 1 = 18, with a determinant of 20.5.
+    // With every term, the measure q0 q3 q5 - q4 q4 - q1 q1 q5 - q2 q4 + q1 q2 q4 - q2 q3 is 24 - 1
+    // - 4 - 0.5 + 0.5 - 1 = 18 here, and the determinant is 20.5.
     q = {{2, 1, 0.5, 2, 1, 6, 0, 0, 0, -1}};
-    q.q[5] = (0.5 * 1 - 1 * 0.5 * 1 + 0.5 * 2 + 1) / (2 * 2 - 1);  // makes the form 0
+    q.q[5] = (0.5 * 1 - 1 * 0.5 * 1 + 0.5 * 2 + 1) / (2 * 2 - 1);  // makes the measure 0
     const auto& m = q.q;
     ASSERT_LT(std::abs(m[0] * m[3] * m[5] - m[4] * m[4] - m[1] * m[1] * m[5] - m[2] * m[4] +
                        m[1] * m[2] * m[4] - m[2] * m[3]),
@@ -138,11 +139,11 @@ TEST(EvaluateEdgeCost, DegeneracyIsMeasuredByItsOwnFormAndNotByTheDeterminant) {
     ASSERT_GT(std::abs(m[0] * (m[3] * m[5] - m[4] * m[4]) - m[1] * (m[1] * m[5] - m[4] * m[2]) +
                        m[2] * (m[1] * m[4] - m[3] * m[2])),
               0.1);
-    // The minimum is the origin with -1, cut to 0; the sample at the origin has -1.
+    // The minimum is the origin with -1, clamped to 0; the sample at the origin has -1.
     expectPosition(Edge().evaluate(q, 1, 0), {0, 0, 0});
 }
 
-TEST(EvaluateEdgeCost, OneBorderEndIsKeptAndItsCostNotCut) {
+TEST(EvaluateEdgeCost, OneBorderEndIsKeptAndItsCostIsNotClamped) {
     const Quadric3D q = bowl(1, {5, 0, 0}, -100);
     EdgeEvaluation result = Edge().border(0).evaluate(q);
     expectPosition(result, {0, 0, 0});
@@ -154,7 +155,7 @@ TEST(EvaluateEdgeCost, OneBorderEndIsKeptAndItsCostNotCut) {
     expectPosition(result, {0, 0, 0});
 }
 
-TEST(EvaluateEdgeCost, BothEndsOnABorderLeaveTheSamplesToDecide) {
+TEST(EvaluateEdgeCost, BetweenTwoBorderEndsTheSamplesDecide) {
     for (const std::int32_t mode : {BORDER_MODE_NONE, BORDERMODE_PROTECT}) {
         Edge edge;
         edge.border(0).border(1).pm.BorderMode = mode;
@@ -166,7 +167,7 @@ TEST(EvaluateEdgeCost, BothEndsOnABorderLeaveTheSamplesToDecide) {
     }
 }
 
-TEST(EvaluateEdgeCost, AFrozenBorderForbidsTheEdgeAtOnceAndTheMaskIsNotApplied) {
+TEST(EvaluateEdgeCost, AFrozenBorderForbidsTheEdgeBeforeTheMaskApplies) {
     for (const std::int32_t vertex : {0, 1}) {
         Edge edge;
         edge.border(vertex).pm.BorderMode = BORDERMODE_FREEZE;
@@ -184,16 +185,16 @@ TEST(EvaluateEdgeCost, OneSeamEndIsKept) {
     const Quadric3D q = bowl(1, {5, 0, 0}, 0);
     expectPosition(Edge().seam(0).evaluate(q), {0, 0, 0});
     expectPosition(Edge().seam(1).evaluate(q), {1, 0, 0});
-    // At a, whatever the border chose.
+    // A seam at a wins over the border's choice.
     expectPosition(Edge().seam(0).border(1).evaluate(q), {0, 0, 0});
     expectPosition(Edge().seam(0).border(0).border(1).evaluate(q), {0, 0, 0});
-    // At b the border's endpoint stands: a, if a alone is on a border.
+    // With a seam at b, the border's end stays: a, if only a is on a border.
     expectPosition(Edge().seam(1).border(0).evaluate(q), {0, 0, 0});
     expectPosition(Edge().seam(1).border(1).evaluate(q), {1, 0, 0});
     expectPosition(Edge().seam(1).border(0).border(1).evaluate(q), {1, 0, 0});
 }
 
-TEST(EvaluateEdgeCost, BothEndsOnASeamTurnSolvingIntoSampling) {
+TEST(EvaluateEdgeCost, BetweenTwoSeamEndsSamplesInsteadOfSolving) {
     const Quadric3D q = bowl(1, {0.6, 2, 0}, 0);
     expectPosition(Edge().seam(0).seam(1).evaluate(q), {0.625F, 0, 0});
     expectPosition(Edge().seam(0).seam(1).border(0).evaluate(q), {0, 0, 0});
@@ -216,7 +217,7 @@ TEST(EvaluateEdgeCost, VerticesOutsideTheBitArraysAreNeitherBorderNorSeam) {
     expectPosition(edge.evaluate(bowl(1, {1, 2, 3}, 0)), {1, 2, 3});
 }
 
-TEST(EvaluateEdgeCost, SamplesAreFormedInFloats) {
+TEST(EvaluateEdgeCost, SamplesAreComputedInFloats) {
     test::Random random(17);
     for (int round = 0; round < 300; ++round) {
         Edge edge;
@@ -250,9 +251,9 @@ TEST(EvaluateEdgeCost, SamplesAreFormedInFloats) {
     }
 }
 
-TEST(EvaluateEdgeCost, NoSampleCountAtAllLeavesTheEntryPosition) {
+TEST(EvaluateEdgeCost, ASampleCountOfZeroKeepsTheInitialPosition) {
     Edge edge;
-    edge.border(0).border(1).pm.numPositionSamples = 0;  // 0 / 0: no job sets that
+    edge.border(0).border(1).pm.numPositionSamples = 0;  // 0 / 0: no job can set this
     const EdgeEvaluation result = edge.evaluate(bowl(1, {0, 0, 0}, 0));
     EXPECT_EQ(result.cost, kNotCollapsible);
     expectPosition(result, kEntryPosition);
@@ -264,7 +265,7 @@ float maskedCost(std::uint8_t maskA, std::uint8_t maskB, float cost) {
     return edge.evaluate(bowl(1, {1, 2, 3}, static_cast<double>(cost))).cost;
 }
 
-TEST(EvaluateEdgeCost, AMaskOf255AtBothEndsLeavesTheCostBitIdentical) {
+TEST(EvaluateEdgeCost, AMaskOf255AtBothEndsKeepsTheCostBitIdentical) {
     for (const float cost : {0.0F, 0.1F, 3.0F, 1e-30F, 1e10F}) {
         Edge plain;
         Edge masked;
@@ -276,7 +277,7 @@ TEST(EvaluateEdgeCost, AMaskOf255AtBothEndsLeavesTheCostBitIdentical) {
     }
 }
 
-TEST(EvaluateEdgeCost, AMaskOfZeroAtOneEndForbidsTheEdgeThoughThePositionIsComputed) {
+TEST(EvaluateEdgeCost, AMaskOfZeroForbidsTheEdgeButKeepsThePosition) {
     Edge edge;
     edge.pm.mesh.maskValues = {0, 255};
     const EdgeEvaluation result = edge.evaluate(bowl(1, {1, 2, 3}, 4));
@@ -285,7 +286,7 @@ TEST(EvaluateEdgeCost, AMaskOfZeroAtOneEndForbidsTheEdgeThoughThePositionIsCompu
     EXPECT_EQ(maskedCost(255, 0, 4), kNotCollapsible);
 }
 
-TEST(EvaluateEdgeCost, TheLowerMaskMultipliesTheCostByItsTable) {
+TEST(EvaluateEdgeCost, TheLowerMaskScalesTheCostByItsTable) {
     EXPECT_EQ(maskedCost(1, 255, 2), 2 * 418.25F);
     EXPECT_EQ(maskedCost(255, 4, 2), 2 * 118.25F);
     EXPECT_EQ(maskedCost(4, 4, 1), 118.25F);
@@ -302,13 +303,13 @@ TEST(EvaluateEdgeCost, TheLowerMaskMultipliesTheCostByItsTable) {
     }
 }
 
-TEST(EvaluateEdgeCost, AMaskOfAnotherSizeIsNone) {
+TEST(EvaluateEdgeCost, AMaskOfAnotherSizeIsIgnored) {
     Edge edge;
     edge.pm.mesh.maskValues = {0};
     EXPECT_EQ(edge.evaluate(bowl(1, {1, 2, 3}, 4)).cost, 4.0F);
 }
 
-TEST(EvaluateEdgeCost, ANumberThatIsNoneNeverWinsAsACost) {
+TEST(EvaluateEdgeCost, NaNAndInfinityNeverWinAsACost) {
     for (const double bad : {kNaN, kInfinity, -kInfinity}) {
         for (std::size_t slot = 0; slot < 10; ++slot) {
             Quadric3D q = bowl(1, {1, 2, 3}, 0);
@@ -324,7 +325,7 @@ TEST(EvaluateEdgeCost, ANumberThatIsNoneNeverWinsAsACost) {
 }
 
 TEST(EvaluateEdgeCost, AMinimumThatIsNotFiniteCountsAsSingular) {
-    // The error falls along the edge, to 3 at its end. The inverse of the least pivot overflows,
+    // The error falls along the edge, to 3 at its end. The inverse of the smallest pivot overflows,
     // whether or not the block is degenerate by its measure.
     for (const double other : {1.0, 1e160}) {
         for (const double least : {1e-310, 1e-60}) {
@@ -337,13 +338,13 @@ TEST(EvaluateEdgeCost, AMinimumThatIsNotFiniteCountsAsSingular) {
 }
 
 TEST(EvaluateEdgeCost, ACostThatIsNotFiniteCountsAsSingularToo) {
-    // The cost overflows at the minimum, (1, 2, 3), as it does anywhere on the edge.
+    // The cost overflows at the minimum, (1, 2, 3), as it does everywhere on the edge.
     const EdgeEvaluation result = Edge().evaluate(bowl(1, {1, 2, 3}, 1e39));
     EXPECT_EQ(result.cost, kNotCollapsible);
     expectPosition(result, kEntryPosition);
 }
 
-TEST(EvaluateEdgeCost, AKeptEndThatIsOrCostsNoFiniteNumberForbidsTheEdge) {
+TEST(EvaluateEdgeCost, AKeptEndMustBeFiniteAndHaveAFiniteCost) {
     for (const double far : {1e30, kInfinity, -kInfinity, kNaN}) {
         Edge edge;
         edge.border(1);
@@ -354,7 +355,7 @@ TEST(EvaluateEdgeCost, AKeptEndThatIsOrCostsNoFiniteNumberForbidsTheEdge) {
     }
 }
 
-TEST(EvaluateEdgeCost, ASearchThatFindsNoFiniteNumberForbidsTheEdge) {
+TEST(EvaluateEdgeCost, ASearchWithoutAFiniteResultForbidsTheEdge) {
     for (const double bad : {kInfinity, -kInfinity, kNaN}) {
         Edge edge;
         edge.border(0).border(1);
@@ -366,7 +367,7 @@ TEST(EvaluateEdgeCost, ASearchThatFindsNoFiniteNumberForbidsTheEdge) {
     }
 }
 
-TEST(EvaluateEdgeCost, ASearchThatFindsLessThanAnyFloatForbidsTheEdge) {
+TEST(EvaluateEdgeCost, ASearchResultBelowAllFloatsForbidsTheEdge) {
     Edge edge;
     edge.border(0).border(1);
     const EdgeEvaluation result = edge.evaluate(bowl(1, {0, 0, 0}, -1e39));
@@ -374,17 +375,17 @@ TEST(EvaluateEdgeCost, ASearchThatFindsLessThanAnyFloatForbidsTheEdge) {
     expectPosition(result, kEntryPosition);
 }
 
-TEST(EvaluateEdgeCost, TheMaskForbidsWhatIsNotFiniteInItsOwnWay) {
+TEST(EvaluateEdgeCost, TheMaskAppliesToCostsThatAreNotFiniteToo) {
     Edge edge;
     const Quadric3D overflowing = bowl(1, {1, 2, 3}, 1e39);
     edge.pm.mesh.maskValues = {0, 255};
     EXPECT_EQ(edge.evaluate(overflowing).cost, kNotCollapsible);
-    // As any forbidden edge, it goes through the table too, and ends above FLT_MAX.
+    // Like any forbidden edge, it passes through the table too, and ends above FLT_MAX.
     edge.pm.mesh.maskValues = {4, 255};
     EXPECT_EQ(edge.evaluate(overflowing).cost, std::numeric_limits<float>::infinity());
 }
 
-// The colour form. 10 units of colour distance are one of length, so that s = 0.1 * byte.
+// The colour form. Ten units of colour distance equal one unit of length, so s = 0.1 * byte.
 struct ColorEdge : Edge {
     ColorEdge() { pm.colorScale = 0.1; }
     [[nodiscard]] EdgeEvaluation evaluate(const ColorQuadric& quadric) const {
@@ -410,10 +411,10 @@ TEST(EvaluateEdgeCostColor, TakesPositionAndColourOfTheMinimum) {
     const EdgeEvaluation result = ColorEdge().evaluate(colorBowl({1.05, 2.55, 20}, 0.5));
     expectPosition(result, {1, 2, 3});
     EXPECT_NEAR(result.cost, 0.5F, 1e-5F);
-    EXPECT_EQ(result.color, (Color{10, 25, 200}));  // cut, not rounded
+    EXPECT_EQ(result.color, (Color{10, 25, 200}));  // truncated, not rounded
 }
 
-TEST(EvaluateEdgeCostColor, ColoursEndAt0And255) {
+TEST(EvaluateEdgeCostColor, ColoursAreClampedTo0And255) {
     EXPECT_EQ(ColorEdge().evaluate(colorBowl({-1, 25.6, 1e30}, 0)).color, (Color{0, 255, 255}));
     EXPECT_EQ(ColorEdge().evaluate(colorBowl({0, 25.59, -0.0}, 0)).color, (Color{0, 255, 0}));
 }
@@ -422,7 +423,7 @@ TEST(EvaluateEdgeCostColor, ACostBelowZeroIsZero) {
     EXPECT_EQ(ColorEdge().evaluate(colorBowl({1, 1, 1}, -9)).cost, 0.0F);
 }
 
-TEST(EvaluateEdgeCostColor, WithoutColourScaleAChannelThatIsNoNumberStays) {
+TEST(EvaluateEdgeCostColor, WithoutAColourScaleNaNChannelsKeepTheirValue) {
     ColorEdge edge;
     edge.pm.colorScale = 0;
     EXPECT_EQ(edge.evaluate(colorBowl({0, 1, -1}, 0)).color, (Color{1, 255, 0}));
@@ -451,7 +452,7 @@ TEST(EvaluateEdgeCostColor, AnEdgeWithASeamEndNeverCollapsesWhileUVsAreHandled) 
     }
 }
 
-TEST(EvaluateEdgeCostColor, ASingularBlockForbidsTheEdgeWithoutAnySearch) {
+TEST(EvaluateEdgeCostColor, ASingularBlockForbidsTheEdgeWithoutASearch) {
     const EdgeEvaluation result = ColorEdge().evaluate(ColorQuadric(flatPatch()));
     EXPECT_EQ(result.cost, kNotCollapsible);
     expectPosition(result, kEntryPosition);
@@ -469,7 +470,7 @@ TEST(EvaluateEdgeCostColor, ANearlySingularBlockThatOverflowsForbidsTheEdge) {
     expectForbidden(ColorEdge().evaluate(q));
 }
 
-TEST(EvaluateEdgeCostColor, AMinimumBeyondAllFloatsForbidsTheEdgeThoughItCostsNothing) {
+TEST(EvaluateEdgeCostColor, AMinimumBeyondAllFloatsForbidsTheEdge) {
     ColorQuadric q = colorBowl({1, 1, 1}, 0);
     q.A[0] = 1e-40;
     q.b1[0] = -1;
@@ -480,11 +481,11 @@ TEST(EvaluateEdgeCostColor, ACostBeyondAllFloatsForbidsTheEdge) {
     expectForbidden(ColorEdge().evaluate(colorBowl({1, 1, 1}, 1e39)));
 }
 
-TEST(EvaluateEdgeCostColor, AppliesTheMaskButNotBehindAFrozenBorder) {
+TEST(EvaluateEdgeCostColor, AppliesTheMaskExceptAtAFrozenBorder) {
     ColorEdge edge;
     edge.pm.mesh.maskValues = {4, 255};
     EXPECT_EQ(edge.evaluate(colorBowl({1, 1, 1}, 2)).cost, 2 * 118.25F);
-    // A forbidden edge goes through the table too, and ends above FLT_MAX.
+    // A forbidden edge passes through the table too, and ends above FLT_MAX.
     edge.border(0);
     EXPECT_EQ(edge.evaluate(colorBowl({1, 1, 1}, 2)).cost, std::numeric_limits<float>::infinity());
     edge.pm.BorderMode = BORDERMODE_FREEZE;
@@ -494,7 +495,7 @@ TEST(EvaluateEdgeCostColor, AppliesTheMaskButNotBehindAFrozenBorder) {
     EXPECT_EQ(forbidden.evaluate(colorBowl({1, 1, 1}, 2)).cost, kNotCollapsible);
 }
 
-TEST(EvaluateEdgeCostColor, TakesNumbersThatAreNone) {
+TEST(EvaluateEdgeCostColor, HandlesNaNAndInfinity) {
     for (const double bad : {kNaN, kInfinity, -kInfinity}) {
         for (int field = 0; field < 6; ++field) {
             ColorQuadric q = colorBowl({1, 1, 1}, 0);

@@ -39,7 +39,7 @@ Quadric3D factored(Quadric3D quadric, float factor) {
     return quadric;
 }
 
-TEST(InitVerticesCost, StoresAQuadricForEachTriangleAndTheirSumsForTheVertices) {
+TEST(InitVerticesCost, StoresTriangleQuadricsAndTheirSumsAtVertices) {
     ProgressiveMesh pm;
     init(pm, test::sphere(1));
     std::vector<Quadric3D> sums(pm.mesh.vertices.size());
@@ -52,7 +52,7 @@ TEST(InitVerticesCost, StoresAQuadricForEachTriangleAndTheirSumsForTheVertices) 
         EXPECT_EQ(terms(pm.vertexQuadrics[v]), terms(sums[v])) << v;
 }
 
-TEST(InitVerticesCost, BordersWeighAHundredTimesAndFrozenOnesFifty) {
+TEST(InitVerticesCost, BordersCountAHundredfoldAndFrozenBordersFiftyfold) {
     for (const auto& [mode, factor] : {std::pair{BORDER_MODE_NONE, 1.0F},
                                        {BORDERMODE_PROTECT, 100.0F},
                                        {BORDERMODE_FREEZE, 50.0F}}) {
@@ -67,7 +67,7 @@ TEST(InitVerticesCost, BordersWeighAHundredTimesAndFrozenOnesFifty) {
     }
 }
 
-TEST(InitVerticesCost, BothEndsOfAnEdgeSeeTheSameCostAndKeepTheirBest) {
+TEST(InitVerticesCost, BothEndsOfAnEdgeSeeTheSameCost) {
     ProgressiveMesh pm;
     init(pm, hillyGrid());
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
@@ -76,7 +76,7 @@ TEST(InitVerticesCost, BothEndsOfAnEdgeSeeTheSameCostAndKeepTheirBest) {
         GetVertexNeighbours(pm.mesh, v, ring);
         for (const std::int32_t x : ring) {
             EdgeEvaluation edge;
-            // Evaluated from its lower end where it lies inside, so that both ends agree.
+            // An inner edge is evaluated from its lower end, so both ends see the same cost.
             EvaluateEdgeCost(pm, edge, std::min(v, x), std::max(v, x),
                              pm.vertexQuadrics[at(std::min(v, x))] +
                                  pm.vertexQuadrics[at(std::max(v, x))]);
@@ -87,7 +87,7 @@ TEST(InitVerticesCost, BothEndsOfAnEdgeSeeTheSameCostAndKeepTheirBest) {
     }
 }
 
-TEST(InitVerticesCost, KeepsThePlaceThatBelongsToTheCost) {
+TEST(InitVerticesCost, KeepsThePositionThatBelongsToTheCost) {
     ProgressiveMesh pm;
     init(pm, hillyGrid());
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
@@ -105,7 +105,7 @@ TEST(InitVerticesCost, KeepsThePlaceThatBelongsToTheCost) {
     }
 }
 
-TEST(InitVerticesCost, WritesNoCostForASlave) {
+TEST(InitVerticesCost, SetsNoCostForASlave) {
     ProgressiveMesh pm;
     test::prepare(pm, test::sphere(2));
     pm.m_handleSymmetry_internal = true;
@@ -137,7 +137,7 @@ protected:
     IndexList ring;
 };
 
-TEST_F(UpdateAround, QuadricsGrowByTheTrianglesAroundThemAndAreNotBuiltAnew) {
+TEST_F(UpdateAround, QuadricsGrowByTheTrianglesAroundThem) {
     const std::vector<Quadric3D> before = pm.vertexQuadrics;
     update();
     for (const std::int32_t u : ring) {
@@ -160,7 +160,7 @@ TEST_F(UpdateAround, TheBorderFactorScalesTheWholeSum) {
     EXPECT_EQ(terms(pm.vertexQuadrics[at(ring[0])]), terms(factored(expected, 100.0F)));
 }
 
-TEST_F(UpdateAround, TrianglesOfTheKeptVertexAreTakenAsTheyStand) {
+TEST_F(UpdateAround, TriangleQuadricsOfTheKeptVertexAreRecomputed) {
     pm.mesh.vertices[kKept].z += 0.5F;
     update();
     forEachCorner(pm.mesh, kKept, [&](std::int32_t c) {
@@ -168,7 +168,7 @@ TEST_F(UpdateAround, TrianglesOfTheKeptVertexAreTakenAsTheyStand) {
     });
 }
 
-TEST_F(UpdateAround, RingVerticesTakeTheirBestNeighbour) {
+TEST_F(UpdateAround, RingVerticesChooseTheirBestNeighbour) {
     pm.mesh.vertices[kKept].z += 0.5F;
     update();
     for (const std::int32_t u : ring) {

@@ -35,7 +35,7 @@ DMesh bumpyBall() {
     return mesh;
 }
 
-// 50 is the count that the symmetric runs go to.
+// The symmetric runs have a target of 50 vertices.
 MeshPtr symmetricRun(DMesh mesh, bool symmetric = true) {
     const auto set = [&](ProgressiveMesh& pm) {
         pm.TargetNumItem = 50;
@@ -51,7 +51,7 @@ TEST_F(HighSpeed, ReachesTheTarget) {
     EXPECT_TRUE(test::isClosedManifold(pm->mesh));
 }
 
-TEST_F(HighSpeed, ATargetAtOrAboveTheCountCollapsesNothing) {
+TEST_F(HighSpeed, CollapsesNothingForATargetAtOrAboveTheCount) {
     const DMesh ball = bumpyBall();
     const auto count = static_cast<std::uint32_t>(ball.vertices.size());
     for (const std::uint32_t target : {count, count + 1, 0xFFFFFFFFU}) {
@@ -70,9 +70,9 @@ TEST_F(HighSpeed, CountsTrianglesIfAsked) {
     EXPECT_EQ(pm->mesh.numActiveTriangles, 100U);  // a closed mesh loses two at a time
 }
 
-TEST_F(HighSpeed, AClosedManifoldStopsNearItsSmallestShapeWithNothingButRefusals) {
+TEST_F(HighSpeed, ReducesAClosedManifoldToItsSmallestShape) {
     const MeshPtr pm = runTo(0, bumpyBall());
-    // A tetrahedron may still become two triangles back to back: around each vertex they close.
+    // A tetrahedron may still become two back-to-back triangles, whose fans are closed.
     EXPECT_GE(pm->mesh.numActiveVertices, 3U);
     EXPECT_LE(pm->mesh.numActiveVertices, 4U);
     EXPECT_TRUE(test::isClosedManifold(pm->mesh));
@@ -97,7 +97,7 @@ TEST_F(HighSpeed, TheFinishStepChangesNothing) {
     EXPECT_FALSE(on->inFinishStep);
 }
 
-TEST_F(HighSpeed, AFirstVertexThatIsNoNumberTurnsSymmetryOff) {
+TEST_F(HighSpeed, ANaNFirstVertexTurnsSymmetryOff) {
     DMesh ball = test::sphere(3);
     ball.vertices[0].x = std::numeric_limits<float>::quiet_NaN();
     const MeshPtr pm = symmetricRun(ball);
@@ -105,12 +105,12 @@ TEST_F(HighSpeed, AFirstVertexThatIsNoNumberTurnsSymmetryOff) {
     EXPECT_TRUE(test::isSound(pm->mesh));
 }
 
-TEST_F(HighSpeed, EachTurnTakesAVertexAndItsMirrorImage) {
+TEST_F(HighSpeed, EachTurnCollapsesAVertexAndItsMirrorImage) {
     const MeshPtr pm = symmetricRun(test::sphere(3));
     const auto count = static_cast<std::uint32_t>(pm->mesh.vertices.size());
     EXPECT_TRUE(pm->m_handleSymmetry_internal);
     EXPECT_EQ(pm->vsplitList.NumVtxSplit(), count - pm->mesh.numActiveVertices);
-    // All but the collapses within the plane come in pairs that mirror each other.
+    // All collapses except those within the plane come in pairs that mirror each other.
     std::uint32_t pairs = 0;
     for (std::uint32_t i = 0; i + 1 < pm->vsplitList.NumVtxSplit(); ++i) {
         const auto placeOf = [&](std::uint32_t record) {
@@ -125,7 +125,7 @@ TEST_F(HighSpeed, EachTurnTakesAVertexAndItsMirrorImage) {
     EXPECT_TRUE(test::isClosedManifold(pm->mesh));
 }
 
-TEST_F(HighSpeed, AnAsymmetricMaskLetsPairsCollapseOnTheirOwn) {
+TEST_F(HighSpeed, AnAsymmetricMaskLetsPairsCollapseSeparately) {
     DMesh ball = test::sphere(3);
     test::addMask(ball, [](const FloatVec3& p) { return p.x > 0.5F ? 200 : 255; });
     const MeshPtr pm = symmetricRun(ball);
@@ -140,7 +140,7 @@ TEST_F(HighSpeed, AnAsymmetricMaskLetsPairsCollapseOnTheirOwn) {
     EXPECT_NE(left, right);
 }
 
-// Active vertices with a refusal behind them.
+// The number of active vertices that have been refused.
 int refused(const ProgressiveMesh& pm) {
     int count = 0;
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
@@ -151,18 +151,18 @@ int refused(const ProgressiveMesh& pm) {
     return count;
 }
 
-TEST_F(HighSpeed, ARefusedMirrorImageTakesBackTheFirstCollapse) {
+TEST_F(HighSpeed, ARefusedMirrorImageUndoesTheFirstCollapse) {
     const MeshPtr control = symmetricRun(test::sphere(3));
     const MeshPtr pm = symmetricRun(test::ballWithADoubledTriangle());
     EXPECT_EQ(refused(*control), 0);
     EXPECT_GE(refused(*pm), 2);
     EXPECT_TRUE(test::isSound(pm->mesh));
-    // The next ones have taken their turn; the last turn may take a pair.
+    // The next vertices have had their turns; the last turn may collapse a pair.
     EXPECT_LE(pm->mesh.numActiveVertices, 50U);
     EXPECT_GE(pm->mesh.numActiveVertices, 49U);
 }
 
-TEST_F(HighSpeed, SplitsReverseBitForBit) {
+TEST_F(HighSpeed, SplitsAreReversibleBitForBit) {
     const DMesh ball = bumpyBall();
     for (const bool symmetric : {false, true}) {
         const MeshPtr pm = symmetricRun(symmetric ? test::sphere(3) : ball, symmetric);
@@ -174,8 +174,8 @@ TEST_F(HighSpeed, SplitsReverseBitForBit) {
     }
 }
 
-TEST_F(HighSpeed, NoVertexEndsFarFromWhereTheMeshWas) {
-    // A vertex without a stored place would jump to the origin.
+TEST_F(HighSpeed, NoVertexMovesFarFromTheMesh) {
+    // A vertex without a stored position would jump to the origin.
     DMesh ball = test::sphere(3);
     for (VertexRecord& vertex : ball.vertices)
         vertex.y += 40;
@@ -189,9 +189,9 @@ TEST_F(HighSpeed, NoVertexEndsFarFromWhereTheMeshWas) {
     }
 }
 
-// A mirrored grid with a triangle hanging at each of its vertices. Where such a triangle collapses
-// on the side of the masters, its image goes too and its last vertex with it, and the slave that it
-// hung at is ranked from what is left.
+// A mirrored grid with a triangle attached to each of its vertices. When such a triangle collapses
+// on the side of the masters, its image collapses too and loses its last vertex, and the slave that
+// it was attached to is ranked from what is left.
 DMesh mirroredFringe() {
     DMesh half = test::grid(8, 8, test::hills);
     const std::int32_t count = half.vertexCount();
@@ -212,7 +212,7 @@ DMesh mirroredFringe() {
     return whole;
 }
 
-TEST_F(HighSpeed, ASlaveThatIsRankedWithoutAPositionGoesToItsPartner) {
+TEST_F(HighSpeed, ASlaveRankedWithoutAPositionMovesToItsPartner) {
     const MeshPtr pm = run(mirroredFringe(), [](ProgressiveMesh& settings) {
         settings.ProtectTopology = false;
         settings.AvoidNormalReverse = false;
@@ -242,7 +242,7 @@ TEST_F(HighSpeed, UVsAndColoursAreNotHandled) {
     EXPECT_EQ(pm->mesh.indicesUV.size(), 0U);
 }
 
-TEST_F(HighSpeed, AfterARunThatUsedColoursItsSplitsLeaveThemAlone) {
+TEST_F(HighSpeed, AfterARunWithColoursItsSplitsKeepThem) {
     const MeshPtr pm =
         test::decimatedBy(MEMSPEED_TRADEOFF_LOW_MEM, test::colorfulBall(),
                           [](ProgressiveMesh& settings) { settings.TargetNumItem = 50; });
@@ -255,7 +255,7 @@ TEST_F(HighSpeed, AfterARunThatUsedColoursItsSplitsLeaveThemAlone) {
     test::goAllUp(*pm);
     EXPECT_TRUE(test::surfaceOf(pm->mesh) == before);
 
-    // And another mesh, without colours, in the same object.
+    // The same with another mesh, without colours, in the same object.
     pm->mesh = bumpyBall();
     ASSERT_EQ(RunDecimation(*pm), 0);
     test::markAllApplied(*pm);
@@ -263,7 +263,7 @@ TEST_F(HighSpeed, AfterARunThatUsedColoursItsSplitsLeaveThemAlone) {
     EXPECT_TRUE(test::surfaceOf(pm->mesh) == test::surfaceOf(bumpyBall()));
 }
 
-TEST_F(HighSpeed, TellsAnObserverItsSteps) {
+TEST_F(HighSpeed, ReportsItsStepsToAnObserver) {
     test::StepRecorder steps;
     DMesh ball = test::sphere(4);
     const auto target = static_cast<std::uint32_t>(ball.vertices.size()) - 401;
@@ -274,7 +274,7 @@ TEST_F(HighSpeed, TellsAnObserverItsSteps) {
     EXPECT_EQ(steps.numbers, (std::vector<int>{4, 5, 7, 8, 9, 10, 11, 11, 12}));
 }
 
-// Looks at the record of the host's file while a run goes on.
+// Reads the record of the host's file during a run.
 class LabelReader : public StepObserver {
 public:
     void step(int number) override {

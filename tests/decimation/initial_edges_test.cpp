@@ -48,14 +48,14 @@ struct Mirrored : test::MirroredGrid {
     }
 };
 
-TEST(InitialEdges, AnInnerEdgeIsTakenAtItsLowerEnd) {
+TEST(InitialEdges, AnInnerEdgeIsEvaluatedAtItsLowerEnd) {
     Mirrored m;
     EXPECT_EQ(m.judge(at(1, 1), at(2, 1)), EdgeVerdict::Evaluate);
     EXPECT_EQ(m.judge(at(2, 1), at(1, 1)), EdgeVerdict::Skip);
     EXPECT_TRUE(m.ends.updateA && m.ends.updateB);
 }
 
-TEST(InitialEdges, AnEdgeWithABorderEndIsTakenAsItLies) {
+TEST(InitialEdges, AnEdgeWithABorderEndIsEvaluatedInEitherDirection) {
     Mirrored m;
     for (const Edge& edge : {Edge{at(1, 0), at(2, 0)}, Edge{at(1, 0), at(1, 1)}}) {
         EXPECT_EQ(m.judge(edge.first, edge.second), EdgeVerdict::Evaluate);
@@ -68,7 +68,7 @@ TEST(InitialEdges, AVertexIsNotEvaluatedAgainstItself) {
     EXPECT_EQ(m.judge(at(1, 0), at(1, 0)), EdgeVerdict::Skip);
 }
 
-TEST(InitialEdges, ASlaveTakesNoCostAndBetweenTwoNothingIsEvaluated) {
+TEST(InitialEdges, SlavesGetNoCostAndAreNotEvaluatedTogether) {
     Mirrored m;
     m.enslave(at(2, 2));
     EXPECT_EQ(m.judge(at(1, 2), at(2, 2)), EdgeVerdict::Evaluate);
@@ -83,7 +83,7 @@ TEST(InitialEdges, ASlaveTakesNoCostAndBetweenTwoNothingIsEvaluated) {
     EXPECT_EQ(m.judge(at(2, 2), at(3, 2)), EdgeVerdict::Evaluate);
 }
 
-TEST(InitialEdges, AcrossThePlaneTwoSlavesAreEvaluatedAllTheSame) {
+TEST(InitialEdges, TwoSlavesAcrossThePlaneAreStillEvaluated) {
     Mirrored m;
     m.pair(at(2, 2), at(3, 2));
     m.enslave(at(2, 2));
@@ -92,14 +92,14 @@ TEST(InitialEdges, AcrossThePlaneTwoSlavesAreEvaluatedAllTheSame) {
     EXPECT_FALSE(m.ends.updateA || m.ends.updateB);
 }
 
-TEST(InitialEdges, WithinThePlaneSlavesAreNotLookedAt) {
+TEST(InitialEdges, WithinThePlaneSlavesDoNotMatter) {
     Mirrored m;
     m.enslave(at(0, 1));
     EXPECT_EQ(m.judge(at(0, 1), at(0, 2)), EdgeVerdict::Evaluate);
     EXPECT_TRUE(m.ends.updateA && m.ends.updateB);
 }
 
-TEST(InitialEdges, TheSeamRuleHoldsButForEdgesWithinAndAcrossThePlane) {
+TEST(InitialEdges, TheSeamRuleExemptsEdgesWithinAndAcrossThePlane) {
     Mirrored m;
     m.markSeam({at(1, 1), at(1, 2), at(0, 1), at(0, 2), at(2, 2), at(3, 2)}, at(1, 2));
     m.pm.mesh.uvSeamCorners.Set(at(0, 2));
@@ -115,7 +115,7 @@ TEST(InitialEdges, TheSeamRuleHoldsButForEdgesWithinAndAcrossThePlane) {
     EXPECT_EQ(m.judge(at(1, 1), at(1, 2)), EdgeVerdict::Evaluate);
 }
 
-// A walk with costs from a function, and what it asked for.
+// Walks with costs from a function and returns the edges asked for.
 template <typename CostOf>
 Edges walk(ProgressiveMesh& pm, CostOf costOf) {
     for (VertexRecord& vertex : pm.mesh.vertices)
@@ -133,14 +133,14 @@ Edges walk(ProgressiveMesh& pm, CostOf costOf) {
 
 constexpr auto kAllOne = [](std::int32_t, std::int32_t) { return 1.0F; };
 
-TEST(InitialEdges, EachEdgeOfAClosedMeshIsMetOnceInCornerOrder) {
+TEST(InitialEdges, EachEdgeOfAClosedMeshIsVisitedOnceInCornerOrder) {
     ProgressiveMesh pm;
     test::prepare(pm, test::tetrahedron());
-    // 0 2 1, 0 1 3, 0 3 2, 1 2 3
+    // The triangles are 0 2 1, 0 1 3, 0 3 2 and 1 2 3.
     EXPECT_EQ(walk(pm, kAllOne), (Edges{{0, 2}, {0, 1}, {1, 3}, {0, 3}, {1, 2}, {2, 3}}));
 }
 
-TEST(InitialEdges, OfEqualCostsTheFirstStandsAtBothEnds) {
+TEST(InitialEdges, TheFirstOfEqualCostsWinsAtBothEnds) {
     ProgressiveMesh pm;
     test::prepare(pm, test::tetrahedron());
     walk(pm, kAllOne);
@@ -151,7 +151,7 @@ TEST(InitialEdges, OfEqualCostsTheFirstStandsAtBothEnds) {
     }
 }
 
-TEST(InitialEdges, ALowerCostReplacesAnEarlierOneAndNoCostLeavesNoPartner) {
+TEST(InitialEdges, ALowerCostReplacesAnEarlierOne) {
     ProgressiveMesh pm;
     test::prepare(pm, test::tetrahedron());
     walk(pm, [](std::int32_t a, std::int32_t b) {
@@ -164,7 +164,7 @@ TEST(InitialEdges, ALowerCostReplacesAnEarlierOneAndNoCostLeavesNoPartner) {
     EXPECT_EQ(pm.mesh.vertices[3].partner, 1);
 }
 
-TEST(InitialEdges, TrianglesOfAnEarlierRunAreLeftOut) {
+TEST(InitialEdges, TrianglesRemovedByAnEarlierRunAreSkipped) {
     ProgressiveMesh pm;
     test::prepare(pm, test::twoTriangles());
     pm.mesh.triangleActive.Clear(1);
@@ -172,21 +172,21 @@ TEST(InitialEdges, TrianglesOfAnEarlierRunAreLeftOut) {
     EXPECT_EQ(pm.mesh.vertices[3].partner, kNone);
 }
 
-TEST(InitialEdges, AStopRequestEndsTheWalkBehindAnEdgeOrOneThatIsMetFromItsUpperEnd) {
+TEST(InitialEdges, AStopRequestEndsTheWalkAfterTheFirstEdge) {
     const test::StopRequest stop;
     ProgressiveMesh pm;
     test::prepare(pm, test::tetrahedron());
     EXPECT_EQ(walk(pm, kAllOne), (Edges{{0, 2}}));
-    // Its first edge is 2-1, from above.
+    // Here the first edge is 2-1, visited from its upper end and therefore skipped.
     test::prepare(pm, test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
                                       {{2, 1, 0}, {0, 1, 3}, {0, 3, 2}, {1, 2, 3}}));
     EXPECT_TRUE(walk(pm, kAllOne).empty());
 }
 
-TEST(InitialEdges, WhereARuleForbidsAnEdgeNobodyLooksForAStopRequest) {
+TEST(InitialEdges, AtAForbiddenEdgeStopRequestsAreNotChecked) {
     const test::StopRequest stop;
     Mirrored m;
-    // The first edge of the first triangle.
+    // The first edge of the first triangle is forbidden.
     const auto a = static_cast<std::int32_t>(m.pm.mesh.triangles[0]);
     const auto b = static_cast<std::int32_t>(m.pm.mesh.triangles[1]);
     m.markSeam({a, b}, a);
@@ -196,7 +196,7 @@ TEST(InitialEdges, WhereARuleForbidsAnEdgeNobodyLooksForAStopRequest) {
     EXPECT_EQ(asked[0].first, b);
 }
 
-TEST(InitialEdges, TheQueueTakesAllThatCanCollapse) {
+TEST(InitialEdges, TheQueueGetsAllCollapsibleVertices) {
     ProgressiveMesh pm;
     test::prepare(pm, test::tetrahedron());
     for (std::size_t v = 0; v < 4; ++v)

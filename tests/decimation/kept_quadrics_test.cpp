@@ -39,7 +39,7 @@ TEST_F(KeptQuadricsTest, RefusalsOntoOneVertexSumItsQuadricOnce) {
     EXPECT_EQ(CountingMetric::summed, 1);
 }
 
-TEST_F(KeptQuadricsTest, HoldsThoseOfAMirroredPair) {
+TEST_F(KeptQuadricsTest, HoldsTheQuadricsOfAMirroredPair) {
     for (int refusal = 0; refusal < 300; ++refusal) {
         EXPECT_EQ(kept.of(pm, 11).q, quadricOf(11).q);
         EXPECT_EQ(kept.of(pm, 13).q, quadricOf(13).q);
@@ -47,7 +47,7 @@ TEST_F(KeptQuadricsTest, HoldsThoseOfAMirroredPair) {
     EXPECT_EQ(CountingMetric::summed, 2);
 }
 
-TEST_F(KeptQuadricsTest, ForgetsWhatHasChanged) {
+TEST_F(KeptQuadricsTest, ForgetsChangedQuadrics) {
     kept.of(pm, 11);
     kept.of(pm, 12);
     pm.mesh.vertices[12].z += 1;

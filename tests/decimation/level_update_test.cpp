@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The level update on small meshes made by hand, and what it shows to the host. Whole meshes and
-// files are taken through their levels in tests/property.
+// The level update on small hand-made meshes, and what it shows to the host. The tests in
+// tests/property take whole meshes and files through their levels.
 #include "decimation/level_update.h"
 
 #include "formats/kvm_samples.h"
@@ -37,7 +37,7 @@ protected:
     ProgressiveMesh pm;
 };
 
-TEST_F(LevelUpdate, UpTakesACollapseBack) {
+TEST_F(LevelUpdate, UpUndoesACollapse) {
     start(squareWithOneSplit());
     EXPECT_EQ(updateMeshAtLevel(pm, 5), 0);
     const DMesh& mesh = pm.mesh;
@@ -50,7 +50,7 @@ TEST_F(LevelUpdate, UpTakesACollapseBack) {
     EXPECT_EQ(mesh.vertices[0].x, 0.0F);
     EXPECT_EQ(mesh.vertexColors[0], 0x00010203U);
     EXPECT_EQ(mesh.coordsUV[0].u, 0.0F);
-    // The record holds what went off the mesh.
+    // The record now holds the data that the mesh had.
     const VSplitView split = pm.vsplitList.ensureLoaded(0);
     EXPECT_EQ(split.position().x, 0.25F);
     EXPECT_EQ(split.savedColor(), 0x00112233U);
@@ -58,16 +58,16 @@ TEST_F(LevelUpdate, UpTakesACollapseBack) {
     EXPECT_TRUE(pm.vsplitList.dirty());
 }
 
-TEST_F(LevelUpdate, DownAppliesItAgain) {
+TEST_F(LevelUpdate, DownAppliesACollapseAgain) {
     start(squareWithOneSplit());
     updateMeshAtLevel(pm, 5);
     EXPECT_EQ(updateMeshAtLevel(pm, 4), 0);
     KvmFile expected = squareWithOneSplit();
-    expected.indicesUV = {1, 2, 0, 2, 3, 0, 3, 0, 0, 0, 1, 0};  // of dead triangles, too
+    expected.indicesUV = {1, 2, 0, 2, 3, 0, 3, 0, 0, 0, 1, 0};  // dead triangles are updated too
     EXPECT_EQ(bytes(), expected.bytes());
 }
 
-TEST_F(LevelUpdate, WithoutColorsAndUVsTheirArraysStay) {
+TEST_F(LevelUpdate, ArraysOfUnhandledColorsAndUVsAreKept) {
     KvmFile file = squareWithOneSplit();
     file.switches[KvmFile::kUseColors] = 0;
     file.switches[KvmFile::kHandleUVs] = 0;
@@ -78,8 +78,8 @@ TEST_F(LevelUpdate, WithoutColorsAndUVsTheirArraysStay) {
     EXPECT_EQ(pm.mesh.vertices[0].x, 0.0F);
 }
 
-TEST_F(LevelUpdate, OnlyCornersOfThePairsFirstUVFollow) {
-    // One corner of the vertex has a UV of its own that had no pair.
+TEST_F(LevelUpdate, OnlyCornersWithThePairsFirstUVFollow) {
+    // One corner of the vertex has its own UV without a pair.
     KvmFile file = squareWithOneSplit();
     file.coordsUV.push_back({0.75F, 0.75F});
     file.splits[0].cornerUVIndices = {4, 5, 4, 4};
@@ -90,7 +90,7 @@ TEST_F(LevelUpdate, OnlyCornersOfThePairsFirstUVFollow) {
     EXPECT_EQ(pm.mesh.indicesUV, (Indices{1, 2, 0, 2, 3, 5, 3, 0, 0, 0, 1, 0}));
 }
 
-TEST_F(LevelUpdate, ATriangleThatReturnsBringsItsVerticesAndLeavesThemBehindWhenItGoes) {
+TEST_F(LevelUpdate, AReturningTriangleActivatesItsVerticesForGood) {
     KvmFile file = squareWithOneSplit();
     file.triangles = {1, 2, 0, 1, 2, 0, 3, 0, 0, 0, 1, 0};
     file.vertexActive[3] = false;  // nothing else refers to it
@@ -105,7 +105,7 @@ TEST_F(LevelUpdate, ATriangleThatReturnsBringsItsVerticesAndLeavesThemBehindWhen
     EXPECT_TRUE(test::isSound(pm.mesh));
 }
 
-TEST_F(LevelUpdate, WhatIsExchangedReachesTheRecordsOfEveryPage) {
+TEST_F(LevelUpdate, ExchangedDataReachesTheRecordsOfEveryPage) {
     ProgressiveMesh paged;
     paged.vsplitList.pageCapacity = 7;
     test::fillFrom(rowOfSplits(100, 80), paged);
@@ -118,7 +118,7 @@ TEST_F(LevelUpdate, WhatIsExchangedReachesTheRecordsOfEveryPage) {
     }
 }
 
-TEST_F(LevelUpdate, APositionOutsideTheListMovesNothing) {
+TEST_F(LevelUpdate, APositionOutsideTheListChangesNothing) {
     start(rowOfSplits(30, 20));
     const test::Words before = test::arraysOf(pm.mesh, test::Part::All);
     for (const std::int32_t position : {-1, 21, std::numeric_limits<std::int32_t>::max()}) {
@@ -130,25 +130,25 @@ TEST_F(LevelUpdate, APositionOutsideTheListMovesNothing) {
     }
 }
 
-TEST_F(LevelUpdate, ATargetEqualToTheCurrentCountChangesNothingAndShowsNoProgress) {
+TEST_F(LevelUpdate, ATargetEqualToTheCurrentCountChangesNothing) {
     start(rowOfSplits(100, 80));
     updateMeshAtLevel(pm, 50);
     const std::string before = bytes();
     const test::HostedProgress host;
     EXPECT_EQ(updateMeshAtLevel(pm, 50), 0);
     EXPECT_EQ(bytes(), before);
-    EXPECT_FALSE(progressChannel().EndMainTask()) << "no task was begun";
+    EXPECT_FALSE(progressChannel().EndMainTask()) << "no task was started";
 }
 
-TEST_F(LevelUpdate, ShowsHowFarItHasToGo) {
+TEST_F(LevelUpdate, StartsAMainTaskAndEndsItsStep) {
     start(rowOfSplits(100, 80));
     const test::HostedProgress host;
     updateMeshAtLevel(pm, 50);
     EXPECT_FALSE(progressChannel().EndSubTask()) << "the step has been ended";
-    EXPECT_TRUE(progressChannel().EndMainTask()) << "that is left to the caller";
+    EXPECT_TRUE(progressChannel().EndMainTask()) << "the caller has to end the task";
 }
 
-TEST_F(LevelUpdate, TellsAnObserverThatItIsDoneWhetherOrNotItHadToGo) {
+TEST_F(LevelUpdate, ReportsItsEndToAnObserverEvenWithNothingToDo) {
     start(rowOfSplits(100, 80));
     test::StepRecorder steps;
     pm.observer = &steps;
@@ -158,7 +158,7 @@ TEST_F(LevelUpdate, TellsAnObserverThatItIsDoneWhetherOrNotItHadToGo) {
     EXPECT_EQ(steps.numbers, (std::vector<int>{14, 14}));
 }
 
-TEST_F(LevelUpdate, IsNotStoppedByARequest) {
+TEST_F(LevelUpdate, IgnoresStopRequests) {
     start(rowOfSplits(100, 80));
     const test::StopRequest request;
     updateMeshAtLevel(pm, 90);
@@ -168,7 +168,7 @@ TEST_F(LevelUpdate, IsNotStoppedByARequest) {
     progressChannel().EndMainTask();
 }
 
-TEST_F(LevelUpdate, EveryCountInReachIsReachedFromEveryOther) {
+TEST_F(LevelUpdate, EveryLevelIsReachableFromEveryOther) {
     start(rowOfSplits(30, 20));
     for (std::int32_t from = 10; from <= 30; ++from) {
         for (std::int32_t to = 10; to <= 30; ++to) {
@@ -182,19 +182,19 @@ TEST_F(LevelUpdate, EveryCountInReachIsReachedFromEveryOther) {
     EXPECT_EQ(bytes(), rowOfSplits(30, 20).bytes());
 }
 
-TEST_F(LevelUpdate, ATargetAboveTheFullCountEndsWithEveryCollapseTakenBack) {
+TEST_F(LevelUpdate, ATargetAboveTheFullCountUndoesEveryCollapse) {
     start(rowOfSplits(30, 20));
     for (const std::int32_t target : {31, 1000, std::numeric_limits<std::int32_t>::max()}) {
         updateMeshAtLevel(pm, target);
         EXPECT_EQ(pm.CurVtxSplitPos, 0);
         EXPECT_EQ(pm.mesh.numActiveVertices, 30U);
-        // Vertex 9 took in vertex 10 last, at position 19 of the list.
+        // The last collapse onto vertex 9 was that of vertex 10, at position 19 of the list.
         EXPECT_EQ(pm.mesh.vertices[9].x, 19.0F);
         updateMeshAtLevel(pm, 15);
     }
 }
 
-TEST_F(LevelUpdate, ATargetBelowTheLowestLevelEndsWithEveryCollapseApplied) {
+TEST_F(LevelUpdate, ATargetBelowTheLowestLevelAppliesEveryCollapse) {
     start(rowOfSplits(30, 20));
     for (const std::int32_t target : {9, 0, -1, std::numeric_limits<std::int32_t>::min()}) {
         updateMeshAtLevel(pm, 25);
@@ -204,7 +204,7 @@ TEST_F(LevelUpdate, ATargetBelowTheLowestLevelEndsWithEveryCollapseApplied) {
     }
 }
 
-TEST_F(LevelUpdate, ASplitWithoutTrianglesMovesTheVerticesByOneAlone) {
+TEST_F(LevelUpdate, ASplitWithoutTrianglesChangesOnlyTheVertexCount) {
     KvmFile file = squareWithOneSplit();
     file.splits[0].corners.clear();
     file.splits[0].removedTriangles.clear();
@@ -219,18 +219,18 @@ TEST_F(LevelUpdate, ASplitWithoutTrianglesMovesTheVerticesByOneAlone) {
     EXPECT_EQ(pm.mesh.numActiveTriangles, 2U);
 }
 
-TEST_F(LevelUpdate, TheTargetCountsTrianglesIfAsked) {
+TEST_F(LevelUpdate, TheTargetCanCountTriangles) {
     start(squareWithOneSplit());
     pm.targetCountsVertices = false;
     updateMeshAtLevel(pm, 4);
     EXPECT_EQ(pm.mesh.numActiveTriangles, 4U);
     updateMeshAtLevel(pm, 3);
-    EXPECT_EQ(pm.mesh.numActiveTriangles, 2U) << "as near below as the splits come";
+    EXPECT_EQ(pm.mesh.numActiveTriangles, 2U) << "the nearest level below";
     updateMeshAtLevel(pm, 3);
-    EXPECT_EQ(pm.mesh.numActiveTriangles, 4U) << "as near above";
+    EXPECT_EQ(pm.mesh.numActiveTriangles, 4U) << "the nearest level above";
 }
 
-TEST_F(LevelUpdate, AMeshWithoutSplitsStays) {
+TEST_F(LevelUpdate, AMeshWithoutSplitsNeverChanges) {
     start(rowOfSplits(8, 0));
     for (const std::int32_t target : {-1, 0, 4, 8, 100}) {
         updateMeshAtLevel(pm, target);
@@ -238,7 +238,7 @@ TEST_F(LevelUpdate, AMeshWithoutSplitsStays) {
     }
 }
 
-TEST_F(LevelUpdate, ATriangleIsCountedOnceHoweverOftenItIsNamed) {
+TEST_F(LevelUpdate, ATriangleNamedRepeatedlyIsCountedOnce) {
     KvmFile file = squareWithOneSplit();
     file.splits[0].corners = {2, 5, 8, 11, 8, 11};
     file.splits[0].cornerUVIndices = {4, 4, 4, 4, 4, 4};
@@ -252,7 +252,7 @@ TEST_F(LevelUpdate, ATriangleIsCountedOnceHoweverOftenItIsNamed) {
     }
 }
 
-TEST_F(LevelUpdate, EndsWhereTheScratchFileIsLost) {
+TEST_F(LevelUpdate, EndsWhereTheScratchFileWasLost) {
     pm.vsplitList.pageCapacity = 10;
     start(rowOfSplits(100, 80));
     ASSERT_LT(pm.vsplitList.pageCount(), 11U);
@@ -262,7 +262,7 @@ TEST_F(LevelUpdate, EndsWhereTheScratchFileIsLost) {
     EXPECT_TRUE(test::isSound(pm.mesh));
 }
 
-// A run without a split, for too high a target.
+// A run without splits, because its target is too high.
 test::MeshPtr withNothingToDo(bool reorder) {
     return test::decimated(test::torus(6, 5), [reorder](ProgressiveMesh& mesh) {
         mesh.TargetNumItem = 1000;
@@ -270,7 +270,7 @@ test::MeshPtr withNothingToDo(bool reorder) {
     });
 }
 
-TEST_F(LevelUpdate, WithoutSplitsTheReorderingKeepsTheOrder) {
+TEST_F(LevelUpdate, WithoutSplitsReorderingKeepsTheOrder) {
     const test::MeshPtr ordered = withNothingToDo(true);
     EXPECT_EQ(ordered->vsplitList.NumVtxSplit(), 0U);
     EXPECT_TRUE(ordered->IsReordered);
@@ -279,7 +279,7 @@ TEST_F(LevelUpdate, WithoutSplitsTheReorderingKeepsTheOrder) {
               test::arraysOf(test::torus(6, 5), test::Part::All));
 }
 
-TEST_F(LevelUpdate, WithoutReorderingTheWorkingDataIsReleasedAllTheSame) {
+TEST_F(LevelUpdate, WithoutReorderingTheWorkingDataIsStillReleased) {
     const test::MeshPtr unordered = test::decimated(test::torus(6, 5), [](ProgressiveMesh& mesh) {
         mesh.TargetNumItem = 10;
         mesh.DoReorder = false;
@@ -290,7 +290,7 @@ TEST_F(LevelUpdate, WithoutReorderingTheWorkingDataIsReleasedAllTheSame) {
     EXPECT_TRUE(unordered->mesh.cornerNext.empty());
     EXPECT_EQ(unordered->mesh.borderVertices.count(), 0);
     EXPECT_TRUE(unordered->triangleQuadrics.empty());
-    EXPECT_GT(unordered->vsplitList.NumVtxSplit(), 0U) << "the splits are no working data";
+    EXPECT_GT(unordered->vsplitList.NumVtxSplit(), 0U) << "the splits are not working data";
 }
 
 }  // namespace

@@ -14,9 +14,9 @@ std::size_t at(std::int32_t index) {
     return static_cast<std::size_t>(index);
 }
 
-// Squares of side 1 in a row, folded down along the edge from vertex 2 to vertex 3:
+// A row of squares of side 1, folded down along the edge from vertex 2 to vertex 3:
 //
-//   1 --- 3 --- 5        0, 1 at x = 0;  2, 3 at x = 1;  4, 5 beyond the fold
+//   1 --- 3 --- 5        0, 1 at x = 0;  2, 3 at x = 1;  4, 5 past the fold
 //   |  /  |  /  |
 //   0 --- 2 --- 4
 DMesh folded(float endX, float endZ) {
@@ -38,7 +38,7 @@ struct Prepared {
     }
 };
 
-TEST(TriangleNormals, AreOfLengthOneAndStandOnTheirTriangle) {
+TEST(TriangleNormals, AreUnitVectorsPerpendicularToTheirTriangle) {
     Prepared flat(folded(2, 0));
     for (const FloatVec3& normal : flat.pm.triangleNormals) {
         EXPECT_EQ(normal.x, 0);
@@ -49,7 +49,7 @@ TEST(TriangleNormals, AreOfLengthOneAndStandOnTheirTriangle) {
     EXPECT_EQ(steep.pm.triangleNormals[2].x, 1);
 }
 
-TEST(TriangleNormals, OfNoAreaAreZero) {
+TEST(TriangleNormals, WithoutAreaAreZero) {
     Prepared m(test::buildMesh({{1, 2, 3}, {2, 3, 4}, {3, 4, 5}}, {{0, 1, 2}}));
     EXPECT_EQ(m.pm.triangleNormals[0].x, 0);
     EXPECT_EQ(m.pm.triangleNormals[0].y, 0);
@@ -65,7 +65,7 @@ TEST(TriangleNormals, AreDividedInDoublePrecision) {
     EXPECT_EQ(m.pm.triangleNormals[0].z, static_cast<float>(n.z / length));
 }
 
-TEST(MelaxCost, IsZeroOnAFlatPatchAtBordersToo) {
+TEST(MelaxCost, IsZeroOnAFlatPatchEvenAtBorders) {
     Prepared flat(folded(2, 0));
     for (std::int32_t u = 0; u < 6; ++u) {
         IndexList ring;
@@ -79,11 +79,11 @@ TEST(MelaxCost, IsLengthTimesCurvatureWithoutAFactor) {
     // A right angle: leaving the fold from 2 towards 4 turns the flat triangle by 1.
     Prepared right(folded(1, -3));
     EXPECT_EQ(right.cost(2, 4), 3.0F);
-    // Along the fold both sides hold the edge, and nothing turns.
+    // Along the fold, both sides contain the edge, and nothing turns.
     EXPECT_EQ(right.cost(3, 2), 0.0F);
 }
 
-TEST(MelaxCost, GrowsToTwiceTheLengthBetweenOpposedNormals) {
+TEST(MelaxCost, GrowsToTwiceTheLengthForOppositeNormals) {
     Prepared shut(folded(0, 0));
     EXPECT_EQ(shut.cost(2, 4), 2.0F);
     EXPECT_EQ(shut.pm.triangleNormals[2].z, -1);
@@ -95,7 +95,7 @@ TEST(MelaxCost, IsDirected) {
     EXPECT_EQ(right.cost(4, 2), 0.0F);  // vertex 4 has no triangle before the fold
 }
 
-TEST(MelaxCost, OfAVertexThatSharesNoTriangleIsNotFinite) {
+TEST(MelaxCost, IsInfiniteForAVertexThatSharesNoTriangle) {
     Prepared m(folded(2, 0));
     EXPECT_EQ(m.cost(0, 5), INFINITY);  // the largest float, times sqrt(5)
 }
@@ -111,23 +111,23 @@ TEST(MelaxCost, TheFirstBestNeighbourWins) {
     }
 }
 
-TEST(MelaxCost, AnIsolatedVertexHasNone) {
+TEST(MelaxCost, IsNotCollapsibleForAnIsolatedVertex) {
     Prepared m(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {9, 9, 9}}, {{0, 1, 2}}));
     ComputeVertexCostMelax(m.pm, 3, m.scratch);
     EXPECT_EQ(m.pm.mesh.vertices[3].cost, kNotCollapsible);
     EXPECT_EQ(m.pm.mesh.vertices[3].partner, kNone);
 }
 
-TEST(InitVerticesCostMelax, QueuesAllThatCanCollapse) {
+TEST(InitVerticesCostMelax, QueuesAllCollapsibleVertices) {
     Prepared m(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {9, 9, 9}}, {{0, 1, 2}}));
     InitVerticesCostMelax(m.pm, m.scratch);
     for (std::int32_t v = 0; v < 3; ++v)
         EXPECT_TRUE(m.pm.costQueue.isQueued(v));
     EXPECT_FALSE(m.pm.costQueue.isQueued(3));
-    EXPECT_EQ(m.pm.costQueue.Top(), 0);  // the lowest index leaves first among equals
+    EXPECT_EQ(m.pm.costQueue.Top(), 0);  // the lowest index comes first among equals
 }
 
-TEST(UpdateRingMelax, RanksTheRingByNormalsAsTheyStand) {
+TEST(UpdateRingMelax, RanksTheRingByCurrentNormals) {
     Prepared m(test::grid(4, 4));
     InitVerticesCostMelax(m.pm, m.scratch);
     m.pm.mesh.vertices[12].z = 2;
@@ -142,7 +142,7 @@ TEST(UpdateRingMelax, RanksTheRingByNormalsAsTheyStand) {
     EXPECT_EQ(m.pm.mesh.vertices[0].cost, 0);
 }
 
-TEST(UpdateRingMelax, WithoutListsOnlyTheKeptVertexIsRankedAndByOldNormals) {
+TEST(UpdateRingMelax, WithoutListsRanksOnlyTheKeptVertexByOldNormals) {
     Prepared m(test::grid(4, 4));
     InitVerticesCostMelax(m.pm, m.scratch);
     m.pm.mesh.vertices[12].z = 2;

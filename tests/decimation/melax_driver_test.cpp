@@ -59,7 +59,7 @@ TEST_F(Melax, AFlatPatchLosesItsLowestVerticesFirst) {
     EXPECT_EQ(pm->mesh.numActiveVertices, 48U);
 }
 
-TEST_F(Melax, BordersAreHeldByTheLinkTestAlone) {
+TEST_F(Melax, OnlyTheLinkTestProtectsBorders) {
     const auto arrays = [&](std::int32_t mode) {
         DMesh mesh = test::grid(8, 8, test::hills);
         test::jitter(mesh, 0.1F, 2);
@@ -83,8 +83,8 @@ TEST_F(Melax, RecordsNoSplits) {
     EXPECT_EQ(pm->mesh.numActiveVertices, 40U);
 }
 
-TEST_F(Melax, WithoutTopologyThePatchStaysSound) {
-    // Costs beyond the kept vertex are stale then: a vertex whose partner has gone stays.
+TEST_F(Melax, WithoutProtectTopologyThePatchStaysSound) {
+    // Costs away from the kept vertex are then stale: a vertex whose partner has gone is dropped.
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
         DMesh mesh = test::grid(12, 12, test::hills);
         test::jitter(mesh, 0.3F, seed);
@@ -97,7 +97,7 @@ TEST_F(Melax, WithoutTopologyThePatchStaysSound) {
     }
 }
 
-TEST_F(Melax, BothSidesLoseAlikeThoughTheMirrorImageGoesWhereTheQuadricsSay) {
+TEST_F(Melax, BothSidesLoseTheSameNumberOfVertices) {
     const MeshPtr pm = run(test::sphere(3), [](ProgressiveMesh& settings) {
         settings.TargetNumItem = 80;
         test::askForSymmetry(settings, 0);
@@ -115,7 +115,7 @@ TEST_F(Melax, BothSidesLoseAlikeThoughTheMirrorImageGoesWhereTheQuadricsSay) {
     EXPECT_TRUE(test::isClosedManifold(pm->mesh));
 }
 
-TEST_F(Melax, TellsAnObserverItsStepsButNotTheNinth) {
+TEST_F(Melax, ReportsAllStepsButTheNinthToAnObserver) {
     test::StepRecorder steps;
     DMesh ball = test::sphere(4);
     const auto target = static_cast<std::uint32_t>(ball.vertices.size()) - 401;

@@ -29,7 +29,7 @@ Order allOf(const OrderedSet& set) {
     return order;
 }
 
-TEST(OrderedSet, IsEmptyUntilSomethingIsInsertedAndAgainWhenAllIsErased) {
+TEST(OrderedSet, IsEmptyBeforeAnInsertAndAfterTheLastErase) {
     OrderedSet set;
     EXPECT_TRUE(set.empty());
     EXPECT_TRUE(allOf(set).empty());
@@ -41,7 +41,7 @@ TEST(OrderedSet, IsEmptyUntilSomethingIsInsertedAndAgainWhenAllIsErased) {
     EXPECT_TRUE(allOf(set).empty());
 }
 
-TEST(OrderedSet, OrdersByCostAndThenByIndex) {
+TEST(OrderedSet, OrdersByCostThenByIndex) {
     OrderedSet set;
     const std::vector<float> costs{1.0F,      -kInfinity, 0.0F,  -0.0F, kDenormal, -kDenormal,
                                    kInfinity, -2.0F,      1e10F, 1.0F,  -1e-30F,   3e38F};
@@ -59,7 +59,7 @@ TEST(OrderedSet, ErasesAZeroOfEitherSign) {
     EXPECT_TRUE(set.empty());
 }
 
-TEST(OrderedSet, FindsAgainWhatIsNoNumber) {
+TEST(OrderedSet, FindsNaNCostsAgain) {
     OrderedSet set;
     for (std::int32_t v = 0; v < 1000; ++v)
         set.insert(v, v % 3 == 0 ? kNaN : static_cast<float>(v % 7));
@@ -68,7 +68,7 @@ TEST(OrderedSet, FindsAgainWhatIsNoNumber) {
     EXPECT_TRUE(set.empty());
 }
 
-TEST(OrderedSet, FirstAcceptedAsksInOrderAndStopsAtTheFirstThatIsTaken) {
+TEST(OrderedSet, FirstAcceptedAsksInOrderUntilOneIsAccepted) {
     OrderedSet set;
     for (std::int32_t v = 0; v < 5000; ++v)
         set.insert(v, static_cast<float>(5000 - v));
@@ -81,7 +81,7 @@ TEST(OrderedSet, FirstAcceptedAsksInOrderAndStopsAtTheFirstThatIsTaken) {
     EXPECT_EQ(asked, 600);
 }
 
-TEST(OrderedSet, TakesHundredsOfThousandsInAnyOrderOfInsertion) {
+TEST(OrderedSet, HoldsHundredsOfThousandsInsertedInAnyOrder) {
     constexpr std::int32_t kCount = 300000;
     const auto insertions = {
         +[](std::int32_t i) { return i; }, +[](std::int32_t i) { return kCount - 1 - i; },
@@ -98,7 +98,7 @@ TEST(OrderedSet, TakesHundredsOfThousandsInAnyOrderOfInsertion) {
     }
 }
 
-TEST(OrderedSet, HoldsWhatAPlainSetHoldsWhateverIsDone) {
+TEST(OrderedSet, BehavesLikeAPlainSet) {
     test::Random random(7);
     for (const std::uint32_t costCount : {1U, 5U, 100000U}) {
         OrderedSet set;

@@ -34,7 +34,7 @@ TEST(Permute, MovesTriplesWhole) {
     EXPECT_EQ(words, (std::vector<std::uint32_t>{7, 8, 9, 1, 2, 3, 4, 5, 6}));
 }
 
-TEST(Permute, TakesNothingOneItemAndItemsThatStay) {
+TEST(Permute, AcceptsNoItemsAndTheIdentityMap) {
     IndexMap none;
     std::vector<std::uint32_t> words;
     PermuteWords(words, none);
@@ -54,7 +54,7 @@ TEST(Permute, TakesNothingOneItemAndItemsThatStay) {
     EXPECT_EQ(same, sameBefore);
 }
 
-TEST(Permute, EveryKindAgreesWithACopyAndLeavesTheMapAsItWas) {
+TEST(Permute, EveryKindMatchesACopyAndKeepsTheMap) {
     test::Random random(31);
     for (int round = 0; round < 200; ++round) {
         const std::int32_t count = random.between(1, 200);

@@ -27,11 +27,11 @@ TEST(Quadric3D, AddsAndScalesSlotBySlot) {
 }
 
 TEST(Quadric3D, EvaluatesToTheSquaredDistanceFromItsPlane) {
-    // The plane z = 3.
+    // For the plane z = 3.
     const Quadric3D q = planeQuadric(0.0, 0.0, 1.0, -3.0);
     EXPECT_EQ(evaluateQuadric(q, {17, -4, 3}), 0.0);
     EXPECT_EQ(evaluateQuadric(q, {0, 0, 5}), 4.0);
-    // 2x + 3y + 5z + 7 = 2 + 6 + 15 + 7 at (1, 2, 3).
+    // At (1, 2, 3), 2x + 3y + 5z + 7 is 2 + 6 + 15 + 7.
     EXPECT_EQ(evaluateQuadric(planeQuadric(2.0, 3.0, 5.0, 7.0), {1, 2, 3}), 900.0);
 }
 

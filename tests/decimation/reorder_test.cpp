@@ -55,7 +55,7 @@ TEST_F(Reorder, EachLevelIsAPrefixOfTheArrays) {
     }
 }
 
-TEST_F(Reorder, WhatSurvivesKeepsItsOrder) {
+TEST_F(Reorder, SurvivorsKeepTheirOrder) {
     DMesh input = test::sphere(3);
     for (std::size_t v = 0; v < input.vertices.size(); ++v)
         input.maskValues.push_back(static_cast<std::uint8_t>(v < 128 ? 1 + v : 254));
@@ -79,7 +79,7 @@ TEST_F(Reorder, OnAndOffGiveTheSameSurfaceAtEveryLevel) {
     }
 }
 
-TEST_F(Reorder, WithoutAnyRecordTheOrderStays) {
+TEST_F(Reorder, WithoutRecordsTheOrderStays) {
     const DMesh input = attributedHills();
     MeshPtr pm = test::prepared(input);
     ReorderAndClean(*pm, true);
@@ -88,7 +88,7 @@ TEST_F(Reorder, WithoutAnyRecordTheOrderStays) {
     EXPECT_EQ(pm->mesh.vertexColors, input.vertexColors);
 }
 
-TEST_F(Reorder, OffLeavesTheFlagDownAndReleasesTheWorkingDataAllTheSame) {
+TEST_F(Reorder, OffLeavesTheFlagUnsetButReleasesTheWorkingData) {
     for (const bool reorder : {false, true}) {
         for (const std::int32_t driver : {MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_LOW_MEM,
                                           MEMSPEED_TRADEOFF_LOW_MEM_MT, MEMSPEED_TRADEOFF_MELAX}) {
@@ -122,7 +122,7 @@ TEST_F(Reorder, PartnersAndRecordsFollowTheirVertices) {
     std::int32_t lastTriangle = pm->mesh.triangleCount();
     for (std::int32_t i = 0; i < records; ++i) {
         const VSplitView split = pm->vsplitList.ensureLoaded(i);
-        // The first collapse went to the end.
+        // The vertex of the first collapse is now the last one.
         EXPECT_EQ(split.vertex(), pm->mesh.vertexCount() - 1 - i);
         const auto v = static_cast<std::size_t>(split.vertex());
         EXPECT_LT(pm->mesh.vertices[v].partner, split.vertex());
@@ -143,7 +143,7 @@ TEST_F(Reorder, RecordsOfEveryPageAreRewritten) {
     EXPECT_EQ(test::arraysOf(paged->mesh, Part::All), test::arraysOf(whole->mesh, Part::All));
 }
 
-TEST_F(Reorder, RecordsThatTheScratchFileHasLostAreLeftOut) {
+TEST_F(Reorder, RecordsLostFromTheScratchFileAreSkipped) {
     const MeshPtr pm = test::decimated(attributedHills(), [](ProgressiveMesh& settings) {
         settings.TargetNumItem = 50;
         settings.DoReorder = false;

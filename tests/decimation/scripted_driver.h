@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A driver for the collapse loop that writes down what it is asked, on a mesh whose costs are set
-// by hand.
+// A driver for the collapse loop that logs the calls it gets, on a mesh whose costs are set by
+// hand.
 #pragma once
 
 #include "decimation/collapse_loop.h"
@@ -32,7 +32,7 @@ inline std::size_t index(std::int32_t v) {
     return static_cast<std::size_t>(v);
 }
 
-// Lets every kept vertex stay where it is, and ranks nothing.
+// Keeps every kept vertex where it is, and ranks nothing.
 class Script {
 public:
     using Metric = PlainMetric;
@@ -78,13 +78,13 @@ public:
     Log log;
     std::vector<IndexList> neighbours;
     std::vector<std::uint32_t> recordedBefore;
-    std::vector<Quadric3D> quadrics;  // that place was offered for the kept vertex
+    std::vector<Quadric3D> quadrics;  // of the kept vertex, one for each call of place
 
 private:
     ProgressiveMesh& pm_;
 };
 
-// A mesh whose queue holds what the test puts in.
+// A mesh whose queue holds what the test puts into it.
 struct Turns : MirroredGrid {
     Script script{pm};
 
@@ -114,7 +114,7 @@ struct Turns : MirroredGrid {
 };
 
 constexpr std::uint32_t kVertices = 45;
-// Inner vertices, one beneath the other, that collapse downwards without a refusal.
+// Inner vertices, one below the other, that collapse downwards without being refused.
 constexpr std::int32_t kV = MirroredGrid::at(2, 2);
 constexpr std::int32_t kU = MirroredGrid::at(2, 1);
 

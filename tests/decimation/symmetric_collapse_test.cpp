@@ -27,14 +27,14 @@ constexpr std::int32_t at(std::int32_t column, std::int32_t row) {
     return Mirrored::at(column, row);
 }
 
-TEST(BuildSymmetrySlaves, AreTheSecondSideWhereEverythingIsPaired) {
+TEST(BuildSymmetrySlaves, AreTheSecondSideIfEverythingIsPaired) {
     Mirrored m;
     BuildSymmetrySlaves(m.pm);
     for (std::int32_t v = 0; v < m.pm.mesh.vertexCount(); ++v)
         EXPECT_EQ(m.pm.symmetrySlaves.Test(v), m.position(v).x > 0) << v;
 }
 
-TEST(BuildSymmetrySlaves, LieTwoRingsFromEveryUnpairedVertex) {
+TEST(BuildSymmetrySlaves, KeepTwoRingsAwayFromEveryUnpairedVertex) {
     for (const std::int32_t loner : {at(4, 4), at(2, 2), at(0, 0), at(1, 3)}) {
         Mirrored m;
         m.unpair(loner);
@@ -56,7 +56,7 @@ TEST(BuildSymmetrySlaves, LieTwoRingsFromEveryUnpairedVertex) {
     }
 }
 
-TEST(BuildSymmetrySlaves, NeverHoldAVertexOfThePlane) {
+TEST(BuildSymmetrySlaves, NeverIncludeAVertexOnThePlane) {
     Mirrored m;
     m.pm.mesh.symmetryCache.secondSide.Resize(0, true);
     m.pm.mesh.symmetryCache.secondSide.Resize(m.pm.mesh.vertexCount(), true);
@@ -66,13 +66,13 @@ TEST(BuildSymmetrySlaves, NeverHoldAVertexOfThePlane) {
     EXPECT_TRUE(m.pm.symmetrySlaves.Test(at(1, 1)));
 }
 
-TEST(BuildSymmetrySlaves, TakesAnEmptyMesh) {
+TEST(BuildSymmetrySlaves, AcceptsAnEmptyMesh) {
     ProgressiveMesh pm;
     BuildSymmetrySlaves(pm);
     EXPECT_EQ(pm.symmetrySlaves.count(), 0);
 }
 
-TEST(CheckSymmetricCollapse, OneSideIsAccompaniedByItsMirrorImage) {
+TEST(CheckSymmetricCollapse, ACollapseOnOneSideIsMirrored) {
     Mirrored m;
     ASSERT_TRUE(m.check(at(2, 2), at(3, 2)));
     EXPECT_EQ(m.mirror.mirrorV, m.image(at(2, 2)));
@@ -80,7 +80,7 @@ TEST(CheckSymmetricCollapse, OneSideIsAccompaniedByItsMirrorImage) {
     EXPECT_TRUE(m.mirror.doMirror);
     EXPECT_FALSE(m.mirror.mirrorOntoPlane);
     EXPECT_FALSE(m.mirror.positionFixed);
-    EXPECT_EQ(m.evaluation.position.x, 0.25F);  // as it was
+    EXPECT_EQ(m.evaluation.position.x, 0.25F);  // unchanged
     KeptQuadrics<PlainMetric> quadrics;
     const EdgeEvaluation own = evaluateCollapse(m.pm, m.mirror.mirrorV, m.mirror.mirrorW, quadrics);
     EXPECT_EQ(m.mirror.evaluation.cost, own.cost);
@@ -88,7 +88,7 @@ TEST(CheckSymmetricCollapse, OneSideIsAccompaniedByItsMirrorImage) {
     EXPECT_LT(own.position.x, 0.0F);
 }
 
-TEST(CheckSymmetricCollapse, OntoThePlaneBothGoToOnePositionOnThePlane) {
+TEST(CheckSymmetricCollapse, OntoThePlaneBothMoveToOnePositionOnIt) {
     Mirrored m;
     ASSERT_TRUE(m.check(at(1, 2), at(0, 2)));
     EXPECT_TRUE(m.mirror.doMirror);
@@ -102,8 +102,8 @@ TEST(CheckSymmetricCollapse, OntoThePlaneBothGoToOnePositionOnThePlane) {
     EXPECT_EQ(m.mirror.evaluation.position.z, 3.0F);
 }
 
-TEST(CheckSymmetricCollapse, OntoAPlaneThatIsNowhereBothGoToTheVertexThatStays) {
-    // Where a coordinate of some vertex is infinite, the middle of the box is, too.
+TEST(CheckSymmetricCollapse, OntoAnInfinitePlaneBothMoveToTheKeptVertex) {
+    // If a coordinate of some vertex is infinite, so is the centre of the box.
     Mirrored m;
     auto& cache = m.pm.mesh.symmetryCache;
     buildTransforms(cache.planeProjection, cache.mirrorTransform, {1, 0, 0},
@@ -126,14 +126,14 @@ TEST(CheckSymmetricCollapse, WithinThePlaneOneCollapseIsEnough) {
     EXPECT_EQ(m.evaluation.position.x, 0.0F);
 }
 
-TEST(CheckSymmetricCollapse, AVertexOfThePlaneCollapsesOnlyWithinThePlane) {
+TEST(CheckSymmetricCollapse, AVertexOnThePlaneCollapsesOnlyWithinIt) {
     Mirrored m;
     EXPECT_FALSE(m.check(at(0, 2), at(1, 2)));
     EXPECT_EQ(m.evaluation.position.x, 0.25F);
 }
 
-TEST(CheckSymmetricCollapse, AVertexMayFallOntoItsOwnMirrorImage) {
-    // Two columns side by side, no vertex on the plane: 0 and 1, 2 and 3 and so on are pairs.
+TEST(CheckSymmetricCollapse, AVertexMayCollapseOntoItsMirrorImage) {
+    // Two adjacent columns without a vertex on the plane: 0 and 1, 2 and 3 and so on are pairs.
     ProgressiveMesh pm;
     test::prepare(pm, test::grid(1, 4));
     auto& cache = pm.mesh.symmetryCache;
@@ -155,7 +155,7 @@ TEST(CheckSymmetricCollapse, APairedVertexMayNotCollapseOntoAnUnpairedOne) {
     EXPECT_FALSE(m.mirror.doMirror);
 }
 
-TEST(CheckSymmetricCollapse, AnUnpairedVertexCollapsesExactlyOntoThePositionOfAPairedOne) {
+TEST(CheckSymmetricCollapse, AnUnpairedVertexCollapsesOntoAPairedOnesExactPosition) {
     Mirrored m;
     m.unpair(at(2, 2));
     ASSERT_TRUE(m.check(at(2, 2), at(3, 2)));
@@ -174,7 +174,7 @@ TEST(CheckSymmetricCollapse, TwoUnpairedVerticesCollapseAlone) {
     EXPECT_EQ(m.evaluation.position.x, 0.25F);
 }
 
-TEST(CheckSymmetricCollapse, AMirrorImageThatIsGoneOrApartIsLeftOut) {
+TEST(CheckSymmetricCollapse, AMirrorImageThatIsGoneOrNotAdjacentIsLeftOut) {
     Mirrored m;
     m.pm.mesh.vertexActive.Clear(m.image(at(2, 2)));
     EXPECT_TRUE(m.check(at(2, 2), at(3, 2)));
@@ -203,12 +203,12 @@ TEST(CheckSymmetricCollapse, FewerThanEightTrianglesRefuseMirroredPairs) {
     EXPECT_FALSE(m.check(at(2, 2), at(3, 2)));
     EXPECT_FALSE(m.check(at(1, 2), at(0, 2)));
     EXPECT_FALSE(m.check(at(0, 2), at(0, 3)));
-    // What is decided before the count is looked at goes on.
+    // An unpaired vertex is decided before the count is checked.
     m.unpair(at(2, 2));
     EXPECT_TRUE(m.check(at(2, 2), at(3, 2)));
 }
 
-TEST(CheckSymmetricCollapse, TheColourFormGivesTheMirrorImageItsOwnColour) {
+TEST(CheckSymmetricCollapse, WithColoursTheMirrorImageGetsItsOwnColour) {
     Mirrored m;
     test::addColors(m.pm.mesh, [](const FloatVec3& p) {
         return test::packColor(static_cast<std::uint32_t>(100 + 10 * p.x), 50, 60);
@@ -220,7 +220,7 @@ TEST(CheckSymmetricCollapse, TheColourFormGivesTheMirrorImageItsOwnColour) {
     ASSERT_TRUE(m.mirror.doMirror);
     EXPECT_LT(m.mirror.evaluation.color[0], 100);
     EXPECT_NEAR(m.mirror.evaluation.color[1], 50, 1);
-    // Onto the plane it takes the colour of the first.
+    // On the plane, it takes the colour of the first collapse.
     evaluation.color = {1, 2, 3};
     ASSERT_TRUE(CheckSymmetricCollapse(m.pm, at(1, 2), at(0, 2), evaluation, m.mirror, quadrics));
     EXPECT_EQ(m.mirror.evaluation.color, (std::array<std::uint8_t, 3>{1, 2, 3}));

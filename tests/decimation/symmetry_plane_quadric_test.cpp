@@ -24,7 +24,7 @@ TEST(SymmetryPlaneQuadric, IsThePlaneTimesTwoHundredInAllThreeForms) {
     EXPECT_EQ(plane.asColor.C, 1.0);
 }
 
-TEST(SymmetryPlaneQuadric, FormsTheOffsetInFloatsAndTheSlotsInDoubles) {
+TEST(SymmetryPlaneQuadric, ComputesTheOffsetInFloatsAndTheSlotsInDoubles) {
     ProgressiveMesh pm;
     const FloatVec3 n{0.6F, 0.8F, 0.1F};
     const FloatVec3 p{1.1F, 2.3F, 3.7F};
@@ -42,7 +42,7 @@ TEST(SymmetryPlaneQuadric, FormsTheOffsetInFloatsAndTheSlotsInDoubles) {
     EXPECT_EQ(pm.symmetryPlaneQuadric.asFloat.q[9], static_cast<float>(e * e * 200.0));
 }
 
-TEST(SymmetryPlaneQuadric, OfNoPlaneIsZero) {
+TEST(SymmetryPlaneQuadric, WithoutAPlaneIsZero) {
     ProgressiveMesh pm;
     BuildSymmetryPlaneQuadric(pm);
     EXPECT_EQ(evaluateQuadric(pm.symmetryPlaneQuadric.asDouble, {1, 2, 3}), 0.0);

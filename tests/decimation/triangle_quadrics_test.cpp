@@ -27,14 +27,14 @@ void takeLegsOfTwoAndThree(ProgressiveMesh& pm) {
     take(pm, {0, 0, 3}, {2, 0, 3}, {0, 3, 3});
 }
 
-TEST(TriangleQuadric, IsThatOfThePlaneTimesTwiceTheArea) {
+TEST(TriangleQuadric, IsThePlaneQuadricTimesTwiceTheArea) {
     ProgressiveMesh pm;
     takeLegsOfTwoAndThree(pm);
     EXPECT_EQ(ComputeTriangleQuadric(pm, 0).q, (Doubles{0, 0, 0, 0, 0, 6, 0, 0, -18, 54}));
     EXPECT_EQ(ComputeTriangleQuadricFloat(pm, 0).q, (Floats{0, 0, 0, 0, 0, 6, 0, 0, -18, 54}));
 }
 
-TEST(TriangleQuadric, IsThePlainProductsWithoutAreaWeighting) {
+TEST(TriangleQuadric, IsThePlaneQuadricWithoutAreaWeighting) {
     ProgressiveMesh pm;
     takeLegsOfTwoAndThree(pm);
     pm.UseAreaWeighting = false;
@@ -42,20 +42,20 @@ TEST(TriangleQuadric, IsThePlainProductsWithoutAreaWeighting) {
     EXPECT_EQ(ComputeTriangleQuadricFloat(pm, 0).q, (Floats{0, 0, 0, 0, 0, 1, 0, 0, -3, 9}));
 }
 
-TEST(TriangleQuadric, ReadsTheTriangleAsked) {
+TEST(TriangleQuadric, ReadsTheRequestedTriangle) {
     ProgressiveMesh pm;
     pm.mesh = test::tetrahedron();
     // Triangle 1 is (0, 1, 3), in the plane y = 0.
     EXPECT_EQ(ComputeTriangleQuadric(pm, 1).q, (Doubles{0, 0, 0, 1, 0, 0, 0, 0, 0, 0}));
 }
 
-TEST(TriangleQuadric, OfTwoCoincidentVerticesHasWeightOneInDoublesAndIsZeroInFloats) {
+TEST(TriangleQuadric, WithoutAreaHasWeightOneInDoublesButZeroInFloats) {
     ProgressiveMesh pm;
     take(pm, {1, 2, 3}, {4, 5, 6}, {4, 5, 6});
     EXPECT_EQ(ComputeTriangleQuadric(pm, 0).q, Doubles{});
     EXPECT_EQ(ComputeTriangleQuadricFloat(pm, 0).q, Floats{});
 
-    // A normal near zero stays as it is, and its weight is 1.
+    // A normal near zero is not normalized, and its weight is 1.
     const float leg = 1e-13F;
     take(pm, {0, 0, 0}, {leg, 0, 0}, {0, leg, 0});
     const double n = static_cast<double>(leg) * static_cast<double>(leg);
@@ -64,7 +64,7 @@ TEST(TriangleQuadric, OfTwoCoincidentVerticesHasWeightOneInDoublesAndIsZeroInFlo
     EXPECT_EQ(ComputeTriangleQuadricFloat(pm, 0).q, Floats{});
 }
 
-TEST(TriangleQuadric, TheFloatFormNormalizesEveryLengthThatIsNotZero) {
+TEST(TriangleQuadric, TheFloatFormNormalizesEveryNonzeroLength) {
     ProgressiveMesh pm;
     const float leg = 1e-10F;  // the square of the length, 1e-40, is a denormal float
     take(pm, {0, 0, 0}, {leg, 0, 0}, {0, leg, 0});
@@ -75,7 +75,7 @@ TEST(TriangleQuadric, TheFloatFormNormalizesEveryLengthThatIsNotZero) {
     EXPECT_EQ(ComputeTriangleQuadricFloat(pm, 0).q[5], unit * unit * length);
 }
 
-TEST(TriangleQuadric, IsFormedInDoubleFromFloatPositions) {
+TEST(TriangleQuadric, IsComputedInDoublesFromFloatPositions) {
     test::Random random(11);
     for (int round = 0; round < 500; ++round) {
         ProgressiveMesh pm;
@@ -110,7 +110,7 @@ TEST(TriangleQuadric, IsFormedInDoubleFromFloatPositions) {
     }
 }
 
-TEST(TriangleQuadric, TheFloatFormIsFormedInFloatsButForTheDivision) {
+TEST(TriangleQuadric, TheFloatFormUsesFloatsExceptForTheDivision) {
     test::Random random(12);
     for (int round = 0; round < 500; ++round) {
         ProgressiveMesh pm;
@@ -145,7 +145,7 @@ TEST(TriangleQuadric, TheFloatFormIsFormedInFloatsButForTheDivision) {
     }
 }
 
-TEST(TriangleQuadric, TakesCoordinatesThatAreNoNumbers) {
+TEST(TriangleQuadric, HandlesCoordinatesThatAreNotFinite) {
     for (const float bad :
          {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),
           std::numeric_limits<float>::max()}) {
@@ -169,7 +169,8 @@ TEST(TriangleColorQuadric, HoldsThePlaneAndTheLinearFunctionOfEachChannel) {
                             test::packColor(50, 20, 7, 200)};
     pm.colorScale = 1;
     const ColorQuadric q = ComputeTriangleColorQuadric(pm, 0);
-    // Green: gradient (0, 20, 0), offset 0. Blue: gradient 0, offset 7.
+    // For green, the gradient is (0, 20, 0) and the offset 0. For blue, the gradient is 0 and the
+    // offset 7.
     EXPECT_EQ(q.A, (std::array<double, 6>{10000, 0, 0, 400, 0, 1}));
     EXPECT_EQ(q.G, (std::array<double, 9>{-100, 0, 0, 0, -20, 0, 0, 0, 0}));
     EXPECT_EQ(q.C, 1.0);
@@ -213,7 +214,7 @@ TEST(TriangleColorQuadric, IsNeverWeightedByArea) {
     }
 }
 
-TEST(TriangleColorQuadric, WithoutColourScaleReducesToItsPlane) {
+TEST(TriangleColorQuadric, WithoutAColourScaleReducesToItsPlane) {
     ProgressiveMesh pm;
     takeLegsOfTwoAndThree(pm);
     pm.mesh.vertexColors = {0x123456, 0xFFFFFF, 0x00FF00};
@@ -224,7 +225,7 @@ TEST(TriangleColorQuadric, WithoutColourScaleReducesToItsPlane) {
     EXPECT_EQ(q.C, 1.0);
 }
 
-TEST(TriangleColorQuadric, OfATriangleWithoutAreaIsItsPlanePartAndNoColour) {
+TEST(TriangleColorQuadric, WithoutAreaHasNoColourPart) {
     ProgressiveMesh pm;
     take(pm, {1, 2, 3}, {4, 5, 6}, {4, 5, 6});
     pm.mesh.vertexColors = {0x123456, 0xFFFFFF, 0x00FF00};

@@ -18,7 +18,7 @@ const VertexRecord& recompute(ProgressiveMesh& pm, std::int32_t vertex) {
     return pm.mesh.vertices[static_cast<std::size_t>(vertex)];
 }
 
-TEST(RecomputeVertexCost, RanksAgainstTheRingWithTheSumOfAllNeighboursSoFar) {
+TEST(RecomputeVertexCost, RanksTheRingWithTheSumOfAllNeighboursSoFar) {
     DMesh mesh = test::grid(6, 6, test::hills);
     test::jitter(mesh, 0.2F, 1);
     ProgressiveMesh pm;
@@ -31,8 +31,8 @@ TEST(RecomputeVertexCost, RanksAgainstTheRingWithTheSumOfAllNeighboursSoFar) {
     }
 }
 
-TEST(RecomputeVertexCost, TheSumMakesLaterNeighboursDearer) {
-    // Each of them alone, with its own quadric, would give another cost for nearly every vertex.
+TEST(RecomputeVertexCost, TheSumMakesLaterNeighboursCostlier) {
+    // With each neighbour's own quadric, nearly every vertex would have a different cost.
     DMesh mesh = test::sphere(2);
     test::jitter(mesh, 0.02F, 2);
     ProgressiveMesh pm;
@@ -58,7 +58,7 @@ TEST(RecomputeVertexCost, TheSumMakesLaterNeighboursDearer) {
     EXPECT_GT(different, pm.mesh.vertexCount() / 4);
 }
 
-TEST(RecomputeVertexCost, OfEqualNeighboursTheFirstOfTheRingWins) {
+TEST(RecomputeVertexCost, TheFirstOfEqualNeighboursWins) {
     ProgressiveMesh pm;
     test::prepare(pm, test::grid(3, 3));
     IndexList ring;
@@ -70,7 +70,7 @@ TEST(RecomputeVertexCost, OfEqualNeighboursTheFirstOfTheRingWins) {
     EXPECT_EQ(record.partner, ring.front());
 }
 
-TEST(RecomputeVertexCost, AVertexWithNoTriangleIsNotCollapsible) {
+TEST(RecomputeVertexCost, AVertexWithoutTrianglesIsNotCollapsible) {
     ProgressiveMesh pm;
     test::prepare(pm, test::buildMesh({{0, 0, 0}}, {}));
     pm.mesh.vertices[0].cost = 3;
@@ -113,7 +113,7 @@ TEST(RecomputeVertexCost, NeighboursHeldByASeamAreSkipped) {
     EXPECT_NE(recompute(pm, 0).partner, -1);
 }
 
-TEST(RecomputeVertexCost, CoordinatesThatAreNoNumbersNeverBecomeACost) {
+TEST(RecomputeVertexCost, CoordinatesThatAreNotFiniteNeverGiveANaNCost) {
     for (const float bad :
          {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
         DMesh mesh = test::sphere(1);
@@ -161,7 +161,7 @@ TEST(RefreshRingCosts, RanksAndQueuesTheActiveVerticesAroundACollapse) {
     }
 }
 
-TEST(RefreshRingCosts, WhatCannotCollapseAnyMoreLeavesTheQueue) {
+TEST(RefreshRingCosts, VerticesThatCannotCollapseAnyMoreLeaveTheQueue) {
     ProgressiveMesh pm;
     test::prepare(pm, test::oneTriangle());
     pm.BorderMode = BORDERMODE_FREEZE;

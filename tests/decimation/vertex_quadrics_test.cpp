@@ -36,7 +36,7 @@ void putOnPlane(ProgressiveMesh& pm, std::int32_t vertex) {
     pm.symmetryPlaneQuadric.asDouble = filled(0.5);
 }
 
-TEST(AccumulateVertexQuadric, AddsTheStoredTrianglesToWhatIsThere) {
+TEST(AccumulateVertexQuadric, AddsTheStoredTriangleQuadrics) {
     ProgressiveMesh pm;
     test::prepare(pm, test::tetrahedron());
     storeNumberedQuadrics(pm);
@@ -47,7 +47,7 @@ TEST(AccumulateVertexQuadric, AddsTheStoredTrianglesToWhatIsThere) {
     EXPECT_EQ(quadric.q, filled(115).q);
 }
 
-TEST(AccumulateVertexQuadric, AddsInListOrderFromTheHighestCornerDown) {
+TEST(AccumulateVertexQuadric, AddsFromTheHighestCornerDown) {
     ProgressiveMesh pm;
     test::prepare(pm, test::tetrahedron());
     storeNumberedQuadrics(pm);
@@ -64,7 +64,7 @@ TEST(AccumulateVertexQuadric, AddsInListOrderFromTheHighestCornerDown) {
     EXPECT_EQ(quadric.q[0], (-1e16 + 1.0) + 1e16);
 }
 
-TEST(AccumulateVertexQuadric, TheBorderFactorScalesAllOfItWhatWasThereIncluded) {
+TEST(AccumulateVertexQuadric, TheBorderFactorScalesTheInitialValueToo) {
     for (const auto& [mode, factor] : {std::pair{BORDER_MODE_NONE, 1.0},
                                        {BORDERMODE_PROTECT, 100.0},
                                        {BORDERMODE_FREEZE, 50.0}}) {
@@ -78,7 +78,7 @@ TEST(AccumulateVertexQuadric, TheBorderFactorScalesAllOfItWhatWasThereIncluded) 
     }
 }
 
-TEST(AccumulateVertexQuadric, AVertexOutsideTheBorderBitsIsNoBorder) {
+TEST(AccumulateVertexQuadric, AVertexOutsideTheBorderBitsIsNotBorder) {
     ProgressiveMesh pm;
     test::prepare(pm, test::oneTriangle());
     storeNumberedQuadrics(pm);
@@ -88,7 +88,7 @@ TEST(AccumulateVertexQuadric, AVertexOutsideTheBorderBitsIsNoBorder) {
     EXPECT_EQ(quadric.q, filled(1).q);
 }
 
-TEST(AccumulateVertexQuadric, AddsThePlaneQuadricBehindTheBorderFactor) {
+TEST(AccumulateVertexQuadric, AddsThePlaneQuadricAfterTheBorderFactor) {
     ProgressiveMesh pm;
     test::prepare(pm, test::oneTriangle());
     storeNumberedQuadrics(pm);
@@ -101,12 +101,12 @@ TEST(AccumulateVertexQuadric, AddsThePlaneQuadricBehindTheBorderFactor) {
     EXPECT_EQ(quadric.q, filled(100).q);
 }
 
-TEST(AccumulateVertexQuadric, AddsNoPlaneQuadricUnlessAskedForAndPairedWithItself) {
+TEST(AccumulateVertexQuadric, AddsThePlaneQuadricOnlyOnRequestAndOnThePlane) {
     ProgressiveMesh pm;
     test::prepare(pm, test::tetrahedron());
     storeNumberedQuadrics(pm);
     putOnPlane(pm, 0);
-    pm.mesh.symmetryCache.pairing = {1, 0};  // vertices 2 and 3 lie outside
+    pm.mesh.symmetryCache.pairing = {1, 0};  // vertices 2 and 3 are out of range
     for (std::int32_t v = 0; v < 4; ++v) {
         Quadric3D quadric;
         AccumulateVertexQuadric(pm, quadric, v);
@@ -119,7 +119,7 @@ TEST(AccumulateVertexQuadric, AddsNoPlaneQuadricUnlessAskedForAndPairedWithItsel
     EXPECT_EQ(quadric.q[0], 6.0);
 }
 
-TEST(AccumulateVertexQuadric, OfAVertexWithoutTrianglesAddsNothing) {
+TEST(AccumulateVertexQuadric, AddsNothingForAVertexWithoutTriangles) {
     ProgressiveMesh pm;
     test::prepare(pm, test::buildMesh({{0, 0, 0}}, {}));
     Quadric3D quadric = filled(3);
@@ -132,15 +132,15 @@ TEST(AccumulateVertexQuadric, OfAVertexWithoutTrianglesAddsNothing) {
     EXPECT_EQ(color.C, 0.0);
 }
 
-TEST(ComputeVertexQuadricFromTriangles, AddsTheTrianglesAsTheyStand) {
+TEST(ComputeVertexQuadricFromTriangles, AddsTheTrianglesAtTheirCurrentPositions) {
     ProgressiveMesh pm;
     test::prepare(pm, test::tetrahedron());
-    // Three planes through the origin, each of weight 1.
+    // Three planes through the origin, each with weight 1.
     Quadric3D quadric;
     ComputeVertexQuadricFromTriangles(pm, quadric, 0);
     EXPECT_EQ(quadric.q, (Doubles{1, 0, 0, 1, 0, 1, 0, 0, 0, 0}));
-    // Moved up by 1, the floor 0 2 1 slants; the walls x = 0 and y = 0 are halved in height and
-    // shrink to nothing, as 0 and 3 coincide.
+    // When vertex 0 moves up by 1, the floor 0 2 1 slants, and the walls x = 0 and y = 0 shrink to
+    // nothing, because 0 and 3 coincide.
     pm.mesh.vertices[0].z = 1;
     quadric = {};
     ComputeVertexQuadricFromTriangles(pm, quadric, 0);
@@ -172,7 +172,7 @@ TEST(ComputeVertexColorQuadric, AddsTheColourQuadricOfEachTriangle) {
     EXPECT_EQ(quadric.c, 200.0);
 }
 
-TEST(AddBorderAndPlane, TreatsEachFormWithItsOwnPlaneQuadric) {
+TEST(AddBorderAndPlane, AddsToEachFormItsOwnPlaneQuadric) {
     ProgressiveMesh pm;
     test::prepare(pm, test::oneTriangle());
     putOnPlane(pm, 1);
@@ -188,7 +188,7 @@ TEST(AddBorderAndPlane, TreatsEachFormWithItsOwnPlaneQuadric) {
     EXPECT_EQ(color.C, 101.0);
 }
 
-TEST(VertexQuadrics, TakeCoordinatesThatAreNoNumbers) {
+TEST(VertexQuadrics, HandleCoordinatesThatAreNotFinite) {
     ProgressiveMesh pm;
     test::prepare(pm, test::tetrahedron());
     pm.mesh.vertices[2].x = std::numeric_limits<float>::infinity();
