@@ -20,7 +20,7 @@ using test::KvmTest;
 
 constexpr std::int64_t kAllowance = std::int64_t{256} << 20U;
 
-TEST(CouldFill, AsksForNoMoreThanTheFileAnd256MiB) {
+TEST(CouldFill, AllowsNoMoreThanTheFilePlus256MiB) {
     ProgMeshHeader header;
     header.OriginalTriangleCount = 100;   // 1200
     header.OriginalVertexCount = 100;     // 1600
@@ -32,14 +32,14 @@ TEST(CouldFill, AsksForNoMoreThanTheFileAnd256MiB) {
     const auto most = static_cast<std::uint32_t>(kAllowance - 4400);
     header.OriginalMaskCount = most;
     EXPECT_TRUE(couldFill(header, 0));
-    EXPECT_TRUE(couldFill(header, -1)) << "a pipe has the allowance alone";
+    EXPECT_TRUE(couldFill(header, -1)) << "a pipe has only the allowance";
     header.OriginalMaskCount = most + 1;
     EXPECT_FALSE(couldFill(header, 0));
     EXPECT_FALSE(couldFill(header, -1));
     EXPECT_TRUE(couldFill(header, 1));
 }
 
-TEST(CouldFill, EveryCountAloneCanBeTooMuch) {
+TEST(CouldFill, AnySingleCountCanBeTooLarge) {
     constexpr std::uint32_t kHuge = std::numeric_limits<std::uint32_t>::max();
     constexpr std::uint32_t ProgMeshHeader::*kCounts[] = {
         &ProgMeshHeader::OriginalTriangleCount,  &ProgMeshHeader::OriginalVertexCount,
@@ -52,7 +52,7 @@ TEST(CouldFill, EveryCountAloneCanBeTooMuch) {
     }
 }
 
-TEST(CouldFill, VerticesAndCornersAreCountedIn31Bits) {
+TEST(CouldFill, LimitsVerticesAndCornersTo31Bits) {
     constexpr std::int64_t kLargeFile = std::int64_t{1} << 50U;
     ProgMeshHeader header;
     header.OriginalTriangleCount = 0x7FFFFFFF / 3;
@@ -65,7 +65,8 @@ TEST(CouldFill, VerticesAndCornersAreCountedIn31Bits) {
     EXPECT_FALSE(couldFill(header, kLargeFile));
 }
 
-// A change of the square that must be refused, since a level change would leave an array.
+// A change of the square that must be refused, because a level change would leave the bounds of an
+// array.
 struct Fault {
     const char* name;
     std::function<void(KvmFile&)> make;
@@ -119,7 +120,7 @@ TEST_P(KvmFault, IsRefused) {
     EXPECT_EQ(load(pm, file.bytes()), 1);
 }
 
-TEST_P(KvmFault, IsRefusedByTheCheckOfAMeshInMemory) {
+TEST_P(KvmFault, IsRefusedByTheCheckOfALoadedMesh) {
     KvmFile file = test::squareWithOneSplit();
     ProgressiveMesh sound;
     test::fillFrom(file, sound);
@@ -130,7 +131,7 @@ TEST_P(KvmFault, IsRefusedByTheCheckOfAMeshInMemory) {
     EXPECT_FALSE(canChangeLevel(pm));
 }
 
-// Nothing that can be worked on is refused, however odd.
+// What can be processed is not refused, however odd it is.
 class KvmOddity : public KvmTest, public testing::WithParamInterface<Fault> {};
 
 INSTANTIATE_TEST_SUITE_P(
@@ -163,7 +164,7 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"PositionInFrontOfTheList", [](KvmFile& file) { file.position = -100; }}),
     [](const auto& row) { return row.param.name; });
 
-TEST_P(KvmOddity, IsLoadedAndKeepsToItsArrays) {
+TEST_P(KvmOddity, IsLoadedAndStaysInBounds) {
     KvmFile file = test::squareWithOneSplit();
     GetParam().make(file);
     for (const std::int32_t wanted : {0, 1, 4, 5}) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A .kvm file as a test sees it: its layout told once more, without any code of the product.
+// A .kvm file as a test sees it: its layout written independently, without any code of the product.
 #pragma once
 
 #include "formats/vsplit_samples.h"
@@ -22,7 +22,7 @@ struct KvmFile {
         float z = 0;
         std::int32_t partner = 0;
     };
-    // The places of `switches`.
+    // The indices of `switches`.
     enum Switch : std::size_t {
         kProtectTopology,
         kAllowFinishStep,
@@ -51,14 +51,14 @@ struct KvmFile {
     std::vector<Vertex> vertices;
     std::vector<bool> triangleActive;
     std::vector<bool> vertexActive;
-    bool spareBits = true;  // those behind the last one
+    bool spareBits = true;  // the bits after the last one
     std::uint32_t numActiveTriangles = 0;
     std::uint32_t numActiveVertices = 0;
     std::vector<std::uint32_t> colors;
     std::vector<std::uint8_t> mask;
     std::vector<std::uint32_t> indicesUV;
     std::vector<UVCoord> coordsUV;
-    std::vector<VSplit> splits;  // in order of collapse
+    std::vector<VSplit> splits;  // in the order of the collapses
 
     VSplitFormat format() const { return {switches[kUseColors] != 0, switches[kHandleUVs] != 0}; }
 
@@ -109,7 +109,7 @@ struct KvmFile {
         return all;
     }
 
-    // Where section 1 to 9 begins.
+    // The offset where section 1 to 9 starts.
     std::size_t startOf(std::size_t number) const {
         std::size_t start = header().size();
         const auto all = sections();
@@ -167,7 +167,7 @@ inline VSplit splitOf(const VSplitView& view, bool hasColors) {
     return split;
 }
 
-// What the mesh must be saved as.
+// The file that the mesh must be saved as.
 inline KvmFile kvmFileOf(ProgressiveMesh& pm) {
     const DMesh& mesh = pm.mesh;
     KvmFile file;
@@ -207,7 +207,8 @@ inline KvmFile kvmFileOf(ProgressiveMesh& pm) {
     return file;
 }
 
-// The mesh that the file describes, as if a driver had left it. REQUIRES: a list that is not open.
+// The mesh that the file describes, as if a driver had produced it. REQUIRES: a list that is not
+// open.
 inline void fillFrom(const KvmFile& file, ProgressiveMesh& pm) {
     DMesh& mesh = pm.mesh;
     mesh.meshFormatVersion = file.version;
@@ -233,7 +234,7 @@ inline void fillFrom(const KvmFile& file, ProgressiveMesh& pm) {
         mesh.vertices.emplace_back();
         mesh.vertices.back().setPosition({vertex.x, vertex.y, vertex.z});
         mesh.vertices.back().partner = vertex.partner;
-        mesh.vertices.back().cost = 4711.0F;  // not a word of it goes into the file
+        mesh.vertices.back().cost = 4711.0F;  // costs are not written to the file
     }
     const auto fillBits = [&file](BitArray& bits, const std::vector<bool>& active) {
         bits.Free();

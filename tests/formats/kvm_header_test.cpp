@@ -35,7 +35,7 @@ protected:
     }
 };
 
-// Every field has a value of its own.
+// Every field has a different value.
 ProgMeshHeader distinctHeader() {
     ProgMeshHeader header;
     header.headerReserved = 0x01010101;
@@ -97,7 +97,7 @@ TEST_F(KvmHeader, ReadsBackWhatItWrote) {
     EXPECT_EQ(written(read(bytes)), bytes);
 }
 
-TEST_F(KvmHeader, EveryByteFieldWithAnotherValueReadsAsOne) {
+TEST_F(KvmHeader, NonzeroByteFieldsReadAsOne) {
     for (const std::size_t offset : kByteFields) {
         for (const char value : {'\x02', '\x80', '\xFF'}) {
             std::string bytes(99, '\0');
@@ -109,11 +109,11 @@ TEST_F(KvmHeader, EveryByteFieldWithAnotherValueReadsAsOne) {
     }
 }
 
-TEST_F(KvmHeader, OfAShortFileWhatIsThereIsRead) {
+TEST_F(KvmHeader, ReadsWhatAShortFileHas) {
     const std::string bytes = written(distinctHeader());
     for (std::size_t length = 0; length < bytes.size(); ++length) {
         const std::string again = written(read(bytes.substr(0, length)));
-        // A word that is cut does not count at all.
+        // A truncated word does not count at all.
         std::size_t same = 0;
         while (same < again.size() && again[same] == bytes[same])
             ++same;
@@ -123,7 +123,7 @@ TEST_F(KvmHeader, OfAShortFileWhatIsThereIsRead) {
     }
 }
 
-TEST_F(KvmHeader, NothingHappensWithAClosedFile) {
+TEST_F(KvmHeader, AClosedFileHasNoEffect) {
     platform::File closed;
     EXPECT_EQ(writeProgMeshHeader(distinctHeader(), closed), 0);
     ProgMeshHeader header = distinctHeader();
@@ -154,7 +154,7 @@ TEST_F(KvmHeader, FillTakesEveryFieldFromTheMesh) {
     }
 }
 
-TEST_F(KvmHeader, ApplyCopiesBackAllButTheReservedWordAndTheCounts) {
+TEST_F(KvmHeader, ApplyCopiesAllButTheReservedWordAndTheCounts) {
     ProgressiveMesh pm;
     applyProgMeshHeader(distinctHeader(), pm);
     ProgMeshHeader again = distinctHeader();
@@ -171,7 +171,7 @@ TEST_F(KvmHeader, ApplyCopiesBackAllButTheReservedWordAndTheCounts) {
     EXPECT_EQ(written(again), written(expected));
 }
 
-TEST_F(KvmHeader, OnlyTheLowMemoryDriversLeaveABody) {
+TEST_F(KvmHeader, OnlyLowMemoryDriversWriteABody) {
     for (std::int32_t value = -1; value < 8; ++value) {
         ProgMeshHeader header;
         header.MemSpeedTradeOff = value;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Files that are damaged or made to do harm. Each is refused or gives what is there of it; none
-// leads outside of an array, to a walk without end or to memory that the file could not fill.
+// Damaged or malicious files. Each is refused or yields what it contains; none leads out of an
+// array, into an endless walk, or to memory that the file could not fill.
 #include "formats/kvm_samples.h"
 #include "formats/vok_writer.h"
 #include "support/allocation_limit.h"
@@ -34,7 +34,7 @@ void setWord(std::string& bytes, std::size_t offset, std::uint32_t value) {
 
 class KvmHostile : public KvmTest {
 protected:
-    // A small mesh with all there is to a mesh, decimated as far as it goes.
+    // A small mesh with every kind of data, decimated as far as possible.
     static KvmFile everything() {
         DMesh mesh = test::torus(5, 4);
         test::addCornerUVs(mesh);
@@ -47,7 +47,8 @@ protected:
         return test::kvmFileOf(*pm);
     }
 
-    // Loads it, and if that is possible goes through its levels and saves one. Whether it loaded.
+    // Loads the bytes and, if that works, takes the mesh through its levels and saves one. Returns
+    // whether it loaded.
     bool survives(const std::string& bytes, std::int32_t wanted) const {
         ProgressiveMesh pm;
         if (load(pm, bytes, wanted) != 0) return false;
@@ -59,24 +60,25 @@ protected:
     }
 };
 
-TEST_F(KvmHostile, TruncatedWithinTheHeaderItIsAMeshOfNothing) {
+TEST_F(KvmHostile, TruncationWithinTheHeaderIsRefusedOrGivesAnEmptyMesh) {
     const std::string bytes = everything().bytes();
     for (std::size_t length = 0; length < 40; ++length) {
         ProgressiveMesh pm;
-        EXPECT_EQ(load(pm, bytes.substr(0, length), 5), 0) << "no driver is named that has a body";
+        EXPECT_EQ(load(pm, bytes.substr(0, length), 5), 0)
+            << "the driver field is missing, so there is no body";
         EXPECT_EQ(pm.mesh.vertices.size(), 0U);
     }
     for (std::size_t length = 40; length < 99; ++length)
         EXPECT_FALSE(survives(bytes.substr(0, length), 5)) << length;
 }
 
-TEST_F(KvmHostile, TruncatedInFrontOfTheSplitsItIsRefusedOrHasNoSplits) {
+TEST_F(KvmHostile, TruncationBeforeTheSplitsIsRefusedOrLeavesNone) {
     const KvmFile file = everything();
     const std::string bytes = file.bytes();
     for (std::size_t length = 99; length < file.startOf(9) + 4; ++length) {
         ProgressiveMesh pm;
         const bool loaded = load(pm, bytes.substr(0, length), length % 2 == 0 ? 0 : 6) == 0;
-        // Without the activity there is no level. Attributes that are missing are zero.
+        // Without the activity there is no level. Missing attributes are zero.
         ASSERT_EQ(loaded, length >= file.startOf(5)) << length;
         if (!loaded) continue;
         EXPECT_EQ(pm.vsplitList.NumVtxSplit(), 0U);
@@ -86,7 +88,7 @@ TEST_F(KvmHostile, TruncatedInFrontOfTheSplitsItIsRefusedOrHasNoSplits) {
     }
 }
 
-TEST_F(KvmHostile, TruncatedWithinTheSplitsItHasThoseThatAreWhole) {
+TEST_F(KvmHostile, TruncationWithinTheSplitsKeepsTheWholeOnes) {
     const KvmFile file = everything();
     const std::string bytes = file.bytes();
     std::vector<std::size_t> ends;
@@ -101,7 +103,7 @@ TEST_F(KvmHostile, TruncatedWithinTheSplitsItHasThoseThatAreWhole) {
         ASSERT_EQ(load(pm, bytes.substr(0, length)), 0) << length;
         EXPECT_EQ(pm.vsplitList.NumVtxSplit(), whole) << length;
         EXPECT_EQ(pm.CurVtxSplitPos, static_cast<std::int32_t>(whole)) << length;
-        // As far up as they reach, and back.
+        // Goes as far up as the splits reach, and back.
         const auto lowest = test::surfaceOf(pm.mesh);
         test::goAllUp(pm);
         EXPECT_EQ(pm.mesh.numActiveVertices, file.numActiveVertices + whole) << length;
@@ -110,7 +112,7 @@ TEST_F(KvmHostile, TruncatedWithinTheSplitsItHasThoseThatAreWhole) {
     }
 }
 
-TEST_F(KvmHostile, CountsThatTheFileCannotFillTakeNoMemory) {
+TEST_F(KvmHostile, CountsThatTheFileCannotFillAllocateNothing) {
     const std::string bytes = everything().bytes();
     for (std::size_t offset = kTriangleCountAt; offset < 99; offset += 4) {
         for (const std::uint32_t count : {0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU, 0x55555556U}) {
@@ -123,7 +125,7 @@ TEST_F(KvmHostile, CountsThatTheFileCannotFillTakeNoMemory) {
     }
 }
 
-TEST_F(KvmHostile, CountsThatDisagreeWithTheSectionsAreSurvived) {
+TEST_F(KvmHostile, SurvivesCountsThatDisagreeWithTheSections) {
     const std::string bytes = everything().bytes();
     for (std::size_t offset = kTriangleCountAt; offset < 99; offset += 4) {
         for (const std::uint32_t count : {0U, 1U, 3U, 19U, 21U, 41U, 1000U}) {
@@ -132,13 +134,13 @@ TEST_F(KvmHostile, CountsThatDisagreeWithTheSectionsAreSurvived) {
             for (const std::int32_t wanted : {0, 1, 10})
                 survives(hostile, wanted);
             if (offset <= kVertexCountAt) {
-                EXPECT_FALSE(survives(hostile, 0)) << "the activity is not that of so many";
+                EXPECT_FALSE(survives(hostile, 0)) << "the activity has another length";
             }
         }
     }
 }
 
-TEST_F(KvmHostile, AnyNumberOfSplitsInTheHeaderLeavesThePartialLoadInBounds) {
+TEST_F(KvmHostile, AnySplitCountInTheHeaderKeepsPartialLoadsInBounds) {
     const std::string bytes = everything().bytes();
     for (const std::uint32_t count : {0U, 1U, 20U, 21U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         std::string hostile = bytes;
@@ -148,7 +150,7 @@ TEST_F(KvmHostile, AnyNumberOfSplitsInTheHeaderLeavesThePartialLoadInBounds) {
     }
 }
 
-TEST_F(KvmHostile, AnyNumberOfSplitsInTheirSectionTakesNoMoreThanThereAre) {
+TEST_F(KvmHostile, AnySplitCountInTheSectionLoadsOnlyExistingSplits) {
     const KvmFile file = everything();
     for (const std::uint32_t count : {0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         std::string hostile = file.bytes();
@@ -172,7 +174,7 @@ TEST_F(KvmHostile, ActivityOfAnotherLengthIsRefused) {
     }
 }
 
-TEST_F(KvmHostile, ActivityThatDisagreesWithItsCountIsSurvived) {
+TEST_F(KvmHostile, SurvivesActivityThatDisagreesWithItsCount) {
     for (const std::uint32_t count : {0U, 1U, 0x80000000U, 0xFFFFFFFFU}) {
         KvmFile file = everything();
         file.numActiveTriangles = count;
@@ -185,7 +187,7 @@ TEST_F(KvmHostile, ActivityThatDisagreesWithItsCountIsSurvived) {
     }
 }
 
-TEST_F(KvmHostile, UnorderedAndRepeatedSplitsEndAndKeepToTheirArrays) {
+TEST_F(KvmHostile, UnorderedAndRepeatedSplitsTerminateAndStayInBounds) {
     const KvmFile file = everything();
     test::Random random(7);
     for (int round = 0; round < 50; ++round) {
@@ -195,7 +197,7 @@ TEST_F(KvmHostile, UnorderedAndRepeatedSplitsEndAndKeepToTheirArrays) {
                 split = file.splits[random.below(static_cast<std::uint32_t>(file.splits.size()))];
         }
         for (auto& vertex : hostile.vertices) {
-            // Partners that lead in circles.
+            // Partners that form cycles.
             vertex.partner = static_cast<std::int32_t>(
                 random.below(static_cast<std::uint32_t>(file.vertices.size())));
         }
@@ -204,12 +206,12 @@ TEST_F(KvmHostile, UnorderedAndRepeatedSplitsEndAndKeepToTheirArrays) {
     }
 }
 
-TEST_F(KvmHostile, AnyWordCanBeAnythingElse) {
+TEST_F(KvmHostile, SurvivesAnyWordChanged) {
     const std::string bytes = everything().bytes();
     test::Random random(11);
     for (std::size_t offset = 36; offset + 4 <= bytes.size(); offset += 4) {
         for (const std::uint32_t value : {0xFFFFFFFFU, random.word()}) {
-            // The counts of the header have 256 MiB to themselves, which takes its time to clear.
+            // The counts of the header may claim 256 MiB, which takes time to clear.
             if (offset + 4 > kTriangleCountAt && offset < 99) continue;
             std::string hostile = bytes;
             setWord(hostile, offset, value);

@@ -26,14 +26,14 @@ using test::writeWhole;
 
 class KvmReader : public KvmTest {
 protected:
-    // Saved again, byte by byte.
+    // The bytes of the mesh when saved again.
     std::string saved(ProgressiveMesh& pm) const {
         EXPECT_EQ(saveProgressiveMesh(pm, path(u8"saved.kvm").c_str()), 0);
         return readWhole(path(u8"saved.kvm"));
     }
 };
 
-// The vertices in front that were read; the samples have no record of zeros.
+// The number of leading vertices that were read; no record in the samples is all zeros.
 std::size_t recordsRead(const DMesh& mesh) {
     const auto isZero = [](const VertexRecord& vertex) {
         return vertex.x == 0 && vertex.y == 0 && vertex.z == 0 && vertex.partner == 0;
@@ -43,7 +43,7 @@ std::size_t recordsRead(const DMesh& mesh) {
     return static_cast<std::size_t>(end - mesh.vertices.begin());
 }
 
-TEST_F(KvmReader, AFullLoadHoldsAllThatWasSaved) {
+TEST_F(KvmReader, AFullLoadRestoresEverythingSaved) {
     for (KvmFile file : {squareWithOneSplit(), rowOfSplits(100, 80), rowOfSplits(5000, 4990)}) {
         file.version = 3;
         file.floats = {1, 2, 3, 4, 5, 6};
@@ -67,7 +67,7 @@ TEST_F(KvmReader, ZeroAndNegativeWantedCountsLoadInFull) {
     }
 }
 
-TEST_F(KvmReader, AFileThatIsNotReorderedLoadsInFull) {
+TEST_F(KvmReader, AnUnreorderedFileLoadsInFull) {
     KvmFile file = rowOfSplits(100, 80);
     file.switches[KvmFile::kReordered] = 0;
     ProgressiveMesh pm;
@@ -78,7 +78,7 @@ TEST_F(KvmReader, AFileThatIsNotReorderedLoadsInFull) {
     EXPECT_FALSE(pm.IsReordered);
 }
 
-// Of 100 vertices and 80 splits, so that 20 are left at the lowest level.
+// From 100 vertices with 80 splits, so 20 are left at the lowest level.
 struct PartialRow {
     std::int32_t wanted;
     std::size_t vertices;
@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
                     PartialRow{std::numeric_limits<std::int32_t>::max(), 100, 80}),
     [](const auto& row) { return std::to_string(row.param.wanted) + "Of100"; });
 
-TEST_P(KvmReaderPartial, ReadsThePrefixesThatTheLevelNeeds) {
+TEST_P(KvmReaderPartial, ReadsOnlyThePrefixesTheLevelNeeds) {
     const PartialRow row = GetParam();
     const KvmFile file = rowOfSplits(100, 80);
     ProgressiveMesh pm;
@@ -109,14 +109,14 @@ TEST_P(KvmReaderPartial, ReadsThePrefixesThatTheLevelNeeds) {
     EXPECT_EQ(pm.CurVtxSplitPos, 80 - static_cast<std::int32_t>(100 - row.vertices));
     EXPECT_EQ(pm.vsplitList.pageCount(), row.splits) << "all in one page";
 
-    // The splits that are there are the newest ones.
+    // The loaded splits are the newest ones.
     const KvmFile loaded = test::kvmFileOf(pm);
     const std::uint32_t leftBehind = 80 - row.splits;
     for (std::uint32_t i = 0; i < row.splits; ++i)
         EXPECT_EQ(wordsOf(loaded.splits[i], {}), wordsOf(file.splits[leftBehind + i], {}));
-    EXPECT_EQ(loaded.vertexActive, file.vertexActive) << "as they stood at the saved level";
+    EXPECT_EQ(loaded.vertexActive, file.vertexActive) << "as at the saved level";
 
-    // As far up as the splits reach, and no further.
+    // The mesh goes as far up as the splits reach, and no further.
     test::goAllUp(pm);
     EXPECT_EQ(pm.mesh.numActiveVertices, row.vertices);
     EXPECT_EQ(pm.CurVtxSplitPos, 0);
@@ -134,7 +134,7 @@ TEST_F(KvmReader, APartialLoadReadsAllButVerticesAndSplitsInFull) {
     EXPECT_EQ(test::kvmFileOf(pm).bytes(), file.bytes());
 }
 
-TEST_F(KvmReader, TheBoundingBoxIsThatOfAllRecords) {
+TEST_F(KvmReader, TheBoundingBoxCoversAllRecords) {
     ProgressiveMesh full;
     ASSERT_EQ(load(full, rowOfSplits(100, 80).bytes()), 0);
     EXPECT_EQ(full.mesh.boundingBox.min.x, 1.0F);
@@ -145,7 +145,7 @@ TEST_F(KvmReader, TheBoundingBoxIsThatOfAllRecords) {
     EXPECT_EQ(partial.mesh.boundingBox.max.x, 50.0F);
 }
 
-TEST_F(KvmReader, EveryByteFieldWithAnotherValueReadsAsOne) {
+TEST_F(KvmReader, NonzeroByteFieldsReadAsOne) {
     KvmFile file = squareWithOneSplit();
     file.flags = {2, 2, 2, 2};
     file.switches.fill(2);
@@ -164,7 +164,7 @@ TEST_F(KvmReader, TheReservedWordIsIgnored) {
     EXPECT_EQ(saved(pm), squareWithOneSplit().bytes());
 }
 
-TEST_F(KvmReader, NothingBehindTheSplitsIsRead) {
+TEST_F(KvmReader, NothingAfterTheSplitsIsRead) {
     const KvmFile file = squareWithOneSplit();
     ProgressiveMesh pm;
     ASSERT_EQ(load(pm, file.bytes() + "and more"), 0);
@@ -190,14 +190,14 @@ TEST_F(KvmReader, AFileOfAnotherDriverGivesSizedArraysWithoutData) {
             EXPECT_EQ(pm.mesh.numActiveVertices, 0U);
             EXPECT_EQ(pm.mesh.vertexActive.count(), 0);
             EXPECT_EQ(pm.vsplitList.NumVtxSplit(), 0U);
-            // The level that the header tells is not there to be left.
+            // The level in the header does not exist, so the mesh cannot leave it.
             EXPECT_EQ(updateMeshAtLevel(pm, 5), 0);
             EXPECT_EQ(pm.mesh.numActiveVertices, 0U);
         }
     }
 }
 
-TEST_F(KvmReader, ALoadReplacesWhatTheMeshHeld) {
+TEST_F(KvmReader, ALoadReplacesTheOldMesh) {
     ProgressiveMesh pm;
     ASSERT_EQ(load(pm, rowOfSplits(5000, 4000).bytes(), 2000), 0);
     test::goAllUp(pm);
@@ -209,7 +209,7 @@ TEST_F(KvmReader, ALoadReplacesWhatTheMeshHeld) {
     EXPECT_EQ(pm.mesh.symmetryAxis, kNone);
 }
 
-TEST_F(KvmReader, AFileThatCannotBeOpenedGivesOneAndAFreshMesh) {
+TEST_F(KvmReader, AnUnopenableFileReturnsOneAndAFreshMesh) {
     ProgressiveMesh pm;
     ASSERT_EQ(load(pm, squareWithOneSplit().bytes()), 0);
     EXPECT_EQ(loadProgressiveMesh(pm, path(u8"no such.kvm").c_str(), 0), 1);
@@ -220,7 +220,7 @@ TEST_F(KvmReader, AFileThatCannotBeOpenedGivesOneAndAFreshMesh) {
     EXPECT_EQ(loadProgressiveMesh(pm, HeapString(), 0), 1);
 }
 
-TEST_F(KvmReader, TheHeaderAloneCanBeReadOfAnyFileThatOpens) {
+TEST_F(KvmReader, TheHeaderAloneIsReadFromAnyFileThatOpens) {
     ProgMeshHeader header;
     EXPECT_FALSE(readProgMeshFileHeader(path(u8"no such.kvm").c_str(), header));
     EXPECT_FALSE(readProgMeshFileHeader("", header));
@@ -230,11 +230,11 @@ TEST_F(KvmReader, TheHeaderAloneCanBeReadOfAnyFileThatOpens) {
     EXPECT_EQ(header.NumVtxSplit, 80U);
     writeWhole(path(), "x");
     ProgMeshHeader none;
-    EXPECT_TRUE(readProgMeshFileHeader(path().c_str(), none)) << "there is no check of its content";
+    EXPECT_TRUE(readProgMeshFileHeader(path().c_str(), none)) << "its content is not checked";
     EXPECT_EQ(none.OriginalVertexCount, 0U);
 }
 
-TEST_F(KvmReader, AMeshSavedHalfWayUpGoesOnFromThere) {
+TEST_F(KvmReader, AMeshSavedAtAHigherLevelContinuesFromThere) {
     ProgressiveMesh pm;
     ASSERT_EQ(load(pm, squareWithOneSplit().bytes()), 0);
     test::goAllUp(pm);
@@ -247,9 +247,9 @@ TEST_F(KvmReader, AMeshSavedHalfWayUpGoesOnFromThere) {
     EXPECT_EQ(saved(again), saved(pm));
 }
 
-// Every dropped record takes the position of the level down with it, also where that is not the
-// lowest one. A position outside of the list that is left means that the records between were not
-// read, so that the level can not change.
+// Every dropped record moves the position of the level down with it, even if the level is not the
+// lowest. A position outside the remaining list means that records in between were not read, so the
+// level cannot change.
 TEST_F(KvmReader, APartialLoadOfAHigherLevelCannotMove) {
     KvmFile file = rowOfSplits(100, 80);
     file.position = 0;

@@ -14,7 +14,7 @@
 
 namespace korvalite::test {
 
-// Each test has its own job folder, and the .kvm files in it.
+// Each test has its own job folder, which holds its .kvm files.
 class KvmTest : public testing::Test {
 protected:
     void SetUp() override { SetJobDirectory(folder.path().c_str()); }
@@ -29,12 +29,12 @@ protected:
     ScratchFolder folder;
 };
 
-// A square whose middle, vertex 4, has fallen onto corner 0, and with it went triangles 2 and 3; it
-// is saved at this lowest level. With UVs, colours and a mask:
+// A square whose centre, vertex 4, has collapsed onto corner 0 and taken triangles 2 and 3 with it;
+// it is saved at this lowest level. It has UVs, colours and a mask:
 //
-//   3---2    triangles 0 (1 2 4) and 1 (2 3 4), now of 0 in place of 4
-//   |\ /|              2 (3 0 4) and 3 (0 1 4), now without area
-//   | 4 |    The UV of the middle, 4, became that of the corner, 0.
+//   3---2    triangles 0 (1 2 4) and 1 (2 3 4), now with 0 instead of 4
+//   |\ /|              2 (3 0 4) and 3 (0 1 4), now degenerate
+//   | 4 |    The UV of the centre, 4, became that of the corner, 0.
 //   |/ \|
 //   0---1
 inline KvmFile squareWithOneSplit() {
@@ -66,8 +66,8 @@ inline KvmFile squareWithOneSplit() {
     return file;
 }
 
-// Vertices in a row without triangles, reordered: the last collapse took away vertex `base`, the
-// first one the last vertex. Saved at its lowest level.
+// Vertices in a row without triangles, reordered: the last collapse removed vertex `base`, the
+// first one the last vertex. It is saved at its lowest level.
 inline KvmFile rowOfSplits(std::uint32_t vertexCount, std::uint32_t splitCount) {
     const std::uint32_t base = vertexCount - splitCount;
     KvmFile file;

@@ -35,21 +35,21 @@ TEST_F(KvmWriter, WritesHeaderAndNineSectionsWithoutGaps) {
     const KvmFile file = test::squareWithOneSplit();
     const std::string bytes = saved(file);
     ASSERT_EQ(bytes, file.bytes());
-    // 4 triangles, 5 vertices, 4 bits, 5 bits, colours, mask, 12 UV indices, 5 UVs; and one split
-    // of 4 corners and 2 triangles, a colour, a UV, 4 indices and a pair.
+    // There are 4 triangles, 5 vertices, 4 bits, 5 bits, colours, mask, 12 UV indices and 5 UVs,
+    // and one split with 4 corners, 2 triangles, a colour, a UV, 4 indices and a pair.
     EXPECT_EQ(bytes.size(),
               99U + 48 + 80 + 9 + 9 + 20 + 5 + 48 + 40 + 4 + (24 + 24 + 4 + 12 + 8 + 16 + 8));
 }
 
 TEST_F(KvmWriter, TheCostIsNotStored) {
-    // The samples come with a cost in each record, the fourth word; the partner is the fifth.
+    // Each record of the samples has a cost, the fourth word; the partner is the fifth.
     const KvmFile file = test::rowOfSplits(3, 1);
     const std::string section = saved(file).substr(file.startOf(2), 48);
     EXPECT_EQ(section, file.sections()[1]);
-    EXPECT_EQ(section.substr(28, 4), test::bytesOf({0U})) << "vertex 1 fell onto vertex 0";
+    EXPECT_EQ(section.substr(28, 4), test::bytesOf({0U})) << "vertex 1 collapsed onto vertex 0";
 }
 
-TEST_F(KvmWriter, AnotherDriverLeavesTheHeaderAlone) {
+TEST_F(KvmWriter, AnotherDriverWritesOnlyTheHeader) {
     for (const std::int32_t tradeOff : {0, 3, 4, 5, 6, -1}) {
         KvmFile file = test::squareWithOneSplit();
         file.tradeOff = tradeOff;
@@ -58,7 +58,7 @@ TEST_F(KvmWriter, AnotherDriverLeavesTheHeaderAlone) {
     }
 }
 
-TEST_F(KvmWriter, BothLowMemoryDriversLeaveACompleteFile) {
+TEST_F(KvmWriter, BothLowMemoryDriversWriteACompleteFile) {
     for (const std::int32_t tradeOff : {1, 2}) {
         KvmFile file = test::squareWithOneSplit();
         file.tradeOff = tradeOff;
@@ -72,7 +72,7 @@ TEST_F(KvmWriter, WithoutColorsMaskAndUVsTheSplitsFollowTheVertexActivity) {
     EXPECT_EQ(saved(file), file.bytes());
 }
 
-TEST_F(KvmWriter, TheLastActivityByteHoldsTheBitsThatAreLeft) {
+TEST_F(KvmWriter, TheLastActivityByteHoldsTheRemainingBits) {
     for (const std::uint32_t count : {1U, 7U, 8U, 9U, 15U, 16U, 17U}) {
         KvmFile file = test::rowOfSplits(count, 0);
         file.vertexActive[count / 2] = false;
@@ -99,13 +99,13 @@ TEST_F(KvmWriter, NoSplitsAreFourZeroBytes) {
     EXPECT_EQ(bytes.substr(file.startOf(9)), std::string(4, '\0'));
 }
 
-TEST_F(KvmWriter, AnEmptyMeshIsTheHeaderAndTheCountsOfThreeSections) {
+TEST_F(KvmWriter, AnEmptyMeshIsTheHeaderAndThreeSectionCounts) {
     const KvmFile file;
     EXPECT_EQ(saved(file), file.bytes());
     EXPECT_EQ(file.bytes().size(), 99U + 8 + 8 + 4);
 }
 
-TEST_F(KvmWriter, SplitsStandNewestFirst) {
+TEST_F(KvmWriter, SplitsAreStoredNewestFirst) {
     const KvmFile file = test::rowOfSplits(2000, 1990);
     const std::string bytes = saved(file);
     ASSERT_EQ(bytes, file.bytes()) << "a list of several pages";
@@ -113,14 +113,15 @@ TEST_F(KvmWriter, SplitsStandNewestFirst) {
     EXPECT_EQ(bytes.substr(bytes.size() - 24, 4), test::bytesOf({1999U}));
 }
 
-TEST_F(KvmWriter, AnyLevelGivesTheRecordsOfItsVerticesAsTheyStand) {
+TEST_F(KvmWriter, AHigherLevelIsSavedAsItIs) {
     const KvmFile lowest = test::squareWithOneSplit();
     ProgressiveMesh pm;
     test::fillFrom(lowest, pm);
     updateMeshAtLevel(pm, 5);
     const std::string bytes = saved(pm);
 
-    // All that a split exchanges has changed its place, and nothing else of the vertices.
+    // Everything that a split exchanges has changed places; nothing else in the vertices has
+    // changed.
     KvmFile highest = lowest;
     highest.position = 0;
     highest.triangles = {1, 2, 4, 2, 3, 4, 3, 0, 4, 0, 1, 4};
@@ -135,11 +136,11 @@ TEST_F(KvmWriter, AnyLevelGivesTheRecordsOfItsVerticesAsTheyStand) {
 
     updateMeshAtLevel(pm, 4);
     KvmFile again = lowest;
-    again.indicesUV = {1, 2, 0, 2, 3, 0, 3, 0, 0, 0, 1, 0};  // of dead triangles, too
+    again.indicesUV = {1, 2, 0, 2, 3, 0, 3, 0, 0, 0, 1, 0};  // dead triangles are updated too
     EXPECT_EQ(saved(pm), again.bytes());
 }
 
-TEST_F(KvmWriter, AFileThatCannotBeOpenedGivesOne) {
+TEST_F(KvmWriter, AnUnopenableFileReturnsOne) {
     ProgressiveMesh pm;
     EXPECT_EQ(saveProgressiveMesh(pm, path(u8"no such folder/mesh.kvm").c_str()), 1);
     EXPECT_EQ(saveProgressiveMesh(pm, folder.path().c_str()), 1);
@@ -148,7 +149,7 @@ TEST_F(KvmWriter, AFileThatCannotBeOpenedGivesOne) {
 }
 
 #ifndef _WIN32
-TEST_F(KvmWriter, AFullDiskLeavesAShortFileAndGivesZero) {
+TEST_F(KvmWriter, AFullDiskLeavesAShortFileAndReturnsZero) {
     const KvmFile file = test::rowOfSplits(200, 190);
     for (const std::size_t bytesThatFit : {std::size_t{0}, std::size_t{50}, std::size_t{4096}}) {
         ProgressiveMesh pm;
@@ -164,7 +165,7 @@ TEST_F(KvmWriter, AFullDiskLeavesAShortFileAndGivesZero) {
 }
 #endif
 
-TEST_F(KvmWriter, AnOlderFileIsReplacedWhole) {
+TEST_F(KvmWriter, AnOlderFileIsReplacedEntirely) {
     test::writeWhole(path(), std::string(100000, 'x'));
     const KvmFile file = test::squareWithOneSplit();
     EXPECT_EQ(saved(file), file.bytes());

@@ -28,7 +28,7 @@ std::string printed(float value) {
     return text.data();
 }
 
-// Counts instead of expecting each: millions are compared.
+// Counts the differences, as one expectation for each of millions of numbers would be slow.
 class Comparison {
 public:
     ~Comparison() { EXPECT_EQ(differences_, 0U) << first_; }
@@ -59,7 +59,7 @@ private:
     std::string first_;
 };
 
-TEST(NineDecimals, AlwaysHasNine) {
+TEST(NineDecimals, AlwaysPrintsNine) {
     EXPECT_EQ(nineDecimals(0.0F), "0.000000000");
     EXPECT_EQ(nineDecimals(1.5F), "1.500000000");
     EXPECT_EQ(nineDecimals(-12.25F), "-12.250000000");
@@ -73,7 +73,7 @@ TEST(NineDecimals, KeepsTheSignOfZero) {
     EXPECT_EQ(nineDecimals(-std::numeric_limits<float>::denorm_min()), "-0.000000000");
 }
 
-TEST(NineDecimals, NamesWhatIsNoNumber) {
+TEST(NineDecimals, PrintsNaNAndInfinityByName) {
     const float infinity = std::numeric_limits<float>::infinity();
     const float nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_EQ(nineDecimals(infinity), "inf");
@@ -89,14 +89,14 @@ TEST(NineDecimals, LongestTextFits) {
     EXPECT_EQ(nineDecimals(1e38F), printed(1e38F));
 }
 
-TEST(NineDecimals, AnExactHalfGoesToTheEvenDigit) {
+TEST(NineDecimals, RoundsAnExactHalfToTheEvenDigit) {
     EXPECT_EQ(nineDecimals(0.0009765625F), "0.000976562");
     EXPECT_EQ(nineDecimals(3 * 0.0009765625F), "0.002929688");
     EXPECT_EQ(nineDecimals(7.0009765625F), "7.000976562");
 }
 
-TEST(NineDecimals, AroundHalfOfTheLastDigit) {
-    // 2^-31 is below half a billionth, the next power above it.
+TEST(NineDecimals, MatchesPrintfAroundHalfOfTheLastDigit) {
+    // 2^-31 is below half a billionth, and 2^-30 is above it.
     EXPECT_EQ(nineDecimals(std::ldexp(1.0F, -31)), "0.000000000");
     EXPECT_EQ(nineDecimals(std::ldexp(1.0F, -30)), "0.000000001");
     Comparison comparison;
@@ -105,7 +105,7 @@ TEST(NineDecimals, AroundHalfOfTheLastDigit) {
         comparison.compareBothSigns(bits);
 }
 
-TEST(NineDecimals, AsPrintfForEveryExponent) {
+TEST(NineDecimals, MatchesPrintfForEveryExponent) {
     Comparison comparison;
     std::mt19937 random(1);
     for (std::uint32_t exponent = 0; exponent < 256; ++exponent) {
@@ -120,9 +120,9 @@ TEST(NineDecimals, AsPrintfForEveryExponent) {
     EXPECT_GT(comparison.compared(), 250'000U);
 }
 
-// A number has ten decimals, the last a 5, if it is an odd multiple of 2^-10. Floats of all sizes
-// up to 2^14 are.
-TEST(NineDecimals, AsPrintfForExactHalves) {
+// An odd multiple of 2^-10 has ten decimals, and the last is a 5. Floats of all sizes up to 2^14
+// include such numbers.
+TEST(NineDecimals, MatchesPrintfForExactHalves) {
     Comparison comparison;
     for (std::uint32_t odd = 1; odd < 1U << 24U; odd += odd < 4000 ? 2 : 126)
         comparison.compareBothSigns(
@@ -130,15 +130,15 @@ TEST(NineDecimals, AsPrintfForExactHalves) {
     EXPECT_GT(comparison.compared(), 250'000U);
 }
 
-TEST(NineDecimals, AsPrintfForRandomBits) {
+TEST(NineDecimals, MatchesPrintfForRandomBits) {
     Comparison comparison;
     std::mt19937 random(2);
     for (int i = 0; i < 1'000'000; ++i)
         comparison.compare(static_cast<std::uint32_t>(random()));
 }
 
-// From 2^-24 to 2^24, where the coordinates of meshes are.
-TEST(NineDecimals, AsPrintfInASweepOverCoordinates) {
+// From 2^-24 to 2^24, the usual range of mesh coordinates.
+TEST(NineDecimals, MatchesPrintfInASweepOverCoordinates) {
     Comparison comparison;
     const auto first = std::bit_cast<std::uint32_t>(std::ldexp(1.0F, -24));
     const auto last = std::bit_cast<std::uint32_t>(std::ldexp(1.0F, 24));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Decimated samples, written both ways: what stands in the OBJ and its side files is what stands in
-// the .Vok.
+// Decimated samples, written in both formats: the OBJ and its side files contain the same as the
+// .Vok.
 #include "formats/obj_writer.h"
 
 #include "formats/vok_reader.h"
@@ -21,7 +21,7 @@
 namespace korvalite {
 namespace {
 
-// A sample, the UVs that it may have and the way of its colours.
+// A sample, whether it keeps its UVs, and how its colours are written.
 struct Case {
     std::string sample;
     bool withUVs;
@@ -57,7 +57,7 @@ protected:
 
     std::size_t vertexCount() const { return vok_.vertices.size(); }
 
-    // Nine decimals tell a float of 2^-6 and more exactly.
+    // Nine decimals identify a float of at least 2^-6 exactly.
     static void expectWritten(double read, float value) {
         if (std::fabs(value) >= 0.015625F) {
             ASSERT_EQ(static_cast<float>(read), value);
@@ -134,7 +134,7 @@ TEST_P(ObjReadBack, EqualsTheVokFile) {
     expectSameFaces();
     expectSameUVs();
     const bool isEmbedded = GetParam().mode == ObjColorMode::Embedded;
-    EXPECT_EQ(obj_.otherLines.size(), isEmbedded ? 1U : 0U);  // the comment, and nothing odd
+    EXPECT_EQ(obj_.otherLines.size(), isEmbedded ? 1U : 0U);  // only the comment
     if (isEmbedded) {
         expectEmbeddedColors();
     } else {

@@ -26,7 +26,7 @@ const std::string kComment =
     "hexadecimal values per vertex. The vertex color format is MMRRGGBB with up to 64 entries per "
     "MRGB line.\n";
 
-// What a mesh becomes, in a folder of its own. A file that is not there reads as empty.
+// The files that a mesh is written to, in their own folder. A missing file reads as empty.
 struct Written {
     Written(const DMesh& mesh, ObjColorMode mode) : result(saveObj(path.c_str(), mesh, mode)) {}
 
@@ -58,7 +58,7 @@ const std::string kSquareVertices = "v 0.000000000 0.000000000 0.000000000\n"
                                     "v 1.000000000 1.000000000 0.000000000\n"
                                     "v 0.000000000 1.000000000 0.000000000\n";
 
-// So many coloured vertices, and no triangle. The colours differ in all bytes.
+// `count` coloured vertices without triangles. The colours differ in all bytes.
 DMesh coloredPoints(std::uint32_t count) {
     DMesh mesh = test::buildMesh(test::Points(count), {});
     for (std::uint32_t i = 0; i < count; ++i)
@@ -66,7 +66,7 @@ DMesh coloredPoints(std::uint32_t count) {
     return mesh;
 }
 
-// Everything behind the vertices and the comment.
+// Everything after the vertices and the comment.
 std::string mrgbLinesOf(const DMesh& mesh) {
     const std::string text = objOf(mesh, ObjColorMode::Embedded);
     const std::size_t comment = text.find(kComment);
@@ -74,7 +74,7 @@ std::string mrgbLinesOf(const DMesh& mesh) {
     return comment == std::string::npos ? text : text.substr(comment + kComment.size());
 }
 
-TEST(ObjWriter, PlainMesh) {
+TEST(ObjWriter, WritesAPlainMesh) {
     EXPECT_EQ(objOf(square()), kSquareVertices + "f 1 2 3\nf 1 3 4\n");
 }
 
@@ -87,7 +87,7 @@ TEST(ObjWriter, CoordinatesAlwaysHaveNineDecimals) {
                            "v inf 0.000000000 0.000000000\n");
 }
 
-TEST(ObjWriter, DeadVerticesAreLeftOutAndIndicesAreDense) {
+TEST(ObjWriter, OmitsDeadVerticesAndKeepsIndicesDense) {
     DMesh mesh = square();
     mesh.vertexActive.Clear(1);
     mesh.triangleActive.Clear(0);
@@ -102,7 +102,7 @@ TEST(ObjWriter, AnEmptyMeshGivesAnEmptyFile) {
     EXPECT_EQ(objOf(DMesh(), ObjColorMode::Embedded), kComment);
 }
 
-TEST(ObjWriter, IndicesThatLeadNowhereGiveZero) {
+TEST(ObjWriter, IndicesOutOfRangeAreWrittenAsZero) {
     DMesh mesh = square();
     mesh.vertexActive.Clear(3);
     mesh.triangles[1] = 4;
@@ -113,7 +113,7 @@ TEST(ObjWriter, IndicesThatLeadNowhereGiveZero) {
     EXPECT_NE(text.find("f 1/1 0/0 0/0\nf 1/2 3/2 0/2\n"), std::string::npos) << text;
 }
 
-TEST(ObjWriter, ActiveBitsBehindTheArraysMeanNothing) {
+TEST(ObjWriter, IgnoresActiveBitsBeyondTheArrays) {
     DMesh mesh = square();
     mesh.vertexActive.Resize(1000, true);
     mesh.triangleActive.Resize(1000, true);
@@ -127,7 +127,7 @@ TEST(ObjWriter, ActiveBitsBehindTheArraysMeanNothing) {
     EXPECT_EQ(written.mask().size(), 4U + 4);
 }
 
-TEST(ObjWriter, BitsThatAreMissingMeanDead) {
+TEST(ObjWriter, MissingBitsMeanDead) {
     DMesh mesh = square();
     mesh.vertexActive.Free();
     mesh.triangleActive.Free();
@@ -136,7 +136,7 @@ TEST(ObjWriter, BitsThatAreMissingMeanDead) {
     EXPECT_EQ(objOf(mesh, ObjColorMode::Embedded), kComment);
 }
 
-TEST(ObjWriter, UVsAreNumberedByTheirPlaceInTheList) {
+TEST(ObjWriter, NumbersUVsByTheirPlaceInTheList) {
     DMesh mesh = square();
     mesh.coordsUV = {{0, 0}, {0.25F, 0.5F}, {9, 9}, {1, -1}, {0.125F, 1}};
     mesh.indicesUV = {4, 3, 1, 4, 1, 0};
@@ -147,7 +147,7 @@ TEST(ObjWriter, UVsAreNumberedByTheirPlaceInTheList) {
                                              "f 1/4 2/3 3/2\nf 1/4 3/2 4/1\n");
 }
 
-TEST(ObjWriter, UVsOfDeadTrianglesAreLeftOut) {
+TEST(ObjWriter, OmitsUVsOfDeadTriangles) {
     DMesh mesh = square();
     mesh.coordsUV = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
     mesh.indicesUV = {0, 1, 2, 0, 2, 3};
@@ -158,7 +158,7 @@ TEST(ObjWriter, UVsOfDeadTrianglesAreLeftOut) {
                                              "f 1/1 3/2 4/3\n");
 }
 
-TEST(ObjWriter, UVIndicesOfAnotherNumberAreNotWritten) {
+TEST(ObjWriter, OmitsUVIndicesOfTheWrongCount) {
     DMesh mesh = square();
     test::addCornerUVs(mesh);  // one UV per corner and no indices, as read
     EXPECT_EQ(objOf(mesh), objOf(square()));
@@ -166,7 +166,7 @@ TEST(ObjWriter, UVIndicesOfAnotherNumberAreNotWritten) {
     EXPECT_EQ(objOf(mesh), objOf(square()));
 }
 
-TEST(ObjWriter, NoTrianglesAndNoUVIndicesGiveNeitherUVsNorFaces) {
+TEST(ObjWriter, WithoutTrianglesOrUVIndicesWritesNeitherUVsNorFaces) {
     DMesh mesh = square();
     mesh.triangles.clear();
     mesh.triangleActive.Free();
@@ -181,7 +181,7 @@ TEST(ObjWriter, ColorsAreMaskRedGreenBlueInLowerCase) {
     EXPECT_EQ(mrgbLinesOf(mesh).substr(0, 6 + 16), "#MRGB ff12345609abcdef");
 }
 
-TEST(ObjWriter, SixtyFourColorsMakeALineAndTheRestIsLost) {
+TEST(ObjWriter, WritesColorsInFullLinesOf64Only) {
     constexpr std::size_t kLine = 6 + 512 + 1;
     EXPECT_EQ(mrgbLinesOf(coloredPoints(63)), "");
     const std::string one = mrgbLinesOf(coloredPoints(64));
@@ -203,7 +203,7 @@ TEST(ObjWriter, OnlyActiveVerticesHaveColors) {
     EXPECT_EQ(line.substr(6 + 63 * 8), "f1403456\n");
 }
 
-TEST(ObjWriter, ColorsStandBetweenVerticesAndUVs) {
+TEST(ObjWriter, WritesColorsBetweenVerticesAndUVs) {
     DMesh mesh = coloredPoints(64);
     mesh.triangles = {0, 1, 2};
     mesh.triangleActive.Resize(1, true);
@@ -216,26 +216,26 @@ TEST(ObjWriter, ColorsStandBetweenVerticesAndUVs) {
     EXPECT_LT(text.find("vt 0"), text.find("f 1/1"));
 }
 
-TEST(ObjWriter, AMaskWithoutColorsGivesTheCommentAlone) {
+TEST(ObjWriter, AMaskWithoutColorsGivesOnlyTheComment) {
     DMesh mesh = test::buildMesh(test::Points(70), {});
     mesh.maskValues.assign(70, 7);
     EXPECT_EQ(mrgbLinesOf(mesh), "");
 }
 
-TEST(ObjWriter, TooFewColorsGiveTheCommentAlone) {
+TEST(ObjWriter, TooFewColorsGiveOnlyTheComment) {
     DMesh mesh = coloredPoints(130);
     mesh.vertexColors.resize(129);
     EXPECT_EQ(mrgbLinesOf(mesh), "");
 }
 
-TEST(ObjWriter, ColorsTooManyMakeNoDifference) {
+TEST(ObjWriter, SurplusColorsMakeNoDifference) {
     DMesh mesh = coloredPoints(130);
     const std::string lines = mrgbLinesOf(mesh);
     mesh.vertexColors.push_back(0);
     EXPECT_EQ(mrgbLinesOf(mesh), lines);
 }
 
-TEST(ObjWriter, EmbeddedColorsMakeNoSideFiles) {
+TEST(ObjWriter, EmbeddedColorsWriteNoSideFiles) {
     DMesh mesh = coloredPoints(3);
     mesh.maskValues = {1, 2, 3};
     for (const ObjColorMode mode : {ObjColorMode::None, ObjColorMode::Embedded}) {
@@ -260,7 +260,7 @@ TEST(ObjWriter, SideFilesHoldCountAndActiveElements) {
     EXPECT_EQ(written.obj(), objOf(mesh));
 }
 
-TEST(ObjWriter, SideFilesOfWhatIsThere) {
+TEST(ObjWriter, WritesSideFilesOnlyForExistingAttributes) {
     DMesh mesh = square();
     mesh.maskValues = {1, 2, 3, 4};
     const Written maskAlone(mesh, ObjColorMode::SideFiles);
@@ -275,7 +275,7 @@ TEST(ObjWriter, SideFilesOfWhatIsThere) {
     EXPECT_FALSE(Written(mesh, ObjColorMode::SideFiles).hasColors());
 }
 
-TEST(ObjWriter, ASideFileThatCannotBeOpenedIsLeftOut) {
+TEST(ObjWriter, AnUnopenableSideFileIsSkipped) {
     DMesh mesh = square();
     mesh.maskValues = {1, 2, 3, 4};
     mesh.vertexColors = {1, 2, 3, 4};
@@ -287,7 +287,7 @@ TEST(ObjWriter, ASideFileThatCannotBeOpenedIsLeftOut) {
     EXPECT_EQ(test::readWhole(path + ".mask").size(), 8U);
 }
 
-TEST(ObjWriter, PathsThatCannotBeOpenedFail) {
+TEST(ObjWriter, UnopenablePathsFail) {
     const ScratchFolder folder;
     DMesh mesh = square();
     mesh.maskValues = {1, 2, 3, 4};
@@ -299,7 +299,7 @@ TEST(ObjWriter, PathsThatCannotBeOpenedFail) {
     EXPECT_FALSE(platform::exists((folder.path() + ".mask").c_str()));
 }
 
-TEST(ObjWriter, AnotherFileOfThatNameIsReplaced) {
+TEST(ObjWriter, ReplacesAnExistingFile) {
     const ScratchFolder folder;
     const std::string path = folder / u8"out.obj";
     test::writeWhole(path, std::string(100000, 'x'));
@@ -307,7 +307,7 @@ TEST(ObjWriter, AnotherFileOfThatNameIsReplaced) {
     EXPECT_EQ(test::readWhole(path), objOf(square()));
 }
 
-TEST(ObjWriter, AllocatesNothingForEachLine) {
+TEST(ObjWriter, AllocatesNothingPerLine) {
     const ScratchFolder folder;
     const std::string path = folder / u8"out.obj";
     const auto allocationsFor = [&](DMesh mesh) {
@@ -322,8 +322,8 @@ TEST(ObjWriter, AllocatesNothingForEachLine) {
     EXPECT_EQ(allocationsFor(test::grid(100, 100)), allocationsFor(test::grid(2, 2)));
 }
 
-// The same lines as one fprintf for each would give, across many buffers.
-TEST(ObjWriter, SameBytesAsPrintf) {
+// Gives the same lines as one fprintf for each, across many buffers.
+TEST(ObjWriter, WritesTheSameBytesAsPrintf) {
     DMesh mesh = test::grid(120, 90, test::hills);
     test::jitter(mesh, 0.4F, 1);
     for (std::int32_t i = 0; i < mesh.vertexCount(); i += 7)
@@ -348,7 +348,7 @@ TEST(ObjWriter, SameBytesAsPrintf) {
 }
 
 #ifndef _WIN32
-TEST(ObjWriter, AFullDiskIsNotNoticed) {
+TEST(ObjWriter, DoesNotNoticeAFullDisk) {
     const ScratchFolder folder;
     const std::string path = folder / u8"out.obj";
     const DMesh mesh = test::grid(50, 50);

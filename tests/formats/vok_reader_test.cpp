@@ -19,7 +19,7 @@ using test::VokBuilder;
 
 constexpr std::uint32_t kTriangle = VokBuilder::kTriangle;
 
-// Every tag that the reader gives a meaning, but for the end and the three pure markers.
+// Every tag that means something to the reader, except the end and the three pure markers.
 constexpr std::array<std::uint32_t, 15> kTagsWithPayload{5000,  5001,  10000, 10001, 10002,
                                                          20000, 20001, 20002, 20003, 25001,
                                                          25002, 30001, 30002, 35001, 77777};
@@ -30,7 +30,7 @@ bool import(const VokBuilder& vok, DMesh& mesh) {
     return importDMesh(vok.writeTo(folder).c_str(), mesh);
 }
 
-// The mesh of a file whose header is right.
+// The mesh of a file with a valid header.
 DMesh imported(const VokBuilder& vok) {
     DMesh mesh;
     EXPECT_TRUE(import(vok, mesh));
@@ -77,7 +77,7 @@ TEST(VokReader, HeaderAloneIsAnEmptyMesh) {
     expectAllActive(mesh);
 }
 
-TEST(VokReader, FileThatCannotBeOpenedFailsAndLeavesTheMesh) {
+TEST(VokReader, UnopenableFileFailsAndLeavesTheMesh) {
     const ScratchFolder folder;
     DMesh mesh;
     mesh.vertices.resize(1);
@@ -109,7 +109,7 @@ TEST(VokReader, HeaderOf31BytesFails) {
     }
 }
 
-TEST(VokReader, ReservedBytesOfTheHeaderAreNotLookedAt) {
+TEST(VokReader, ReservedBytesOfTheHeaderAreIgnored) {
     const ScratchFolder folder;
     const std::string path = folder / u8"mesh.Vok";
     test::writeWhole(path, "Vokb" + std::string(28, '\x7F'));
@@ -138,7 +138,7 @@ TEST(VokReader, BlockHeaderIsFourWordsAndCountsAs16Bytes) {
     EXPECT_FALSE(readVokBlockHeader(file, header)) << "three bytes are left";
 }
 
-TEST(VokReader, PointsAndTrianglesAsTheyStand) {
+TEST(VokReader, PointsAndTrianglesAreReadUnchanged) {
     VokBuilder vok;
     vok.points({{1, -2, 3}, {4, 5, -6}, {0.5F, 0, 0}}).triangles({{0, 1, 2}, {2, 1, 0}}).end();
     const DMesh mesh = imported(vok);
@@ -162,16 +162,16 @@ TEST(VokReader, ActivityBitsFillWholeBytes) {
     EXPECT_EQ(mesh.triangleActive.data()[0], 0xFF);
 }
 
-TEST(VokReader, BoundingBoxTakesInEveryVertexUsedOrNot) {
+TEST(VokReader, BoundingBoxCoversUnusedVerticesToo) {
     const DMesh mesh = imported(VokBuilder().points({{1, 1, 1}, {-9, 2, 8}}));
     EXPECT_EQ(mesh.boundingBox.min.x, -9);
     EXPECT_EQ(mesh.boundingBox.max.z, 8);
 }
 
-TEST(VokReader, Face4ListOfTrianglesGivesCountTriangles) {
+TEST(VokReader, Face4ListOfTrianglesGivesOneTrianglePerFace) {
     VokBuilder vok;
     vok.faces({{0, 1, 2, kTriangle}, {3, 4, 5, kTriangle}});
-    // With every marker set, each face takes three pairs.
+    // As every face has the marker, each takes three pairs.
     vok.faceUVs({{0, 1, 2, 3, 4, 5, -1, -1}, {6, 7, 8, 9, 10, 11, -1, -1}});
     const DMesh mesh = imported(vok);
     EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{0, 1, 2, 3, 4, 5}));
@@ -201,7 +201,7 @@ TEST(VokReader, Face4UVsWithoutFace4ListAreDropped) {
     EXPECT_TRUE(imported(VokBuilder().faceUVs(uvs).faces({{0, 1, 2, 3}})).coordsUV.empty());
 }
 
-TEST(VokReader, TriangleUVsAsTheyStand) {
+TEST(VokReader, TriangleUVsAreReadUnchanged) {
     const DMesh mesh = imported(VokBuilder().triangleUVs({{0, 1, 2, 3, 4, 5}}));
     EXPECT_EQ(flat(mesh.coordsUV), (std::vector<float>{0, 1, 2, 3, 4, 5}));
 }
@@ -213,7 +213,7 @@ TEST(VokReader, MarkerOfSize16IsHarmless) {
     }
 }
 
-TEST(VokReader, MarkerNeverLooksAtItsSize) {
+TEST(VokReader, MarkersIgnoreTheirSize) {
     for (const std::uint32_t tag : kMarkerTags) {
         for (const std::uint32_t size : {0U, 15U, 24U, 0xFFFFFFFFU}) {
             const DMesh mesh = imported(VokBuilder().block(tag, size, 9).points({{1, 2, 3}}));
@@ -222,15 +222,16 @@ TEST(VokReader, MarkerNeverLooksAtItsSize) {
     }
 }
 
-TEST(VokReader, PayloadOfAMarkerIsTakenForTheNextHeader) {
+TEST(VokReader, PayloadOfAMarkerIsReadAsTheNextHeader) {
     VokBuilder vok;
-    // The eight bytes are tag and size of a block whose count and reserved word are the tag and
-    // size of the point list.
+    // The eight bytes are the tag and size of a block; the tag and size of the point list become
+    // its count and reserved word.
     vok.block(25000, 24, 0, VokBuilder().word(77777).word(16 + 8).bytes().substr(32));
     vok.points({{1, 2, 3}}).mask("ab");
     const DMesh mesh = imported(vok);
     EXPECT_TRUE(mesh.vertices.empty());
-    // That block skips the rest of the point list's header, and what follows is no header either.
+    // That block skips the rest of the point list's header, and the bytes that follow are not a
+    // header either.
     EXPECT_TRUE(mesh.maskValues.empty());
 }
 
@@ -296,7 +297,7 @@ TEST(VokReader, UniformMaskIsDropped) {
     }
 }
 
-TEST(VokReader, IndicesOutOfRangePass) {
+TEST(VokReader, IndicesOutOfRangeAreAccepted) {
     const DMesh mesh = imported(VokBuilder().points({{0, 0, 0}}).triangles({{0, 5, 0xFFFFFFFF}}));
     EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{0, 5, 0xFFFFFFFF}));
 }
@@ -327,7 +328,7 @@ TEST(VokReader, OrderOfBlocksIsFree) {
     EXPECT_TRUE(mesh.hasColors());
 }
 
-TEST(VokReader, CountAboveThePayloadLeavesZeros) {
+TEST(VokReader, CountAboveThePayloadIsFilledWithZeros) {
     VokBuilder vok;
     vok.list(10001, 2, VokBuilder::bytesOf<std::array<float, 3>>({{1, 2, 3}}));
     vok.list(20003, 2, VokBuilder::bytesOf<std::array<std::uint32_t, 3>>({{1, 2, 3}}));
@@ -351,7 +352,7 @@ TEST(VokReader, Face4RecordsBeyondThePayloadAreZeroQuads) {
     EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{1, 2, 3, 0, 0, 0, 0, 0, 0}));
 }
 
-TEST(VokReader, PayloadAboveTheCountIsCutAndSkipped) {
+TEST(VokReader, PayloadAboveTheCountIsSkipped) {
     VokBuilder vok;
     vok.list(10001, 1, VokBuilder::bytesOf<std::array<float, 3>>({{1, 2, 3}, {4, 5, 6}}));
     vok.list(20001, 1,
@@ -365,10 +366,10 @@ TEST(VokReader, PayloadAboveTheCountIsCutAndSkipped) {
     EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{1, 2, 3}));
     EXPECT_EQ(mesh.maskValues, (std::vector<std::uint8_t>{'a'}));
     EXPECT_EQ(mesh.vertexColors, (std::vector<std::uint32_t>{0x04010203}));
-    EXPECT_EQ(mesh.coordsUV.size(), 3U) << "the block behind is found";
+    EXPECT_EQ(mesh.coordsUV.size(), 3U) << "the next block is found";
 }
 
-TEST(VokReader, NegativeCountIsNone) {
+TEST(VokReader, NegativeCountIsZero) {
     for (const std::uint32_t tag : kTagsWithPayload) {
         for (const std::uint32_t count : {0x80000000U, 0xFFFFFFFFU}) {
             VokBuilder vok;
@@ -383,7 +384,7 @@ TEST(VokReader, NegativeCountIsNone) {
     }
 }
 
-TEST(VokReader, EnormousCountFailsInsteadOfTakingMemory) {
+TEST(VokReader, EnormousCountFailsInsteadOfAllocating) {
     for (const std::uint32_t tag :
          {10001U, 20001U, 20003U, 25001U, 25002U, 30001U, 30002U, 35001U}) {
         for (const std::uint32_t size : {16U, 16U + 48U, 0xFFFFFFFFU}) {
@@ -406,7 +407,7 @@ TEST(VokReader, MoreCornersThanAnIndexCanNameFail) {
     }
 }
 
-TEST(VokReader, AllowanceBeyondTheFileIsOneForAllBlocks) {
+TEST(VokReader, AllBlocksShareOneAllowanceBeyondTheFile) {
     const ScratchFolder folder;
     VokBuilder vok;
     vok.block(30001, 16, 600).block(35001, 16 + 4, 101, "abcd").end();
@@ -419,7 +420,7 @@ TEST(VokReader, AllowanceBeyondTheFileIsOneForAllBlocks) {
     EXPECT_FALSE(importDMesh(path.c_str(), mesh, 599));
 }
 
-TEST(VokReader, PromisedPayloadMustBeInTheFileOrInTheAllowance) {
+TEST(VokReader, PromisedPayloadMustFitTheFileOrTheAllowance) {
     const ScratchFolder folder;
     const std::string path = VokBuilder().block(30001, 16 + 1000, 1000, "abcd").writeTo(folder);
     DMesh mesh;
@@ -430,7 +431,7 @@ TEST(VokReader, PromisedPayloadMustBeInTheFileOrInTheAllowance) {
     EXPECT_FALSE(importDMesh(path.c_str(), mesh, 995));
 }
 
-TEST(VokReader, FilledFileNeedsNoAllowance) {
+TEST(VokReader, CompleteFileNeedsNoAllowance) {
     const ScratchFolder folder;
     VokBuilder vok;
     vok.points({{1, 2, 3}}).faces({{0, 0, 0, 0}, {0, 0, 0, 0}}).faceUVs({{}, {}});
@@ -448,7 +449,7 @@ TEST(VokReader, ShortFace4ListHasNoEffect) {
     expectAllActive(mesh);
 }
 
-TEST(VokReader, ShortFace4ListHasNoEffectEvenIfItsCountIsThere) {
+TEST(VokReader, TruncatedFace4ListHasNoEffectEvenWithAllItsRecords) {
     VokBuilder vok = quadAndTriangle();
     vok.block(20001, 16 + 32, 1, VokBuilder::bytesOf<std::array<std::uint32_t, 4>>({{3, 2, 1, 0}}));
     EXPECT_EQ(imported(vok).triangles, kQuadAndTriangleSplit);
@@ -460,7 +461,7 @@ TEST(VokReader, ShortFace4UVsHaveNoEffect) {
     EXPECT_TRUE(imported(vok).coordsUV.empty());
 }
 
-TEST(VokReader, Face4UVsOfOtherLengthThanTheFacesStayInBounds) {
+TEST(VokReader, Face4UVsOfAnotherLengthStayInBounds) {
     const std::array<float, 8> uv{0, 1, 2, 3, 4, 5, 6, 7};
     for (const std::size_t count : {0U, 1U, 2U, 3U, 50U}) {
         VokBuilder vok = quadAndTriangle();
@@ -471,7 +472,7 @@ TEST(VokReader, Face4UVsOfOtherLengthThanTheFacesStayInBounds) {
     }
 }
 
-TEST(VokReader, Face4UVsBehindAShorterSecondFaceList) {
+TEST(VokReader, Face4UVsFollowAShorterSecondFaceList) {
     VokBuilder vok = quadAndTriangle();
     vok.faces({{0, 1, 2, kTriangle}});
     vok.faceUVs({{0, 1, 2, 3, 4, 5, 6, 7}, {9, 9, 9, 9, 9, 9, 9, 9}});
@@ -480,8 +481,8 @@ TEST(VokReader, Face4UVsBehindAShorterSecondFaceList) {
     EXPECT_EQ(flat(mesh.coordsUV), (std::vector<float>{0, 1, 2, 3, 4, 5}));
 }
 
-TEST(VokReader, Face4UVsBehindTrianglesFollowTheStaleSplit) {
-    // Triangles do not touch what is known of the quads before them.
+TEST(VokReader, Face4UVsAfterTrianglesFollowTheStaleSplit) {
+    // Triangles do not change what is known about the quads before them.
     VokBuilder vok = quadAndTriangle();
     vok.triangles({{0, 1, 2}});
     vok.faceUVs({{0, 1, 2, 3, 4, 5, 6, 7}, {9, 9, 9, 9, 9, 9, 9, 9}});
@@ -525,7 +526,7 @@ TEST(VokReader, TruncationAtEveryByteIsANormalEnd) {
     EXPECT_EQ(mesh.vertexColors.size(), 5U);
 }
 
-TEST(VokReader, EveryByteFlippedIsSurvived) {
+TEST(VokReader, SurvivesEveryByteFlipped) {
     const ScratchFolder folder;
     const std::string path = folder / u8"flipped.Vok";
     const std::string whole = everyBlockKind().bytes();
@@ -538,7 +539,7 @@ TEST(VokReader, EveryByteFlippedIsSurvived) {
     }
 }
 
-TEST(VokReader, ArraysHaveNoRoomToSpare) {
+TEST(VokReader, ArraysHaveNoSpareCapacity) {
     VokBuilder vok;
     for (std::size_t n = 1; n < 20; ++n) {
         vok.points(std::vector<std::array<float, 3>>(n));

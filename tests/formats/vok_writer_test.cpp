@@ -21,14 +21,14 @@ namespace {
 using test::ScratchFolder;
 using test::VokBuilder;
 
-// What the writer puts in front of every mesh.
+// What the writer puts before every mesh.
 VokBuilder expectedStart() {
     VokBuilder vok;
     vok.block(5001, 20, 1, std::string(4, '\0'));
     return vok;
 }
 
-// The file of a mesh; empty if it could not be written.
+// The bytes of a mesh's file; empty if it could not be written.
 std::string exported(const DMesh& mesh) {
     const ScratchFolder folder;
     const std::string path = folder / u8"out.Vok";
@@ -58,28 +58,28 @@ DMesh square() {
 const std::vector<std::array<float, 3>> kSquarePoints{
     {0, 0, 0}, {1, 0, 0.5F}, {1, 1, -0.0F}, {0, 1, 0}};
 
-TEST(VokWriter, PlainMesh) {
+TEST(VokWriter, WritesAPlainMesh) {
     const std::string expected =
         expectedStart().points(kSquarePoints).triangles({{0, 1, 3}, {1, 2, 3}}).end().bytes();
     EXPECT_EQ(exported(square()), expected);
 }
 
-TEST(VokWriter, NoVertexGivesEmptyBlocks) {
-    // Counts of 0 fit everything, so that even the lists that nothing is in are there.
+TEST(VokWriter, AnEmptyMeshGivesEmptyBlocks) {
+    // Counts of 0 match everything, so even the lists without elements are written.
     const std::string expected =
         expectedStart().points({}).triangles({}).triangleUVs({}).mask("").colors({}).end().bytes();
     EXPECT_EQ(exported(DMesh()), expected);
     EXPECT_EQ(expected.size(), 32U + 20 + 6 * 16);
 }
 
-TEST(VokWriter, NoActiveVertexGivesEmptyPointsAndTriangles) {
+TEST(VokWriter, WithoutActiveVerticesWritesEmptyPointsAndTriangles) {
     DMesh mesh = square();
     mesh.vertexActive.Reset(4);
     mesh.triangleActive.Reset(2);
     EXPECT_EQ(exported(mesh), expectedStart().points({}).triangles({}).end().bytes());
 }
 
-TEST(VokWriter, NoTrianglesGiveAnEmptyUVBlock) {
+TEST(VokWriter, WithoutTrianglesWritesAnEmptyUVBlock) {
     DMesh mesh = square();
     mesh.triangles.clear();
     activate(mesh.triangleActive, 0);
@@ -87,7 +87,7 @@ TEST(VokWriter, NoTrianglesGiveAnEmptyUVBlock) {
               expectedStart().points(kSquarePoints).triangles({}).triangleUVs({}).end().bytes());
 }
 
-TEST(VokWriter, DeadVerticesAreLeftOutAndIndicesAreDense) {
+TEST(VokWriter, OmitsDeadVerticesAndKeepsIndicesDense) {
     DMesh mesh = square();
     mesh.vertexActive.Clear(0);
     mesh.triangleActive.Clear(0);
@@ -113,7 +113,7 @@ TEST(VokWriter, ActiveTriangleAtADeadVertexGetsIndexMinusOne) {
                                   .bytes());
 }
 
-TEST(VokWriter, IndicesThatLeadNowhereAreNotFollowed) {
+TEST(VokWriter, DoesNotFollowIndicesOutOfRange) {
     DMesh mesh = square();
     mesh.triangles[0] = 4;
     mesh.triangles[1] = 0xFFFFFFFF;
@@ -127,7 +127,7 @@ TEST(VokWriter, IndicesThatLeadNowhereAreNotFollowed) {
                                   .bytes());
 }
 
-TEST(VokWriter, ActivityBitsBehindTheArraysAreNotFollowed) {
+TEST(VokWriter, IgnoresActivityBitsBeyondTheArrays) {
     DMesh mesh;
     activate(mesh.vertexActive, 3);
     activate(mesh.triangleActive, 1);
@@ -147,7 +147,7 @@ TEST(VokWriter, UVsAreWrittenPerCorner) {
                                   .bytes());
 }
 
-TEST(VokWriter, ListsOfOtherLengthAreNotWritten) {
+TEST(VokWriter, OmitsListsOfAnotherLength) {
     DMesh mesh = square();
     const std::string plain = exported(mesh);
     mesh.maskValues = {1, 2, 3};
@@ -168,7 +168,7 @@ TEST(VokWriter, FourthColorByteIsZero) {
                                   .bytes());
 }
 
-// More than the writer gathers at a time.
+// More than the writer buffers at a time.
 DMesh longStrip(std::uint32_t count) {
     DMesh mesh;
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -188,7 +188,7 @@ DMesh longStrip(std::uint32_t count) {
     return mesh;
 }
 
-TEST(VokWriter, WhatIsWrittenIsReadBack) {
+TEST(VokWriter, CanBeReadBack) {
     const ScratchFolder folder;
     const std::string path = folder / u8"größe 大.Vok";
     const DMesh mesh = longStrip(30000);
@@ -208,7 +208,7 @@ TEST(VokWriter, WhatIsWrittenIsReadBack) {
         ASSERT_EQ(back.coordsUV[c].u, static_cast<float>(mesh.triangles[c]));
 }
 
-TEST(VokWriter, AnotherFileOfThatNameIsReplaced) {
+TEST(VokWriter, ReplacesAnExistingFile) {
     const ScratchFolder folder;
     const std::string path = folder / u8"out.Vok";
     test::writeWhole(path, std::string(100000, 'x'));
@@ -216,7 +216,7 @@ TEST(VokWriter, AnotherFileOfThatNameIsReplaced) {
     EXPECT_EQ(test::readWhole(path), exported(square()));
 }
 
-TEST(VokWriter, PathsThatCannotBeOpenedFail) {
+TEST(VokWriter, UnopenablePathsFail) {
     const ScratchFolder folder;
     EXPECT_FALSE(exportDMesh("", square()));
     EXPECT_FALSE(exportDMesh(HeapString(), square()));
@@ -225,14 +225,14 @@ TEST(VokWriter, PathsThatCannotBeOpenedFail) {
     EXPECT_TRUE(platform::exists(folder.path().c_str()));
 }
 
-TEST(VokWriter, ClosedFileTakesNoHeader) {
+TEST(VokWriter, FailsToWriteAHeaderToAClosedFile) {
     platform::File closed;
     EXPECT_FALSE(writeVokFileHeader(closed));
     EXPECT_FALSE(writeVokBlockHeader(closed, {}));
 }
 
 #ifndef _WIN32
-TEST(VokWriter, FullDiskLeavesNoFileWhereverItStrikes) {
+TEST(VokWriter, AFullDiskAtAnyPointLeavesNoFile) {
     const ScratchFolder folder;
     const std::string path = folder / u8"out.Vok";
     const DMesh small = square();
@@ -259,7 +259,7 @@ TEST(VokWriter, FullDiskLeavesNoFileWhereverItStrikes) {
     EXPECT_TRUE(exportDMesh(path.c_str(), large));
 }
 
-TEST(VokWriter, AnOldFileThatCannotBeOpenedIsNotLeftInPlaceOfTheNewOne) {
+TEST(VokWriter, DeletesAnOldFileThatItCannotOpen) {
     const ScratchFolder folder;
     const std::string path = folder / u8"out.Vok";
     ASSERT_TRUE(exportDMesh(path.c_str(), square()));
@@ -270,7 +270,7 @@ TEST(VokWriter, AnOldFileThatCannotBeOpenedIsNotLeftInPlaceOfTheNewOne) {
     EXPECT_FALSE(platform::exists(path.c_str()));
 }
 
-TEST(VokWriter, ADeviceThatCannotBeOpenedStays) {
+TEST(VokWriter, KeepsADeviceThatItCannotOpen) {
     const ScratchFolder folder;
     const std::string link = folder / u8"null.Vok";
     std::filesystem::create_symlink("/dev/null", test::pathOfUtf8(link));
@@ -281,9 +281,9 @@ TEST(VokWriter, ADeviceThatCannotBeOpenedStays) {
     EXPECT_TRUE(platform::exists(link.c_str()));
 }
 
-TEST(VokWriter, DeviceFailsAndStays) {
+TEST(VokWriter, AFailingDeviceIsKept) {
     ASSERT_TRUE(platform::exists("/dev/full"));
-    // Through a link: a tool that deleted what it wrote to would do no harm.
+    // Written through a link, so that deleting the output by mistake does no harm.
     const ScratchFolder folder;
     const std::string link = folder / u8"full.Vok";
     std::filesystem::create_symlink("/dev/full", test::pathOfUtf8(link));

@@ -44,7 +44,7 @@ inline void appendAll(VSplitList& list, const std::vector<VSplit>& splits) {
     }
 }
 
-// The first position whose record is not that of the model; -1 if there is none.
+// The first position whose record differs from the model; -1 if there is none.
 inline std::int64_t firstDifference(VSplitList& list, const std::vector<VSplit>& model,
                                     VSplitFormat format) {
     if (list.NumVtxSplit() != model.size()) return static_cast<std::int64_t>(model.size());

@@ -18,7 +18,7 @@ using test::recordBytes;
 using test::VSplitListTest;
 using test::wordsOf;
 
-// The last section of a .kvm file, put together by hand.
+// The last section of a .kvm file, assembled by hand.
 class VSplitListLoad : public VSplitListTest {
 protected:
     void SetUp() override {
@@ -31,7 +31,7 @@ protected:
         }
     }
     bool load(VSplitList& list, const std::string& from, std::int32_t limit = -1) const {
-        // Something stands in front, as in a .kvm file.
+        // Other bytes precede the section, as in a .kvm file.
         test::writeWhole(folder / u8"splits", "front" + from);
         platform::File file = reopened(u8"splits");
         file.seek(5, SEEK_SET);
@@ -48,7 +48,7 @@ protected:
     std::vector<std::size_t> ends;  // of each record in `bytes`
 };
 
-TEST_F(VSplitListLoad, WithoutLimitAllRecordsAreAtTheirPositions) {
+TEST_F(VSplitListLoad, WithoutALimitAllRecordsAreAtTheirPositions) {
     VSplitList list;
     list.pageCapacity = 2;
     EXPECT_TRUE(load(list, bytes));
@@ -60,7 +60,7 @@ TEST_F(VSplitListLoad, WithoutLimitAllRecordsAreAtTheirPositions) {
     EXPECT_EQ(list.pageBytes(), static_cast<std::int64_t>(8 + recordBytes(splits, format)));
 }
 
-TEST_F(VSplitListLoad, SavedAndLoadedOverManyChunksIsTheSame) {
+TEST_F(VSplitListLoad, SavingAndLoadingManyChunksChangesNothing) {
     for (const VSplitFormat some : kAllFormats) {
         format = some;
         const auto model = samples.next(5000);
@@ -119,7 +119,7 @@ TEST_F(VSplitListLoad, ReplacesAnOpenList) {
     EXPECT_TRUE(load(list, bytes));
     EXPECT_EQ(firstDifference(list, splits, format), -1);
     list.close();
-    EXPECT_EQ(filesInFolder(), 1U) << "the saved file alone";
+    EXPECT_EQ(filesInFolder(), 1U) << "only the saved file";
 }
 
 TEST_F(VSplitListLoad, LoadedListCanGrowAndSpill) {
@@ -147,7 +147,7 @@ TEST_F(VSplitListLoad, TruncationAtEveryByteKeepsTheWholeRecords) {
     }
 }
 
-TEST_F(VSplitListLoad, HostileTotalsTakeWhatIsThere) {
+TEST_F(VSplitListLoad, HostileTotalsLoadOnlyExistingRecords) {
     for (const std::uint32_t total : {31U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         const std::string hostile = test::bytesOf({total}) + bytes.substr(4);
         VSplitList list;
@@ -159,7 +159,7 @@ TEST_F(VSplitListLoad, HostileTotalsTakeWhatIsThere) {
 TEST_F(VSplitListLoad, HostileListCountEndsTheReading) {
     for (const std::uint32_t count : {0x00FFFFFFU, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
         std::string hostile = bytes;
-        // The corners' count of the third record.
+        // The count of the third record's corners.
         hostile.replace(ends[1] + 16, 4, test::bytesOf({count}));
         VSplitList list;
         EXPECT_FALSE(load(list, hostile));
@@ -167,7 +167,7 @@ TEST_F(VSplitListLoad, HostileListCountEndsTheReading) {
     }
 }
 
-TEST_F(VSplitListLoad, EveryWordAsAHostileCountIsSurvived) {
+TEST_F(VSplitListLoad, SurvivesEveryWordAsAHostileCount) {
     for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
         for (const std::uint32_t value : {0U, 1U, 100U, 0xFFFFFFFFU}) {
             std::string hostile = bytes;

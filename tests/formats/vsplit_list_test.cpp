@@ -30,7 +30,7 @@ using test::recordBytes;
 using test::VSplitListTest;
 using test::wordsOf;
 
-// What the level update does to a record.
+// The change that the level update makes to a record.
 void exchangePosition(VSplitList& list, std::vector<VSplit>& model, std::int32_t i, FloatVec3 p) {
     VSplitView view = list.ensureLoaded(i);
     list.markDirty();
@@ -48,7 +48,7 @@ TEST_F(VSplitListTest, ComputedPageCapacityFollowsTheFormat) {
     }
 }
 
-TEST_F(VSplitListTest, ALackOfMemoryWhileItOpensLeavesNoFileBehind) {
+TEST_F(VSplitListTest, RunningOutOfMemoryInOpenLeavesNoFile) {
     bool failed = true;
     for (std::uint64_t nth = 1; failed; ++nth) {
         {
@@ -111,12 +111,12 @@ TEST_F(VSplitListTest, DestructionDeletesTheFile) {
     EXPECT_EQ(filesInFolder(), 0U);
 }
 
-TEST_F(VSplitListTest, FullPageSpillsAndLeavesAnEmptyOne) {
+TEST_F(VSplitListTest, AFullPageSpillsAndLeavesAnEmptyOne) {
     const VSplitFormat format{true, false};
     const auto splits = samples.next(481);
     VSplitList list;
     list.open(format, kManyVertices, 2);
-    EXPECT_EQ(list.pageBytes(), 8) << "a page of no records";
+    EXPECT_EQ(list.pageBytes(), 8) << "a page without records";
     for (const VSplit& split : splits) {
         EXPECT_EQ(list.pageFirst(), 0);
         list.append(split);
@@ -132,20 +132,20 @@ TEST_F(VSplitListTest, FullPageSpillsAndLeavesAnEmptyOne) {
     EXPECT_EQ(list.NumVtxSplit(), 481U);
 }
 
-TEST_F(VSplitListTest, PageThatIsNotFullStays) {
+TEST_F(VSplitListTest, APartialPageIsNotSpilled) {
     VSplitList list;
     list.pageCapacity = 3;
     list.open({}, kManyVertices, 2);
     appendAll(list, samples.next(2));
     EXPECT_EQ(list.pageCount(), 2U);
-    // A mirrored pair may overfill it.
+    // A mirrored pair may overfill the page.
     list.append(samples.next());
     list.append(samples.next());
     list.spillIfFull();
     EXPECT_EQ(list.pageFirst(), 4);
 }
 
-// The first of the splits, as many as a page of this list holds, and that page taken.
+// Appends as many of the splits as a page of this list holds, and takes that page.
 void takeFirstPage(VSplitList& list, const std::vector<VSplit>& splits, std::uint32_t capacity) {
     list.pageCapacity = capacity;
     list.open({}, kManyVertices, 2);
@@ -154,7 +154,7 @@ void takeFirstPage(VSplitList& list, const std::vector<VSplit>& splits, std::uin
     ASSERT_TRUE(list.takeFullPage());
 }
 
-TEST_F(VSplitListTest, APageThatIsTakenIsStoredLater) {
+TEST_F(VSplitListTest, ATakenPageIsStoredLater) {
     const auto splits = samples.next(8);
     VSplitList list;
     takeFirstPage(list, splits, 3);
@@ -169,7 +169,7 @@ TEST_F(VSplitListTest, APageThatIsTakenIsStoredLater) {
     EXPECT_EQ(firstDifference(list, splits, {}), -1);
 }
 
-TEST_F(VSplitListTest, APageThatFillsUpWhileOneIsStoredGrows) {
+TEST_F(VSplitListTest, APageThatFillsUpDuringAStoreGrows) {
     const auto splits = samples.next(9);
     VSplitList list;
     takeFirstPage(list, splits, 2);
@@ -185,7 +185,7 @@ TEST_F(VSplitListTest, APageThatFillsUpWhileOneIsStoredGrows) {
     EXPECT_EQ(firstDifference(list, splits, {}), -1);
 }
 
-TEST_F(VSplitListTest, AFullPageThatIsOnDiskAlreadyIsLetGoAlone) {
+TEST_F(VSplitListTest, AFullPageAlreadyOnDiskIsDroppedWithoutAStore) {
     const auto splits = samples.next(4);
     VSplitList list;
     list.pageCapacity = 2;
@@ -201,7 +201,7 @@ TEST_F(VSplitListTest, AFullPageThatIsOnDiskAlreadyIsLetGoAlone) {
     EXPECT_EQ(firstDifference(list, splits, {}), -1);
 }
 
-// Each thread appends under a lock and stores without it, as the threads of a decimation do.
+// Each thread appends under a lock and stores without it, as threads do in a decimation.
 TEST_F(VSplitListTest, ThreadsStorePagesWhileOthersAppend) {
     constexpr std::size_t kThreads = 4;
     constexpr std::size_t kEach = 3000;
@@ -259,7 +259,7 @@ TEST_F(VSplitListTest, EveryPageCapacityGivesTheSameRecords) {
     }
 }
 
-TEST_F(VSplitListTest, WalksAndChangesGiveWhatAPlainListGives) {
+TEST_F(VSplitListTest, WalksAndChangesMatchAPlainList) {
     for (const VSplitFormat format : kAllFormats) {
         auto model = samples.next(2500);
         VSplitList list;
@@ -276,7 +276,7 @@ TEST_F(VSplitListTest, WalksAndChangesGiveWhatAPlainListGives) {
     }
 }
 
-TEST_F(VSplitListTest, RandomAccessAndChangesGiveWhatAPlainListGives) {
+TEST_F(VSplitListTest, RandomAccessAndChangesMatchAPlainList) {
     const VSplitFormat format{true, true};
     auto model = samples.next(1500);
     VSplitList list;
@@ -309,7 +309,7 @@ TEST_F(VSplitListTest, PositionZeroIsLoadedDirectly) {
 }
 
 #ifndef _WIN32
-TEST_F(VSplitListTest, PositionZeroNeedsNoPageBetween) {
+TEST_F(VSplitListTest, PositionZeroNeedsNoPagesInBetween) {
     VSplitList list;
     list.pageCapacity = 2;
     const auto splits = samples.next(9);
@@ -317,13 +317,13 @@ TEST_F(VSplitListTest, PositionZeroNeedsNoPageBetween) {
     appendAll(list, splits);
     const auto firstPage = 8 + recordBytes({splits[0], splits[1]}, {});
     std::filesystem::resize_file(test::pathOfUtf8(list.path().c_str()), firstPage);
-    EXPECT_EQ(list.ensureLoaded(1).vertex(), kNone) << "the lengths that lead there are gone";
+    EXPECT_EQ(list.ensureLoaded(1).vertex(), kNone) << "the lengths that lead there are lost";
     EXPECT_EQ(wordsOf(list.ensureLoaded(0)), wordsOf(splits[0], {}));
     EXPECT_EQ(wordsOf(list.ensureLoaded(1)), wordsOf(splits[1], {}));
 }
 #endif
 
-TEST_F(VSplitListTest, PageOnlyReadIsNotWritten) {
+TEST_F(VSplitListTest, APageOnlyReadIsNotWritten) {
     VSplitList list;
     list.pageCapacity = 2;
     list.open({}, kManyVertices, 2);
@@ -336,7 +336,7 @@ TEST_F(VSplitListTest, PageOnlyReadIsNotWritten) {
     EXPECT_FALSE(list.dirty());
 }
 
-TEST_F(VSplitListTest, AppendAfterAccessGoesBehindTheLastRecord) {
+TEST_F(VSplitListTest, AppendAfterAccessFollowsTheLastRecord) {
     for (const std::size_t count : {5U, 6U}) {
         auto model = samples.next(count);
         VSplitList list;
@@ -354,7 +354,7 @@ TEST_F(VSplitListTest, AppendAfterAccessGoesBehindTheLastRecord) {
     }
 }
 
-TEST_F(VSplitListTest, AppendAndSpillAllocateNothingInTheSteadyState) {
+TEST_F(VSplitListTest, AppendAndSpillAllocateNothingInSteadyState) {
     for (const VSplitFormat format : kAllFormats) {
         const auto splits = samples.next(2000);
         VSplitList list;
@@ -385,7 +385,7 @@ TEST_F(VSplitListTest, TwoListsInOneFolderShareNoFile) {
     EXPECT_EQ(filesInFolder(), 0U);
 }
 
-TEST_F(VSplitListTest, FolderOfThatNameIsPassedOver) {
+TEST_F(VSplitListTest, AFolderWithTheFilesNameIsSkipped) {
     std::filesystem::create_directory(test::pathOfUtf8(folder / u8"VSplitList.data"));
     VSplitList list;
     list.open({}, kManyVertices, 2);
@@ -409,7 +409,7 @@ TEST_F(VSplitListTest, WithoutAFolderThePagesStayInMemory) {
 }
 
 #ifndef _WIN32
-TEST_F(VSplitListTest, FullDiskKeepsPagesInMemory) {
+TEST_F(VSplitListTest, AFullDiskKeepsPagesInMemory) {
     const VSplitFormat format{true, true};
     for (const std::size_t room : {0U, 1U, 5000U, 30000U}) {
         auto model = samples.next(400);
@@ -425,14 +425,14 @@ TEST_F(VSplitListTest, FullDiskKeepsPagesInMemory) {
             difference = firstDifference(list, model, format);
         }
         EXPECT_EQ(difference, -1) << room;
-        // With room again, nothing that is on disk is taken for what is in memory.
+        // Once there is room again, stale pages on disk do not replace those in memory.
         for (int k = 0; k < 500; ++k)
             exchangePosition(list, model, samples.number(400), samples.position());
         EXPECT_EQ(firstDifference(list, model, format), -1) << room;
     }
 }
 
-TEST_F(VSplitListTest, DiskThatFillsUpLaterKeepsWhatItHas) {
+TEST_F(VSplitListTest, ADiskThatFillsUpLaterKeepsItsPages) {
     auto model = samples.next(200);
     VSplitList list;
     list.pageCapacity = 5;
@@ -452,7 +452,7 @@ TEST_F(VSplitListTest, DiskThatFillsUpLaterKeepsWhatItHas) {
     EXPECT_EQ(difference, -1);
 }
 
-TEST_F(VSplitListTest, LostScratchFileGivesBlankRecordsAndNoCrash) {
+TEST_F(VSplitListTest, ALostScratchFileGivesBlankRecords) {
     for (const VSplitFormat format : kAllFormats) {
         VSplitList list;
         list.pageCapacity = 5;
@@ -489,7 +489,7 @@ TEST_F(VSplitListTest, GarbageInTheScratchFileIsNeverFollowed) {
 }
 #endif
 
-TEST_F(VSplitListTest, SavedNewestFirst) {
+TEST_F(VSplitListTest, RecordsAreSavedNewestFirst) {
     const VSplitFormat format{true, true};
     const auto splits = samples.next(10);
     VSplitList list;

@@ -18,7 +18,7 @@ std::vector<T> copyOf(std::span<T> items) {
     return {items.begin(), items.end()};
 }
 
-TEST(VSplitRecord, BareRecordIs24BytesPlusItsTwoLists) {
+TEST(VSplitRecord, ABareRecordIs24BytesPlusItsTwoLists) {
     VSplit split;
     EXPECT_EQ(vsplitWords(split, {}) * 4, 24U);
     split.corners = {1, 2, 3};
@@ -42,13 +42,13 @@ TEST(VSplitRecord, ColorsAddFourBytesAndUVsTwelvePlusTheirLists) {
     EXPECT_EQ(vsplitWords(split, {true, true}) * 4, 28U + 12 + 4 * (3 + 4 + 2 * 2));
 }
 
-TEST(VSplitRecord, FieldsLieInTheToldOrder) {
+TEST(VSplitRecord, FieldsAreInTheDocumentedOrder) {
     VSplitSamples samples;
     for (const VSplitFormat format : kAllFormats) {
         for (const VSplit& split : samples.next(50)) {
             std::vector<std::uint32_t> words{77};
             appendVSplit(words, split, format);
-            ASSERT_EQ(words[0], 77U) << "it is appended";
+            ASSERT_EQ(words[0], 77U) << "the record is appended";
             words.erase(words.begin());
             EXPECT_EQ(words, test::wordsOf(split, format));
             EXPECT_EQ(words.size(), vsplitWords(split, format));
@@ -90,7 +90,7 @@ TEST(VSplitRecord, ViewGivesEveryField) {
     }
 }
 
-TEST(VSplitRecord, ChangesThroughTheViewAreThoseOfTheRecord) {
+TEST(VSplitRecord, ChangesThroughTheViewChangeTheRecord) {
     VSplitSamples samples;
     VSplit split = samples.next();
     split.corners = {1, 2};
@@ -114,13 +114,13 @@ TEST(VSplitRecord, ChangesThroughTheViewAreThoseOfTheRecord) {
     EXPECT_EQ(words, test::wordsOf(split, format));
 }
 
-TEST(VSplitRecord, MeasureKnowsAWholeRecordFromACutOne) {
+TEST(VSplitRecord, MeasureDetectsTruncatedRecords) {
     VSplitSamples samples;
     for (const VSplitFormat format : kAllFormats) {
         for (const VSplit& split : samples.next(20)) {
             const std::vector<std::uint32_t> words = test::wordsOf(split, format);
             for (std::size_t length = 0; length < words.size(); ++length) {
-                // A copy, so that the sanitizer sees a read behind it.
+                // A copy, so that the sanitizer detects a read past its end.
                 const std::vector<std::uint32_t> cut(words.data(), words.data() + length);
                 const auto least = measureVSplit(cut, format);
                 EXPECT_GT(least, length);

@@ -14,7 +14,7 @@ namespace korvalite::test {
 inline constexpr VSplitFormat kAllFormats[] = {
     {false, false}, {true, false}, {false, true}, {true, true}};
 
-// Splits with every list filled, whether the format has it or not.
+// Splits with every list filled, whether or not the format has it.
 class VSplitSamples {
 public:
     VSplit next() {
@@ -40,7 +40,7 @@ public:
 
     FloatVec3 position() { return {real(), real(), real()}; }
     float real() { return static_cast<float>(number(20001) - 10000) / 64.0F; }
-    // From 0 to limit - 1.
+    // A random number from 0 to limit - 1.
     std::int32_t number(std::int32_t limit) {
         return static_cast<std::int32_t>(random_() % static_cast<std::uint32_t>(limit));
     }
@@ -56,7 +56,7 @@ private:
     std::mt19937 random_{20240229};
 };
 
-// The on-disk words of a record, told once more without the product's code.
+// The on-disk words of a record, written independently of the product's code.
 inline std::vector<std::uint32_t> wordsOf(const VSplit& split, VSplitFormat format) {
     std::vector<std::uint32_t> words;
     const auto put = [&](auto value) {
