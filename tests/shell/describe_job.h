@@ -8,7 +8,7 @@
 
 namespace korvalite::test {
 
-// Every field as text, for comparisons whose failure can be read.
+// Every field as text, so that a failed comparison is readable.
 inline std::string describe(const BatchSettings& s) {
     std::ostringstream out;
     out << "InputFile=" << s.InputFile.view() << " OutputFile=" << s.OutputFile.view()

@@ -24,22 +24,22 @@ TEST(DuplicateInputs, DifferentInputsGiveNoLine) {
     EXPECT_EQ(linesFor({"a.Vok", "b.Vok", "x/a.Vok"}), "");
 }
 
-TEST(DuplicateInputs, LetterCaseDoesNotTellInputsApart) {
+TEST(DuplicateInputs, LetterCaseDoesNotDistinguishInputs) {
     EXPECT_EQ(linesFor({"dir/Head.Vok", "DIR/head.VOK"}), "   - head\n");
 }
 
-TEST(DuplicateInputs, EachLaterEntryHasOneLineHoweverManyItEquals) {
+TEST(DuplicateInputs, EachLaterDuplicateHasOneLine) {
     EXPECT_EQ(linesFor({"a.Vok", "b.Vok", "a.Vok", "B.Vok", "A.Vok"}), "   - a\n   - B\n   - A\n");
 }
 
-TEST(DuplicateInputs, TheNameIsCutAtTheLastDotAndThenAtTheLastSeparator) {
+TEST(DuplicateInputs, NamesAreCutAtTheLastDotThenSeparator) {
     EXPECT_EQ(linesFor({"a.b/c", "a.b/c"}), "   - a\n");
     EXPECT_EQ(linesFor({"C:\\t\\x.I.Vok", "C:\\t\\x.I.Vok"}), "   - x.I\n");
     EXPECT_EQ(linesFor({"plain", "plain"}), "   - plain\n");
     EXPECT_EQ(linesFor({"", ""}), "   - \n");
 }
 
-TEST(DuplicateInputs, AHundredThousandEntriesAreNoWork) {
+TEST(DuplicateInputs, HandlesAHundredThousandEntriesQuickly) {
     std::forward_list<BatchEntry> entries(100'000);
     int number = 0;
     for (BatchEntry& entry : entries) {

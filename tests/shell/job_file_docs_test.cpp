@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Holds docs/job-file.md against the table of keys.
+// Checks docs/job-file.md against the table of keys.
 #include "shell/describe_job.h"
 #include "shell/job_file.h"
 #include "support/scratch_folder.h"
@@ -68,7 +68,7 @@ std::string loaded(const std::string& text) {
     return test::describe(job);
 }
 
-TEST(JobFileDocs, EveryKeyHasOneRowAndEveryRowIsAKey) {
+TEST(JobFileDocs, HaveExactlyOneRowPerKey) {
     std::vector<std::string> documented;
     for (const DocumentedKey& row : documentedKeys())
         documented.push_back(row.key);
@@ -80,7 +80,7 @@ TEST(JobFileDocs, EveryKeyHasOneRowAndEveryRowIsAKey) {
     EXPECT_EQ(documented, known);
 }
 
-TEST(JobFileDocs, EveryDefaultIsTheRealOne) {
+TEST(JobFileDocs, StateTheRealDefaults) {
     int defaultCount = 0;
     for (const DocumentedKey& row : documentedKeys()) {
         const std::string& value = row.columns.at("Default");
@@ -92,7 +92,7 @@ TEST(JobFileDocs, EveryDefaultIsTheRealOne) {
     EXPECT_GT(defaultCount, 25);
 }
 
-/// A value of the row's kind that is neither the default nor without meaning.
+/// A value of the row's kind that differs from the default and has a meaning.
 std::string otherValue(const DocumentedKey& row) {
     const std::string& kind = row.columns.at("Value");
     const std::string& value = row.columns.at("Default");
@@ -112,7 +112,7 @@ std::string otherValue(const DocumentedKey& row) {
     return "some text";
 }
 
-TEST(JobFileDocs, EveryKeyTakesAValueOfItsKindAndObeysItsPlace) {
+TEST(JobFileDocs, StateTheKindAndPlaceOfEveryKey) {
     for (const DocumentedKey& row : documentedKeys()) {
         if (row.key == "EndBatch") continue;
         const std::string line = row.key + "=" + otherValue(row) + "\n";

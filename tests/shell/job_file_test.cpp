@@ -22,7 +22,7 @@ protected:
         test::writeWhole(path, text);
         return LoadJobFile(path.c_str(), job_);
     }
-    /// The settings after one line inside of an entry.
+    /// The settings after one line inside an entry.
     BatchSettings inEntry(const std::string& line) {
         ResetJobConfig(job_);
         EXPECT_TRUE(load("StartBatch\n" + line + "\nEndBatch\n"));
@@ -49,7 +49,7 @@ std::string text(const HeapString& string) {
     return std::string(string.view());
 }
 
-TEST(ParseBool, TakesFourWordsForNoAndAllElseForYes) {
+TEST(ParseBool, TakesFourWordsAsNoAndAllElseAsYes) {
     for (const char* no : {"No", "NO", "no", "0", "False", "FALSE", "#f", "#F"})
         EXPECT_FALSE(ParseBool(no)) << no;
     for (const char* yes : {"", "Yes", "1", "true", "00", "No ", "nope", "f", "-"})
@@ -57,7 +57,7 @@ TEST(ParseBool, TakesFourWordsForNoAndAllElseForYes) {
     EXPECT_TRUE(ParseBool(HeapString()));
 }
 
-TEST_F(JobFileTest, MissingFileFolderAndEmptyFileAreRefused) {
+TEST_F(JobFileTest, RefusesMissingFilesFoldersAndEmptyFiles) {
     EXPECT_FALSE(LoadJobFile((folder_ / u8"none.kvc").c_str(), job_));
     EXPECT_FALSE(LoadJobFile(folder_.path().c_str(), job_));
     EXPECT_FALSE(LoadJobFile(HeapString(), job_));
@@ -71,7 +71,7 @@ TEST_F(JobFileTest, AFileOfBlanksHasNoEntries) {
     EXPECT_EQ(entryCount(), 0U);
 }
 
-TEST_F(JobFileTest, AKeyAloneIsHandledAndAKeyWithNothingBehindItsSeparatorIsNot) {
+TEST_F(JobFileTest, AKeyAloneTakesEffectButNotWithAnEmptyValue) {
     EXPECT_TRUE(inEntry("DoReorder").DoReorder);
     EXPECT_TRUE(inEntry("DoReorder=No\nDoReorder").DoReorder);
     EXPECT_FALSE(inEntry("DoReorder=No\nDoReorder=").DoReorder);
@@ -79,14 +79,14 @@ TEST_F(JobFileTest, AKeyAloneIsHandledAndAKeyWithNothingBehindItsSeparatorIsNot)
     EXPECT_TRUE(inEntry("FreezeBorder").FreezeBorder);
 }
 
-TEST_F(JobFileTest, TheLongerKeyWinsForItsLines) {
+TEST_F(JobFileTest, TheLongerKeyWins) {
     const BatchSettings settings = inEntry("UseVtxColorsCoef=25");
     EXPECT_EQ(settings.UseVtxColorsCoef, 25.0F);
     EXPECT_FALSE(settings.UseVtxColors);
     EXPECT_TRUE(inEntry("UseVtxColors=1").UseVtxColors);
 }
 
-TEST_F(JobFileTest, NoKeyIsHiddenByAnotherOneThatItBeginsWith) {
+TEST_F(JobFileTest, NoKeyIsHiddenByAnEarlierPrefix) {
     const auto keys = keyTable();
     for (std::size_t longer = 0; longer < keys.size(); ++longer) {
         for (std::size_t other = longer + 1; other < keys.size(); ++other) {
@@ -96,7 +96,7 @@ TEST_F(JobFileTest, NoKeyIsHiddenByAnotherOneThatItBeginsWith) {
     }
 }
 
-TEST_F(JobFileTest, SymmetryTakesItsWordsOnly) {
+TEST_F(JobFileTest, SymmetryAcceptsOnlyItsWords) {
     EXPECT_EQ(inEntry("Symmetry=no").Symmetry, kSymmetryNone);
     EXPECT_EQ(inEntry("Symmetry=X").Symmetry, kSymmetryX);
     EXPECT_EQ(inEntry("Symmetry=Y").Symmetry, 2);
@@ -129,7 +129,7 @@ TEST_F(JobFileTest, FennikVersionBecomesAVersionCode) {
     EXPECT_EQ(outside("FennikVersion=new").versionCode, 0);
 }
 
-TEST_F(JobFileTest, WholeNumbersAreCutTowardZeroAndPassThroughAFloat) {
+TEST_F(JobFileTest, WholeNumbersAreTruncatedAndPassThroughAFloat) {
     EXPECT_EQ(inEntry("DecimationTargetNum=1.9").DecimationTargetNum, 1);
     EXPECT_EQ(inEntry("DecimationTargetNum=-1.9").DecimationTargetNum, -1);
     EXPECT_EQ(inEntry("DecimationTargetNum=16777217").DecimationTargetNum, 16777216);
@@ -139,20 +139,20 @@ TEST_F(JobFileTest, WholeNumbersAreCutTowardZeroAndPassThroughAFloat) {
     EXPECT_EQ(inEntry("DecimationTargetNum=3,5").DecimationTargetNum, 3);
 }
 
-TEST_F(JobFileTest, WholeNumbersThatDoNotFitAreTheLowestNumber) {
+TEST_F(JobFileTest, WholeNumbersThatDoNotFitBecomeTheLowestNumber) {
     constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
     for (const char* number : {"1e10", "-1e10", "2147483648", "inf", "nan", "1e999"})
         EXPECT_EQ(inEntry("NumThread="s + number).NumThread, kLowest) << number;
 }
 
-TEST_F(JobFileTest, AValueThatBeginsWithNoNumberLeavesTheField) {
+TEST_F(JobFileTest, AValueWithoutANumberKeepsTheField) {
     EXPECT_EQ(inEntry("DecimationTargetNum=many").DecimationTargetNum, 4);
     EXPECT_EQ(inEntry("DecimationTargetNum").DecimationTargetNum, 4);
     EXPECT_EQ(inEntry("DecimationTargetPourcent=\"20\"").DecimationTargetPourcent, -1.0F);
     EXPECT_EQ(inEntry("UseVtxColorsCoef=-").UseVtxColorsCoef, 50.0F);
 }
 
-TEST_F(JobFileTest, AnyLineEndsAndRunsOfEmptyLinesDivideAlike) {
+TEST_F(JobFileTest, AnyLineEndingsAndEmptyLinesSeparateAlike) {
     for (const char* end : {"\n", "\r", "\r\n", "\n\n\n", "\r\r\n\n\r"}) {
         ResetJobConfig(job_);
         const std::string e = end;
@@ -164,7 +164,7 @@ TEST_F(JobFileTest, AnyLineEndsAndRunsOfEmptyLinesDivideAlike) {
     }
 }
 
-TEST_F(JobFileTest, BlanksAroundALineAreCutAndThoseInsideAValueStay) {
+TEST_F(JobFileTest, BlanksAroundALineAreTrimmedButKeptInsideValues) {
     EXPECT_EQ(text(inEntry(" \t InputFile \t=: a  b\tc.Vok \t ").InputFile), "a  b\tc.Vok");
     EXPECT_EQ(text(inEntry("InputFile==C:\\a=b.Vok").InputFile), "C:\\a=b.Vok");
     EXPECT_EQ(text(inEntry("InputFile=\"a.Vok\"").InputFile), "\"a.Vok\"");
@@ -175,7 +175,7 @@ TEST_F(JobFileTest, LetterCaseOfKeysDoesNotMatter) {
     EXPECT_EQ(inEntry("dEcImAtIoNtArGeTnUm=9").DecimationTargetNum, 9);
 }
 
-TEST_F(JobFileTest, LinesThatAreNoKeyAreSkipped) {
+TEST_F(JobFileTest, LinesWithoutAKeyAreSkipped) {
     load("# "
          "DeleteConfigFile=1\n//"
          "DeleteConfigFile=1\nDeleteConfigFil\nnonsense\n=\n:DeleteConfigFile");
@@ -199,7 +199,7 @@ TEST_F(JobFileTest, TheTextEndsAtTheFirstZeroByte) {
     EXPECT_EQ(described(), defaults_);
 }
 
-TEST_F(JobFileTest, EveryByteValueAnywhereIsSurvived) {
+TEST_F(JobFileTest, SurvivesEveryByteValue) {
     std::string bytes;
     for (int first = 1; first < 256; ++first) {
         for (int second = 1; second < 256; second += 7) {
@@ -219,7 +219,7 @@ TEST_F(JobFileTest, OneEnormousLineIsOneLine) {
     EXPECT_EQ(job_.DisplayMode, 0);
 }
 
-TEST_F(JobFileTest, AHundredThousandEntriesAreTakenInAReversedList) {
+TEST_F(JobFileTest, AHundredThousandEntriesFormAReversedList) {
     std::string bytes;
     for (int i = 0; i < 100'000; ++i)
         bytes += "StartBatch\nDecimationTargetNum=" + std::to_string(i) + "\nEndBatch\n";
@@ -230,7 +230,7 @@ TEST_F(JobFileTest, AHundredThousandEntriesAreTakenInAReversedList) {
     EXPECT_EQ(expected, 0);
 }
 
-TEST_F(JobFileTest, AnEntryStartsFromTheDefaultsAndNotFromTheJobsBlock) {
+TEST_F(JobFileTest, AnEntryStartsFromTheDefaultsNotTheJobsSettings) {
     load("DecimationTargetNum=77\nFreezeBorder=1\nStartBatch\nEndBatch\n");
     EXPECT_EQ(job_.settings.DecimationTargetNum, 77);
     EXPECT_EQ(test::describe(job_.batchList.front().settings), test::describe(BatchSettings()));
@@ -249,7 +249,7 @@ TEST_F(JobFileTest, StartBatchNamesTheKind) {
     EXPECT_EQ(kindOf(""), -1);
 }
 
-TEST_F(JobFileTest, PlainStartBatchAndEndBatchActAndThoseWithAnEmptyValueDoNot) {
+TEST_F(JobFileTest, StartBatchAndEndBatchWithEmptyValuesAreIgnored) {
     load("StartBatch\nNumThread=2\nEndBatch=\nNumThread=3\nStartBatch=\nNumThread=4\n"
          "EndBatch now\nNumThread=5\n");
     ASSERT_EQ(entryCount(), 1U);
@@ -258,28 +258,28 @@ TEST_F(JobFileTest, PlainStartBatchAndEndBatchActAndThoseWithAnEmptyValueDoNot) 
     EXPECT_EQ(job_.settings.NumThread, 5);
 }
 
-TEST_F(JobFileTest, ASecondStartBatchOpensAnotherEntryAndTheFirstStays) {
+TEST_F(JobFileTest, ASecondStartBatchOpensAnotherEntry) {
     load("StartBatch\nNumThread=2\nStartBatch=Decimate mesh\nNumThread=3\n");
     ASSERT_EQ(entryCount(), 2U);
     EXPECT_EQ(job_.batchList.front().settings.NumThread, 3);
     EXPECT_EQ(std::next(job_.batchList.begin())->settings.NumThread, 2);
 }
 
-TEST_F(JobFileTest, KeysOfTheJobAloneAreIgnoredInsideAnEntry) {
+TEST_F(JobFileTest, JobOnlyKeysAreIgnoredInsideAnEntry) {
     load("StartBatch\nUseProgressBar=1\nKeepTempFiles=1\nDisplayMode=NO\nProcessId=3\nQueueId=3\n"
          "MessageChannelId=3\nMessageReaderId=3\nEndBatch\n");
     job_.batchList.clear();
     EXPECT_EQ(described(), defaults_);
 }
 
-TEST_F(JobFileTest, SomeKeysReachTheJobFromInsideAnEntry) {
+TEST_F(JobFileTest, SomeJobKeysWorkInsideAnEntry) {
     load("StartBatch\nDeleteConfigFile=1\nAppMode=korvalite\nFennikVersion=3.2\nEndBatch\n");
     EXPECT_TRUE(job_.DeleteConfigFile);
     EXPECT_EQ(job_.AppMode, 0);
     EXPECT_EQ(job_.versionCode, 320);
 }
 
-TEST_F(JobFileTest, KeysOfTheJobAreTakenOutsideOfEntries) {
+TEST_F(JobFileTest, JobKeysWorkOutsideEntries) {
     load("UseProgressBar=1\nKeepTempFiles=1\nDisplayMode=NO\nProcessId=3\nQueueId=4\n"
          "MessageChannelId=5\nMessageReaderId=6\nAppMode=full proto\n");
     EXPECT_TRUE(job_.UseProgressBar);

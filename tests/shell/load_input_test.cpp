@@ -15,7 +15,7 @@ using test::VokBuilder;
 
 class LoadInputTest : public testing::Test {
 protected:
-    /// Loads a file of these bytes under the name.
+    /// Loads a file with these bytes under the name.
     EntryFiles load(const VokBuilder& file, const char8_t* name = u8"mesh.Vok") {
         settings_.InputFile = file.writeTo(folder_, name).c_str();
         return LoadInputInProgMesh(settings_, pm_);
@@ -68,12 +68,12 @@ TEST_F(LoadInputTest, AUniformMaskIsDropped) {
     EXPECT_TRUE(pm_.mesh.maskValues.empty());
 }
 
-TEST_F(LoadInputTest, AMaskThatSaysSomethingStays) {
+TEST_F(LoadInputTest, AVaryingMaskIsKept) {
     EXPECT_TRUE(load(triangle().mask("\x07\x07\x08")).inputMeshLoaded);
     EXPECT_EQ(pm_.mesh.maskValues.size(), 3U);
 }
 
-TEST_F(LoadInputTest, TheOutputsSuffixTellsItsKind) {
+TEST_F(LoadInputTest, TheOutputsSuffixDeterminesItsKind) {
     EXPECT_TRUE(flagsForOutput("a.Vok").outputIsMesh);
     EXPECT_TRUE(flagsForOutput("a.VOK").outputIsMesh);
     EXPECT_TRUE(flagsForOutput("a.stl").outputIsMesh);
@@ -84,7 +84,7 @@ TEST_F(LoadInputTest, TheOutputsSuffixTellsItsKind) {
     }
 }
 
-TEST_F(LoadInputTest, SettingsGoInEvenAfterAFailedLoad) {
+TEST_F(LoadInputTest, SettingsApplyEvenAfterAFailedLoad) {
     settings_.InputFile = "no such file.Vok";
     settings_.FreezeBorder = true;
     LoadInputInProgMesh(settings_, pm_);
@@ -109,7 +109,7 @@ TEST(ApplySettings, SymmetryChoosesAxisAndMode) {
     }
 }
 
-TEST(ApplySettings, TheNumberOfThreadsAloneChoosesTheVariant) {
+TEST(ApplySettings, OnlyTheNumberOfThreadsChoosesTheDriver) {
     BatchSettings settings;
     settings.MemSpeedTradeOff = 0;
     for (const std::int32_t one : {1, 0, -5}) {
@@ -126,7 +126,7 @@ TEST(ApplySettings, TheNumberOfThreadsAloneChoosesTheVariant) {
     EXPECT_EQ(pm.NumThread, 6);
 }
 
-TEST(ApplySettings, TheDefaultsOfAJobOverrideThoseOfTheMesh) {
+TEST(ApplySettings, JobDefaultsOverrideMeshDefaults) {
     ProgressiveMesh pm;
     applySettings(BatchSettings(), pm);
     EXPECT_EQ(pm.BorderMode, BORDERMODE_PROTECT);
@@ -139,7 +139,7 @@ TEST(ApplySettings, TheDefaultsOfAJobOverrideThoseOfTheMesh) {
     EXPECT_NEAR(pm.colorWeight, 0.9545, 0.0001);
 }
 
-TEST(ApplySettings, EachSwitchIsHandedOn) {
+TEST(ApplySettings, PassesOnEachSwitch) {
     BatchSettings settings;
     settings.UseAreaWeighting = true;
     settings.AvoidNormalReverse = false;
@@ -155,7 +155,7 @@ TEST(ApplySettings, EachSwitchIsHandedOn) {
     EXPECT_FALSE(pm.DoReorder);
 }
 
-TEST(ColorWeightOf, IsNothingUpToOne) {
+TEST(ColorWeightOf, IsZeroUpToOne) {
     for (const float c : {1.0F, 0.5F, 0.0F, -3.0F, -std::numeric_limits<float>::infinity()})
         EXPECT_EQ(colorWeightOf(c), 0.0F);
     EXPECT_EQ(colorWeightOf(std::numeric_limits<float>::quiet_NaN()), 0.0F);

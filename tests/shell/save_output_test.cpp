@@ -20,7 +20,7 @@ protected:
         return platform::exists((path_ + suffix).c_str());
     }
 
-    // Where the colours and the mask of one active vertex end up.
+    // Where the colours and the mask of one active vertex are written.
     enum class Place { Nowhere, InTheObj, Beside, Several };
     Place colorPlaceFor(std::int32_t versionCode) {
         EXPECT_TRUE(save(u8"place.obj", versionCode));
@@ -59,7 +59,7 @@ TEST_F(SaveOutputTest, WritesAnObjFile) {
     EXPECT_EQ(outputKindOf("a.obj"), OutputKind::Mesh);
 }
 
-TEST_F(SaveOutputTest, TheVersionTellsWhereTheColorsOfAnObjGo) {
+TEST_F(SaveOutputTest, TheVersionDecidesWhereAnObjsColorsGo) {
     addVertex();
     pm_.mesh.vertexColors = {0xFF563412};
     pm_.m_useVertexColors_internal = true;
@@ -69,32 +69,32 @@ TEST_F(SaveOutputTest, TheVersionTellsWhereTheColorsOfAnObjGo) {
         EXPECT_EQ(colorPlaceFor(code), Place::InTheObj) << code;
 }
 
-TEST_F(SaveOutputTest, AMaskAloneCountsAsColorsDo) {
+TEST_F(SaveOutputTest, AMaskAloneCountsLikeColors) {
     addVertex();
     pm_.mesh.maskValues = {7};
     EXPECT_EQ(colorPlaceFor(312), Place::Beside);
     EXPECT_EQ(colorPlaceFor(313), Place::InTheObj);
 }
 
-TEST_F(SaveOutputTest, ColorsThatTheDecimationDidNotUseStayOutOfAnObj) {
+TEST_F(SaveOutputTest, UnusedColorsAreNotWrittenToAnObj) {
     addVertex();
     pm_.mesh.vertexColors = {0xFF563412};
     EXPECT_EQ(colorPlaceFor(0), Place::Nowhere);
     EXPECT_EQ(colorPlaceFor(401), Place::Nowhere);
 }
 
-TEST_F(SaveOutputTest, StlIsAcceptedAndMakesNoFile) {
+TEST_F(SaveOutputTest, StlIsAcceptedButWritesNoFile) {
     EXPECT_TRUE(save(u8"a.stl"));
     EXPECT_FALSE(fileExists());
     EXPECT_EQ(outputKindOf("a.STL"), OutputKind::Mesh);
 }
 
-TEST_F(SaveOutputTest, AWriterThatFailsGivesFalse) {
+TEST_F(SaveOutputTest, AFailingWriterReturnsFalse) {
     EXPECT_FALSE(save(u8"no such folder/a.Vok"));
     EXPECT_FALSE(save(u8"no such folder/a.obj"));
 }
 
-TEST(OutputKindOf, UnknownSuffixesAreNone) {
+TEST(OutputKindOf, IsNoneForUnknownSuffixes) {
     EXPECT_EQ(outputKindOf("a.ply"), OutputKind::None);
     EXPECT_EQ(outputKindOf(""), OutputKind::None);
     EXPECT_EQ(outputKindOf(HeapString()), OutputKind::None);

@@ -25,7 +25,7 @@ TEST(TargetVertexCount, APercentageWinsOverTheNumber) {
     EXPECT_EQ(percentOf(-2.0F, 1000), -20);
 }
 
-TEST(TargetVertexCount, IsTakenInSinglePrecisionAndCut) {
+TEST(TargetVertexCount, IsComputedInSinglePrecisionAndTruncated) {
     EXPECT_EQ(percentOf(20.0F, 1018), 203);
     // 0.7F is below seven tenths, but the product rounds up to 7.
     EXPECT_EQ(percentOf(70.0F, 10), 7);
@@ -33,7 +33,7 @@ TEST(TargetVertexCount, IsTakenInSinglePrecisionAndCut) {
     EXPECT_EQ(percentOf(100.0F, 16777217), 16777216);
 }
 
-TEST(TargetVertexCount, WhatDoesNotFitIsTheLowestNumber) {
+TEST(TargetVertexCount, IsTheLowestNumberIfItDoesNotFit) {
     constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
     EXPECT_EQ(percentOf(std::numeric_limits<float>::quiet_NaN(), 10), kLowest);
     EXPECT_EQ(percentOf(std::numeric_limits<float>::infinity(), 10), kLowest);

@@ -40,20 +40,20 @@ TEST(HeapString, CopiesAreDeepAndKeepTheState) {
     EXPECT_TRUE(assigned.isNull());
 }
 
-TEST(HeapString, AssignmentToItselfKeepsTheText) {
+TEST(HeapString, SelfAssignmentKeepsTheText) {
     HeapString string = "mesh";
     const HeapString& same = string;
     string = same;
     EXPECT_STREQ(string.c_str(), "mesh");
 }
 
-TEST(HeapString, AViewIsTakenUpToItsFirstZeroByte) {
+TEST(HeapString, AViewIsCopiedUpToItsFirstZeroByte) {
     using namespace std::string_view_literals;
     EXPECT_STREQ(HeapString("ab\0cd"sv).c_str(), "ab");
     EXPECT_FALSE(HeapString(std::string_view()).isNull());
 }
 
-TEST(HeapString, ConcatenationWithNothingIsACopyOfTheOtherSide) {
+TEST(HeapString, ConcatenationWithNullCopiesTheOtherSide) {
     const HeapString null;
     const HeapString empty = "";
     EXPECT_STREQ((HeapString("a") + "b").c_str(), "ab");
@@ -65,7 +65,7 @@ TEST(HeapString, ConcatenationWithNothingIsACopyOfTheOtherSide) {
     EXPECT_FALSE((null + empty).isNull());
 }
 
-TEST(HeapString, FindLastOfGivesTheLastMemberOfTheSet) {
+TEST(HeapString, FindLastOfFindsTheLastMemberOfTheSet) {
     EXPECT_EQ(HeapString("a/b\\c").FindLastOf("/\\"), 3);
     EXPECT_EQ(HeapString("a/b").FindLastOf("."), -1);
     EXPECT_EQ(HeapString("\xC3\xA4").FindLastOf("\xA4"), 1);
@@ -73,7 +73,7 @@ TEST(HeapString, FindLastOfGivesTheLastMemberOfTheSet) {
     EXPECT_EQ(HeapString().FindLastOf("a"), -1);
 }
 
-TEST(HeapString, CutAtIgnoresAnIndexOutsideOfTheText) {
+TEST(HeapString, CutAtIgnoresAnIndexOutOfRange) {
     HeapString string = "abc";
     string.cutAt(-1);
     string.cutAt(3);
@@ -87,7 +87,7 @@ TEST(HeapString, CutAtIgnoresAnIndexOutsideOfTheText) {
     EXPECT_TRUE(null.isNull());
 }
 
-TEST(HeapString, EndsWithPutsADotInFrontAndIgnoresCase) {
+TEST(HeapString, EndsWithPrependsADotAndIgnoresCase) {
     EXPECT_TRUE(HeapString("x.Vok").EndsWith(".vOK"));
     EXPECT_TRUE(HeapString("x.Vok").EndsWith("Vok"));
     EXPECT_FALSE(HeapString("xVok").EndsWith("Vok"));
@@ -107,14 +107,14 @@ TEST(HeapString, EnsureSuffixAppendsOnlyWhatIsMissing) {
     EXPECT_STREQ(null.c_str(), ".obj");
 }
 
-TEST(HeapString, GetFileBaseNameIsWhatStandsBetweenSeparatorAndDot) {
+TEST(HeapString, GetFileBaseNameIsTheTextBetweenSeparatorAndDot) {
     EXPECT_EQ(text(HeapString("a.b/c").GetFileBaseName()), "c");
     EXPECT_EQ(text(HeapString("C:\\dir\\head.I.Vok").GetFileBaseName()), "head.I");
     EXPECT_EQ(text(HeapString("a/b\\c.d").GetFileBaseName()), "c");
     EXPECT_EQ(text(HeapString("plain").GetFileBaseName()), "plain");
 }
 
-TEST(HeapString, GetFileBaseNameOfNoCharactersIsNull) {
+TEST(HeapString, AnEmptyFileBaseNameIsNull) {
     EXPECT_TRUE(HeapString(".hidden").GetFileBaseName().isNull());
     EXPECT_TRUE(HeapString("folder/").GetFileBaseName().isNull());
     EXPECT_TRUE(HeapString("").GetFileBaseName().isNull());
@@ -127,11 +127,11 @@ TEST(CompareNoCase, FoldsAsciiLettersOnly) {
     EXPECT_EQ(CompareNoCase("b", "A"), 1);
     EXPECT_EQ(CompareNoCase("ab", "a"), 1);
     EXPECT_NE(CompareNoCase("\xC3\xA4", "\xC3\x84"), 0);
-    // '[' stands between the upper and the lower letters: letters count as upper ones.
+    // '[' is between the upper and the lower case letters; letters compare as upper case.
     EXPECT_EQ(CompareNoCase("z", "["), -1);
 }
 
-TEST(CompareNoCase, ALimitBelowOneIsNone) {
+TEST(CompareNoCase, ALimitBelowOneIsIgnored) {
     EXPECT_EQ(CompareNoCase("abX", "abY", 2), 0);
     EXPECT_EQ(CompareNoCase("abX", "abY", 3), -1);
     EXPECT_EQ(CompareNoCase("abX", "abY", 0), -1);
@@ -139,7 +139,7 @@ TEST(CompareNoCase, ALimitBelowOneIsNone) {
     EXPECT_EQ(CompareNoCase("ab", "ab", 100), 0);
 }
 
-TEST(CompareNoCase, NullEqualsEmptyAndIsBelowAllElse) {
+TEST(CompareNoCase, NullEqualsEmptyAndPrecedesAllElse) {
     EXPECT_EQ(CompareNoCase(nullptr, nullptr), 0);
     EXPECT_EQ(CompareNoCase(nullptr, ""), 0);
     EXPECT_EQ(CompareNoCase("", nullptr), 0);

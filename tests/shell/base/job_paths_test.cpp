@@ -25,7 +25,7 @@ protected:
     test::ScratchFolder folder_;
 };
 
-TEST_F(JobDirectoryTest, OneSeparatorAtTheEndIsCut) {
+TEST_F(JobDirectoryTest, OneTrailingSeparatorIsRemoved) {
     SetJobDirectory("a/b/");
     EXPECT_STREQ(JobDirectory().c_str(), "a/b");
     SetJobDirectory("a\\b\\");
@@ -43,7 +43,7 @@ TEST_F(JobDirectoryTest, FreeFilePathWithoutADirectoryIsTheName) {
     EXPECT_STREQ(GetFreeFilePath("no such file.data").c_str(), "no such file.data");
 }
 
-TEST_F(JobDirectoryTest, FreeFilePathStepsOverRegularFilesAlone) {
+TEST_F(JobDirectoryTest, FreeFilePathSkipsOnlyRegularFiles) {
     SetJobDirectory(folder_.path().c_str());
     EXPECT_EQ(GetFreeFilePath("VSplitList.data").view(), folder_ / u8"VSplitList.data");
     test::writeWhole(folder_ / u8"VSplitList.data", "in use");
@@ -53,14 +53,14 @@ TEST_F(JobDirectoryTest, FreeFilePathStepsOverRegularFilesAlone) {
     EXPECT_EQ(GetFreeFilePath("VSplitList.data").view(), folder_ / u8"VSplitList2.data");
 }
 
-TEST(CurrentMeshName, IsWhatWasSetLast) {
+TEST(CurrentMeshName, IsTheLastOneSet) {
     SetCurrentMeshName("head");
     EXPECT_STREQ(CurrentMeshName().c_str(), "head");
     SetCurrentMeshName(HeapString());
     EXPECT_TRUE(CurrentMeshName().isNull());
 }
 
-TEST(IncrementFileName, CountsUpTheDigitsAtTheEndOfTheStem) {
+TEST(IncrementFileName, IncrementsTheDigitsAtTheEndOfTheStem) {
     EXPECT_EQ(incremented("VSplitList.data"), "VSplitList1.data");
     EXPECT_EQ(incremented("VSplitList1.data"), "VSplitList2.data");
     EXPECT_EQ(incremented("VSplitList9.data"), "VSplitList10.data");
@@ -69,7 +69,7 @@ TEST(IncrementFileName, CountsUpTheDigitsAtTheEndOfTheStem) {
     EXPECT_EQ(incremented("VSplitList999.data"), "VSplitList1000.data");
 }
 
-TEST(IncrementFileName, ARunThatReachesTheStartGetsAOneInFront) {
+TEST(IncrementFileName, PrependsAOneWhenAllDigitsOverflow) {
     EXPECT_EQ(incremented("99"), "100");
     EXPECT_EQ(incremented("9.data"), "10.data");
     EXPECT_EQ(incremented(".data"), "1.data");
@@ -77,14 +77,14 @@ TEST(IncrementFileName, ARunThatReachesTheStartGetsAOneInFront) {
     EXPECT_EQ(incremented(nullptr), "1");
 }
 
-TEST(IncrementFileName, ADotInAFolderStartsNoSuffix) {
+TEST(IncrementFileName, ADotInAFolderDoesNotStartASuffix) {
     EXPECT_EQ(incremented("a.b/list"), "a.b/list1");
     EXPECT_EQ(incremented("a.b\\list9"), "a.b\\list10");
     EXPECT_EQ(incremented("9/9"), "9/10");
     EXPECT_EQ(incremented("a/.data"), "a/1.data");
 }
 
-TEST(FormatCount, CutsToOneDecimal) {
+TEST(FormatCount, TruncatesToOneDecimal) {
     EXPECT_EQ(formatted(0), "0");
     EXPECT_EQ(formatted(999), "999");
     EXPECT_EQ(formatted(1000), "1.0k");
@@ -96,7 +96,7 @@ TEST(FormatCount, CutsToOneDecimal) {
     EXPECT_EQ(formatted(std::numeric_limits<std::int32_t>::max()), "2147.4m");
 }
 
-TEST(FormatCount, OfANegativeNumberOnlyTheRestOfTheThousandIsShown) {
+TEST(FormatCount, ShowsOnlyTheLastThousandOfANegativeNumber) {
     EXPECT_EQ(formatted(-5), "-5");
     EXPECT_EQ(formatted(-1234567), "-567");
     EXPECT_EQ(formatted(std::numeric_limits<std::int32_t>::min()), "-648");

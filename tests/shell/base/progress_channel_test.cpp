@@ -67,14 +67,14 @@ TEST(ProgressRecord, TheImageHasEachFieldAtItsOffset) {
     EXPECT_EQ(image[175], 8);
 }
 
-TEST(ProgressRecord, DecodingAnImageAndEncodingItGivesItBack) {
+TEST(ProgressRecord, DecodingAndEncodingAnImageRestoresIt) {
     ProgressRecord::Image image{};
     for (std::size_t i = 0; i < image.size(); ++i)
         image[i] = static_cast<unsigned char>(i * 37);
     EXPECT_EQ(ProgressRecord::decode(image).encode(), image);
 }
 
-TEST_F(ProgressChannelTest, ClosedItRefusesEveryTask) {
+TEST_F(ProgressChannelTest, RefusesEveryTaskWhenClosed) {
     EXPECT_FALSE(channel_.BeginMainTask("mesh"));
     EXPECT_FALSE(channel_.BeginSubTask("processing", 5));
     EXPECT_FALSE(channel_.SetSubTaskProgress(1));
@@ -83,7 +83,7 @@ TEST_F(ProgressChannelTest, ClosedItRefusesEveryTask) {
     EXPECT_FALSE(channel_.Close());
 }
 
-TEST_F(ProgressChannelTest, WithoutAFileTasksActOnTheRecordAlone) {
+TEST_F(ProgressChannelTest, WithoutAFileTasksChangeOnlyTheRecord) {
     channel_.openWithoutFile();
     EXPECT_TRUE(channel_.BeginMainTask("mesh"));
     EXPECT_STREQ(channel_.record().mainText.data(), "mesh");
@@ -113,7 +113,7 @@ TEST_F(ProgressChannelTest, TasksNestOneDeep) {
     EXPECT_EQ(onDisk().subText(), "two");
 }
 
-TEST_F(ProgressChannelTest, EveryBeginAndEndIsOnDiskAtOnce) {
+TEST_F(ProgressChannelTest, WritesEveryBeginAndEndAtOnce) {
     openOnMarker();
     channel_.BeginMainTask("mesh");
     EXPECT_EQ(onDisk().byte(ProgressImage::kMainActive), 1);
@@ -137,7 +137,7 @@ TEST_F(ProgressChannelTest, EveryBeginAndEndIsOnDiskAtOnce) {
     EXPECT_EQ(onDisk().subDone(), 0);
 }
 
-TEST_F(ProgressChannelTest, ATextOfAHundredCharactersIsCutTo79AndAZero) {
+TEST_F(ProgressChannelTest, TruncatesATextTo79BytesAndAZero) {
     openOnMarker();
     const std::string text(100, 'x');
     channel_.BeginMainTask(text.c_str());
@@ -148,7 +148,7 @@ TEST_F(ProgressChannelTest, ATextOfAHundredCharactersIsCutTo79AndAZero) {
     EXPECT_EQ(onDisk().byte(83 + 79), 0);
 }
 
-TEST_F(ProgressChannelTest, ATextIsCutBetweenTwoCharacters) {
+TEST_F(ProgressChannelTest, TruncatesATextBetweenTwoCharacters) {
     openOnMarker();
     const std::string umlaut = "\xC3\xA4";
     const std::string kept(78, 'x');
@@ -164,7 +164,7 @@ TEST_F(ProgressChannelTest, ATextIsCutBetweenTwoCharacters) {
     EXPECT_EQ(onDisk().subText(), kept);
 }
 
-TEST_F(ProgressChannelTest, ATextThatIsNotUtf8IsCutAt79Bytes) {
+TEST_F(ProgressChannelTest, TruncatesATextThatIsNotUtf8At79Bytes) {
     openOnMarker();
     const std::string text = std::string(78, 'x') + "\xC3\xA4\xFF";
     channel_.BeginMainTask(text.c_str());
@@ -197,7 +197,7 @@ TEST_F(ProgressChannelTest, ProgressIsWrittenAtMostTwiceASecond) {
     EXPECT_EQ(onDisk().subDone(), 3);
 }
 
-TEST_F(ProgressChannelTest, AProgressThatWaitedGoesOutWithTheNextWrite) {
+TEST_F(ProgressChannelTest, PendingProgressIsWrittenWithTheNextWrite) {
     openOnMarker();
     channel_.BeginMainTask("mesh");
     channel_.BeginSubTask("processing", 100);
@@ -206,7 +206,7 @@ TEST_F(ProgressChannelTest, AProgressThatWaitedGoesOutWithTheNextWrite) {
     EXPECT_EQ(onDisk().subDone(), 7);
 }
 
-TEST_F(ProgressChannelTest, AnAttemptThatFailsCountsAsAWriteToo) {
+TEST_F(ProgressChannelTest, AFailedAttemptCountsAsAWrite) {
     openOnMarker();
     channel_.BeginMainTask("mesh");
     platform::sleepMilliseconds(510);  // a write is due by now
@@ -229,7 +229,7 @@ TEST_F(ProgressChannelTest, WritingNeverCreatesTheFile) {
     EXPECT_FALSE(markerExists());
 }
 
-TEST_F(ProgressChannelTest, BytesBehindTheRecordStay) {
+TEST_F(ProgressChannelTest, BytesAfterTheRecordAreKept) {
     ProgressImage image;
     image.setByte(ProgressImage::kOpen, 1);
     writeMarker(image.bytes() + "tail");
@@ -249,7 +249,7 @@ TEST_F(ProgressChannelTest, TheReservedByteIsKeptAsRead) {
     EXPECT_EQ(onDisk().byte(ProgressImage::kReserved), 0xAB);
 }
 
-TEST_F(ProgressChannelTest, AShortFileLeavesTheRestZero) {
+TEST_F(ProgressChannelTest, FillsAShortFileWithZeros) {
     writeMarker("\x01");
     ASSERT_TRUE(channel_.openFile(path_.c_str()));
     EXPECT_EQ(channel_.record().open, 1);
@@ -266,7 +266,7 @@ TEST_F(ProgressChannelTest, AnEmptyFileLeavesTheChannelClosed) {
     EXPECT_FALSE(channel_.BeginMainTask("mesh"));
 }
 
-TEST_F(ProgressChannelTest, AMissingFileAndAFolderAreNotTaken) {
+TEST_F(ProgressChannelTest, RefusesAMissingFileOrAFolder) {
     EXPECT_FALSE(channel_.openFile(path_.c_str()));
     std::filesystem::create_directory(test::pathOfUtf8(path_));
     EXPECT_FALSE(channel_.openFile(path_.c_str()));
@@ -326,7 +326,7 @@ TEST_F(ProgressChannelTest, StageFlagsAreRaisedOnlyWhileEnabled) {
     EXPECT_EQ(channel_.record().stageFlag2, 1);
 }
 
-TEST_F(ProgressChannelTest, ADeletedFileStopsTheBatchAtTheEndOfTheMainTask) {
+TEST_F(ProgressChannelTest, ADeletedFileStopsTheBatchAfterTheMainTask) {
     openOnMarker();
     channel_.BeginMainTask("mesh");
     deleteMarker();
@@ -338,7 +338,7 @@ TEST_F(ProgressChannelTest, ADeletedFileStopsTheBatchAtTheEndOfTheMainTask) {
     EXPECT_FALSE(markerExists());
 }
 
-TEST_F(ProgressChannelTest, EndMainTaskWithoutOneDoesNothingAndDoesNotLookForTheFile) {
+TEST_F(ProgressChannelTest, EndMainTaskWithoutATaskDoesNotLookForTheFile) {
     openOnMarker();
     deleteMarker();
     const std::int64_t begun = platform::clockMilliseconds();
@@ -357,7 +357,7 @@ TEST_F(ProgressChannelTest, ClosingDeletesTheFileAndClearsTheRecord) {
     EXPECT_FALSE(channel_.Close());
 }
 
-TEST_F(ProgressChannelTest, ClosingWithTheFileGoneIsNoError) {
+TEST_F(ProgressChannelTest, ClosingWithoutTheFileIsNotAnError) {
     openOnMarker();
     deleteMarker();
     EXPECT_TRUE(channel_.Close());
