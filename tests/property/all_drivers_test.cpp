@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What holds of a run by the drivers that no job reaches, too.
+// Properties of runs that also hold for the drivers that no job reaches.
 #include "property/run_cases.h"
 
 #include "support/level_walk.h"
@@ -24,7 +24,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Case, InMemoryRun, testing::ValuesIn(runCases()), nameOfRun);
 
-TEST_P(InMemoryRun, LeavesASoundMeshAndAClosedOneClosed) {
+TEST_P(InMemoryRun, LeavesASoundMeshAndKeepsItClosed) {
     for (const std::int32_t driver : {MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_MELAX}) {
         for (const float percent : kPercents) {
             const MeshPtr pm = run(driver, percent);
@@ -36,7 +36,7 @@ TEST_P(InMemoryRun, LeavesASoundMeshAndAClosedOneClosed) {
     }
 }
 
-TEST_P(InMemoryRun, ReachesItsTargetOrRemovesAllItMay) {
+TEST_P(InMemoryRun, ReachesItsTargetOrGoesAsFarAsAllowed) {
     for (const std::int32_t driver : {MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_MELAX}) {
         const MeshPtr pm = run(driver, 60);
         if (GetParam().hindrance == Hindrance::None) {
@@ -46,7 +46,7 @@ TEST_P(InMemoryRun, ReachesItsTargetOrRemovesAllItMay) {
     }
 }
 
-TEST_P(InMemoryRun, GivesTheSameMeshAgain) {
+TEST_P(InMemoryRun, IsDeterministic) {
     for (const std::int32_t driver : {MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_MELAX}) {
         EXPECT_EQ(arraysOf(run(driver, 25)->mesh, Part::All),
                   arraysOf(run(driver, 25)->mesh, Part::All))
@@ -54,7 +54,7 @@ TEST_P(InMemoryRun, GivesTheSameMeshAgain) {
     }
 }
 
-TEST_P(InMemoryRun, SplitsOfTheHighSpeedDriverLeadBackToTheInputBitForBit) {
+TEST_P(InMemoryRun, HighSpeedSplitsRestoreTheInputBitForBit) {
     const MeshPtr pm = run(MEMSPEED_TRADEOFF_HIGH_SPEED, 25);
     const auto coarse = arraysOf(pm->mesh, Part::Active);
     goAllUp(*pm);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a frozen border and a mask do to a run: which vertices stay as they are, and where the
-// triangles go.
+// What a frozen border and a mask do to a run: which vertices do not change, and where the
+// triangles end up.
 #include "property/kept_vertices.h"
 #include "property/run_cases.h"
 
@@ -29,7 +29,7 @@ protected:
         addColors(mesh, redOrBlue);
         return mesh;
     }
-    // Of the active vertices, those with a positive x, and those with a negative one.
+    // The number of active vertices with a positive x, and with a negative one.
     static std::pair<int, int> sidesOf(const DMesh& mesh) {
         std::pair<int, int> sides{0, 0};
         for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
@@ -42,7 +42,7 @@ protected:
     }
 };
 
-TEST_F(BorderAndMask, AFrozenBorderKeepsEachOfItsVerticesBitForBit) {
+TEST_F(BorderAndMask, AFrozenBorderKeepsItsVerticesBitForBit) {
     for (const std::uint32_t seed : kSeeds) {
         for (const DMesh& original : {unevenHills(seed), coloredHills(seed)}) {
             expectBorderKept(*decimatedInPlace(original, 0, freezeBorder), original);
@@ -59,7 +59,7 @@ TEST_F(BorderAndMask, AProtectedBorderIsDecimatedToo) {
     EXPECT_LT(left, 60U);
 }
 
-TEST_F(BorderAndMask, AMaskOfZeroKeepsItsVerticesUntouched) {
+TEST_F(BorderAndMask, AMaskOfZeroProtectsItsVertices) {
     for (const std::uint32_t seed : kSeeds) {
         for (const bool colored : {false, true}) {
             for (const int axis : {-1, 0}) {
@@ -73,7 +73,7 @@ TEST_F(BorderAndMask, AMaskOfZeroKeepsItsVerticesUntouched) {
     }
 }
 
-TEST_F(BorderAndMask, AFlatMaskOfAFileChangesNothing) {
+TEST_F(BorderAndMask, AUniformMaskInAFileChangesNothing) {
     const std::string path = job.folder() / u8"mesh.Vok";
     for (const std::uint32_t seed : kSeeds) {
         const DMesh plain = unevenSphere(seed);
@@ -92,8 +92,8 @@ TEST_F(BorderAndMask, AFlatMaskOfAFileChangesNothing) {
     }
 }
 
-// Its factor is 1, so that even costs are the same bit for bit.
-TEST_F(BorderAndMask, AMaskOf255IsNoMask) {
+// The factor of 255 is 1, so even the costs are the same bit for bit.
+TEST_F(BorderAndMask, AMaskOf255ChangesNothing) {
     for (const std::uint32_t seed : kSeeds) {
         const DMesh plain = unevenSphere(seed);
         DMesh masked = plain;
@@ -105,13 +105,13 @@ TEST_F(BorderAndMask, AMaskOf255IsNoMask) {
     }
 }
 
-// The lower a mask value, the dearer its edges: triangles stay where the mask is low.
-TEST_F(BorderAndMask, TrianglesStayWhereTheMaskIsLow) {
+// The lower a mask value, the costlier its edges: triangles survive where the mask is low.
+TEST_F(BorderAndMask, TrianglesSurviveWhereTheMaskIsLow) {
     for (const std::uint32_t seed : kSeeds) {
         const DMesh plain = unevenSphere(seed);
         const auto [plainRight, plainLeft] = sidesOf(decimatedInPlace(plain, 20)->mesh);
         int before = plainLeft;
-        // From weak to strong: a factor of 3.75, 13.25 and 118.25 against 1.
+        // From weak to strong: factors of 3.75, 13.25 and 118.25, compared with 1.
         for (const int low : {200, 10, 4}) {
             DMesh masked = plain;
             addMask(masked, [&](const FloatVec3& p) { return p.x < 0 ? low : 255; });
@@ -124,7 +124,7 @@ TEST_F(BorderAndMask, TrianglesStayWhereTheMaskIsLow) {
     }
 }
 
-TEST_F(BorderAndMask, ARealMaskKeepsMoreOfItsLowEndAndLessOfItsHighOne) {
+TEST_F(BorderAndMask, ARealMaskKeepsMoreVerticesWhereItIsLow) {
     const DMesh masked = sample("fish-masked.Vok");
     DMesh plain = masked;
     plain.maskValues.clear();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Corner UVs in charts: hills of two charts, and which chart a corner or a UV is of.
+// Corner UVs in charts: hills with two charts, and the chart that a corner or a UV belongs to.
 #pragma once
 
 #include "support/mesh_builder.h"
@@ -19,7 +19,7 @@ inline constexpr std::uint32_t kColumns = 24;
 inline constexpr std::uint32_t kRows = 16;
 inline constexpr std::uint32_t kSeamColumn = 11;
 
-// Hills of two charts that meet in a straight line of the plan, x = kSeamColumn.
+// Hills with two charts that meet at a straight line of the plan, x = kSeamColumn.
 inline DMesh hillsOfTwoCharts(std::uint32_t seed) {
     DMesh mesh = grid(kColumns, kRows, hills);
     Random random(seed);
@@ -35,7 +35,7 @@ inline DMesh hillsOfTwoCharts(std::uint32_t seed) {
     return mesh;
 }
 
-// addCornerUVs puts each chart four to the right of the one before.
+// addCornerUVs puts each chart four to the right of the previous one.
 inline int chartAt(const DMesh& mesh, std::size_t corner) {
     return static_cast<int>(std::floor((mesh.coordsUV[mesh.indicesUV[corner]].u + 1.0F) / 4.0F));
 }
@@ -47,7 +47,7 @@ void forEachActiveCorner(const DMesh& mesh, Visit visit) {
     }
 }
 
-// The UV indices that the active corners of each vertex have.
+// The UV indices at the active corners of each vertex.
 inline std::vector<std::set<std::uint32_t>> uvsOf(const DMesh& mesh) {
     std::vector<std::set<std::uint32_t>> uvs(mesh.vertices.size());
     forEachActiveCorner(mesh,
@@ -55,8 +55,8 @@ inline std::vector<std::set<std::uint32_t>> uvsOf(const DMesh& mesh) {
     return uvs;
 }
 
-// For each UV the chart that it is of: those that triangles connect. A chart is named by one of
-// its UVs.
+// For each UV, the chart that it belongs to: the UVs that triangles connect. A chart is identified
+// by one of its UVs.
 inline std::vector<std::uint32_t> chartsOf(const DMesh& mesh) {
     std::vector<std::uint32_t> next(mesh.coordsUV.size());
     std::iota(next.begin(), next.end(), 0U);
@@ -72,7 +72,7 @@ inline std::vector<std::uint32_t> chartsOf(const DMesh& mesh) {
     return next;
 }
 
-// The UVs of each active triangle are of one chart of `before`, the welded mesh of the beginning.
+// The UVs of each active triangle belong to one chart of `before`, the initial welded mesh.
 inline testing::AssertionResult noTriangleMixesChartsOf(const DMesh& before, const DMesh& mesh) {
     const auto charts = chartsOf(before);
     auto result = testing::AssertionSuccess();
@@ -83,7 +83,7 @@ inline testing::AssertionResult noTriangleMixesChartsOf(const DMesh& before, con
     return result;
 }
 
-// Of what is left of hillsOfTwoCharts: its seam vertices are still on the seam, with a UV of each
+// Expects that the seam vertices left of hillsOfTwoCharts are still on the seam, with a UV of each
 // chart.
 inline void expectSeamsOnTheSeam(const DMesh& mesh) {
     const auto uvs = uvsOf(mesh);
@@ -91,7 +91,7 @@ inline void expectSeamsOnTheSeam(const DMesh& mesh) {
     for (std::size_t v = 0; v < uvs.size(); ++v) {
         if (uvs[v].size() < 2) continue;
         ++onSeam;
-        // Samples between two points of one x may be off it by the rounding.
+        // Samples between two points with the same x may be off it by rounding.
         EXPECT_NEAR(mesh.vertices[v].x, static_cast<float>(kSeamColumn), 1e-5F) << v;
         EXPECT_EQ(uvs[v].size(), 2U) << v;
     }
@@ -99,7 +99,7 @@ inline void expectSeamsOnTheSeam(const DMesh& mesh) {
     EXPECT_LT(onSeam, kRows + 2);
 }
 
-// What is on one side of the seam by its chart lies there: no chart has grown over the seam.
+// Expects that each chart stays on its side of the seam.
 inline void expectChartsOnTheirSides(const DMesh& mesh) {
     forEachActiveCorner(mesh, [&](std::size_t c) {
         const float x = mesh.vertices[mesh.triangles[c]].x - kSeamColumn;

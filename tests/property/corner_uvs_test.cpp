@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What a run leaves of corner UVs: charts that are never mixed, seams where they were, and UVs bit
+// What a run does to corner UVs: charts never mix, seams keep their place, and UVs are the same bit
 // for bit where nothing has moved.
 #include "property/chart_cases.h"
 #include "property/run_cases.h"
@@ -42,8 +42,8 @@ TEST_F(CornerUVs, NoTriangleMixesCharts) {
     }
 }
 
-// Further down they meet the border of the mesh, which counts as a seam too, and may slide along
-// it.
+// In a run that goes further down, seams reach the border of the mesh, which counts as a seam too,
+// and may slide along it.
 TEST_F(CornerUVs, SeamsStayOnTheSeam) {
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
         for (const float percent : {80.0F, 60.0F, 30.0F}) {
@@ -58,7 +58,7 @@ TEST_F(CornerUVs, ChartsStayOnTheirSideOfTheSeam) {
     }
 }
 
-// Off the seams a vertex that stands where it stood has the UV that it had.
+// Expects that off the seams, a vertex that has not moved still has its UV.
 void expectKeptUVs(const DMesh& before, const ProgressiveMesh& pm, int atLeast) {
     const DMesh& mesh = pm.mesh;
     ASSERT_TRUE(pm.m_handleUVs_internal);
@@ -95,9 +95,9 @@ TEST_F(CornerUVs, CornersThatDidNotMoveKeepTheirUVsBitForBit) {
     }
 }
 
-// The planes of a cube meet in its corners, so that many neighbours of a corner fall onto it
-// without moving it: its UV stays that of the corner bit for bit.
-TEST_F(CornerUVs, OfAVertexThatOthersFallOntoWhereItStandsAreKept) {
+// The planes of a cube meet at its corners, so many neighbours of a corner collapse onto it without
+// moving it: its UV stays the same bit for bit.
+TEST_F(CornerUVs, OfAKeptVertexThatDoesNotMoveAreKept) {
     const DMesh cube = buildMesh(
         {{0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {4, 4, 0}, {0, 0, 4}, {4, 0, 4}, {0, 4, 4}, {4, 4, 4}},
         {{0, 2, 3},
@@ -114,7 +114,7 @@ TEST_F(CornerUVs, OfAVertexThatOthersFallOntoWhereItStandsAreKept) {
          {1, 7, 5}});
     DMesh fine = subdivided(subdivided(cube));
     ASSERT_TRUE(isClosedManifold(fine));
-    // The sides are sheared into one plane, so that no two corners have the same UV.
+    // The sides are sheared into one plane, so no two corners have the same UV.
     for (const std::uint32_t v : fine.triangles) {
         const VertexRecord& vertex = fine.vertices[v];
         fine.coordsUV.push_back({vertex.x + vertex.z / 16.0F, vertex.y + vertex.z / 8.0F});
@@ -135,13 +135,13 @@ TEST_F(CornerUVs, OfAVertexThatOthersFallOntoWhereItStandsAreKept) {
             const UVCoord& uv = pm->mesh.coordsUV[static_cast<std::size_t>(pair[1])];
             EXPECT_TRUE(uv.u == split.savedUV(0).u && uv.v == split.savedUV(0).v) << i;
         }
-        // Up by one record: the one before it is then the last that was applied.
+        // Goes up by one record, so that the record before it is the last one applied.
         updateMeshAtLevel(*pm, static_cast<std::int32_t>(pm->mesh.numActiveVertices) + 1);
     }
     EXPECT_GT(kept, 2);
 }
 
-// Each UV of a seam vertex lies in the chart of its corner, and near where the plan has it: the
+// Each UV of a seam vertex is in the chart of its corner, and close to its place in the plan: the
 // UVs of a straight seam move along with the vertex.
 TEST_F(CornerUVs, FollowTheSurface) {
     const MeshPtr pm = decimatedInPlace(hillsOfTwoCharts(1), 50);
@@ -154,11 +154,11 @@ TEST_F(CornerUVs, FollowTheSurface) {
         sum += std::hypot(double{uv.u} - u, double{uv.v} - vertex.y / 16.0F);
         ++corners;
     });
-    EXPECT_LT(sum / corners, 0.25 / 16) << "a quarter of a square of the grid";
+    EXPECT_LT(sum / corners, 0.25 / 16) << "a quarter of a grid square";
 }
 
-// UVs of corners that the welding does not take (one pair too few) are dropped, and hinder nobody.
-TEST_F(CornerUVs, ThatDoNotFitTheTrianglesHaveNoPartInTheRun) {
+// UVs that cannot be welded (one pair too few) are dropped and have no effect.
+TEST_F(CornerUVs, ThatDoNotFitTheTrianglesAreIgnored) {
     DMesh mesh = hillsOfTwoCharts(2);
     DMesh plain = mesh;
     plain.coordsUV.clear();
@@ -169,9 +169,9 @@ TEST_F(CornerUVs, ThatDoNotFitTheTrianglesHaveNoPartInTheRun) {
     EXPECT_TRUE(surfaceOf(with->mesh) == surfaceOf(without->mesh));
 }
 
-// The rule: where both ends lie on a seam, the UVs of the removed vertex win, wherever on the
-// segment the vertex comes to stand, be it where it stood.
-TEST_F(CornerUVs, OnASeamThoseOfTheRemovedVertexWin) {
+// If both ends are on a seam, the UVs of the removed vertex win, wherever on the edge the kept
+// vertex moves to, even if it does not move.
+TEST_F(CornerUVs, OfTheRemovedVertexWinOnASeam) {
     int seen = 0;
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
         const MeshPtr pm = decimatedInPlace(hillsOfTwoCharts(seed), 30);
@@ -184,7 +184,7 @@ TEST_F(CornerUVs, OnASeamThoseOfTheRemovedVertexWin) {
                 const UVCoord& kept = pm->mesh.coordsUV[static_cast<std::size_t>(words[k + 1])];
                 EXPECT_TRUE(removed.u == kept.u && removed.v == kept.v) << i;
             }
-            // Up by one record: the one before it is then the last that was applied.
+            // Goes up by one record, so that the record before it is the last one applied.
             updateMeshAtLevel(*pm, static_cast<std::int32_t>(pm->mesh.numActiveVertices) + 1);
         }
     }

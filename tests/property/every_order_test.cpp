@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Several runs on one object, by all drivers in every order. Each run starts from what the ones
-// before have left: dead triangles and vertices, UVs as read or welded, a mesh at any level.
+// Several runs on one object, by all drivers in every order. Each run starts from what the previous
+// ones left: dead triangles and vertices, UVs as read or welded, a mesh at any level.
 #include "property/chart_cases.h"
 #include "property/run_cases.h"
 
@@ -26,7 +26,7 @@ namespace {
 
 using Order = std::array<std::int32_t, 4>;
 
-// Every driver comes after every other, directly and with another one in between.
+// In these orders, every driver follows every other, both directly and with another one in between.
 std::vector<Order> allOrders() {
     Order order{MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_LOW_MEM,
                 MEMSPEED_TRADEOFF_LOW_MEM_MT, MEMSPEED_TRADEOFF_MELAX};
@@ -155,7 +155,7 @@ protected:
         if (driver != MEMSPEED_TRADEOFF_MELAX) walkLevels(pm, before);
     }
 
-    // To the top and back, and then up by half for the next run.
+    // Goes to the top and back, and then half way up for the next run.
     void walkLevels(ProgressiveMesh& pm, const std::vector<Words>& before) const {
         markAllApplied(pm);
         const auto after = surfaceOf(pm.mesh, UVs::Ignored);
@@ -179,7 +179,7 @@ INSTANTIATE_TEST_SUITE_P(Case, EveryOrder,
                                           testing::Bool()),
                          nameOf);
 
-TEST_P(EveryOrder, LeavesASoundMeshAndLevelsThatLeadBack) {
+TEST_P(EveryOrder, LeavesASoundMeshWithReversibleLevels) {
     for (const Order& order : allOrders()) {
         const MeshPtr pm = ready();
         for (const std::int32_t driver : order) {

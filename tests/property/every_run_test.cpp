@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What holds of every run: sound triangles, counts that equal the bits, closed surfaces that stay
+// Properties of every run: sound triangles, counts that equal the bits, closed surfaces that stay
 // closed, targets that are reached, and the same bytes from the same input.
 #include "property/run_cases.h"
 
@@ -19,7 +19,7 @@ namespace {
 
 class EveryRun : public RunTest {
 protected:
-    // All that a host can get from the mesh.
+    // Everything that a host can get from the mesh.
     std::string bytesOf(ProgressiveMesh& pm) const {
         const std::string vok = job.folder() / u8"out.Vok";
         const std::string kvm = job.folder() / u8"out.kvm";
@@ -40,7 +40,7 @@ TEST_P(EveryRun, LeavesASoundMesh) {
     }
 }
 
-TEST_P(EveryRun, ReachesItsTargetOrLeavesOnlyWhatWasRefused) {
+TEST_P(EveryRun, ReachesItsTargetOrLeavesOnlyRefusals) {
     for (const float percent : kPercents) {
         const MeshPtr pm = decimatedTo(percent);
         const std::uint32_t count = pm->activeCount();
@@ -49,7 +49,7 @@ TEST_P(EveryRun, ReachesItsTargetOrLeavesOnlyWhatWasRefused) {
                 EXPECT_FALSE(isLeftUntried(pm->mesh, v)) << percent << "%, vertex " << v;
             continue;
         }
-        // A turn goes beyond a target by what it removes less one.
+        // A turn passes the target by at most what it removes, less one.
         EXPECT_GT(count + mostOfATurn(*pm), pm->TargetNumItem) << percent;
     }
 }
@@ -77,13 +77,13 @@ TEST_P(UnhinderedRun, ReachesATargetFarFromTheEnd) {
     EXPECT_LE(pm->activeCount(), pm->TargetNumItem);
 }
 
-TEST_P(EveryRun, GivesTheSameBytesAgain) {
+TEST_P(EveryRun, IsDeterministic) {
     const MeshPtr once = decimatedTo(20);
     const MeshPtr again = decimatedTo(20);
     EXPECT_TRUE(bytesOf(*once) == bytesOf(*again));
 }
 
-TEST_P(EveryRun, GivesTheSameBytesWithoutRecordsOrWithThemPagedOut) {
+TEST_P(EveryRun, GivesTheSameBytesWithoutRecordsOrWithPages) {
     const MeshPtr recorded = decimatedTo(20);
     const MeshPtr unrecorded = decimatedTo(20, [](ProgressiveMesh& pm) {
         pm.recordVSplits = false;
@@ -103,8 +103,8 @@ TEST_P(EveryRun, GivesTheSameBytesWithoutRecordsOrWithThemPagedOut) {
     EXPECT_EQ(recorded->mesh.numActiveVertices, paged->mesh.numActiveVertices);
 }
 
-// A target at or above what is there: nothing happens.
-TEST_P(EveryRun, ChangesNothingForATargetThatIsReached) {
+// With a target at or above the count, nothing happens.
+TEST_P(EveryRun, ChangesNothingIfTheTargetIsAlreadyReached) {
     const MeshPtr pm = decimatedTo(100);
     EXPECT_EQ(pm->vsplitList.NumVtxSplit(), 0U);
     const DMesh original = GetParam().mesh();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Finite in, finite out: whatever a mesh holds, no run moves a vertex to where there is no number.
-// Coordinates that are not finite stay as they are and do not spread.
+// Finite in, finite out: whatever a mesh contains, no run moves a vertex to a position that is not
+// finite. Coordinates that are not finite do not change and do not spread.
 #include "property/run_cases.h"
 
 #include "support/level_walk.h"
@@ -112,7 +112,7 @@ void expectFiniteWhereItWas(const VertexRecords& before, const VertexRecords& af
     }
 }
 
-// How it is spoilt, whether it has colours, and the driver.
+// How the mesh is spoilt, whether it has colours, and the driver.
 using Param = std::tuple<std::size_t, bool, std::int32_t>;
 
 std::string nameOf(const testing::TestParamInfo<Param>& row) {
@@ -133,7 +133,7 @@ INSTANTIATE_TEST_SUITE_P(
                                      MEMSPEED_TRADEOFF_LOW_MEM_MT, MEMSPEED_TRADEOFF_MELAX)),
     nameOf);
 
-TEST_P(FiniteNumbers, StayFiniteAndTheOthersWhereTheyAre) {
+TEST_P(FiniteNumbers, StayFiniteAndOthersDoNotSpread) {
     const auto& [how, colored, driver] = GetParam();
     std::uint32_t removed = 0;
     for (std::uint32_t seed = 0; seed < 100; ++seed) {
@@ -153,8 +153,8 @@ TEST_P(FiniteNumbers, StayFiniteAndTheOthersWhereTheyAre) {
     EXPECT_GT(removed, 5U);
 }
 
-// Everything lies in one plane, and the colour changes nowhere: the blocks are singular but for
-// rounding. Vertices change places and triangles fold, so that no run is like another.
+// All vertices are in one plane and have one colour: the blocks are singular except for rounding.
+// Vertices change places and triangles fold, so that no run is like another.
 DMesh flatMeshOfOneColor(std::uint32_t seed) {
     Random random(seed);
     DMesh mesh = grid(6, 6);
@@ -171,7 +171,7 @@ DMesh flatMeshOfOneColor(std::uint32_t seed) {
 
 class FlatAndOfOneColor : public DecimationTest {};
 
-// Of thirty thousand seeds, those that once led to infinity.
+// Out of thirty thousand seeds, those that once led to infinity.
 TEST_F(FlatAndOfOneColor, StaysFinite) {
     for (const std::uint32_t seed :
          {1538U, 7230U, 8362U, 9027U, 10163U, 10225U, 10702U, 14650U, 21878U, 23494U, 24132U}) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Vertices that a run must leave as they are.
+// Vertices that a run must not change.
 #pragma once
 
 #include "mesh/borders.h"
@@ -16,7 +16,7 @@
 
 namespace korvalite::test {
 
-// Active, and its position and colour bit for bit as before.
+// The vertex is active, and its position and colour are the same bit for bit.
 inline testing::AssertionResult isUntouched(const DMesh& mesh, const DMesh& original,
                                             std::int32_t v) {
     const auto i = static_cast<std::size_t>(v);
@@ -30,7 +30,7 @@ inline testing::AssertionResult isUntouched(const DMesh& mesh, const DMesh& orig
     return testing::AssertionSuccess();
 }
 
-// The vertices of the surface that lie on its borders.
+// The vertices on the borders of the surface.
 inline std::vector<std::int32_t> borderOf(DMesh mesh) {
     BuildVertexCorners(mesh);
     ComputeBorderVertices(mesh);
@@ -45,7 +45,7 @@ inline void freezeBorder(ProgressiveMesh& pm) {
     pm.BorderMode = BORDERMODE_FREEZE;
 }
 
-// Of unevenHills: the border is as it was, and the rest is not.
+// Expects that the border of unevenHills is unchanged, and that the rest is not.
 inline void expectBorderKept(const ProgressiveMesh& pm, const DMesh& original) {
     const auto border = borderOf(original);
     EXPECT_EQ(border.size(), 2U * (22 + 18));
@@ -62,7 +62,8 @@ inline DMesh maskedBelow(int axis, std::uint32_t seed, bool colored) {
     return mesh;
 }
 
-// Of that: what is masked by 0 is as it was, and the rest is not.
+// Expects that the vertices of maskedBelow with a mask of 0 are unchanged, and that the rest is
+// not.
 inline void expectMaskedKept(const ProgressiveMesh& pm, const DMesh& original) {
     EXPECT_LT(pm.mesh.numActiveVertices, original.vertices.size() * 3 / 4);
     int masked = 0;

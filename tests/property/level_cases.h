@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Meshes with and without UVs, colours, mask, borders and symmetry, whose progressive meshes are
-// taken to levels.
+// Meshes with and without UVs, colours, mask, borders and symmetry, for tests on the levels of
+// their progressive meshes.
 #pragma once
 
 #include "formats/kvm_reader.h"
@@ -64,7 +64,7 @@ inline const std::vector<LevelCase>& levelCases() {
 // Each test has its own job folder.
 class LevelTest : public testing::TestWithParam<LevelCase> {
 protected:
-    // Decimated to `target`, with the case's settings and then those of `set`.
+    // Decimates to `target`, with the case's settings and then those of `set`.
     template <typename Set>
     MeshPtr decimatedTo(std::uint32_t target, Set set) const {
         return decimated(GetParam().mesh(), [&](ProgressiveMesh& pm) {
@@ -74,17 +74,17 @@ protected:
         });
     }
     MeshPtr decimatedTo(std::uint32_t target) const { return decimatedTo(target, asTheyCome); }
-    // As a job that builds a progressive mesh leaves it.
+    // As left by a job that builds a progressive mesh.
     MeshPtr lowest() const { return decimatedTo(4); }
 
     void save(ProgressiveMesh& pm) const { ASSERT_EQ(saveProgressiveMesh(pm, path().c_str()), 0); }
-    // Of the file that was saved.
+    // Loads the saved file.
     MeshPtr loaded(std::int32_t wanted = 0) const {
         auto pm = std::make_unique<ProgressiveMesh>();
         EXPECT_EQ(loadProgressiveMesh(*pm, path().c_str(), wanted), 0);
         return pm;
     }
-    // All bytes that a .kvm of the mesh as it stands has.
+    // All bytes of a .kvm of the mesh at its current level.
     std::string bytesOf(ProgressiveMesh& pm) const {
         const std::string other = job.folder() / u8"bytes.kvm";
         EXPECT_EQ(saveProgressiveMesh(pm, other.c_str()), 0);
@@ -92,7 +92,7 @@ protected:
     }
     std::string path() const { return job.folder() / u8"mesh.kvm"; }
 
-    // `count` vertex counts from the lowest to the full one, both included.
+    // `count` vertex counts from the lowest to the full one, inclusive.
     static std::vector<std::int32_t> levelsOf(const ProgressiveMesh& lowest, int count) {
         const auto low = static_cast<std::int32_t>(lowest.mesh.numActiveVertices);
         const std::int32_t high = lowest.mesh.vertexCount();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Levels of a decimated mesh: each looks the same whenever it is come to, from wherever, and with
+// Levels of a decimated mesh: each looks the same every time, from wherever it is reached, and with
 // the splits in memory or in pages on disk. A reordered mesh has the same surfaces, and its levels
 // are prefixes of its arrays.
 #include "property/run_cases.h"
@@ -18,7 +18,7 @@ namespace {
 
 class LevelWalk : public RunTest {
 protected:
-    // Low, with a number of records per page.
+    // The mesh at a low level, with a number of records per page.
     MeshPtr lowest(std::uint32_t pageCapacity, bool reorder = true) const {
         return decimatedTo(8, [&](ProgressiveMesh& pm) {
             pm.vsplitList.pageCapacity = pageCapacity;
@@ -33,7 +33,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Case, LevelWalk, testing::ValuesIn(runCases()), nameOfRun);
 
-TEST_P(LevelWalk, FindsEachLevelAsItWas) {
+TEST_P(LevelWalk, FindsEachLevelUnchanged) {
     for (const std::uint32_t pageCapacity : {VSplitList::kAllRecords, 7U}) {
         const MeshPtr pm = lowest(pageCapacity);
         ASSERT_EQ(comparableUVs(*pm), UVs::Compared);
@@ -41,7 +41,7 @@ TEST_P(LevelWalk, FindsEachLevelAsItWas) {
         std::map<std::int32_t, Words> seen{{pm->CurVtxSplitPos, arraysOf(pm->mesh, Part::Active)}};
         int revisits = 0;
         for (int step = 0; step < 24; ++step) {
-            // Every other time to one of six places, so that some are come to again.
+            // Every other step goes to one of six places, so that some are visited again.
             const std::int32_t level = step % 2 == 0
                                            ? randomLevel(random, *pm)
                                            : pm->mesh.vertexCount() * random.between(0, 5) / 5;
@@ -56,7 +56,7 @@ TEST_P(LevelWalk, FindsEachLevelAsItWas) {
     }
 }
 
-TEST_P(LevelWalk, LeadsBackToTheBeginning) {
+TEST_P(LevelWalk, RestoresTheInputAtTheTop) {
     const DMesh original = GetParam().mesh();
     for (const std::uint32_t pageCapacity : {VSplitList::kAllRecords, 7U}) {
         const MeshPtr pm = lowest(pageCapacity, false);
@@ -77,7 +77,7 @@ TEST_P(LevelWalk, LeadsBackToTheBeginning) {
     }
 }
 
-TEST_P(LevelWalk, GivesOneSurfaceWithReorderingAndWithout) {
+TEST_P(LevelWalk, GivesTheSameSurfacesWithAndWithoutReordering) {
     const MeshPtr reordered = lowest(50);
     const MeshPtr inPlace = lowest(50, false);
     EXPECT_TRUE(reordered->IsReordered);
@@ -91,7 +91,7 @@ TEST_P(LevelWalk, GivesOneSurfaceWithReorderingAndWithout) {
     }
 }
 
-TEST_P(LevelWalk, IsThroughPrefixesOfTheArraysOfAReorderedMesh) {
+TEST_P(LevelWalk, VisitsOnlyPrefixesOfAReorderedMesh) {
     const MeshPtr pm = lowest(50);
     Random random(29);
     for (int step = 0; step < 8; ++step) {
@@ -100,7 +100,7 @@ TEST_P(LevelWalk, IsThroughPrefixesOfTheArraysOfAReorderedMesh) {
     }
 }
 
-TEST_P(LevelWalk, AlsoGoesByTriangles) {
+TEST_P(LevelWalk, CanCountTriangles) {
     const MeshPtr pm = lowest(50);
     const MeshPtr twin = lowest(50);
     pm->targetCountsVertices = false;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Where the rules of the level update do not lead back to where they started, and what they give
-// instead. There are two: vertices that lose their triangles, and UVs that two UVs merge into.
+// The two cases in which the rules of the level update do not lead back to the start, and what they
+// give instead: vertices that lose their triangles, and UVs that two UVs merge into.
 #include "decimation/level_update.h"
 #include "formats/kvm_reader.h"
 #include "formats/kvm_samples.h"
@@ -20,8 +20,8 @@
 namespace korvalite::test {
 namespace {
 
-// A torus and, beside it, triangles with nothing around them. When one of their vertices collapses,
-// the other two lose their only triangle: a driver lets them go without a split of their own.
+// A torus, and separate triangles next to it. When one of their vertices collapses, the other two
+// lose their only triangle: a driver drops them without splits of their own.
 constexpr std::uint32_t kLoneTriangles = 5;
 constexpr std::uint32_t kVertices = 80 + 3 * kLoneTriangles;
 
@@ -59,11 +59,11 @@ protected:
     std::string path_ = job.folder() / u8"mesh.kvm";
     MeshPtr lowest_ = decimatedTo(4);
     const std::uint32_t splits_ = lowest_->vsplitList.NumVtxSplit();
-    // Let go without a split.
+    // The vertices dropped without a split.
     const std::uint32_t strays_ = kVertices - 4 - splits_;
 };
 
-TEST_F(StrayVertices, ThereAreTwoForEachLoneTriangle) {
+TEST_F(StrayVertices, NumberTwoForEachLoneTriangle) {
     EXPECT_EQ(lowest_->mesh.numActiveVertices, 4U);
     EXPECT_EQ(strays_, 2 * kLoneTriangles);
 }
@@ -75,18 +75,19 @@ TEST_F(StrayVertices, ComeBackWithTheirTriangle) {
     EXPECT_TRUE(surfaceOf(lowest_->mesh) == surfaceOf(torusAndLoneTriangles()));
 }
 
-// The rule: applying a collapse clears its vertex alone, and vertices without a triangle stay.
+// Applying a collapse clears only its vertex, so vertices without a triangle stay.
 TEST_F(StrayVertices, StayActiveOnTheWayDown) {
     const auto before = surfaceOf(lowest_->mesh);
     goAllUp(*lowest_);
     goAllDown(*lowest_);
     EXPECT_EQ(lowest_->mesh.numActiveVertices, 4 + strays_);
     EXPECT_TRUE(isSound(lowest_->mesh));
-    EXPECT_TRUE(surfaceOf(lowest_->mesh) == before) << "no triangle knows of them";
+    EXPECT_TRUE(surfaceOf(lowest_->mesh) == before) << "no triangle names them";
 }
 
-// So a level from above has as many vertices as one from below, but fewer of them in triangles.
-TEST_F(StrayVertices, CountAsVerticesOfALevelFromAbove) {
+// So a level reached from above has as many vertices as one reached from below, but fewer of them
+// are in triangles.
+TEST_F(StrayVertices, CountAsVerticesOfALevelReachedFromAbove) {
     constexpr std::int32_t kLevel = 40;
     const MeshPtr direct = decimatedTo(kLevel);
     updateMeshAtLevel(*lowest_, kLevel);
@@ -98,9 +99,9 @@ TEST_F(StrayVertices, CountAsVerticesOfALevelFromAbove) {
     EXPECT_LT(lowest_->mesh.numActiveTriangles, direct->mesh.numActiveTriangles) << "from above";
 }
 
-// The rule: a partial load counts one vertex for each split and all others into the lowest level.
-// The strays are among those, but are not active before their triangle is back.
-TEST_F(StrayVertices, LeaveAPartialLoadShortOfItsLevel) {
+// A partial load counts one vertex for each split, and all others as part of the lowest level. The
+// strays are among those, but are inactive until their triangle is back.
+TEST_F(StrayVertices, KeepAPartialLoadShortOfItsLevel) {
     ASSERT_EQ(saveProgressiveMesh(*lowest_, path_.c_str()), 0);
     int shorter = 0;
     for (std::int32_t level = 1; level <= static_cast<std::int32_t>(kVertices) + 1; ++level) {
@@ -123,9 +124,9 @@ TEST_F(StrayVertices, LeaveAPartialLoadShortOfItsLevel) {
     EXPECT_GT(shorter, 0);
 }
 
-// The rule: saved UVs are exchanged in the order of their pairs in both directions. Where two pairs
-// have one new index, that is no way back: each step moves three UVs round in a circle.
-TEST_F(DecimationTest, AUVThatTwoMergeIntoIsBackAfterThreeRoundTrips) {
+// Saved UVs are exchanged in the order of their pairs in both directions. If two pairs have the
+// same new index, the second exchange does not undo the first: each step rotates three UVs.
+TEST_F(DecimationTest, AUVMergedFromTwoIsRestoredAfterThreeRoundTrips) {
     KvmFile file = squareWithOneSplit();
     const UVCoord a{0.75F, 0};
     const UVCoord b{0.875F, 0};

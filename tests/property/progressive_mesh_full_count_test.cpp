@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Nothing is lost: a progressive mesh that goes up to its full count is its input again, vertex for
-// vertex and triangle for triangle, under the renumbering that the reordering does.
+// Nothing is lost: a progressive mesh at its full count equals its input, vertex for vertex and
+// triangle for triangle, apart from the renumbering by the reordering.
 #include "property/level_cases.h"
 
 #include "mesh/corner_lists.h"
@@ -18,14 +18,14 @@
 namespace korvalite::test {
 namespace {
 
-// New indices by old ones.
+// The new index for each old one.
 struct Renumbering {
     std::vector<std::int32_t> vertices;
     std::vector<std::int32_t> triangles;
 };
 
-// By the splits of a decimation that was not reordered: what goes first goes to the end, and what
-// stays keeps its order.
+// Derived from the splits of a decimation that was not reordered: the first to be removed comes
+// last, and the survivors keep their order.
 Renumbering renumberingOf(ProgressiveMesh& unordered) {
     Renumbering map;
     map.vertices.assign(unordered.mesh.vertices.size(), kNone);
@@ -51,7 +51,7 @@ bool sameBits(float a, float b) {
     return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
 }
 
-// As a driver welds it, if at all.
+// Welded as by a driver, if at all.
 DMesh welded(DMesh mesh) {
     if (mesh.coordsUV.size() != mesh.triangles.size()) return mesh;
     BuildVertexCorners(mesh);
@@ -98,7 +98,7 @@ TEST_P(ProgressiveMeshFullCount, HasEveryVertexOfItsInputBitForBit) {
     }
 }
 
-TEST_P(ProgressiveMeshFullCount, HasEveryTriangleOfItsInputWithItsUVsBitForBit) {
+TEST_P(ProgressiveMeshFullCount, HasEveryTriangleOfItsInputWithItsUVs) {
     const DMesh& mesh = full_->mesh;
     ASSERT_EQ(mesh.triangles.size(), input_.triangles.size());
     ASSERT_EQ(mesh.indicesUV.size(), input_.indicesUV.size());

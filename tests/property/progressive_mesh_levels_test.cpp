@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A progressive mesh that was saved gives the levels that it had in memory, loaded in full or in
-// part, and those that a decimation to the same count gives.
+// A saved progressive mesh, loaded in full or in part, has the same levels as in memory, and the
+// same as a decimation to the same count.
 #include "property/level_cases.h"
 
 #include "support/mesh_validator.h"
@@ -18,12 +18,12 @@ class ProgressiveMeshLevels : public LevelTest {};
 
 INSTANTIATE_TEST_SUITE_P(Case, ProgressiveMeshLevels, testing::ValuesIn(levelCases()), nameOf);
 
-TEST_P(ProgressiveMeshLevels, AFullLoadGoesToEachLevelAsTheMeshInMemoryDoes) {
+TEST_P(ProgressiveMeshLevels, AFullLoadHasTheLevelsOfTheMeshInMemory) {
     const MeshPtr inMemory = lowest();
     save(*inMemory);
     const MeshPtr fromFile = loaded();
     ASSERT_TRUE(bytesOf(*fromFile) == readWhole(path()));
-    // Up, down and past both ends.
+    // The walk goes up, down and past both ends.
     std::vector<std::int32_t> levels = levelsOf(*inMemory, 5);
     levels.insert(levels.end(), {levels[2], 1000000, levels[1], levels[3], -1, levels[2], 0});
     for (const std::int32_t level : levels) {
@@ -34,11 +34,11 @@ TEST_P(ProgressiveMeshLevels, AFullLoadGoesToEachLevelAsTheMeshInMemoryDoes) {
     }
 }
 
-TEST_P(ProgressiveMeshLevels, APartialLoadGivesTheSurfaceOfAFullOne) {
+TEST_P(ProgressiveMeshLevels, APartialLoadHasTheSurfaceOfAFullOne) {
     const MeshPtr inMemory = lowest();
     save(*inMemory);
     std::vector<std::int32_t> levels = levelsOf(*inMemory, 12);
-    // One vertex more than the lowest, one less than the full, and beyond both.
+    // These are one vertex above the lowest, one below the full count, and past both ends.
     levels.insert(levels.end(), {levels.front() + 1, levels.back() - 1, 1, levels.back() + 5});
     for (const std::int32_t level : levels) {
         const MeshPtr full = loaded();
@@ -53,13 +53,13 @@ TEST_P(ProgressiveMeshLevels, APartialLoadGivesTheSurfaceOfAFullOne) {
     }
 }
 
-TEST_P(ProgressiveMeshLevels, ALevelIsWhatADecimationToItsCountGives) {
+TEST_P(ProgressiveMeshLevels, ALevelEqualsADecimationToItsCount) {
     save(*lowest());
     const MeshPtr fromFile = loaded();
     for (const std::int32_t level : levelsOf(*fromFile, 5)) {
         const MeshPtr direct = decimatedTo(static_cast<std::uint32_t>(level));
-        // A decimation ends behind a mirrored pair and may miss the count by one; the splits of a
-        // progressive mesh go one by one.
+        // A decimation ends after a mirrored pair and may miss the count by one; a progressive mesh
+        // moves by single splits.
         const auto reached = static_cast<std::int32_t>(direct->mesh.numActiveVertices);
         EXPECT_TRUE(reached == level || (reached == level - 1 && direct->m_handleSymmetry_internal))
             << level << ' ' << reached;
@@ -76,7 +76,7 @@ TEST_P(ProgressiveMeshLevels, AnyPageSizeGivesTheSameLevels) {
     const MeshPtr pages =
         decimatedTo(4, [](ProgressiveMesh& pm) { pm.vsplitList.pageCapacity = 13; });
     ASSERT_GT(pages->vsplitList.NumVtxSplit(), 13U * 20);
-    ASSERT_LE(pages->vsplitList.pageCount(), 14U) << "most of it is on disk";
+    ASSERT_LE(pages->vsplitList.pageCount(), 14U) << "most of them are on disk";
     const std::vector<std::int32_t> levels = levelsOf(*pages, 6);
     std::vector<std::int32_t> walk(levels.rbegin(), levels.rend());
     walk.insert(walk.begin(), {levels[3], levels[1], levels[5]});
@@ -90,7 +90,7 @@ TEST_P(ProgressiveMeshLevels, AnyPageSizeGivesTheSameLevels) {
     ASSERT_TRUE(bytesOf(*pages) == bytesOf(*neverPages));
 }
 
-TEST_P(ProgressiveMeshLevels, TheSameWithoutReorderingInFullLoads) {
+TEST_P(ProgressiveMeshLevels, AFullLoadWithoutReorderingHasTheSameLevels) {
     const MeshPtr inMemory = decimatedTo(4, [](ProgressiveMesh& pm) { pm.DoReorder = false; });
     const MeshPtr reordered = lowest();
     save(*inMemory);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Meshes and settings for properties that hold of every run. Samples and made meshes, with borders
-// and without, with each attribute, some of them from several seeds.
+// Meshes and settings for properties that hold for every run: samples and generated meshes, with
+// and without borders, with each attribute, some of them from several seeds.
 #pragma once
 
 #include "support/decimation_run.h"
@@ -38,14 +38,14 @@ inline std::string nameOfRun(const testing::TestParamInfo<RunCase>& row) {
     return row.param.name;
 }
 
-// Mirror-symmetric bit for bit, and otherwise as uneven as a seed makes it.
+// Mirror-symmetric bit for bit, and otherwise uneven in a way that depends on the seed.
 inline DMesh unevenMirrored(int axis, std::uint32_t seed) {
     DMesh whole = sphere(3);
     Random random(seed);
     std::vector<float> factors;
     for (std::size_t v = 0; v < whole.vertices.size(); ++v)
         factors.push_back(1.0F + random.around(0.12F));
-    // Those of the lower side are taken over to the other.
+    // The factors of the lower side are also used on the other side.
     std::map<std::array<float, 3>, std::size_t> places;
     const auto keyOf = [](const FloatVec3& p) { return std::array<float, 3>{p.x, p.y, p.z}; };
     for (std::size_t v = 0; v < whole.vertices.size(); ++v)
@@ -151,15 +151,15 @@ inline bool isLeftUntried(const DMesh& mesh, std::int32_t v) {
            mesh.vertexActive.Test(vertex.partner);
 }
 
-// What one turn may take from the count: a collapse, or a mirrored pair.
+// The most that one turn can remove from the count: a collapse, or a mirrored pair.
 inline std::uint32_t mostOfATurn(const ProgressiveMesh& pm) {
     return (pm.targetCountsVertices ? 1U : 2U) * (pm.m_handleSymmetry_internal ? 2U : 1U);
 }
 
-// Of a test over runCases(), which has its own job folder.
+// The base of tests over runCases(), each with its own job folder.
 class RunTest : public testing::TestWithParam<RunCase> {
 protected:
-    // To a part of the vertices, or of the triangles where the case counts those.
+    // Decimates to a percentage of the vertices, or of the triangles if the case counts those.
     template <typename Set>
     MeshPtr decimatedTo(float percent, Set set) const {
         return decimated(GetParam().mesh(), [&](ProgressiveMesh& pm) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What several threads at once do to what a vertex or corner has beside its position, and to
-// vertices that must not move.
+// What several threads together do to the attributes of vertices and corners, and to vertices that
+// must not move.
 #include "property/chart_cases.h"
 #include "property/kept_vertices.h"
 #include "property/run_cases.h"
@@ -51,8 +51,8 @@ TEST_P(SeveralThreadsAttributes, NoTriangleMixesCharts) {
     }
 }
 
-// The border is frozen, since it counts as a seam too: where a seam meets it, the seam may slide
-// along it, and with several threads the order of the collapses says when.
+// The border is frozen because it counts as a seam too: where a seam meets it, the seam may slide
+// along it, when the order of the collapses on several threads allows it.
 TEST_P(SeveralThreadsAttributes, SeamsStayOnTheSeam) {
     for (const std::uint32_t seed : {1U, 2U, 3U})
         expectSeamsOnTheSeam(inPlace(hillsOfTwoCharts(seed), 30, freezeBorder)->mesh);
@@ -63,7 +63,7 @@ TEST_P(SeveralThreadsAttributes, ChartsStayOnTheirSideOfTheSeam) {
         expectChartsOnTheirSides(inPlace(hillsOfTwoCharts(seed), 25, freezeBorder)->mesh);
 }
 
-TEST_P(SeveralThreadsAttributes, AFrozenBorderKeepsEachOfItsVerticesBitForBit) {
+TEST_P(SeveralThreadsAttributes, AFrozenBorderKeepsItsVerticesBitForBit) {
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
         DMesh original = unevenHills(seed);
         if (seed > 1) addColors(original, redOrBlue);
@@ -71,7 +71,7 @@ TEST_P(SeveralThreadsAttributes, AFrozenBorderKeepsEachOfItsVerticesBitForBit) {
     }
 }
 
-TEST_P(SeveralThreadsAttributes, AMaskOfZeroKeepsItsVerticesUntouched) {
+TEST_P(SeveralThreadsAttributes, AMaskOfZeroProtectsItsVertices) {
     for (const bool colored : {false, true}) {
         for (const int axis : {-1, 0}) {
             const DMesh original = maskedBelow(axis, 1, colored);
@@ -87,7 +87,7 @@ class SymmetryOnSeveralThreads : public SymmetryTest {};
 INSTANTIATE_TEST_SUITE_P(Case, SymmetryOnSeveralThreads, testing::ValuesIn(symmetricMeshes()),
                          nameOfSymmetry);
 
-TEST_P(SymmetryOnSeveralThreads, PairsUpAgainAfterARun) {
+TEST_P(SymmetryOnSeveralThreads, IsIntactAfterARun) {
     const auto& [name, axis, original] = GetParam();
     float percent = 70;
     for (const std::int32_t threads : kThreadCounts) {

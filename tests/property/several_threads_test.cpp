@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What holds of every run on several threads, though no two runs give the same mesh.
+// Properties of every run on several threads, though no two runs give the same mesh.
 #include "property/run_cases.h"
 
 #include "support/level_walk.h"
@@ -26,13 +26,13 @@ void expectSound(const ProgressiveMesh& pm, Surface surface) {
     }
 }
 
-// Threads that are at work when the target is reached end their turns.
+// Threads that are working when the target is reached finish their turns.
 void expectNearTarget(const ProgressiveMesh& pm) {
     const auto turns = static_cast<std::uint32_t>(pm.threadContexts.size());
     EXPECT_GT(pm.activeCount() + turns * mostOfATurn(pm), pm.TargetNumItem);
 }
 
-// Up all splits and down again. `pm` is not reordered.
+// Goes up all splits and down again. `pm` is not reordered.
 void expectTheWayBackTo(const DMesh& original, ProgressiveMesh& pm) {
     const UVs uvs = comparableUVs(pm);
     const Words coarse = arraysOf(pm.mesh, Part::Active, uvs);
@@ -61,7 +61,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Case, SeveralThreads, testing::ValuesIn(runCases()), nameOfRun);
 
-TEST_P(SeveralThreads, LeaveASoundMeshAndAClosedOneClosed) {
+TEST_P(SeveralThreads, LeaveASoundMeshAndKeepItClosed) {
     for (const std::int32_t threads : kThreadCounts) {
         SCOPED_TRACE(threads);
         const MeshPtr pm = onThreads(threads, 10);
@@ -70,7 +70,7 @@ TEST_P(SeveralThreads, LeaveASoundMeshAndAClosedOneClosed) {
     }
 }
 
-TEST_P(SeveralThreads, ReachTheirTargetOrLeaveOnlyWhatWasRefused) {
+TEST_P(SeveralThreads, ReachTheirTargetOrLeaveOnlyRefusals) {
     float percent = 60;
     for (const std::int32_t threads : kThreadCounts) {
         SCOPED_TRACE(threads);
@@ -79,7 +79,7 @@ TEST_P(SeveralThreads, ReachTheirTargetOrLeaveOnlyWhatWasRefused) {
             EXPECT_LE(pm->activeCount(), pm->TargetNumItem);
         }
         expectNearTarget(*pm);
-        // Far from the end, or as near to it as it goes.
+        // Alternates between a target that is far from the end and the lowest one.
         percent = percent > 0 ? 0.0F : 60.0F;
         if (pm->activeCount() <= pm->TargetNumItem) continue;
         for (std::int32_t v = 0; v < pm->mesh.vertexCount(); ++v)
@@ -87,7 +87,7 @@ TEST_P(SeveralThreads, ReachTheirTargetOrLeaveOnlyWhatWasRefused) {
     }
 }
 
-TEST_P(SeveralThreads, RecordSplitsThatLeadBackToTheBeginningBitForBit) {
+TEST_P(SeveralThreads, RecordSplitsThatRestoreTheInputBitForBit) {
     const DMesh original = GetParam().mesh();
     for (const std::int32_t threads : {2, 4, 8}) {
         SCOPED_TRACE(threads);
@@ -99,8 +99,8 @@ TEST_P(SeveralThreads, RecordSplitsThatLeadBackToTheBeginningBitForBit) {
     }
 }
 
-// In the order of the commits, which is one that the collapses could have been made in.
-TEST_P(SeveralThreads, LeaveLevelsThatAreSoundPrefixesOfAReorderedMesh) {
+// The order is that of the commits, in which the collapses could have been made one by one.
+TEST_P(SeveralThreads, LeaveSoundPrefixesAsLevelsOfAReorderedMesh) {
     for (const std::int32_t threads : {3, 16}) {
         SCOPED_TRACE(threads);
         const MeshPtr pm = onThreads(threads, 8);
@@ -116,20 +116,20 @@ TEST_P(SeveralThreads, LeaveLevelsThatAreSoundPrefixesOfAReorderedMesh) {
     }
 }
 
-TEST_P(SeveralThreads, ChangeNothingForATargetThatIsReached) {
+TEST_P(SeveralThreads, ChangeNothingIfTheTargetIsAlreadyReached) {
     const MeshPtr pm = onThreads(16, 100);
     EXPECT_EQ(pm->vsplitList.NumVtxSplit(), 0U);
     EXPECT_EQ(pm->mesh.triangles, GetParam().mesh().triangles);
     EXPECT_TRUE(nothingIsHeld(*pm));
 }
 
-// The samples that are too big for all of the tests above.
+// The samples that are too big for the tests above.
 class SeveralThreadsOnASample : public DecimationTest,
                                 public testing::WithParamInterface<const char*> {};
 INSTANTIATE_TEST_SUITE_P(Case, SeveralThreadsOnASample, testing::Values("boot", "fish-masked"),
                          [](const auto& row) { return std::string(row.param, 4); });
 
-TEST_P(SeveralThreadsOnASample, ReachTheirTargetAndTheWayBack) {
+TEST_P(SeveralThreadsOnASample, ReachTheirTargetAndCanRestoreTheInput) {
     const DMesh original = sample(std::string(GetParam()) + ".Vok");
     for (const std::int32_t threads : kThreadCounts) {
         SCOPED_TRACE(threads);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Meshes that are mirror-symmetric bit for bit, and how many of their vertices pair up.
+// Meshes that are mirror-symmetric bit for bit, and the number of their vertices that pair up.
 #pragma once
 
 #include "property/run_cases.h"
@@ -55,10 +55,10 @@ inline std::vector<SymmetryCase> symmetricMeshes() {
     return rows;
 }
 
-// Of a test over symmetricMeshes().
+// The base of tests over symmetricMeshes().
 class SymmetryTest : public DecimationTest, public testing::WithParamInterface<SymmetryCase> {
 protected:
-    // What is active, as a host gets it.
+    // The active part, as a host gets it.
     DMesh compacted(const DMesh& mesh) const {
         const std::string path = job.folder() / u8"mesh.Vok";
         DMesh result;

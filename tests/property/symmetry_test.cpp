@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What stays of a mesh's mirror symmetry: everything when it was symmetric, and a sound mesh when
-// it was not.
+// What remains of a mesh's mirror symmetry: all of it if the mesh was symmetric, and a sound mesh
+// if it was not.
 #include "property/run_cases.h"
 #include "property/symmetry_cases.h"
 
@@ -20,7 +20,7 @@ class SymmetricMesh : public SymmetryTest {};
 
 INSTANTIATE_TEST_SUITE_P(Case, SymmetricMesh, testing::ValuesIn(symmetricMeshes()), nameOfSymmetry);
 
-TEST_P(SymmetricMesh, PairsUpAgainAfterARun) {
+TEST_P(SymmetricMesh, IsStillSymmetricAfterARun) {
     const auto& [name, axis, original] = GetParam();
     ASSERT_EQ(pairsOf(original, axis, original).pairedCount, original.vertexCount());
     for (const float percent : {70.0F, 40.0F, 15.0F, 5.0F}) {
@@ -35,8 +35,8 @@ TEST_P(SymmetricMesh, PairsUpAgainAfterARun) {
     }
 }
 
-// Or the test above could pass without any symmetry handling.
-TEST_P(SymmetricMesh, LosesItsPairsWhenNobodyAsksForThem) {
+// Without this, the test above could pass without any symmetry handling.
+TEST_P(SymmetricMesh, LosesItsPairsWithoutSymmetryHandling) {
     const auto& [name, axis, original] = GetParam();
     const MeshPtr pm =
         decimated(original, [](ProgressiveMesh& settings) { targetPercent(settings, 40); });
@@ -48,7 +48,7 @@ class AsymmetricMesh : public DecimationTest, public testing::WithParamInterface
 INSTANTIATE_TEST_SUITE_P(Axis, AsymmetricMesh, testing::Values(0, 1, 2),
                          [](const auto& row) { return std::string(1, "XYZ"[row.param]); });
 
-TEST_P(AsymmetricMesh, IsDecimatedAllTheSame) {
+TEST_P(AsymmetricMesh, IsDecimatedNevertheless) {
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
         DMesh strong = sphere(3);
         jitter(strong, 0.3F, seed);
@@ -71,8 +71,8 @@ TEST_P(AsymmetricMesh, IsDecimatedAllTheSame) {
     }
 }
 
-// One half is symmetric, the other is not: that one does not suffer from the other.
-TEST_P(AsymmetricMesh, KeepsThePairsFarFromWhatIsUneven) {
+// One half is symmetric, the other is not; the uneven half must not affect the other.
+TEST_P(AsymmetricMesh, KeepsThePairsFarFromItsUnevenPart) {
     const int axis = GetParam();
     const int along = (axis + 1) % 3;
     DMesh original = unevenMirrored(axis, 4);
@@ -84,7 +84,7 @@ TEST_P(AsymmetricMesh, KeepsThePairsFarFromWhatIsUneven) {
             vertex.setPosition(p);
         }
     }
-    // The middle of the box stays on the plane.
+    // The centre of the box stays on the plane.
     recomputeBoundingBox(original);
     const MeshPtr pm = decimated(original, [&](ProgressiveMesh& settings) {
         askForSymmetry(settings, axis);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// A thousand small runs with settings at random, stopped at random: what goes wrong only once in a
-// while has many chances here. A failure names the run; its settings come from its number, its
-// timing does not.
+// A thousand small runs with random settings, stopped at random moments: rare faults get many
+// chances here. A failure names the run by its number, which determines the settings but not the
+// timing.
 #include "property/chart_cases.h"
 #include "property/run_cases.h"
 
@@ -33,11 +33,11 @@ struct RandomRun {
     DMesh mesh;
     Stop stop = Stop::Never;
     float percent = 0;
-    int axis = kNone;  // of the symmetry that is asked for
+    int axis = kNone;  // of the requested symmetry
     DecimationSettings settings;
     std::uint32_t pageCapacity = 0;
     std::uint32_t patience = 0;  // of the thread that asks to stop
-    std::string text;            // all of this
+    std::string text;            // describes all of this
 };
 
 DMesh randomMesh(Random& random, std::ostream& text) {
@@ -133,7 +133,7 @@ class ThousandRuns : public DecimationTest, public testing::WithParamInterface<s
 protected:
     ThousandRuns() { askToStop(false); }
 
-    // The host asks all along; only while the channel is enabled does a run get to know.
+    // The host asks all the time; a run learns of it only while the channel is enabled.
     static void askToStop(bool asked) { progressChannel().setEnabled(asked); }
 
     class StopAtStep : public StepObserver {
@@ -147,9 +147,9 @@ protected:
         int number_;
     };
 
-    // The stop bytes are read under csQueue, so that a thread that is inside may change them.
+    // The stop bytes are read under csQueue, so a thread that holds it may change them.
     static void stopFromAnotherThread(SharedRun& shared, std::uint32_t patience) {
-        for (std::uint32_t stays = 0; stays < patience; ++stays)
+        for (std::uint32_t entries = 0; entries < patience; ++entries)
             const std::lock_guard lock(shared.sections.csQueue);
         const std::lock_guard lock(shared.sections.csQueue);
         askToStop(true);
@@ -181,7 +181,7 @@ protected:
         } else {
             EXPECT_EQ(RunDecimation(pm), 0);
         }
-        pm.observer = nullptr;  // which goes with this call
+        pm.observer = nullptr;  // it is destroyed at the end of this call
         askToStop(false);
         markAllApplied(pm);
     }
@@ -221,7 +221,7 @@ protected:
         EXPECT_TRUE(arraysOf(pm.mesh, Part::Active, uvs) == coarse);
     }
 
-    // What it leaves behind in memory.
+    // Returns the number of allocations that the run leaves behind.
     static std::int64_t carryOut(std::uint32_t number) {
         const LiveAllocations live;
         {
@@ -240,9 +240,9 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Hundred, ThousandRuns, testing::Range(0U, 10U));
 
-TEST_P(ThousandRuns, EndSoundAndLeaveNothingBehind) {
+TEST_P(ThousandRuns, EndSoundAndLeakNothing) {
     const std::uint32_t first = GetParam() * kRunsPerTest;
-    // Whatever is made once for the process is made now.
+    // Allocations made once per process are made now.
     carryOut(first);
     for (std::uint32_t number = first; number < first + kRunsPerTest; ++number) {
         const std::int64_t left = carryOut(number);

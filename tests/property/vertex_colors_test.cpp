@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What UseVtxColorsCoef does: the higher it is, the less a run blurs where two colours meet.
+// The effect of UseVtxColorsCoef: the higher it is, the less a run blurs the boundary between two
+// colours.
 #include "property/run_cases.h"
 
 #include "shell/load_input.h"
@@ -22,7 +23,7 @@ constexpr std::uint32_t kBlue = packColor(20, 10, 240);
 
 class VertexColors : public DecimationTest {
 protected:
-    // A ball of two colours that meet in a wavy line.
+    // A ball of two colours that meet along a wavy line.
     static DMesh twoColors(std::uint32_t seed) {
         DMesh mesh = sphere(4);
         jitter(mesh, 0.01F, seed);
@@ -38,8 +39,8 @@ protected:
             pm.DoReorder = false;
         });
     }
-    // How far the colours are from those of the original: for each original vertex, the distance of
-    // its red from that of the nearest vertex that is left.
+    // The distance of the colours from the original: for each original vertex, the difference
+    // between its red and that of the nearest remaining vertex.
     static double colorError(const DMesh& original, const DMesh& mesh) {
         double sum = 0;
         for (std::size_t v = 0; v < original.vertices.size(); ++v) {
@@ -59,7 +60,7 @@ protected:
         }
         return sum / static_cast<double>(original.vertices.size());
     }
-    // Area of the triangles whose corners differ.
+    // The area of triangles whose corners have different colours.
     static double blurredArea(const DMesh& mesh) {
         double area = 0;
         for (std::int32_t t = 0; t < mesh.triangleCount(); ++t) {
@@ -94,8 +95,8 @@ TEST_F(VertexColors, AHighCoefficientKeepsTheBoundarySharper) {
     }
 }
 
-// A channel without weight has no best value: it stays that of the kept vertex.
-TEST_F(VertexColors, ACoefficientOfOneKeepsColorsAsTheyWere) {
+// A channel without weight has no best value, so it stays that of the kept vertex.
+TEST_F(VertexColors, ACoefficientOfOneKeepsColorsUnchanged) {
     for (const std::uint32_t seed : {1U, 2U, 3U}) {
         const MeshPtr pm = withCoefficient(twoColors(seed), 1, 12);
         for (const std::uint32_t color : pm->mesh.vertexColors)
@@ -103,8 +104,8 @@ TEST_F(VertexColors, ACoefficientOfOneKeepsColorsAsTheyWere) {
     }
 }
 
-// One colour for all says nothing: it comes out as it went in.
-TEST_F(VertexColors, OneColorForAllStaysThatColor) {
+// A uniform colour carries no information and comes out almost unchanged.
+TEST_F(VertexColors, AUniformColorIsKept) {
     DMesh mesh = sphere(3);
     jitter(mesh, 0.05F, 1);
     addColors(mesh, [](const FloatVec3&) { return packColor(90, 120, 200, 77); });
@@ -114,7 +115,7 @@ TEST_F(VertexColors, OneColorForAllStaysThatColor) {
         if (!pm->mesh.vertexActive.Test(v)) continue;
         const std::uint32_t color = pm->mesh.vertexColors[static_cast<std::size_t>(v)];
         EXPECT_EQ(color >> 24U, 77U) << "the fourth byte never changes";
-        // Values are cut, so that each collapse may lose one.
+        // Values are truncated, so each collapse may lose one.
         for (unsigned channel = 0; channel < 3; ++channel) {
             const int is = static_cast<int>((color >> (8 * channel)) & 0xFFU);
             const int was = static_cast<int>((mesh.vertexColors[0] >> (8 * channel)) & 0xFFU);
@@ -123,7 +124,7 @@ TEST_F(VertexColors, OneColorForAllStaysThatColor) {
     }
 }
 
-TEST_F(VertexColors, ColorsThatDoNotFitTheVerticesHaveNoPartInTheRun) {
+TEST_F(VertexColors, ColorsThatDoNotFitTheVerticesAreIgnored) {
     DMesh mesh = twoColors(1);
     DMesh plain = mesh;
     plain.vertexColors.clear();
