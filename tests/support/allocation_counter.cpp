@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Replaces the allocation functions of the test program, array and nothrow forms too: those of a
-// sanitizer would not call the plain ones. Over-aligned types are not counted.
+// Replaces the allocation functions of the test program, including the array and nothrow forms:
+// those of a sanitizer would not call the plain ones. Over-aligned types are not counted.
 #include "support/allocation_counter.h"
 
 #include "support/allocation_limit.h"
@@ -22,7 +22,7 @@ std::atomic<std::uint64_t> allocatedBytes{0};
 std::atomic<std::int64_t> live{0};
 std::atomic<std::size_t> mostBytesAtOnce{kNoLimit};
 
-// Allocations up to the one that fails, and 0 from then on; nothing fails at 0.
+// Counts down to the allocation that fails; nothing fails at 0.
 thread_local std::uint64_t leftHere = 0;
 thread_local const std::function<void()>* atFailureHere = nullptr;
 std::atomic<std::uint64_t> leftElsewhere{0};

@@ -5,19 +5,19 @@
 
 namespace korvalite::test {
 
-// Counts the allocations that the whole process makes through operator new while it lives:
+// Counts the allocations that the whole process makes through operator new during its lifetime:
 //
 //   const AllocationCounter counter;
 //   workInTheSteadyState();
 //   EXPECT_EQ(counter.count(), 0U);
 //
-// Evaluate count() before anything else that may allocate, a failing expectation among them.
+// Read count() before anything else that may allocate, such as a failing expectation.
 class AllocationCounter {
 public:
     AllocationCounter() : atStart_(total()), bytesAtStart_(totalBytes()) {}
 
     std::uint64_t count() const { return total() - atStart_; }
-    // What was asked for, whether or not it has been released since.
+    // The bytes requested, whether or not they have been released since.
     std::uint64_t bytes() const { return totalBytes() - bytesAtStart_; }
 
 private:
@@ -28,8 +28,8 @@ private:
     std::uint64_t bytesAtStart_;
 };
 
-// Of the allocations made since its begin, by any thread, those that are not freed, less the older
-// ones that are: 0 after work that leaves nothing behind.
+// The number of allocations by any thread that are not yet freed, minus the older ones that have
+// been freed since: 0 after work that leaves nothing behind.
 class LiveAllocations {
 public:
     LiveAllocations() : atStart_(total()) {}

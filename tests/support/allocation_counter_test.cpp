@@ -10,7 +10,7 @@
 namespace korvalite::test {
 namespace {
 
-TEST(AllocationCounter, CountsWhatVectorsAllocate) {
+TEST(AllocationCounter, CountsTheAllocationsOfVectors) {
     std::vector<int> items;
     const AllocationCounter counter;
     items.reserve(100);
@@ -24,7 +24,7 @@ TEST(AllocationCounter, CountsWhatVectorsAllocate) {
     EXPECT_EQ(afterGrowth, 2U);
 }
 
-TEST(AllocationCounter, SumsUpWhatWasAskedFor) {
+TEST(AllocationCounter, SumsUpTheRequestedBytes) {
     std::vector<int> items;
     const AllocationCounter counter;
     items.reserve(100);
@@ -41,7 +41,7 @@ TEST(AllocationCounter, CountsArrays) {
     EXPECT_EQ(count, 1U);
 }
 
-TEST(AllocationCounter, SeesOnlyWhatComesAfterIt) {
+TEST(AllocationCounter, CountsOnlyLaterAllocations) {
     const std::string before(1000, 'x');
     const AllocationCounter counter;
     const auto count = counter.count();
@@ -49,7 +49,7 @@ TEST(AllocationCounter, SeesOnlyWhatComesAfterIt) {
     EXPECT_EQ(before.size(), 1000U);
 }
 
-TEST(LiveAllocations, AreThoseThatNobodyHasFreedYet) {
+TEST(LiveAllocations, AreThoseNotYetFreed) {
     auto old = std::make_unique<int>(1);
     const LiveAllocations live;
     auto array = std::make_unique<int[]>(50);

@@ -7,8 +7,8 @@
 
 namespace korvalite::test {
 
-// While it lives, operator new refuses every request for more than this many bytes at once, as it
-// does when memory is exhausted. One at a time.
+// During its lifetime, operator new refuses every request for more than this number of bytes, as it
+// does when memory is exhausted. Only one may exist at a time.
 class AllocationLimit {
 public:
     explicit AllocationLimit(std::size_t bytes);
@@ -17,9 +17,9 @@ public:
     AllocationLimit& operator=(const AllocationLimit&) = delete;
 };
 
-// Lets the nth allocation of the thread that makes this fail, counted from now on; those before and
-// after it succeed. Calls `atFailure`, if there is one, just before it fails. One at a time on a
-// thread.
+// Fails the nth allocation of the thread that creates this, counted from now on; those before and
+// after it succeed. Calls `atFailure`, if there is one, just before the failure. Only one may exist
+// on a thread at a time.
 class FailingAllocation {
 public:
     explicit FailingAllocation(std::uint64_t nth, std::function<void()> atFailure = {});
@@ -27,14 +27,15 @@ public:
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
 
-    // On the same thread.
+    // Call it on the same thread.
     static bool hasFailed();
 
 private:
     std::function<void()> atFailure_;
 };
 
-// The same for all threads but the one that makes this, counted together. One at a time.
+// The same for all threads but the one that creates this, counted together. Only one may exist at a
+// time.
 class FailingAllocationElsewhere {
 public:
     explicit FailingAllocationElsewhere(std::uint64_t nth);

@@ -28,7 +28,7 @@ bool canAllocateElsewhere() {
     return can;
 }
 
-TEST(AllocationLimit, RefusesLargerRequestsAlone) {
+TEST(AllocationLimit, RefusesOnlyLargerRequests) {
     const AllocationLimit limit(100);
     const bool small = canAllocate(100);
     const bool large = canAllocate(101);
@@ -36,7 +36,7 @@ TEST(AllocationLimit, RefusesLargerRequestsAlone) {
     EXPECT_FALSE(large);
 }
 
-TEST(FailingAllocation, IsTheNthOfItsThreadAlone) {
+TEST(FailingAllocation, IsOnlyTheNthOfItsThread) {
     std::vector<bool> could(5);
     bool early = true;
     {
@@ -50,11 +50,11 @@ TEST(FailingAllocation, IsTheNthOfItsThreadAlone) {
     EXPECT_TRUE(early);
 }
 
-TEST(FailingAllocation, LeavesOtherThreadsAlone) {
+TEST(FailingAllocation, DoesNotAffectOtherThreads) {
     bool elsewhere = false;
     bool here = true;
     {
-        // The first is the start of the thread.
+        // The first allocation is for the start of the thread.
         const FailingAllocation second(2);
         elsewhere = canAllocateElsewhere();
         here = canAllocate();

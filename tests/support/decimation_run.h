@@ -16,7 +16,7 @@
 
 namespace korvalite::test {
 
-// The scratch files of its life go into a folder of its own.
+// Collects the scratch files made during its lifetime in its own folder.
 class JobFolder {
 public:
     JobFolder() { SetJobDirectory(folder_.path().c_str()); }
@@ -35,7 +35,7 @@ protected:
 
 using MeshPtr = std::unique_ptr<ProgressiveMesh>;
 
-// Settings as a job without keys has them, on one thread.
+// The settings of a job without keys, on one thread.
 inline MeshPtr prepared(DMesh mesh) {
     auto pm = std::make_unique<ProgressiveMesh>();
     pm->mesh = std::move(mesh);
@@ -47,7 +47,7 @@ inline MeshPtr prepared(DMesh mesh) {
     return pm;
 }
 
-// 0 x, 1 y, 2 z.
+// The axis is 0 for x, 1 for y, 2 for z.
 inline void askForSymmetry(ProgressiveMesh& pm, int axis) {
     pm.handleSymmetry = true;
     pm.mesh.symmetryMode = 1;
@@ -69,7 +69,7 @@ MeshPtr decimated(DMesh mesh, Set set) {
     return pm;
 }
 
-// The same by the driver of a MemSpeedTradeOff, with vertices and triangles left at their places.
+// The same with the driver of a MemSpeedTradeOff, and without reordering.
 template <typename Set>
 MeshPtr decimatedBy(std::int32_t driver, DMesh mesh, Set set) {
     return decimated(std::move(mesh), [&](ProgressiveMesh& pm) {
@@ -79,8 +79,8 @@ MeshPtr decimatedBy(std::int32_t driver, DMesh mesh, Set set) {
     });
 }
 
-// On the driver that `set` asks for, a low-memory one, to a percentage of the vertices, with
-// vertices and triangles left at their places.
+// Uses the driver that `set` chooses, or the low-memory one, and decimates to a percentage of the
+// vertices without reordering.
 template <typename Set>
 MeshPtr decimatedInPlace(const DMesh& mesh, float percent, Set set) {
     return decimated(mesh, [&](ProgressiveMesh& pm) {
@@ -93,7 +93,7 @@ inline MeshPtr decimatedInPlace(const DMesh& mesh, float percent) {
     return decimatedInPlace(mesh, percent, [](ProgressiveMesh&) {});
 }
 
-// One of the project's sample meshes, as the batch driver loads it.
+// One of the project's sample meshes, loaded as the batch driver does.
 inline DMesh sample(const std::string& name) {
     DMesh mesh;
     EXPECT_TRUE(importDMesh((std::string(KORVALITE_SOURCE_DIR "/samples/") + name).c_str(), mesh));

@@ -7,7 +7,7 @@
 
 namespace korvalite::test {
 
-// FNV-1a with 64 bits: enough to see that bytes are not what they were.
+// FNV-1a with 64 bits: enough to detect changed bytes.
 constexpr std::uint64_t fnvHash(std::string_view bytes) {
     std::uint64_t hash = 0xCBF29CE484222325U;
     for (const char byte : bytes) {

@@ -9,8 +9,9 @@
 
 namespace korvalite::test {
 
-// While it lives, no file of this process grows beyond so many bytes: writes behind them fail, as
-// on a full disk. Print and expect nothing meanwhile, standard output may be a file too.
+// During its lifetime, no file of this process grows beyond a number of bytes: writes past that
+// fail, as on a full disk. Do not print or expect anything meanwhile, as standard output may be a
+// file too.
 class FullDisk {
 public:
     explicit FullDisk(std::size_t bytesThatFit) {

@@ -30,7 +30,7 @@ struct Surface {
     void addPoint(double x, double y, double z) { points.push_back(toFloat(DoubleVec3{x, y, z})); }
 };
 
-// size x size vertices; the position of each is a function of two numbers in 0..1.
+// A grid of size x size vertices; the position of each is a function of two numbers in 0..1.
 template <typename PositionAt>
 void addGrid(Surface& surface, std::uint32_t size, PositionAt positionAt) {
     const std::uint32_t first = surface.pointCount();
@@ -56,7 +56,7 @@ Surface heightField(std::uint32_t size, HeightAt heightAt) {
     return surface;
 }
 
-// Broad hills and a fine relief.
+// Broad hills with a fine relief.
 double hillsAt(double x, double y) {
     return 0.1 * std::sin(9 * x) * std::cos(7 * y) + 0.002 * std::sin(300 * x * y);
 }
@@ -75,7 +75,7 @@ Surface plate(std::uint32_t size) {
 
 using CubePoint = std::array<std::uint32_t, 3>;
 
-// The turn from the first number to the second is counterclockwise, seen from outside.
+// Seen from outside, the turn from the first number to the second is counterclockwise.
 CubePoint onSide(std::uint32_t side, std::uint32_t i, std::uint32_t j, std::uint32_t size) {
     switch (side) {
     case 0: return {j, i, 0};
@@ -87,7 +87,7 @@ CubePoint onSide(std::uint32_t side, std::uint32_t i, std::uint32_t j, std::uint
     }
 }
 
-// Sides share the points of their common edge.
+// Sides share the points of their common edges.
 class CubeBuilder {
 public:
     explicit CubeBuilder(std::uint32_t size) : size_(size) {}

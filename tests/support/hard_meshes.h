@@ -13,14 +13,14 @@ namespace korvalite::test {
 
 // The mesh of a kind, in a size of 3 or more; nothing for any other name or size.
 //
-// relief     height field of size x size vertices that is flat nowhere, for comparison
-// terrain    the same with a flat sea wherever it would be below 0
+// relief     height field of size x size vertices without flat parts, for comparison
+// terrain    the same with a flat sea where it would be below 0
 // plate      flat, size x size vertices
 // cube       closed, size x size flat squares on each side
-// cylinders  50 closed cylinders, a fan of size triangles at either end of each
+// cylinders  50 closed cylinders, with a fan of size triangles at both ends of each
 // fan        size triangles around one vertex, with an uneven rim
-// patches    two narrow plates, far apart on either side of x = 0: a tolerance that goes with the
-//            diagonal allows each vertex many mirror images
+// patches    two narrow plates, far apart on either side of x = 0: a tolerance proportional to
+//            the diagonal allows each vertex many mirror images
 std::optional<DMesh> hardMesh(std::string_view kind, std::int32_t size);
 
 }  // namespace korvalite::test

@@ -24,7 +24,7 @@ struct Size {
     std::int32_t triangles;
 };
 
-TEST(HardMeshes, HaveTheSizeThatTheirKindSays) {
+TEST(HardMeshes, HaveTheSizeOfTheirKind) {
     constexpr std::int32_t kSize = 12;
     for (const Size& expected :
          {Size{"relief", 144, 242}, Size{"terrain", 144, 242}, Size{"plate", 144, 242},
@@ -50,7 +50,7 @@ TEST(HardMeshes, CubeAndCylindersAreClosed) {
     EXPECT_TRUE(isClosedManifold(made("cylinders", 7)));
 }
 
-TEST(HardMeshes, TheSeaOfATerrainCoversWhatIsBelowZero) {
+TEST(HardMeshes, TheSeaOfATerrainCoversEverythingBelowZero) {
     const DMesh land = made("terrain", 20);
     const DMesh relief = made("relief", 20);
     std::int32_t flooded = 0;
@@ -67,7 +67,7 @@ TEST(HardMeshes, TheSeaOfATerrainCoversWhatIsBelowZero) {
     EXPECT_LT(flooded, 300);
 }
 
-// Of a cylinder, its last two vertices; of a fan, its last one.
+// The hubs of a cylinder are its last two vertices, that of a fan its last one.
 TEST(HardMeshes, AHubIsACornerOfAllTrianglesOfItsFan) {
     constexpr std::int32_t kSize = 9;
     const auto trianglesAt = [](const DMesh& mesh, std::int32_t vertex) {

@@ -19,12 +19,13 @@ namespace korvalite::test {
 
 // The marker file of a host that sees every record the tool writes, however fast the tool is.
 //
-// A lease on the file makes the system hold whoever opens it to write. Before such a write is let
-// go on, a new file with a lease takes over the path, so that the next one is held as well.
+// A lease on the file makes the system hold any process that opens it to write. Before such a write
+// may continue, a new file with a lease takes over the path, so that the next write is held as
+// well.
 class HeldMarker {
 public:
     HeldMarker(std::string path, const ProgressImage& image) : path_(std::move(path)) {
-        oldHandler_ = std::signal(SIGIO, SIG_IGN);  // the system tells of a held writer this way
+        oldHandler_ = std::signal(SIGIO, SIG_IGN);  // sent by the system when it holds a writer
         file_ = place(image.bytes());
     }
     ~HeldMarker() {
@@ -35,9 +36,9 @@ public:
     HeldMarker(const HeldMarker&) = delete;
     HeldMarker& operator=(const HeldMarker&) = delete;
 
-    // Follows the tool to its end and gives the records in the order of their writes. Once the
-    // tool waits for its next write, `seen` gets the last one: if it gives false, the marker is
-    // deleted then and there.
+    // Follows the tool to its end and returns the records in the order of their writes. Once the
+    // tool waits for its next write, `seen` gets the last record; if it returns false, the marker
+    // is deleted at once.
     std::vector<ProgressImage> follow(RunningTool& tool,
                                       const std::function<bool(const ProgressImage&)>& seen) {
         std::vector<ProgressImage> records;
@@ -58,7 +59,7 @@ public:
     }
 
 private:
-    // Puts a new file at the path, ready to hold a writer, and gives it open for reading.
+    // Puts a new file at the path, ready to hold a writer, and returns it open for reading.
     int place(const std::string& bytes) const {
         const std::string fresh = path_ + ".fresh";
         writeWhole(fresh, bytes);
@@ -68,7 +69,7 @@ private:
         std::filesystem::rename(pathOfUtf8(fresh), pathOfUtf8(path_));
         return file;
     }
-    // False if the tool has ended without one.
+    // Returns false if the tool has ended without another write.
     bool waitForWriter(RunningTool& tool) const {
         bool isRunning = true;
         while (isRunning) {
@@ -82,7 +83,7 @@ private:
         written_ = std::exchange(file_, place(contentOf(file_)));
         fcntl(written_, F_SETLEASE, F_UNLCK);
     }
-    // What the tool wrote when it was last let. False if that was never.
+    // Takes what the tool wrote when it last could. Returns false if it has not written yet.
     bool takeRecord(std::vector<ProgressImage>& records) {
         if (written_ < 0) return false;
         records.emplace_back(contentOf(written_));
@@ -101,8 +102,8 @@ private:
     }
 
     std::string path_;
-    int file_ = -1;     // at the path
-    int written_ = -1;  // at the path before it
+    int file_ = -1;     // now at the path
+    int written_ = -1;  // previously at the path
     void (*oldHandler_)(int) = nullptr;
 };
 

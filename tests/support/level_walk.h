@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a decimated mesh can be compared by: its surface, whatever the order of its arrays, and all
-// its arrays bit for bit.
+// What decimated meshes can be compared by: the surface, whatever the order of the arrays, or all
+// arrays bit for bit.
 #pragma once
 
 #include "decimation/level_update.h"
@@ -52,8 +52,8 @@ inline std::vector<Words> surfaceOf(const DMesh& mesh, UVs uvs = UVs::Compared) 
     return surface;
 }
 
-// Everything of the mesh that a level is made of, in the order of its arrays: of what is active, or
-// of all.
+// Everything in the mesh that makes up a level, in the order of its arrays: of the active vertices
+// and triangles, or of all.
 enum class Part { Active, All };
 
 inline Words arraysOf(const DMesh& mesh, Part part, UVs uvs = UVs::Compared) {
@@ -86,7 +86,7 @@ inline Words arraysOf(const DMesh& mesh, Part part, UVs uvs = UVs::Compared) {
     return words;
 }
 
-// All records, in order of collapse.
+// All records, in the order of the collapses.
 inline Words splitsOf(ProgressiveMesh& pm) {
     Words words;
     const auto count = static_cast<std::int32_t>(pm.vsplitList.NumVtxSplit());
@@ -97,7 +97,7 @@ inline Words splitsOf(ProgressiveMesh& pm) {
     return words;
 }
 
-// As the batch driver leaves it after a run: all records are applied.
+// As the batch driver leaves the mesh after a run: all records are applied.
 inline void markAllApplied(ProgressiveMesh& pm) {
     pm.CurVtxSplitPos = static_cast<std::int32_t>(pm.vsplitList.NumVtxSplit());
 }
@@ -110,9 +110,9 @@ inline void goAllDown(ProgressiveMesh& pm) {
     updateMeshAtLevel(pm, -1);
 }
 
-// Where two UVs of a vertex merge into one, the two exchanges do not lead back: both go in the
-// order of the pairs. Where a mirrored pair gives a pair of one UV with itself, its corners do not
-// lead back. UVs are not compared then.
+// UVs are not comparable where two UVs of a vertex merge into one, because both exchanges follow
+// the order of the pairs and the second does not undo the first; nor where a mirrored pair makes a
+// pair of one UV with itself, because its corners are not restored.
 inline UVs comparableUVs(ProgressiveMesh& pm) {
     for (std::uint32_t i = 0; i < pm.vsplitList.NumVtxSplit(); ++i) {
         const auto words =
@@ -125,7 +125,7 @@ inline UVs comparableUVs(ProgressiveMesh& pm) {
     return UVs::Compared;
 }
 
-// What a run that handles UVs begins with.
+// The initial mesh of a run that handles UVs.
 inline DMesh welded(DMesh mesh) {
     BuildVertexCorners(mesh);
     WeldCornerUVs(mesh);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Small meshes for tests, as they are after reading: every bit on, counts and bounding box set, no
-// corner lists yet. All are made by hand-written rules, so that they are the same everywhere.
+// Small meshes for tests, in their state after reading: every bit set, counts and bounding box set,
+// no corner lists yet. All are made by hand-written rules, so they are the same everywhere.
 #pragma once
 
 #include "mesh/dmesh.h"
@@ -20,7 +20,7 @@ namespace korvalite::test {
 using Points = std::vector<FloatVec3>;
 using Faces = std::vector<std::array<std::uint32_t, 3>>;
 
-// Sets bits, counts and box for the vertices and triangles that are there.
+// Sets bits, counts and box for the existing vertices and triangles.
 inline void completeMesh(DMesh& mesh) {
     mesh.vertexActive.Free();
     mesh.vertexActive.Resize(mesh.vertexCount(), true);
@@ -74,7 +74,7 @@ inline DMesh octahedron() {
 //   6---7---8
 //   | / | / |   A fan of six around an inner vertex, and a border around all: columns x rows
 //   3---4---5   squares of side 1, normals to +z. Vertex (c, r) has the index
-//   | / | / |   r * (columns + 1) + c and lies at (c, r, height(c, r)); a square is its lower
+//   | / | / |   r * (columns + 1) + c and is at (c, r, height(c, r)); a square is its lower
 //   0---1---2   right triangle, then its upper left one.
 template <typename Height>
 DMesh grid(std::uint32_t columns, std::uint32_t rows, Height height) {
@@ -99,7 +99,7 @@ inline DMesh grid(std::uint32_t columns, std::uint32_t rows) {
     return grid(columns, rows, [](std::uint32_t, std::uint32_t) { return 0.0F; });
 }
 
-// A surface that is flat nowhere, for the heights of a grid.
+// Heights of a grid without flat parts.
 inline float hills(std::uint32_t c, std::uint32_t r) {
     const auto x = static_cast<float>(c);
     const auto y = static_cast<float>(r);
@@ -136,7 +136,7 @@ inline DMesh torus(std::uint32_t around, std::uint32_t across) {
     return buildMesh(points, faces);
 }
 
-// Each triangle becomes four; new vertices lie in the middle of the old edges.
+// Splits each triangle into four; new vertices are at the midpoints of the old edges.
 inline DMesh subdivided(const DMesh& mesh) {
     Points points;
     for (const VertexRecord& vertex : mesh.vertices)
@@ -171,7 +171,8 @@ inline DMesh sphere(unsigned level) {
         mesh = subdivided(mesh);
         for (VertexRecord& vertex : mesh.vertices) {
             const FloatVec3 p = vertex.position();
-            // The squares in ascending order, so that mirrored and rotated vertices round alike.
+            // Adds the squares in ascending order, so that mirrored and rotated vertices round
+            // alike.
             std::array<float, 3> squares{p.x * p.x, p.y * p.y, p.z * p.z};
             std::sort(squares.begin(), squares.end());
             const float length = std::sqrt(squares[0] + squares[1] + squares[2]);
@@ -183,7 +184,7 @@ inline DMesh sphere(unsigned level) {
 }
 
 // The mesh and its mirror image across the plane where the axis (0, 1, 2) is 0. Vertices exactly on
-// the plane are shared. `mirrorOf`, if wanted, gets the mirror of each vertex.
+// the plane are shared. `mirrorOf`, if given, receives the mirror image of each vertex.
 inline DMesh withMirrorImage(const DMesh& half, int axis,
                              std::vector<std::int32_t>* mirrorOf = nullptr) {
     Points points;
@@ -214,7 +215,7 @@ inline DMesh withMirrorImage(const DMesh& half, int axis,
     return buildMesh(points, faces);
 }
 
-// Moves every coordinate by up to `most`, in a way that a seed repeats everywhere.
+// Moves every coordinate by up to `most`, in a way that a seed reproduces everywhere.
 inline void jitter(DMesh& mesh, float most, std::uint32_t seed) {
     Random random(seed);
     for (VertexRecord& vertex : mesh.vertices) {
@@ -226,8 +227,8 @@ inline void jitter(DMesh& mesh, float most, std::uint32_t seed) {
     recomputeBoundingBox(mesh);
 }
 
-// One UV record per corner, as read: (x, y) / 16 of the vertex, moved by a whole chart to the right
-// for each number that chartOf(triangle) gives. Charts meet in seams.
+// One UV record per corner, as read: (x, y) / 16 of the vertex, shifted to the right by
+// chartOf(triangle) whole charts. Charts meet at seams.
 template <typename ChartOf>
 void addCornerUVs(DMesh& mesh, ChartOf chartOf) {
     mesh.indicesUV.clear();
@@ -242,13 +243,13 @@ inline void addCornerUVs(DMesh& mesh) {
     addCornerUVs(mesh, [](std::uint32_t) { return 0; });
 }
 
-// red, green, blue and a fourth byte.
+// Packs red, green, blue and a fourth byte.
 constexpr std::uint32_t packColor(std::uint32_t r, std::uint32_t g, std::uint32_t b,
                                   std::uint32_t fourth = 0) {
     return r | (g << 8U) | (b << 16U) | (fourth << 24U);
 }
 
-// colorOf(position) for each vertex.
+// Sets colorOf(position) for each vertex.
 template <typename ColorOf>
 void addColors(DMesh& mesh, ColorOf colorOf) {
     mesh.vertexColors.clear();
@@ -256,7 +257,7 @@ void addColors(DMesh& mesh, ColorOf colorOf) {
         mesh.vertexColors.push_back(colorOf(vertex.position()));
 }
 
-// maskOf(position), 0 to 255, for each vertex.
+// Sets maskOf(position), 0 to 255, for each vertex.
 template <typename MaskOf>
 void addMask(DMesh& mesh, MaskOf maskOf) {
     mesh.maskValues.clear();
@@ -264,7 +265,7 @@ void addMask(DMesh& mesh, MaskOf maskOf) {
         mesh.maskValues.push_back(static_cast<std::uint8_t>(maskOf(vertex.position())));
 }
 
-// Two triangles back to back, three times: nothing of them may collapse.
+// Three pairs of back-to-back triangles, of which none may collapse.
 inline DMesh threePillows() {
     Points points;
     Faces faces;
@@ -276,8 +277,8 @@ inline DMesh threePillows() {
     return buildMesh(points, faces);
 }
 
-// sphere(3) with a second copy of a triangle on the side of positive x, which follows in a mirrored
-// pair: collapses there fail the link test, those of the other side alone would not.
+// sphere(3) with a duplicate triangle on the side of positive x, which follows in a mirrored pair:
+// collapses there fail the link test, while those on the other side alone would not.
 inline DMesh ballWithADoubledTriangle() {
     DMesh ball = sphere(3);
     std::size_t corner = 0;
@@ -289,7 +290,7 @@ inline DMesh ballWithADoubledTriangle() {
     return ball;
 }
 
-// Uneven, and of another colour at each vertex.
+// Uneven, with a different colour at each vertex.
 inline DMesh colorfulBall() {
     DMesh mesh = sphere(2);
     jitter(mesh, 0.02F, 1);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What must hold of a mesh after every operation. Use as EXPECT_TRUE(isSound(mesh)): a failure
+// What must hold for a mesh after every operation. Use as EXPECT_TRUE(isSound(mesh)): a failure
 // says what is wrong and where.
 #pragma once
 
@@ -30,7 +30,7 @@ inline testing::AssertionResult countsMatchBits(const DMesh& mesh) {
             set += bits.Test(i) ? 1U : 0U;
         if (set != count) {
             return testing::AssertionFailure()
-                   << count << " active " << what << " are counted, " << set << " bits are set";
+                   << count << " active " << what << " are counted, but " << set << " bits are set";
         }
         return testing::AssertionSuccess();
     };
@@ -41,7 +41,8 @@ inline testing::AssertionResult countsMatchBits(const DMesh& mesh) {
                    mesh.numActiveTriangles);
 }
 
-// Of an active triangle: indices in range, no dead vertex and, unless allowed, no vertex twice.
+// Requires of every active triangle: indices in range, no dead vertex and, unless allowed, no
+// vertex twice.
 inline testing::AssertionResult trianglesAreSound(const DMesh& mesh,
                                                   Degenerate degenerate = Degenerate::Refused) {
     if (mesh.triangles.size() % 3 != 0) return testing::AssertionFailure() << "half a triangle";
@@ -65,19 +66,19 @@ inline testing::AssertionResult trianglesAreSound(const DMesh& mesh,
     return testing::AssertionSuccess();
 }
 
-// Bits, counts and triangles.
+// Checks bits, counts and triangles.
 inline testing::AssertionResult isSound(const DMesh& mesh,
                                         Degenerate degenerate = Degenerate::Refused) {
     const auto counts = countsMatchBits(mesh);
     return counts ? trianglesAreSound(mesh, degenerate) : counts;
 }
 
-// Every corner of an active triangle is on the list of its vertex, once; nothing else is on any
-// list; every list ends.
+// Every corner of an active triangle is on the list of its vertex exactly once; nothing else is on
+// any list; every list ends.
 inline testing::AssertionResult cornerListsAreSound(const DMesh& mesh) {
     if (mesh.vertexTriangleHead.size() != mesh.vertices.size() ||
         mesh.cornerNext.size() != mesh.triangles.size()) {
-        return testing::AssertionFailure() << "the lists are of another size than the mesh";
+        return testing::AssertionFailure() << "the lists do not have the size of the mesh";
     }
     std::vector<bool> listed(mesh.triangles.size());
     for (std::size_t v = 0; v < mesh.vertices.size(); ++v) {
@@ -87,7 +88,8 @@ inline testing::AssertionResult cornerListsAreSound(const DMesh& mesh) {
                 return testing::AssertionFailure() << "vertex " << v << " lists corner " << c;
             }
             if (listed[corner]) {
-                return testing::AssertionFailure() << "corner " << c << " is met twice, at " << v;
+                return testing::AssertionFailure()
+                       << "corner " << c << " is listed twice, at " << v;
             }
             if (mesh.triangles[corner] != v) {
                 return testing::AssertionFailure() << "vertex " << v << " lists corner " << c
@@ -109,7 +111,7 @@ inline testing::AssertionResult cornerListsAreSound(const DMesh& mesh) {
     return testing::AssertionSuccess();
 }
 
-// What is active is the beginning of the arrays, and names nothing behind it.
+// The active vertices and triangles form a prefix of the arrays and name nothing after it.
 inline testing::AssertionResult isAPrefix(const DMesh& mesh) {
     for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
         if (mesh.vertexActive.Test(v) != (static_cast<std::uint32_t>(v) < mesh.numActiveVertices))
@@ -127,7 +129,8 @@ inline testing::AssertionResult isAPrefix(const DMesh& mesh) {
     return testing::AssertionSuccess();
 }
 
-// The active triangles form one closed fan around each of their vertices, all turning the same way.
+// The active triangles form one closed fan around each of their vertices, all with the same
+// orientation.
 inline testing::AssertionResult isClosedManifold(const DMesh& mesh) {
     // Around v, the triangle (v, a, b) leads from a to b.
     std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> turn;

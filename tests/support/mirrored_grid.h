@@ -8,9 +8,9 @@
 
 namespace korvalite::test {
 
-// 4 x 4 hilly squares right of the plane x = 0 and their mirror image, paired and with symmetry
-// handled. Vertex (c, r) of the right half has the index 5 r + c; those of column 0 lie on the
-// plane. Nobody is a slave yet.
+// 4 x 4 hilly squares to the right of the plane x = 0 and their mirror image, paired and with
+// symmetry handled. Vertex (c, r) of the right half has the index 5 r + c; those of column 0 are on
+// the plane. There are no slaves yet.
 struct MirroredGrid {
     ProgressiveMesh pm;
     std::vector<std::int32_t> mirrorOf;

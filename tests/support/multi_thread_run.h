@@ -21,7 +21,7 @@ inline DMesh bumpyBall(unsigned level = 3) {
     return mesh;
 }
 
-// Of turns of all threads of the last run.
+// The number of turns of all threads in the last run.
 inline std::uint64_t turnsOf(const ProgressiveMesh& pm) {
     std::uint64_t turns = 0;
     for (const ThreadContext& context : pm.threadContexts)

@@ -7,8 +7,8 @@
 
 namespace korvalite::test {
 
-// While it lives, this process can open no file, whatever its rights are. Files that are open stay
-// open, and files can be deleted.
+// During its lifetime, this process can open no file, whatever its rights. Open files stay open,
+// and files can be deleted.
 class NoMoreFiles {
 public:
     NoMoreFiles() {

@@ -9,8 +9,8 @@
 
 namespace korvalite::test {
 
-// The plain way to write an OBJ, without colours and without care for indices that lead nowhere:
-// one fprintf for each line. What the product writes must be the same bytes, in less time.
+// The plain way to write an OBJ, without colours and without checks of the indices: one fprintf for
+// each line. The product must write the same bytes, in less time.
 inline void writeObjByPrintf(std::FILE* file, const DMesh& mesh) {
     std::vector<int> newVertices(mesh.vertices.size());
     int count = 0;

@@ -13,15 +13,14 @@
 
 namespace korvalite::test {
 
-// An OBJ as any reader sees it, by the text alone and without any code of the product. Indices are
-// 0-based here.
+// An OBJ as any reader sees it, parsed without any code of the product. Indices are 0-based here.
 struct ObjFile {
     std::vector<std::array<double, 3>> points;
     std::vector<std::array<double, 2>> uvs;
     std::vector<std::array<int, 3>> faces;
     std::vector<std::array<int, 3>> faceUVs;    // empty, or one for each face
     std::vector<std::array<unsigned, 4>> mrgb;  // mask, red, green, blue
-    std::vector<std::string> otherLines;        // comments, and whatever is not understood
+    std::vector<std::string> otherLines;        // comments and unknown lines
 };
 
 inline std::vector<std::string> wordsOf(const std::string& line) {

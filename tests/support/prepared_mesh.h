@@ -11,7 +11,8 @@
 
 namespace korvalite::test {
 
-// Takes a mesh with what collapses need: corner lists, border bits and an empty cost queue.
+// Takes over a mesh and adds what collapses need: corner lists, border bits and an empty cost
+// queue.
 inline void prepare(ProgressiveMesh& pm, DMesh mesh) {
     pm.mesh = std::move(mesh);
     BuildVertexCorners(pm.mesh);
@@ -19,7 +20,7 @@ inline void prepare(ProgressiveMesh& pm, DMesh mesh) {
     pm.costQueue.Init(pm.mesh.vertexCount());
 }
 
-// The same, with no cost at any vertex.
+// The same, without a cost at any vertex.
 inline void prepareUnranked(ProgressiveMesh& pm, DMesh mesh) {
     prepare(pm, std::move(mesh));
     for (VertexRecord& vertex : pm.mesh.vertices)

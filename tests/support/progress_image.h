@@ -8,8 +8,8 @@
 
 namespace korvalite::test {
 
-// The 176 bytes of a progress file as a host sees them: written out again here, so that a change of
-// the product's own layout shows.
+// The 176 bytes of a progress file as a host sees them, written independently, so that a change of
+// the product's own layout is noticed.
 class ProgressImage {
 public:
     static constexpr std::size_t kByteCount = 176;

@@ -19,9 +19,9 @@ inline void append(Words& words, const std::vector<std::int32_t>& items) {
         words.push_back(static_cast<std::uint32_t>(item));
 }
 
-// All that collapses and cost updates may change, bit for bit: the arrays of the mesh, costs and
-// partners, corner lists in their order, the other bits, the pairs, and who is queued. Use as
-// EXPECT_TRUE(stateOf(a) == stateOf(b)).
+// Everything that collapses and cost updates may change, bit for bit: the arrays of the mesh, costs
+// and partners, corner lists in their order, the other bits, the pairs, and the queued vertices.
+// Use as EXPECT_TRUE(stateOf(a) == stateOf(b)).
 inline Words stateOf(const ProgressiveMesh& pm) {
     const DMesh& mesh = pm.mesh;
     Words words = arraysOf(mesh, Part::All);

@@ -9,7 +9,7 @@
 
 namespace korvalite::test {
 
-// An empty folder of its own for one test, with a name beyond ASCII, removed with all it holds.
+// An empty folder for one test, with a name beyond ASCII, removed with all its contents.
 class ScratchFolder {
 public:
     ScratchFolder() {

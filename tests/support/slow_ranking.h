@@ -9,8 +9,8 @@
 
 namespace korvalite::test {
 
-// The quadrics of all triangles at a vertex, from the highest corner down, which is the order of
-// fresh corner lists.
+// Adds the quadrics of all triangles at a vertex, from the highest corner down, which is the order
+// of fresh corner lists.
 template <typename Metric>
 void addTriangles(const ProgressiveMesh& pm, typename Metric::Quadric& sum, std::int32_t vertex) {
     for (std::int32_t corner = pm.mesh.cornerCount() - 1; corner >= 0; --corner) {
@@ -18,8 +18,8 @@ void addTriangles(const ProgressiveMesh& pm, typename Metric::Quadric& sum, std:
     }
 }
 
-// A vertex against its ring, told again: with the neighbours' quadric that is never cleared in
-// between, and without edges between two vertices on a seam of which one is a seam corner.
+// Ranks a vertex against its ring independently of the product: the neighbours' quadric is never
+// cleared in between, and edges between two seam vertices are skipped if one is a seam corner.
 template <typename Metric>
 RankedVertex rankSlowly(const ProgressiveMesh& pm, std::int32_t v) {
     const BitArray& seam = pm.mesh.uvSeamVertices;

@@ -7,7 +7,7 @@
 
 namespace korvalite::test {
 
-// The process's progress channel with a host behind it, open while this lives.
+// The process's progress channel with a host, open during the lifetime of this object.
 class HostedProgress {
 public:
     explicit HostedProgress(ProgressImage image = ProgressImage::opened()) {
@@ -20,7 +20,7 @@ public:
         progressChannel().setEnabled(false);
         progressChannel().Close();
     }
-    // From now on; the tool sees it when it next looks at the file, which is here and now.
+    // Writes the request and makes the tool read it at once.
     static void askToStop() {
         progressChannel().WriteRecord();
         const std::string path = progressChannel().path().c_str();
@@ -36,7 +36,7 @@ private:
     ScratchFolder folder_;
 };
 
-// A host that has asked to stop what is being decimated.
+// A host that has asked to stop the current decimation.
 class StopRequest : public HostedProgress {
 public:
     StopRequest() : HostedProgress(asking()) {}

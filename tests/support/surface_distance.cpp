@@ -16,8 +16,8 @@ double areaOf(const Corners& corners) {
     return std::sqrt(dot(normal, normal)) / 2;
 }
 
-// Places on a triangle that fill it evenly: steps by two numbers that no fraction comes near to,
-// folded at the diagonal of the square.
+// Points that fill a triangle evenly: steps by two numbers that are badly approximated by
+// fractions, folded at the diagonal of the square.
 class Places {
 public:
     DoubleVec3 next(const Corners& corners) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// How far apart two surfaces are: what a decimation has cost, measured from outside.
+// The distance between two surfaces: what a decimation has cost, measured from outside.
 #pragma once
 
 #include "geometry/vec3.h"
@@ -11,16 +11,17 @@
 
 namespace korvalite::test {
 
-// Points spread over the active triangles in proportion to their area, always the same ones. About
+// Points spread over the active triangles in proportion to their area, always the same. About
 // `count` of them; none on a mesh without area.
 std::vector<DoubleVec3> samplesOf(const DMesh& mesh, std::size_t count);
 
 struct SurfaceDistance {
     double rms = 0;      // from samples of the first surface to the second
-    double maximum = 0;  // of both directions
+    double maximum = 0;  // in both directions
 };
 
-// In the unit of the coordinates. Indices must be in range. A million samples take seconds.
+// Distances are in the unit of the coordinates. Indices must be in range. A million samples take
+// seconds.
 SurfaceDistance surfaceDistance(const DMesh& first, const DMesh& second, std::size_t samples);
 
 }  // namespace korvalite::test

@@ -30,7 +30,7 @@ double distanceByAllTriangles(const DMesh& mesh, const DoubleVec3& point) {
     return std::sqrt(nearest);
 }
 
-TEST(SurfaceDistance, OfAMeshToItselfIsNothing) {
+TEST(SurfaceDistance, OfAMeshToItselfIsZero) {
     const DMesh mesh = torus(24, 12);
     const SurfaceDistance distance = surfaceDistance(mesh, mesh, kSamples);
     EXPECT_LT(distance.rms, 1e-12);
@@ -44,14 +44,14 @@ TEST(SurfaceDistance, OfAPlaneLiftedByDIsD) {
     EXPECT_NEAR(distance.maximum, 0.25, 1e-9);
 }
 
-TEST(SurfaceDistance, OfAMeshFarBesideItIsKnown) {
+TEST(SurfaceDistance, OfADistantMeshIsKnown) {
     const DMesh mesh = grid(2, 2);
     const SurfaceDistance distance = surfaceDistance(mesh, shifted(mesh, {102, 0, 0}), kSamples);
     EXPECT_GT(distance.rms, 100.0);
     EXPECT_NEAR(distance.maximum, 102.0, 0.2);
 }
 
-TEST(SurfaceDistance, MaximumSeesWhatOnlyOneOfBothHas) {
+TEST(SurfaceDistance, MaximumCoversBothDirections) {
     const DMesh small = grid(1, 1);
     const DMesh large = grid(4, 1);
     const double there = surfaceDistance(small, large, kSamples).maximum;
@@ -60,15 +60,16 @@ TEST(SurfaceDistance, MaximumSeesWhatOnlyOneOfBothHas) {
     EXPECT_LT(surfaceDistance(small, large, kSamples).rms, 1e-12);
 }
 
-TEST(SurfaceDistance, InactiveTrianglesAreNotThere) {
+TEST(SurfaceDistance, IgnoresInactiveTriangles) {
     DMesh mesh = grid(4, 1);
     for (std::int32_t triangle = 2; triangle < mesh.triangleCount(); ++triangle)
         mesh.triangleActive.Clear(triangle);
     EXPECT_LT(surfaceDistance(mesh, grid(1, 1), kSamples).maximum, 1e-12);
 }
 
-TEST(SurfaceDistance, ABallOfFewTrianglesLiesInsideAFinerOne) {
-    // The faces of an octahedron with corners at distance 1 come as near as 1 / sqrt(3).
+TEST(SurfaceDistance, OfAnOctahedronToABallIsKnown) {
+    // The faces of an octahedron with corners at distance 1 come as close as 1 / sqrt(3) to the
+    // centre.
     const SurfaceDistance distance = surfaceDistance(octahedron(), sphere(4), kSamples);
     EXPECT_NEAR(distance.maximum, 1 - 1 / std::sqrt(3.0), 0.01);
     EXPECT_LT(distance.rms, distance.maximum);
@@ -85,10 +86,10 @@ TEST(SamplesOf, AreSpreadByArea) {
     EXPECT_NEAR(static_cast<double>(onFirst), 100, 1);
 }
 
-TEST(TriangleGrid, FindsTheSameDistanceAsASearchThroughAllTriangles) {
+TEST(TriangleGrid, FindsTheSameDistanceAsAFullSearch) {
     DMesh mesh = torus(30, 14);
     jitter(mesh, 0.1F, 5);
-    // One triangle across the whole mesh, and one without area.
+    // Adds one triangle across the whole mesh, and one without area.
     mesh.triangles.insert(mesh.triangles.end(), {0, 150, 290, 7, 7, 9});
     completeMesh(mesh);
     const TriangleGrid grid(mesh);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Runs on several threads: asking for them, the loop by itself, and what a run must leave behind
-// whatever has ended it.
+// Runs on several threads: requesting them, the loop by itself, and what a run must leave behind
+// however it ended.
 #pragma once
 
 #include "lowmem/shared_run.h"
@@ -23,8 +23,8 @@ inline void askForThreads(ProgressiveMesh& pm, std::int32_t count) {
     pm.NumThread = count;
 }
 
-// No thread has left a reservation, or a mark in its own tables. The reservation bits themselves
-// are gone once the working state has been released.
+// No thread has left a reservation, or a mark in its own tables. Once the working state has been
+// released, the reservation bits themselves no longer exist.
 inline testing::AssertionResult nothingIsHeld(const ProgressiveMesh& pm) {
     if (pm.lockedVertices.count() != (pm.IsCleaned ? 0 : pm.mesh.vertexCount())) {
         return testing::AssertionFailure() << pm.lockedVertices.count() << " reservation bits";
@@ -66,8 +66,7 @@ private:
     ProgressiveMesh& pm_;
 };
 
-// The loop on NumThread threads of a mesh that is ready for it, while this thread does something
-// else: meanwhile().
+// Runs the loop on NumThread threads of a prepared mesh, while this thread calls meanwhile().
 template <typename Metric, typename Meanwhile>
 void runLoops(ProgressiveMesh& pm, SharedRun& run, Meanwhile meanwhile) {
     pm.threadContexts.resize(static_cast<std::size_t>(pm.NumThread));

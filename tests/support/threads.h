@@ -10,8 +10,8 @@
 
 namespace korvalite::test {
 
-// Calls work(0) to work(count - 1), each on a thread of its own, and waits for all of them. None
-// begins before all are there.
+// Calls work(0) to work(count - 1), each on its own thread, and waits for all of them. None starts
+// before all threads exist.
 template <typename Work>
 void onThreads(std::size_t count, Work work) {
     std::latch allAreThere(static_cast<std::ptrdiff_t>(count));
@@ -26,8 +26,8 @@ void onThreads(std::size_t count, Work work) {
         thread.join();
 }
 
-// Does work() on another thread while this one is inside the section. True if look() has given the
-// same all that time; the work is over on return.
+// Calls work() on another thread while this one is inside the section. Returns true if look() has
+// returned the same all that time; the work has finished on return.
 template <typename Section, typename Look, typename Work>
 bool staysTheSameInside(Section& section, Look look, Work work) {
     std::unique_lock inside(section);

@@ -45,14 +45,14 @@ public:
         if (!ended_) ended_ = waitpid(process_, &status_, 0) == process_;
     }
 
-    // Holds it up, so that what it does next comes that much later.
+    // Suspends it, which delays whatever it does next.
     void suspendFor(int milliseconds) const {
         kill(process_, SIGSTOP);
         platform::sleepMilliseconds(milliseconds);
         kill(process_, SIGCONT);
     }
 
-    // After wait(): the exit status, -1 if the process did not end by itself.
+    // After wait(): the exit status, or -1 if the process did not end by itself.
     int exitStatus() const { return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1; }
     std::string output() const { return readWhole(output_ / u8"out"); }
     std::string errors() const { return readWhole(output_ / u8"err"); }

@@ -56,7 +56,8 @@ TriangleGrid::TriangleGrid(const DMesh& mesh) : mesh_(mesh) {
     fillCells();
 }
 
-// Cells about twice as wide as a triangle: then most points find their triangle in the first cells.
+// Cells are about twice as wide as a triangle, so that most points find their triangle in the first
+// cells.
 void TriangleGrid::chooseCells() {
     double area = 0;
     double count = 0;
@@ -83,7 +84,7 @@ void TriangleGrid::chooseCells() {
         size_[axis] = static_cast<std::int32_t>(cells(axis));
 }
 
-// Counts first, then puts each triangle at its place.
+// Counts first, then stores each triangle at its place.
 void TriangleGrid::fillCells() {
     const auto cellCount = static_cast<std::size_t>(size_[0]) * static_cast<std::size_t>(size_[1]) *
                            static_cast<std::size_t>(size_[2]);
@@ -102,12 +103,12 @@ void TriangleGrid::fillCells() {
     });
 }
 
-// In cells.
+// The coordinate in units of cells.
 double TriangleGrid::coordinate(std::size_t axis, const DoubleVec3& point) const {
     return component(point - origin_, static_cast<int>(axis)) / cellSize_;
 }
 
-// The nearest one, for a point beside the grid.
+// The nearest cell, for a point outside the grid.
 TriangleGrid::Cell TriangleGrid::cellOf(const DoubleVec3& point) const {
     Cell cell{};
     for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -124,7 +125,7 @@ std::size_t TriangleGrid::indexOf(const Cell& cell) const {
            static_cast<std::size_t>(cell[0]);
 }
 
-// All that the bounding box of a triangle touches.
+// Visits all cells that the bounding box of a triangle touches.
 template <typename Visit>
 void TriangleGrid::forEachCellOf(const Corners& corners, Visit visit) const {
     Cell low = cellOf(corners[0]);
@@ -154,7 +155,8 @@ double TriangleGrid::distanceTo(const DoubleVec3& point) const {
     }
 }
 
-// The cells that are `radius` steps away from the center along one axis, and no more along another.
+// Searches the cells that are `radius` steps away from the center along one axis, and at most that
+// along the others.
 void TriangleGrid::searchShell(const DoubleVec3& point, const Cell& center, std::int32_t radius,
                                double& nearest) const {
     const auto first = [&](std::size_t axis) { return std::max(center[axis] - radius, 0); };
@@ -165,7 +167,7 @@ void TriangleGrid::searchShell(const DoubleVec3& point, const Cell& center, std:
         for (std::int32_t y = first(1); y <= last(1); ++y) {
             const bool isFace =
                 std::abs(z - center[2]) == radius || std::abs(y - center[1]) == radius;
-            // Within the shell only the two ends of a row belong to it.
+            // Except on a face, only the two ends of a row belong to the shell.
             const std::int32_t step = isFace ? 1 : 2 * radius;
             std::int32_t x = isFace ? first(0) : center[0] - radius;
             if (x < 0) x += step;
@@ -183,7 +185,7 @@ void TriangleGrid::searchRow(const DoubleVec3& point, const Cell& from, std::int
     }
 }
 
-// All that lies outside of the cells searched so far is at least so far away.
+// A lower bound for the distance of everything outside the cells searched so far.
 double TriangleGrid::reach(const DoubleVec3& point, const Cell& center, std::int32_t radius) const {
     double least = kFar;
     for (std::size_t axis = 0; axis < 3; ++axis) {

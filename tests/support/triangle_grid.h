@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Finds how far a point is from a surface: a uniform grid over the bounding box, with the active
-// triangles that reach into each cell.
+// Finds the distance of a point from a surface: a uniform grid over the bounding box, with the
+// active triangles that touch each cell.
 #pragma once
 
 #include "geometry/vec3.h"
@@ -16,19 +16,19 @@ namespace korvalite::test {
 
 using Corners = std::array<DoubleVec3, 3>;
 
-// To the nearest place of a triangle, which may have no area.
+// The distance to the nearest point of a triangle, which may have no area.
 double squaredDistance(const DoubleVec3& point, const Corners& corners);
 
-// The positions of the triangle that begins at a corner.
+// The positions of the triangle that starts at a corner.
 Corners cornersAt(const DMesh& mesh, std::size_t corner);
 
 class TriangleGrid {
 public:
-    // The mesh must outlive the grid and stay as it is. Its indices must be in range, and its
+    // The mesh must outlive the grid and must not change. Its indices must be in range, and its
     // coordinates finite.
     explicit TriangleGrid(const DMesh& mesh);
 
-    // Infinite if no triangle is active.
+    // The result is infinite if no triangle is active.
     double distanceTo(const DoubleVec3& point) const;
 
 private:

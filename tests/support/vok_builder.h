@@ -12,20 +12,20 @@
 
 namespace korvalite::test {
 
-// Puts a .Vok file together in memory, byte by byte and without any code of the product, right or
-// wrong as the test wants it.
+// Assembles a .Vok file in memory, byte by byte and without any code of the product, valid or not
+// as the test requires.
 class VokBuilder {
 public:
     explicit VokBuilder(std::string_view magic = "Vokb") : bytes_(magic) {
         bytes_.append(28, '\0');
     }
 
-    // Any 16 bytes of block header, and any payload behind them.
+    // Any 16 bytes of block header, and any payload after them.
     VokBuilder& block(std::uint32_t tag, std::uint32_t size, std::uint32_t count,
                       std::string_view payload = {}) {
         return word(tag).word(size).word(count).word(0).raw(payload);
     }
-    // A block whose size is that of its payload.
+    // A block with the size of its payload.
     VokBuilder& list(std::uint32_t tag, std::size_t count, std::string_view payload) {
         return block(tag, static_cast<std::uint32_t>(16 + payload.size()),
                      static_cast<std::uint32_t>(count), payload);
@@ -42,7 +42,7 @@ public:
     VokBuilder& faces(const std::vector<std::array<std::uint32_t, 4>>& faces) {
         return list(20001, faces.size(), bytesOf(faces));
     }
-    // u, v of the three or four corners of each face.
+    // The u, v of the three or four corners of each face.
     VokBuilder& triangleUVs(const std::vector<std::array<float, 6>>& uvs) {
         return list(25002, uvs.size(), bytesOf(uvs));
     }

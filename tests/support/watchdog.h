@@ -12,8 +12,8 @@
 
 namespace korvalite::test {
 
-// For a test whose threads could wait for each other for ever: ends the process if this lives for
-// minutes, and says where.
+// For a test whose threads could wait for each other for ever: ends the process if this object
+// lives for minutes, and says where.
 class Watchdog {
 public:
     explicit Watchdog(std::string where) : where_(std::move(where)) {}
