@@ -6,7 +6,7 @@
 
 namespace korvalite::test {
 
-// Hands out the bytes of a fuzz input one by one; zeros when they are used up.
+// Returns the bytes of a fuzz input one by one; zeros when they are used up.
 class ByteReader {
 public:
     ByteReader(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {}

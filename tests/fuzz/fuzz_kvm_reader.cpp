@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Any bytes as a .kvm file. It is loaded in full and in part, taken to several levels and saved as
-// a .Vok and as a .kvm. Whatever the file holds, the meshes that come out can be read again, and a
-// progressive mesh that is loaded and saved once is the same ever after.
+// a .Vok and as a .kvm. Whatever the file contains, the resulting meshes can be read again, and a
+// progressive mesh that was loaded and saved once never changes again.
 #include "decimation/level_update.h"
 #include "formats/kvm_check.h"
 #include "formats/kvm_header.h"
@@ -26,8 +26,8 @@ namespace {
 
 using namespace korvalite;
 
-// Arrays beyond the file that are still tried: enough to reach every path, and more would only make
-// the fuzzer slow.
+// The bytes of arrays beyond the file that are still tried: enough to reach every path; more would
+// only slow the fuzzer down.
 constexpr std::uint64_t kBytesBeyondFile = 1 << 16U;
 
 void require(bool holds, int line = __builtin_LINE()) {
@@ -67,7 +67,7 @@ void requireExport(const ProgressiveMesh& pm) {
     require(again.triangleCount() == pm.mesh.triangleActive.CountSet());
 }
 
-// A file of another driver has no body: its triangles need not fit its vertices, but none is
+// A file of another driver has no body: its triangles need not match its vertices, but none is
 // active.
 void requireSafe(ProgressiveMesh& pm) {
     if (pm.vsplitList.isOpen())
@@ -99,7 +99,7 @@ void walk(std::int32_t wanted) {
     requireExport(pm);
 }
 
-// What is read of a file is all there is to it: saved, it loads again to the same.
+// A file that was loaded and saved once loads and saves again to the same bytes.
 void requireStable() {
     ProgressiveMesh pm;
     if (loadProgressiveMesh(pm, files().input.c_str(), 0) != 0) return;

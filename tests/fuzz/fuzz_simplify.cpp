@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// Any bytes as a small mesh with options: points of an integer grid, a few of them no numbers, and
-// any triangles between them. It is decimated by one of the drivers, taken up and down its levels,
-// and decimated further by each of the others. Whatever the mesh, counts, bits and triangles must
-// agree, what is finite must stay so, and the way up must lead back to the beginning.
+// Any bytes as a small mesh with options: points of an integer grid, a few of them NaN, and any
+// triangles between them. It is decimated by one of the drivers, taken up and down its levels, and
+// decimated further by each of the others. Whatever the mesh, counts, bits and triangles must
+// agree, finite coordinates must stay finite, and the way up must restore the initial mesh.
 #include "fuzz/byte_reader.h"
 #include "lowmem/run_decimation.h"
 #include "mesh/corner_lists.h"
@@ -110,7 +110,7 @@ void readSettings(ByteReader& bytes, ProgressiveMesh& pm) {
     pm.mesh.symmetryAxis = symmetry < 3 ? static_cast<std::int32_t>(symmetry) : kNone;
 }
 
-// Comes last, so that inputs that end before it mean what they meant before there was a choice.
+// Reads the driver last, so that older and shorter inputs keep their meaning.
 void readDriver(ByteReader& bytes, ProgressiveMesh& pm) {
     constexpr std::int32_t kDrivers[] = {MEMSPEED_TRADEOFF_LOW_MEM, MEMSPEED_TRADEOFF_LOW_MEM,
                                          MEMSPEED_TRADEOFF_HIGH_SPEED, MEMSPEED_TRADEOFF_MELAX};
@@ -145,7 +145,7 @@ std::size_t countNotFinite(const DMesh& mesh) {
                       [](const VertexRecord& vertex) { return !isFinite(vertex.position()); }));
 }
 
-// Each vertex has collapsed once at most, and each triangle has been removed once at most.
+// Each vertex has collapsed at most once, and each triangle has been removed at most once.
 void requireDistinctRecords(ProgressiveMesh& pm) {
     std::set<std::int32_t> vertices;
     std::set<std::int32_t> triangles;
@@ -157,9 +157,10 @@ void requireDistinctRecords(ProgressiveMesh& pm) {
     }
 }
 
-// Whether the rules of the UV update are reversed exactly. They are not where two UVs of a vertex
-// merge into one, which is then exchanged twice in the same order; nor where a triangle goes
-// without a pair, since its corners then stay on their UV's list and are renamed with it for good.
+// Whether the rules of the UV update can be undone exactly. They cannot where two UVs of a vertex
+// merge into one, which is then exchanged twice in the same order; nor where a triangle is removed
+// without a pair, because its corners then stay on their UV's list and are renamed with it for
+// good.
 bool restoresUVs(ProgressiveMesh& pm) {
     for (std::uint32_t i = 0; i < pm.vsplitList.NumVtxSplit(); ++i) {
         const VSplitView split = pm.vsplitList.ensureLoaded(static_cast<std::int32_t>(i));

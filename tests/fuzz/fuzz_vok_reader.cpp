@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Any bytes as a .Vok file. Whatever is read must be a consistent mesh, and reading it again must
+// Any bytes as a .Vok file. The result must be a consistent mesh, and reading the file again must
 // give the same.
 #include "formats/vok_format.h"
 #include "formats/vok_reader.h"
@@ -18,7 +18,7 @@ namespace {
 
 using namespace korvalite;
 
-// Enough to reach every path; more would only make the fuzzer slow.
+// Enough to reach every path; more would only slow the fuzzer down.
 constexpr std::int64_t kBytesBeyondFile = 1 << 16U;
 
 void require(bool holds) {
@@ -37,11 +37,11 @@ void requireConsistent(const DMesh& mesh) {
     require(mesh.indicesUV.empty());
     requireAllActive(mesh.vertexActive, mesh.numActiveVertices, mesh.vertices.size());
     requireAllActive(mesh.triangleActive, mesh.numActiveTriangles, mesh.triangles.size() / 3);
-    // A first vertex whose x is not a number leaves the box empty for the next one.
+    // A first vertex whose x is NaN leaves the box empty for the next one.
     require(!mesh.vertices.empty() || mesh.boundingBox.isEmpty());
 }
 
-// Also that no byte in them is uninitialized, where the build can tell.
+// Also requires that no byte in them is uninitialized, where the build can detect that.
 template <typename List>
 bool sameBytes(const List& a, const List& b) {
     return a.size() == b.size() &&

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Runs a fuzz target without the fuzzer: over each file named, and over each file of each folder
-// named. A target that finds something wrong ends the process; an input that cannot be read fails.
+// Runs a fuzz target without the fuzzer: on each file named, and on each file of each folder named.
+// A target that finds a fault ends the process; an input that cannot be read fails.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -24,7 +24,7 @@ std::vector<fs::path> inputsOf(const fs::path& named) {
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(named)) {
         if (entry.is_regular_file()) files.push_back(entry.path());
     }
-    // In the order of their names, so that two runs do the same.
+    // Sorted by name, so that two runs do the same.
     std::sort(files.begin(), files.end());
     return files;
 }
@@ -37,10 +37,10 @@ bool replay(const fs::path& path) {
     }
     const std::string bytes{std::istreambuf_iterator<char>(stream),
                             std::istreambuf_iterator<char>()};
-    // The name first: if the target ends the process, this line tells which input did it.
+    // Prints the name first: if the target ends the process, this line identifies the input.
     std::printf("%s: %zu bytes\n", path.string().c_str(), bytes.size());
     std::fflush(stdout);
-    // A copy of exactly its size, so that the sanitizer sees the first byte read behind it.
+    // A copy of exactly its size, so that the sanitizer detects the first byte read past its end.
     const std::vector<std::uint8_t> data(bytes.begin(), bytes.end());
     LLVMFuzzerTestOneInput(data.data(), data.size());
     return true;
