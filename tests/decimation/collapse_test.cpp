@@ -78,7 +78,7 @@ void expectSound(const DMesh& mesh, test::Degenerate degenerate = test::Degenera
 //   4---5---6---7
 //   | / | / | / |
 //   0---1---2---3
-TEST(CollapseEdge, TakesOneVertexAndTheTwoTrianglesOfTheEdge) {
+TEST(CollapseEdge, RemovesOneVertexAndTheTwoTrianglesOfTheEdge) {
     Collapse c(test::grid(3, 3));
     ASSERT_EQ(c.run(5, 6, {1.5F, 1, 0}), CollapseResult::Done);
     const DMesh& mesh = c.pm.mesh;

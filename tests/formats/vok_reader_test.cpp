@@ -55,7 +55,7 @@ void expectAllActive(const DMesh& mesh) {
     EXPECT_EQ(mesh.numActiveTriangles, mesh.triangles.size() / 3);
 }
 
-//   3---2     a quad and a triangle beside it
+//   3---2     a quad and a triangle next to it
 //   |   | \.
 //   0---1--4
 VokBuilder quadAndTriangle() {

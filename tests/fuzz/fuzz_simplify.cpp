@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Any bytes as a small mesh with options: points of an integer grid, a few of them NaN, and any
-// triangles between them. It is decimated by one of the drivers, taken up and down its levels, and
-// decimated further by each of the others. Whatever the mesh, counts, bits and triangles must
-// agree, finite coordinates must stay finite, and the way up must restore the initial mesh.
+// Any bytes as a small mesh with options: points of an integer grid, a few of them extreme or not
+// finite, and any triangles between them. It is decimated by one of the drivers, taken up and down
+// its levels, and decimated further by each of the others. Whatever the mesh, counts, bits and
+// triangles must agree, finite coordinates must stay finite, and the way up must restore the
+// initial mesh.
 #include "fuzz/byte_reader.h"
 #include "lowmem/run_decimation.h"
 #include "mesh/corner_lists.h"

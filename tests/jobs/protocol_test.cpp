@@ -163,7 +163,7 @@ TEST_F(MarkerDeletedInAnEntry, WithSeveralThreadsEndsTheBatch) {
     EXPECT_TRUE(exists("out.Vok"));
 }
 
-TEST_F(MarkerDeletedInAnEntry, ThatTakesALevelEndsTheBatch) {
+TEST_F(MarkerDeletedInAnEntry, ThatExtractsALevelEndsTheBatch) {
     runJob(entry("a.Vok", "a.kvm"));
     expectNoSecondEntry(entry("a.kvm", "out.Vok"));
     EXPECT_EQ(errors_, "");

@@ -197,7 +197,7 @@ TEST_F(MultiThread, HandlesAnEmptyMesh) {
     EXPECT_EQ(runTo(0, 4, test::buildMesh({{0, 0, 0}, {1, 2, 3}}, {}))->mesh.numActiveVertices, 2U);
 }
 
-TEST_F(MultiThread, SplitsLeadBackToTheInput) {
+TEST_F(MultiThread, SplitsRestoreTheInput) {
     for (const auto& [mesh, symmetric] :
          {std::pair(bumpyBall(), false), std::pair(coloredBall(), false),
           std::pair(ballWithSeams(), false), std::pair(test::unevenMirrored(0, 2), true)}) {

@@ -178,21 +178,21 @@ TEST_F(NeighbourCostsOnThreads, AreThoseOfTheSingleThreadedDriver) {
     }
 }
 
-TEST_F(NeighbourCostsOnThreads, StayAlikeFromCollapseToCollapse) {
+TEST_F(NeighbourCostsOnThreads, StayEqualFromCollapseToCollapse) {
     for (const char* name : {"spot.Vok", "synth-torus.Vok"}) {
         Twins<PlainMetric> twins(test::sample(name));
         expectAlikeThroughCollapses(twins);
     }
 }
 
-TEST_F(NeighbourCostsOnThreads, AreAlikeWithTheColourMetric) {
+TEST_F(NeighbourCostsOnThreads, AreEqualWithTheColourMetric) {
     Twins<ColorMetric> made(test::colorfulBall());
     expectAlikeEverywhere(made);
     Twins<ColorMetric> real(test::sample("spot-colored.Vok"));
     expectAlikeThroughCollapses(real);
 }
 
-TEST_F(NeighbourCostsOnThreads, AreAlikeAlongSeams) {
+TEST_F(NeighbourCostsOnThreads, AreEqualAlongSeams) {
     DMesh mesh = hillyGrid();
     test::addCornerUVs(mesh, [](std::uint32_t triangle) { return triangle % 16 < 6 ? 0 : 1; });
     Twins<PlainMetric> made(mesh);
@@ -204,7 +204,7 @@ TEST_F(NeighbourCostsOnThreads, AreAlikeAlongSeams) {
     expectAlikeThroughCollapses(real);
 }
 
-TEST_F(NeighbourCostsOnThreads, AreAlikeAmongSlaves) {
+TEST_F(NeighbourCostsOnThreads, AreEqualAmongSlaves) {
     Twins<PlainMetric> made(test::sphere(3),
                             [](ProgressiveMesh& pm) { test::askForSymmetry(pm, 0); });
     ASSERT_GT(made.one->symmetrySlaves.CountSet(), 0);

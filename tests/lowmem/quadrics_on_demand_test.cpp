@@ -73,7 +73,7 @@ TEST_F(QuadricsOnDemandTest, ComputeOnlyRequestedTrianglesAndOnlyOnce) {
     EXPECT_LE(CountingMetric::triangles, static_cast<int>(listed.size()));
 }
 
-TEST_F(QuadricsOnDemandTest, AreSummedAnewForTheNextNeighbourhood) {
+TEST_F(QuadricsOnDemandTest, AreSummedAgainForTheNextNeighbourhood) {
     prepare();
     for (std::uint16_t slot = 0; slot < kSlots; ++slot)
         quadrics.of(pm, slot);

@@ -148,7 +148,7 @@ TEST(CornerLists, GiveTheSameCornersAndNeighboursInOneCall) {
     }
 }
 
-TEST(CornerLists, ATriangleThatNamesAVertexTwiceMakesItItsOwnNeighbour) {
+TEST(CornerLists, AVertexRepeatedInATriangleIsItsOwnNeighbour) {
     const DMesh mesh = listed(test::buildMesh({{0, 0, 0}, {1, 0, 0}}, {{0, 0, 1}}));
     EXPECT_EQ(cornersOf(mesh, 0), (IndexList{1, 0}));
     EXPECT_EQ(neighboursOf(mesh, 0), (IndexList{1, 0}));
