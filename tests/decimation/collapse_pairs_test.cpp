@@ -190,7 +190,7 @@ TEST_F(CollapsePairs, ASlaveIsFreedWhenItsMasterCollapsesAlone) {
     };
     for (const Case& c :
          {Case{"a slave", true, false, 7, true},
-          Case{"one that no neighbour suits", true, false, kNotCollapsible, true},
+          Case{"a slave that cannot collapse", true, false, kNotCollapsible, true},
           Case{"no slave", false, false, 7, false}, Case{"a queued slave", true, true, 7, false}}) {
         Turns t(true);
         // The images of the two ends are not adjacent, so the first collapses alone.

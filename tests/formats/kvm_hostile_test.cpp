@@ -65,7 +65,7 @@ TEST_F(KvmHostile, TruncationWithinTheHeaderIsRefusedOrGivesAnEmptyMesh) {
     for (std::size_t length = 0; length < 40; ++length) {
         ProgressiveMesh pm;
         EXPECT_EQ(load(pm, bytes.substr(0, length), 5), 0)
-            << "the driver field is missing, so there is no body";
+            << "the driver field is incomplete, so there is no body";
         EXPECT_EQ(pm.mesh.vertices.size(), 0U);
     }
     for (std::size_t length = 40; length < 99; ++length)

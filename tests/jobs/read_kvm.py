@@ -127,11 +127,11 @@ class Kvm:
     def check(self):
         header = self.header
         require(0 <= header.position <= header.splits, "no split has the position of the level")
-        require(header.final == self.active_vertices(), "the vertex count is not the one in the header")
+        require(header.final == self.active_vertices(), "the vertex count differs from the header")
         require(header.C in (0, header.V) and header.M in (0, header.V), "attributes per vertex")
         require(header.I in (0, 3 * header.T), "UV indices per corner")
-        require(all(v < header.V for v in self.triangles), "a triangle names a vertex that does not exist")
-        require(all(k < header.K for k in self.uv_indices), "a corner names a UV that does not exist")
+        require(all(v < header.V for v in self.triangles), "a triangle names no existing vertex")
+        require(all(k < header.K for k in self.uv_indices), "a corner names no existing UV")
         gone, removed = set(), set()
         for split in self.splits:
             self.check_split(split)
@@ -278,7 +278,7 @@ def check_file(path, like):
     while kvm.position > 0:
         kvm.up()
     kvm.check_triangles()
-    require(all(kvm.vertex_active) and all(kvm.triangle_active), "a vertex or triangle stays inactive")
+    require(all(kvm.vertex_active) and all(kvm.triangle_active), "not everything becomes active")
     if like is not None:
         check_against(kvm, check_vok.read_vok(like))
     while kvm.position < at_rest:
