@@ -46,7 +46,7 @@ TEST_F(CollapseLoopTest, PlacesCollapsesCarriesRanksThenRecords) {
     EXPECT_FALSE(t.pm.costQueue.isQueued(kV));
 }
 
-TEST_F(CollapseLoopTest, SumsAKeptVertexsQuadricAgainOnlyAfterAChange) {
+TEST_F(CollapseLoopTest, SumsAKeptQuadricAgainOnlyAfterAChange) {
     Turns t;
     const auto sum = [&](std::int32_t v) {
         Quadric3D quadric;

@@ -100,7 +100,7 @@ TEST(CollapseEdge, RemovesOneVertexAndTheTwoTrianglesOfTheEdge) {
     expectSound(mesh);
 }
 
-TEST(CollapseEdge, PutsTheRemovedVertexsCornersBeforeTheKeptOnes) {
+TEST(CollapseEdge, PutsTheRemovedCornersBeforeTheKeptOnes) {
     Collapse c(test::grid(3, 3));
     IndexList before;
     GetVertexCorners(c.pm.mesh, 6, before);
@@ -116,7 +116,7 @@ TEST(CollapseEdge, PutsTheRemovedVertexsCornersBeforeTheKeptOnes) {
     EXPECT_TRUE(after.empty());
 }
 
-TEST(CollapseEdge, TheLinkTestRecordsTheKeptVertexsRing) {
+TEST(CollapseEdge, TheLinkTestRecordsTheKeptRing) {
     Collapse c(test::grid(3, 3));
     ASSERT_EQ(c.run(5, 6), CollapseResult::Done);
     IndexList neighbours;

@@ -109,7 +109,7 @@ TEST(CostQueue, FifteenVerticesOrFewerKeepTheDefaultMinCost) {
     EXPECT_EQ(Queue(costs).queue.minCost(), 1e-9);
 }
 
-TEST(CostQueue, TheScaleStartsAtTheSixteenthVertexsDecade) {
+TEST(CostQueue, TheScaleStartsAtTheDecadeOfTheSixteenthVertex) {
     // Decades are truncated toward zero, so 0.2 and 8 are in the same one.
     const auto minCost = [](std::vector<float> costs, const std::vector<float>& more) {
         costs.insert(costs.end(), more.begin(), more.end());

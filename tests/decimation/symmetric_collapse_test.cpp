@@ -155,7 +155,7 @@ TEST(CheckSymmetricCollapse, APairedVertexMayNotCollapseOntoAnUnpairedOne) {
     EXPECT_FALSE(m.mirror.doMirror);
 }
 
-TEST(CheckSymmetricCollapse, AnUnpairedVertexCollapsesOntoAPairedOnesExactPosition) {
+TEST(CheckSymmetricCollapse, AnUnpairedVertexCollapsesExactlyOntoAPairedOne) {
     Mirrored m;
     m.unpair(at(2, 2));
     ASSERT_TRUE(m.check(at(2, 2), at(3, 2)));

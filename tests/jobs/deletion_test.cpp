@@ -108,7 +108,7 @@ TEST_F(DeletionTest, AJobWithoutEntriesObeysDeleteConfigFile) {
     EXPECT_EQ(files(), Names{"a.Vok"});
 }
 
-TEST_F(DeletionTest, WithoutAPathTheCurrentFoldersMarkerIsDeleted) {
+TEST_F(DeletionTest, WithoutAPathTheMarkerInTheCurrentFolderIsDeleted) {
     writeWhole(in(".running"), "");
     run("", folder_.path());
     EXPECT_EQ(files(), (Names{"a.Vok", "scene.kvc.running"}));

@@ -173,7 +173,7 @@ TEST_F(EntriesTest, AJobPathWithoutASeparatorWorks) {
     EXPECT_EQ(files(), (std::set<std::string>{"a.Vok", "out.Vok", "scene.kvc"}));
 }
 
-TEST_F(EntriesTest, AnotherRunsScratchFileIsKeptAndNoneAdded) {
+TEST_F(EntriesTest, AForeignScratchFileIsKeptAndNoneIsLeft) {
     writeMesh("a.Vok", 80);
     writeWhole(in("VSplitList.data"), "in use");
     runJob(entry("a.Vok", "out.Vok"));

@@ -117,7 +117,7 @@ TEST_F(LowMemoryTurns, AFreedSlaveIsRankedAgainstItsRing) {
     EXPECT_EQ(found.partner, t.pm.mesh.vertices[index(slave)].partner);
 }
 
-TEST_F(LowMemoryTurns, IfTheKeptVertexVanishesTheTrianglesRestIsRanked) {
+TEST_F(LowMemoryTurns, IfTheKeptVertexVanishesTheThirdVertexIsRanked) {
     // A triangle attached to a corner of the grid by one vertex.
     ProgressiveMesh pm;
     DMesh mesh = test::grid(4, 4, test::hills);

@@ -361,7 +361,7 @@ TEST_F(MultiThreadTurns, AfterOneRunsOutTheOthersCommitTheirTurnsAndLeave) {
     EXPECT_EQ(run.pm().lockedVertices.CountSet(), 0);
 }
 
-TEST_F(MultiThreadTurns, AVertexsPairingIsReadOnlyOnceItsRingIsFree) {
+TEST_F(MultiThreadTurns, PairingsAreReadOnlyOnceTheRingIsFree) {
     HeldRun run(mirroredHills(), 100, true);
     ASSERT_TRUE(run.pm().m_handleSymmetry_internal);
     EXPECT_TRUE(run.startAndHold());
