@@ -215,7 +215,9 @@ TEST_F(JobFileTest, OneEnormousLineIsOneLine) {
     const std::string name(20'000'000, 'n');
     EXPECT_EQ(inEntry("InputFile=" + name).InputFile.length(), 20'000'000);
     ResetJobConfig(job_);
-    EXPECT_TRUE(load(std::string(20'000'000, ' ') + "DisplayMode=NO" + std::string(1000, '\t')));
+    std::string line(20'000'000, ' ');
+    line.append("DisplayMode=NO").append(1000, '\t');
+    EXPECT_TRUE(load(line));
     EXPECT_EQ(job_.DisplayMode, 0);
 }
 

@@ -166,7 +166,8 @@ TEST_F(ProgressChannelTest, TruncatesATextBetweenTwoCharacters) {
 
 TEST_F(ProgressChannelTest, TruncatesATextThatIsNotUtf8At79Bytes) {
     openOnMarker();
-    const std::string text = std::string(78, 'x') + "\xC3\xA4\xFF";
+    std::string text(78, 'x');
+    text += "\xC3\xA4\xFF";
     channel_.BeginMainTask(text.c_str());
     EXPECT_EQ(onDisk().mainText(), text.substr(0, 79));
 }
