@@ -138,32 +138,65 @@ TEST_F(CollapsePairs, AnUnpairedVertexCollapsesAloneOntoAPairedOne) {
     EXPECT_EQ(t.position(kU).x, place.x);
 }
 
-TEST_F(CollapsePairs, AMirrorImageWithoutALivingPartnerIsLeftOut) {
-    // A triangle across the plane, separate from the rest: the first collapse removes it entirely,
-    // along with the vertex on the plane and the mirror image.
-    Turns t(true);
-    DMesh& mesh = t.pm.mesh;
-    auto& cache = mesh.symmetryCache;
-    const std::int32_t v = mesh.vertexCount();
-    const std::int32_t u = v + 1;
-    const std::int32_t mv = v + 2;
-    for (const auto& [x, image] : {std::pair(-1.0F, mv), {0.0F, u}, {1.0F, v}}) {
-        mesh.vertices.push_back({x, 50 + x * x, 0, kNotCollapsible, kNone});
-        mesh.triangles.push_back(static_cast<std::uint32_t>(mesh.vertices.size() - 1));
-        cache.pairing.push_back(image);
+// A triangle across the plane, separate from the rest: v, u on the plane, and the mirror image of
+// v.
+struct TriangleAcross : Turns {
+    std::int32_t v = pm.mesh.vertexCount();
+    std::int32_t u = v + 1;
+    std::int32_t mv = v + 2;
+
+    TriangleAcross() : Turns(true) {
+        pm.ProtectTopology = false;
+        add({-1, 51, 0}, mv);
+        add({0, 50, 0}, u);
+        add({1, 51, 0}, v);
+        addTriangle(v, u, mv);
     }
-    test::completeMesh(mesh);
-    BuildVertexCorners(mesh);
-    ComputeBorderVertices(mesh);
-    t.pm.costQueue.Init(mesh.vertexCount());
-    t.pm.symmetrySlaves.Resize(mesh.vertexCount(), false);
-    t.pm.symmetrySlaves.Set(mv);
-    t.pm.ProtectTopology = false;
-    t.queue(v, u, 3);
-    EXPECT_EQ(t.run(), (Log{line("place", v, u), line("carry", v, u), line("refresh", v)}));
-    EXPECT_EQ(mesh.numActiveVertices, kVertices);
-    EXPECT_TRUE(test::isSound(mesh));
+    void add(const FloatVec3& p, std::int32_t image) {
+        pm.mesh.vertices.push_back({p.x, p.y, p.z, kNotCollapsible, kNone});
+        pm.mesh.symmetryCache.pairing.push_back(image);
+    }
+    void addTriangle(std::int32_t a, std::int32_t b, std::int32_t c) {
+        for (const std::int32_t vertex : {a, b, c})
+            pm.mesh.triangles.push_back(static_cast<std::uint32_t>(vertex));
+    }
+    void collapseOntoThePlane() {
+        test::completeMesh(pm.mesh);
+        BuildVertexCorners(pm.mesh);
+        ComputeBorderVertices(pm.mesh);
+        pm.costQueue.Init(pm.mesh.vertexCount());
+        pm.symmetrySlaves.Resize(pm.mesh.vertexCount(), false);
+        pm.symmetrySlaves.Set(mv);
+        queue(v, u, 3);
+        run();
+    }
+};
+
+TEST_F(CollapsePairs, AMirrorImageWithoutALivingPartnerIsLeftOut) {
+    // The first collapse removes the triangle along with all its vertices.
+    TriangleAcross t;
+    t.collapseOntoThePlane();
+    EXPECT_EQ(t.script.log,
+              (Log{line("place", t.v, t.u), line("carry", t.v, t.u), line("refresh", t.v)}));
+    EXPECT_EQ(t.pm.mesh.numActiveVertices, kVertices);
+    EXPECT_TRUE(test::isSound(t.pm.mesh));
     EXPECT_EQ(t.recorded(), 1U);
+}
+
+TEST_F(CollapsePairs, AMirrorImageAlreadyGoneIsRecordedButNotCountedAgain) {
+    // The vertex of the plane has another triangle, so the second collapse has somewhere to go.
+    TriangleAcross t;
+    const std::int32_t a = t.mv + 1;
+    t.add({-1, 49, 0}, a + 1);
+    t.add({1, 49, 0}, a);
+    t.addTriangle(t.u, a, a + 1);
+    t.collapseOntoThePlane();
+    EXPECT_EQ(t.script.log,
+              (Log{line("place", t.v, t.u), line("carry", t.v, t.u), line("carry", t.mv, t.u),
+                   line("update", t.u), line("update", t.u)}));
+    EXPECT_EQ(t.pm.mesh.numActiveVertices, kVertices + 3);
+    EXPECT_TRUE(test::isSound(t.pm.mesh));
+    EXPECT_EQ(t.recorded(), 2U);
 }
 
 TEST_F(CollapsePairs, ACollapseOntoItsMirrorImageLeavesThatFreeOnThePlane) {

@@ -347,6 +347,24 @@ TEST(UndoCollapse, PushesTheCornersToTheHeadOfTheLists) {
     EXPECT_EQ(c.pm.mesh.cornerNext, (IndexList{3, -1, 4, -1, -1, -1}));
 }
 
+TEST(UndoCollapse, LeavesTheListOfTheRemovedVertexReversed) {
+    Collapse c(test::grid(3, 3));
+    IndexList ownOfKept;
+    GetVertexCorners(c.pm.mesh, 6, ownOfKept);
+    std::erase_if(ownOfKept,
+                  [](std::int32_t corner) { return corner / 3 == 8 || corner / 3 == 3; });
+    ASSERT_EQ(c.run(5, 6), CollapseResult::Done);
+    c.undo(5, 6);
+    IndexList corners;
+    GetVertexCorners(c.pm.mesh, 5, corners);
+    EXPECT_EQ(corners, (IndexList{2, 4, 11, 19, 24, 27}));
+    // Its triangles 8 and 3 came back before that, one after the other.
+    IndexList expected{10, 25};
+    expected.insert(expected.end(), ownOfKept.begin(), ownOfKept.end());
+    GetVertexCorners(c.pm.mesh, 6, corners);
+    EXPECT_EQ(corners, expected);
+}
+
 // Collapses at random and undoes every second collapse; after each step everything must be
 // consistent.
 class RandomCollapses {

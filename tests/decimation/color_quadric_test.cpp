@@ -64,6 +64,15 @@ TEST(ColorQuadric, EvaluatesTheSixDimensionalFormWithGByColumns) {
 //   A = 4 I, G has 2 at row 0, column 1, C = 2:
 //   S = 2 I - G' A^-1 G = diag(2, 1, 2), T = diag(0.5, 1, 0.5), R = -0.5 at (0, 1),
 //   P = A^-1 + 0.25 at (0, 0)
+TEST(ColorQuadric, SumsTheTermsOfAnEvaluationInTheirOrder) {
+    ColorQuadric q;
+    q.A[0] = 1;
+    q.G[0] = 0x1p52;
+    q.C = -0x1p53;
+    // 1 + 2^53 is 2^53 in doubles, so that the first term is lost.
+    EXPECT_EQ(q.Evaluate({1, 0, 0}, {1, 0, 0}), 0.0);
+}
+
 TEST(ColorQuadric, InvertsByBlocks) {
     ColorQuadric q;
     q.A = {4, 0, 0, 4, 0, 4};

@@ -64,6 +64,14 @@ TEST(TriangleQuadric, WithoutAreaHasWeightOneInDoublesButZeroInFloats) {
     EXPECT_EQ(ComputeTriangleQuadricFloat(pm, 0).q, Floats{});
 }
 
+TEST(TriangleQuadric, NormalizesNormalsOfTinyTriangles) {
+    ProgressiveMesh pm;
+    pm.UseAreaWeighting = false;
+    const float leg = 1e-11F;  // a normal of 1e-22
+    take(pm, {0, 0, 0}, {leg, 0, 0}, {0, leg, 0});
+    EXPECT_EQ(ComputeTriangleQuadric(pm, 0).q, (Doubles{0, 0, 0, 0, 0, 1, 0, 0, 0, 0}));
+}
+
 TEST(TriangleQuadric, TheFloatFormNormalizesEveryNonzeroLength) {
     ProgressiveMesh pm;
     const float leg = 1e-10F;  // the square of the length, 1e-40, is a denormal float
