@@ -25,10 +25,10 @@ MeshPtr withCorners(DMesh mesh) {
     return pm;
 }
 
-MeshPtr withSymmetry(DMesh mesh) {
+MeshPtr withSymmetry(DMesh mesh, const SymmetryNeeds& needs = {}) {
     MeshPtr pm = withCorners(std::move(mesh));
     test::askForSymmetry(*pm, 0);
-    prepareSymmetry(*pm, {});
+    prepareSymmetry(*pm, needs);
     return pm;
 }
 
@@ -112,6 +112,14 @@ TEST(DriverPreparation, SeparatesPairsWhoseColorsDifferByTwoInAnyChannel) {
     EXPECT_FALSE(pairedWith(test::packColor(9, 9, 11, 9)));
     EXPECT_TRUE(pairedWith(test::packColor(10, 8, 10, 9)));
     EXPECT_TRUE(pairedWith(test::packColor(9, 9, 9, 255)));
+}
+
+TEST(DriverPreparation, KeepsPairsOfAnyColorUnlessAsked) {
+    const std::int32_t v = pairedVertex(*withSymmetry(test::sphere(2)));
+    DMesh mesh = test::sphere(2);
+    test::addColors(mesh, [](const FloatVec3&) { return test::packColor(9, 9, 9, 9); });
+    mesh.vertexColors[static_cast<std::size_t>(v)] = test::packColor(200, 9, 9, 9);
+    EXPECT_NE(mirrorOf(*withSymmetry(mesh, {.pairsMustShareColors = false}), v), kNone);
 }
 
 }  // namespace

@@ -190,6 +190,9 @@ TEST_F(UpdateAround, RingVerticesChooseTheirBestNeighbour) {
 }
 
 TEST_F(UpdateAround, VerticesBeyondTheRingKeepTheirCosts) {
+    // Any edge is cheaper than this.
+    for (VertexRecord& vertex : pm.mesh.vertices)
+        vertex.cost = 1e9F;
     std::vector<VertexRecord> before(pm.mesh.vertices.begin(), pm.mesh.vertices.end());
     update();
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
@@ -210,6 +213,43 @@ TEST_F(UpdateAround, ASlaveIsNeitherRankedNorQueued) {
         EXPECT_FALSE(pm.costQueue.isQueued(slave));
     }
     EXPECT_TRUE(pm.costQueue.isQueued(ring[0]));
+}
+
+// On flat ground all costs are zero, so the order of the edges decides.
+TEST(UpdateOnFlatGround, TheFirstOfEqualEdgesWinsFromItsLowerEnd) {
+    ProgressiveMesh pm;
+    init(pm, test::grid(6, 6));
+    fillQueue(pm);
+    RingScratch scratch;
+    scratch.inRing.Resize(pm.mesh.vertexCount(), false);
+    constexpr std::int32_t kKept = 24;
+    UpdateNeighbourCosts(pm, kKept, scratch);
+
+    IndexList ring;
+    IndexList around;
+    GetVertexNeighbours(pm.mesh, kKept, ring);
+    std::vector<std::int32_t> partners(pm.mesh.vertices.size(), kNone);
+    std::vector<FloatVec3> positions(pm.mesh.vertices.size());
+    for (const std::int32_t u : ring) {
+        GetVertexNeighbours(pm.mesh, u, around);
+        for (const std::int32_t x : around) {
+            if (contains(ring, x) && x < u) continue;
+            EdgeEvaluation edge;
+            EvaluateEdgeCost(pm, edge, u, x, pm.vertexQuadrics[at(u)] + pm.vertexQuadrics[at(x)]);
+            ASSERT_EQ(edge.cost, 0.0F);
+            for (const auto& [end, other] : {std::pair{u, x}, {x, u}}) {
+                if (partners[at(end)] != kNone) continue;
+                partners[at(end)] = other;
+                positions[at(end)] = edge.position;
+            }
+        }
+    }
+    ring.push_back(kKept);
+    for (const std::int32_t u : ring) {
+        EXPECT_EQ(pm.mesh.vertices[at(u)].partner, partners[at(u)]) << u;
+        EXPECT_EQ(pm.bestPositions[at(u)].x, positions[at(u)].x) << u;
+        EXPECT_EQ(pm.bestPositions[at(u)].y, positions[at(u)].y) << u;
+    }
 }
 
 }  // namespace

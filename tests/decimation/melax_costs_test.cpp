@@ -89,6 +89,29 @@ TEST(MelaxCost, GrowsToTwiceTheLengthForOppositeNormals) {
     EXPECT_EQ(shut.pm.triangleNormals[2].z, -1);
 }
 
+TEST(MelaxCost, SumsATurnInTheOrderYXZ) {
+    Prepared m(folded(2, 0));
+    m.pm.triangleNormals.assign(4, {4096, 1, -4096});
+    m.pm.triangleNormals[0] = {4096, 1, 4096};
+    // 1 + 2^24 is 2^24 in floats, so that y is lost beside x.
+    EXPECT_EQ(m.cost(2, 4), 1);
+}
+
+TEST(MelaxCost, OfAnEdgeSeesItsOwnSidesAlone) {
+    Prepared both(folded(1, -3));
+    both.cost(2, 4);
+    Prepared alone(folded(1, -3));
+    EXPECT_EQ(both.cost(2, 0), alone.cost(2, 0));
+    EXPECT_GT(alone.cost(2, 0), 0);
+}
+
+TEST(MelaxCost, ADegenerateTriangleMakesNoVertexItsOwnPartner) {
+    Prepared m(test::buildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 1}}, {{0, 1, 2}, {0, 0, 1}}));
+    ComputeVertexCostMelax(m.pm, 0, m.scratch);
+    EXPECT_NE(m.pm.mesh.vertices[0].partner, kNone);
+    EXPECT_NE(m.pm.mesh.vertices[0].partner, 0);
+}
+
 TEST(MelaxCost, IsDirected) {
     Prepared right(folded(1, -3));
     EXPECT_EQ(right.cost(2, 4), 3.0F);
