@@ -41,6 +41,19 @@ TEST(AttributePreparation, UVsOfTheWrongLengthAreKeptButNotHandled) {
     EXPECT_TRUE(pm->mesh.indicesUV.empty());
 }
 
+TEST(AttributePreparation, UVsWithIndicesAreNotWeldedAgain) {
+    DMesh mesh = test::grid(3, 3);
+    test::addCornerUVs(mesh);
+    ASSERT_EQ(mesh.coordsUV.size(), mesh.triangles.size());
+    for (std::uint32_t corner = 0; corner < mesh.triangles.size(); ++corner)
+        mesh.indicesUV.push_back(corner);
+    const MeshPtr pm = withCorners(mesh);
+    prepareUVs(*pm);
+    EXPECT_TRUE(pm->m_handleUVs_internal);
+    EXPECT_EQ(pm->mesh.indicesUV, mesh.indicesUV);
+    EXPECT_EQ(pm->mesh.coordsUV.size(), mesh.coordsUV.size());
+}
+
 TEST(AttributePreparation, AMeshWithoutTrianglesHasItsUVsHandled) {
     const MeshPtr pm = withCorners(test::buildMesh({{0, 0, 0}}, {}));
     prepareUVs(*pm);

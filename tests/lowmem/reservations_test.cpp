@@ -106,6 +106,8 @@ TEST(Reservations, AVertexWithoutTrianglesIsHeldAlone) {
     Reservations reservations(board.pm);
     ASSERT_TRUE(reservations.hold({3}));
     EXPECT_EQ(heldIn(board.pm), Vertices{3});
+    Reservations others(board.pm);
+    EXPECT_FALSE(others.hold({3}));
 }
 
 TEST(Reservations, OneHeldVertexRefusesTheWhole) {

@@ -2,6 +2,7 @@
 #include "lowmem/uv_update.h"
 
 #include "decimation/collapse.h"
+#include "decimation/thread_guards.h"
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
 #include "mesh/progressive_mesh.h"
@@ -227,6 +228,19 @@ TEST(UpdateUVs, ASeamCornerMarkMovesWithOrWithoutASeam) {
     m.run(at(1, 2), at(2, 2), {1.5F, 2, 0});
     EXPECT_TRUE(m.mesh.uvSeamCorners.Test(at(2, 2)));
     EXPECT_FALSE(m.mesh.uvSeamVertices.Test(at(2, 2)));
+}
+
+TEST(UpdateUVs, OnThreadsASeamCornerMarkNeedsASeam) {
+    Charted m;
+    m.mesh.uvSeamCorners.Set(at(1, 2));
+    CollapseScratch scratch;
+    IndexList list;
+    CriticalSections sections;
+    const FloatVec3 place = m.mesh.vertices[static_cast<std::size_t>(at(2, 2))].position();
+    ASSERT_EQ(CollapseEdge_MT(m.pm, at(1, 2), at(2, 2), place, m.collapse, scratch, sections),
+              CollapseResult::Done);
+    UpdateUVsAfterCollapse_MT(m.mesh, at(1, 2), at(2, 2), m.collapse.split, list, sections);
+    EXPECT_FALSE(m.mesh.uvSeamCorners.Test(at(2, 2)));
 }
 
 }  // namespace

@@ -235,6 +235,35 @@ TEST(VertexCostInit, ArraylessFormSkipsVerticesWithOnlyLowerNeighbours) {
     }
 }
 
+// A vertex takes its cost in its own turn, which adds up the quadrics of the higher ring vertices
+// one by one. On flat ground all edges cost the same.
+TEST(VertexCostInit, ArraylessFormAccumulatesTheRingAndTakesTheFirstBest) {
+    for (const DMesh& mesh : {test::grid(6, 6, test::hills), test::grid(6, 6)}) {
+        const MeshPtr pm = ready(mesh);
+        Ranking expected;
+        IndexList ring;
+        for (std::int32_t v = 0; v < pm->mesh.vertexCount(); ++v) {
+            float best = kNotCollapsible;
+            std::int32_t partner = kNone;
+            Quadric3D own;
+            Quadric3D neighbours;
+            ComputeVertexQuadricFromTriangles(*pm, own, v);
+            GetVertexNeighbours(pm->mesh, v, ring);
+            for (const std::int32_t x : ring) {
+                if (x < v) continue;
+                ComputeVertexQuadricFromTriangles(*pm, neighbours, x);
+                EdgeEvaluation edge;
+                EvaluateEdgeCost(*pm, edge, v, x, own + neighbours);
+                if (edge.cost >= best) continue;
+                best = edge.cost;
+                partner = x;
+            }
+            expected.emplace_back(std::bit_cast<std::uint32_t>(best), partner);
+        }
+        EXPECT_EQ(byNoArray(mesh), expected);
+    }
+}
+
 TEST(VertexCostInit, OnlyTheArrayFormsMakeABorderCostlier) {
     const DMesh mesh = test::grid(6, 6, test::hills);
     const MeshPtr array = ready(mesh);
