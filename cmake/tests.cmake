@@ -8,16 +8,11 @@ if(NOT GTest_FOUND)
 endif()
 include(GoogleTest)
 
-# What the tests and replays check is in the library and in the executable; they themselves are
-# compiled for a short build. Optimised across files, each would compile the whole library once more:
-# g++ puts plain code beside what it keeps for that, and they link the plain code.
-set(links_plain_code OFF)
-if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    set(links_plain_code ON)
-    target_compile_options(korvalite_core PRIVATE -ffat-lto-objects)
-endif()
+# What the tests and replays check is in the library and the executable, so they themselves are
+# compiled for a short build. They link the library's plain code: optimised across files, each of
+# them would compile the whole library once more.
 function(build_quickly target)
-    if(links_plain_code)
+    if(KORVALITE_CORE_HAS_PLAIN_CODE)
         set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
         target_link_options(${target} PRIVATE -fno-lto)
     endif()

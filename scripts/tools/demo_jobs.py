@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Runs real jobs on the samples, checks each output and prints tables. See scripts/demo.
 
-Usage: scripts/demo_jobs.py TOOL    from the root of the repository
+Usage: scripts/tools/demo_jobs.py TOOL    from the root of the repository
 """
 import pathlib
 import sys

@@ -3,7 +3,7 @@
 #
 # Shared by the scripts. When sourced, changes to the repository's root and defines functions.
 set -euo pipefail
-cd "$(dirname "${BASH_SOURCE[0]}")/.."
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
 say() { printf '%s\n' "$*"; }
 

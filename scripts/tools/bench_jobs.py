@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Measures whole jobs on synthetic meshes and prints their costs. See scripts/bench.
 
-Usage: scripts/bench_jobs.py TOOL BENCH [--quick] [--repeat N] [--only PART] [--write-docs]
+Usage: scripts/tools/bench_jobs.py TOOL BENCH [--quick] [--repeat N] [--only PART] [--write-docs]
 from the root of the repository.
 
 Every measurement is a separate process. With --repeat, each part runs N times and the medians are
