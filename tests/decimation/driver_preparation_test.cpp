@@ -122,5 +122,15 @@ TEST(DriverPreparation, KeepsPairsOfAnyColorUnlessAsked) {
     EXPECT_NE(mirrorOf(*withSymmetry(mesh, {.pairsMustShareColors = false}), v), kNone);
 }
 
+TEST(DriverPreparation, KeepsPairsThatFitTheMesh) {
+    const MeshPtr pm = withSymmetry(test::sphere(2));
+    const std::int32_t v = pairedVertex(*pm);
+    auto& pairing = pm->mesh.symmetryCache.pairing;
+    pairing[static_cast<std::size_t>(mirrorOf(*pm, v))] = kNone;
+    pairing[static_cast<std::size_t>(v)] = kNone;
+    prepareSymmetry(*pm, {});
+    EXPECT_EQ(mirrorOf(*pm, v), kNone);
+}
+
 }  // namespace
 }  // namespace korvalite
