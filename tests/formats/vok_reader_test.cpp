@@ -184,6 +184,13 @@ TEST(VokReader, QuadIsSplitAlongCorners0And2) {
     EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{7, 8, 9, 7, 9, 10}));
 }
 
+TEST(VokReader, FourthIndexBelowAllOnesMakesAQuad) {
+    for (const std::uint32_t fourth : {0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFEU}) {
+        const DMesh mesh = imported(VokBuilder().faces({{7, 8, 9, fourth}}));
+        EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{7, 8, 9, 7, 9, fourth}));
+    }
+}
+
 TEST(VokReader, Face4UVsFollowTheSplitOfTheFaces) {
     VokBuilder vok = quadAndTriangle();
     vok.faceUVs({{0, 1, 2, 3, 4, 5, 6, 7}, {10, 11, 12, 13, 14, 15, 16, 17}}).end();
@@ -199,6 +206,13 @@ TEST(VokReader, Face4UVsWithoutFace4ListAreDropped) {
     EXPECT_TRUE(imported(VokBuilder().faceUVs(uvs)).coordsUV.empty());
     EXPECT_TRUE(imported(VokBuilder().triangles({{0, 1, 2}}).faceUVs(uvs)).coordsUV.empty());
     EXPECT_TRUE(imported(VokBuilder().faceUVs(uvs).faces({{0, 1, 2, 3}})).coordsUV.empty());
+}
+
+TEST(VokReader, Face4UVsWithoutFace4ListLeaveEarlierUVs) {
+    VokBuilder vok;
+    vok.triangles({{0, 1, 2}}).triangleUVs({{0, 1, 2, 3, 4, 5}});
+    vok.faceUVs({{9, 9, 9, 9, 9, 9, 9, 9}});
+    EXPECT_EQ(flat(imported(vok).coordsUV), (std::vector<float>{0, 1, 2, 3, 4, 5}));
 }
 
 TEST(VokReader, TriangleUVsAreReadUnchanged) {
@@ -479,6 +493,14 @@ TEST(VokReader, Face4UVsFollowAShorterSecondFaceList) {
     const DMesh mesh = imported(vok);
     EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{0, 1, 2}));
     EXPECT_EQ(flat(mesh.coordsUV), (std::vector<float>{0, 1, 2, 3, 4, 5}));
+}
+
+TEST(VokReader, MarksOfAnEarlierFaceListAreForgotten) {
+    VokBuilder vok;
+    vok.faces({{0, 1, 2, kTriangle}}).faces({{0, 1, 2, 3}});
+    vok.faceUVs({{0, 1, 2, 3, 4, 5, 6, 7}});
+    EXPECT_EQ(flat(imported(vok).coordsUV),
+              (std::vector<float>{0, 1, 2, 3, 4, 5, 0, 1, 4, 5, 6, 7}));
 }
 
 TEST(VokReader, Face4UVsAfterTrianglesFollowTheStaleSplit) {

@@ -392,6 +392,19 @@ TEST_F(VSplitListTest, AFolderWithTheFilesNameIsSkipped) {
     EXPECT_EQ(std::string(list.path().c_str()), folder / u8"VSplitList1.data");
 }
 
+#ifndef _WIN32
+TEST_F(VSplitListTest, ALinkWithTheFilesNameIsSkipped) {
+    // The name looks free, as the link leads to no file.
+    const std::string target = folder / u8"target";
+    std::filesystem::create_symlink(test::pathOfUtf8(target),
+                                    test::pathOfUtf8(folder / u8"VSplitList.data"));
+    VSplitList list;
+    list.open({}, kManyVertices, 2);
+    EXPECT_EQ(std::string(list.path().c_str()), folder / u8"VSplitList1.data");
+    EXPECT_FALSE(platform::exists(target.c_str()));
+}
+#endif
+
 TEST_F(VSplitListTest, WithoutAFolderThePagesStayInMemory) {
     SetJobDirectory((folder / u8"missing").c_str());
     const VSplitFormat format{false, true};
@@ -508,6 +521,22 @@ TEST_F(VSplitListTest, RecordsAreSavedNewestFirst) {
     }
     EXPECT_EQ(test::readWhole(path), test::bytesOf(expected));
 }
+
+#ifndef _WIN32
+TEST_F(VSplitListTest, SavingToAFullDiskFails) {
+    VSplitList list;
+    list.pageCapacity = VSplitList::kAllRecords;
+    list.open({}, kManyVertices, 2);
+    appendAll(list, samples.next(2000));
+    platform::File out = platform::File::open((folder / u8"splits").c_str(), "wb");
+    bool saved = true;
+    {
+        const test::FullDisk disk(1000);
+        saved = list.saveTo(out);
+    }
+    EXPECT_FALSE(saved);
+}
+#endif
 
 TEST_F(VSplitListTest, NoSplitsAreSavedAsFourZeroBytes) {
     VSplitList list;

@@ -50,6 +50,15 @@ TEST(ComputeSymmetry, ModeOffForgetsTheOldResult) {
     EXPECT_EQ(mesh.symmetryCache.planeNormal.x, 0.0F);
 }
 
+TEST(ComputeSymmetry, ModeOffWithAnAxisComputesNothing) {
+    DMesh mesh = mirroredMesh(100);
+    mesh.symmetryMode = 0;
+    mesh.symmetryAxis = 0;
+    computeSymmetry(mesh);
+    EXPECT_FALSE(mesh.symmetryCache.isValidFor());
+    EXPECT_TRUE(mesh.symmetryCache.pairing.empty());
+}
+
 TEST(ComputeSymmetry, AutoFindsTheAxisItself) {
     DMesh mesh = mirroredMesh(100);
     mesh.symmetryMode = -1;

@@ -85,6 +85,11 @@ TEST(AngleBetween, SameDirectionGivesExactlyZero) {
     EXPECT_EQ(angleBetween({0, 2, 0}, {0, 5, 0}), 0.0);
 }
 
+TEST(AngleBetween, CosineRoundedAbove1GivesZero) {
+    // The rounded square root of 3 has a square below 3.
+    EXPECT_EQ(angleBetween({1, 1, 1}, {1, 1, 1}), 0.0);
+}
+
 TEST(AngleBetween, ZeroVectorGivesZero) {
     EXPECT_EQ(angleBetween({0, 0, 0}, {1, 0, 0}), 0.0);
     EXPECT_EQ(angleBetween({1, 0, 0}, {0, 0, 0}), 0.0);

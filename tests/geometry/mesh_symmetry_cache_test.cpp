@@ -136,6 +136,14 @@ TEST(DetectSymmetry, RatioOfExactly40PercentIsNotASymmetry) {
     EXPECT_TRUE(cache.pairing.empty());
 }
 
+TEST(DetectSymmetry, RatioJustAbove40PercentIsASymmetry) {
+    DMesh mesh = meshWithPairs({0, 21, 0}, 58);
+    KRDMeshSymmetryCache& cache = mesh.symmetryCache;
+    cache.detectSymmetry(mesh);
+    expectEqual(cache.axisRatios, {0, 0.42F, 0});
+    expectEqual(cache.planeNormal, {0, 1, 0});
+}
+
 TEST(DetectSymmetry, BestAxisAbove40PercentWins) {
     // Each call adds vertices with all their mirror images across the axes in the mask.
     DMesh mesh;
@@ -188,6 +196,23 @@ TEST(DetectSymmetry, NoPlaneLeavesThePairingEmptyAndStillReturnsTrue) {
     expectEqual(cache.planeNormal, {0, 0, 0});
     expectEqual(cache.planePoint, {0, 0, 0});
     EXPECT_FALSE(cache.autoDetected);
+    EXPECT_FALSE(cache.isValidFor());
+}
+
+TEST(DetectSymmetry, AxesNotTriedLoseTheirEarlierRatio) {
+    DMesh mesh = meshWithPairs({48, 0, 0}, 4);
+    mesh.symmetryCache.axisRatios = {0.1F, 0.2F, 0.3F};
+    mesh.symmetryCache.detectSymmetry(mesh);
+    expectEqual(mesh.symmetryCache.axisRatios, {0.96F, -1, -1});
+}
+
+TEST(DetectSymmetry, NoPlaneForgetsEarlierPairs) {
+    DMesh mesh = meshWithPairs({1, 1, 1}, 20);
+    KRDMeshSymmetryCache& cache = mesh.symmetryCache;
+    cache.computeForAxis(0, {0, 0, 0}, mesh);
+    ASSERT_EQ(cache.pairing.size(), mesh.vertices.size());
+    cache.detectSymmetry(mesh);
+    EXPECT_TRUE(cache.pairing.empty());
     EXPECT_FALSE(cache.isValidFor());
 }
 

@@ -117,6 +117,30 @@ TEST(RotationBetween, OppositeDirectionsMakeAHalfTurn) {
     }
 }
 
+TEST(RotationBetween, HalfTurnUsesAQuarterTurnRoundedToFloat) {
+    Transform t;
+    t.rotationBetween({1, 0, 0}, {-1, 0, 0});
+    // The float nearest to pi / 2 is 4.371139e-8 above it.
+    EXPECT_FLOAT_EQ(t.m[1], -2 * 4.371139e-8F);
+    EXPECT_FLOAT_EQ(t.m[4], 2 * 4.371139e-8F);
+}
+
+TEST(RotationBetween, HalfTurnTakesTheFirstOfEqualAxes) {
+    Transform t;
+    t.rotationBetween({0, 0, 1}, {0, 0, -1});
+    // x and y are equally far from z. The cross product of z and x is y.
+    expectNear(apply(t, {1, 2, 3}), {-1, 2, -3});
+}
+
+TEST(RotationBetween, DirectionsAThousandthApartAreNotParallel) {
+    Transform t;
+    t.rotationBetween({1, 0, 0}, {1, 1e-4F, 0});
+    EXPECT_EQ(t.kind, TRANSFORM_IDENTITY);
+    t.rotationBetween({1, 0, 0}, {1, 1e-3F, 0});
+    EXPECT_EQ(t.kind, TRANSFORM_ROTATION);
+    expectNear(apply(t, {1, 0, 0}), {1, 1e-3F, 0}, 1e-4F);
+}
+
 TEST(RotationBetween, MapsOneDirectionToTheOtherAndKeepsLengths) {
     std::mt19937 random(5);
     std::uniform_real_distribution<float> element(-1.0F, 1.0F);
@@ -179,6 +203,16 @@ TEST(InvertTransform, UndoesEveryKind) {
         Transform inPlace = t;
         ASSERT_TRUE(invertTransform(inPlace, inPlace));
         expectSameMatrix(inPlace, back);
+    }
+}
+
+TEST(InvertTransform, KeepsTheKindOfRotationsAndTranslations) {
+    for (const TransformKind kind : {TRANSFORM_TRANSLATION, TRANSFORM_ROTATION}) {
+        Transform t;
+        t.kind = kind;
+        Transform back;
+        ASSERT_TRUE(invertTransform(back, t));
+        EXPECT_EQ(back.kind, kind);
     }
 }
 
