@@ -177,6 +177,16 @@ TEST(CornerLists, AHubsNeighboursKeepTheOrderOfFirstAppearance) {
     }
 }
 
+TEST(CornerLists, AnOpenFanListsEachNeighbourOnce) {
+    for (std::uint32_t triangles = 60; triangles < 70; ++triangles) {
+        test::Faces faces;
+        for (std::uint32_t i = 0; i < triangles; ++i)
+            faces.push_back({0, 1 + i, 2 + i});
+        const DMesh mesh = listed(test::buildMesh(test::Points(triangles + 2), faces));
+        EXPECT_EQ(neighboursOf(mesh, 0).size(), triangles + 1);
+    }
+}
+
 TEST(CornerLists, ALongRingIsGatheredWithoutAllocating) {
     constexpr std::uint32_t kRim = 700;
     test::Faces faces;

@@ -84,6 +84,14 @@ TEST(WeldCornerUVs, WeldsOnlyBelowTheSquareRootOf1e5th) {
     }
 }
 
+TEST(WeldCornerUVs, RecordsExactlyAtTheLimitStayApart) {
+    DMesh mesh = twoTrianglesWithUVs();
+    mesh.coordsUV[3] = {0, 0.00316227763F};
+    ASSERT_EQ(mesh.coordsUV[3].v * mesh.coordsUV[3].v, 1e-5F);
+    weld(mesh);
+    EXPECT_EQ(mesh.indicesUV, (Indices{0, 1, 2, 3, 2, 4}));
+}
+
 TEST(WeldCornerUVs, ComparesWithTheKeptRecordNotTheWeldedOne) {
     // Three triangles at vertex 0 with u = 0, 0.003 and 0.006: the third is close to the second
     // only.
@@ -93,6 +101,16 @@ TEST(WeldCornerUVs, ComparesWithTheKeptRecordNotTheWeldedOne) {
                      {7, 7}, {0.006F, 0}, {7, 7}, {8, 8}};
     weld(mesh);
     EXPECT_EQ(mesh.indicesUV, (Indices{0, 1, 2, 0, 2, 3, 4, 3, 5}));
+}
+
+TEST(WeldCornerUVs, OfTwoCloseRecordsTheFirstIsShared) {
+    // Three triangles at vertex 0 with u = 0, 0.004 and 0.002: the third is close to both others.
+    DMesh mesh = test::buildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {-1, 0, 0}},
+                                 {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}});
+    mesh.coordsUV = {{0, 0}, {5, 5},      {6, 6}, {0.004F, 0}, {6, 6},
+                     {7, 7}, {0.002F, 0}, {7, 7}, {8, 8}};
+    weld(mesh);
+    EXPECT_EQ(mesh.indicesUV, (Indices{0, 1, 2, 3, 2, 4, 0, 4, 5}));
 }
 
 TEST(WeldCornerUVs, NeverWeldsCornersOfDifferentVertices) {
@@ -257,26 +275,28 @@ TEST(ComputeUVSeams, AClosedSurfaceInOneChartHasNone) {
 }
 
 //       x
-//     /   \       Four triangles around m. The rim is a seam; at u it continues from a to b, which
-//   a - m - b     is `degrees` above the straight line.
+//     /   \       Four triangles around m. The rim is a seam; at u, the origin, it comes from a on
+//   a - m - b     the left and goes on to b.
 //     \   /
 //       u
-bool seamBendsAtU(float degrees, float seamAngle) {
-    const double radians = degrees * 3.14159265358979 / 180.0;
+bool seamBendsTowards(UVCoord b, float seamAngle) {
     DMesh mesh = test::buildMesh(test::Points(5),
                                  {{0, 1, 4}, {1, 2, 4}, {2, 3, 4}, {3, 0, 4}});  // u b x a m
     mesh.indicesUV = mesh.triangles;
-    mesh.coordsUV = {
-        {0, 0},
-        {static_cast<float>(2 * std::cos(radians)), static_cast<float>(2 * std::sin(radians))},
-        {0, 5},
-        {-3, 0},
-        {0, 1}};
+    mesh.coordsUV = {{0, 0}, b, {0, 5}, {-3, 0}, {0, 1}};
     mesh.uvSeamAngle = seamAngle;
     findSeams(mesh);
     EXPECT_FALSE(mesh.uvSeamCoords.Test(4));
     EXPECT_TRUE(mesh.uvSeamCoords.Test(0));
     return mesh.uvSeamCorners.Test(0);
+}
+
+// By `degrees` upwards from the straight line.
+bool seamBendsAtU(float degrees, float seamAngle) {
+    const double radians = degrees * 3.14159265358979 / 180.0;
+    return seamBendsTowards(
+        {static_cast<float>(2 * std::cos(radians)), static_cast<float>(2 * std::sin(radians))},
+        seamAngle);
 }
 
 TEST(ComputeUVSeams, ABendBeyondTheSeamAngleIsACorner) {
@@ -289,6 +309,12 @@ TEST(ComputeUVSeams, ABendBeyondTheSeamAngleIsACorner) {
     // The cosine of 60 degrees is 1 - 0.5.
     EXPECT_FALSE(seamBendsAtU(59.9F, 0.5F));
     EXPECT_TRUE(seamBendsAtU(60.1F, 0.5F));
+}
+
+TEST(ComputeUVSeams, ABendByExactlyTheSeamAngleIsACorner) {
+    // The cosine of a right angle is 1 - 1.
+    EXPECT_TRUE(seamBendsTowards({0, 2}, 1.0F));
+    EXPECT_FALSE(seamBendsTowards({0.01F, 2}, 1.0F));
 }
 
 TEST(ComputeUVSeams, ASeamAngleOfZeroMakesEveryPointACorner) {
@@ -363,6 +389,29 @@ TEST(ComputeUVSeams, MarksTheVertexAtTheFirstCornerOfTheList) {
     findSeams(mesh);
     EXPECT_EQ(setBits(mesh.uvSeamCoords), (Bits{2}));
     EXPECT_EQ(setBits(mesh.uvSeamVertices), (Bits{2}));
+}
+
+TEST(ComputeUVSeams, ARecordOfTwoVerticesMarksTheHighestCorner) {
+    // Two separate triangles share record 0, at vertices 0 and 3.
+    DMesh mesh = test::buildMesh(test::Points(6), {{0, 1, 2}, {3, 4, 5}});
+    mesh.indicesUV = {0, 1, 2, 0, 3, 4};
+    mesh.coordsUV.resize(5);
+    findSeams(mesh);
+    EXPECT_TRUE(mesh.uvSeamCoords.Test(0));
+    EXPECT_FALSE(mesh.uvSeamVertices.Test(0));
+    EXPECT_TRUE(mesh.uvSeamVertices.Test(3));
+}
+
+TEST(ComputeUVSeams, SeamsOfAnEarlierRunAreForgotten) {
+    DMesh mesh = test::tetrahedron();
+    test::addCornerUVs(mesh);
+    weld(mesh);
+    for (BitArray* bits : {&mesh.uvSeamCoords, &mesh.uvSeamVertices, &mesh.uvSeamCorners})
+        bits->Resize(100, true);
+    findSeams(mesh);
+    EXPECT_EQ(setBits(mesh.uvSeamCoords), Bits());
+    EXPECT_EQ(setBits(mesh.uvSeamVertices), Bits());
+    EXPECT_EQ(setBits(mesh.uvSeamCorners), Bits());
 }
 
 }  // namespace
