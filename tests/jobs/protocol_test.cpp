@@ -240,6 +240,14 @@ TEST_F(ProtocolTest, WithoutAMarkerTheJobRunsAndCreatesNone) {
     EXPECT_EQ(vertexCountOf(in("out.Vok")), kVertexCount / 2);
 }
 
+TEST_F(ProtocolTest, ABackslashSeparatesFoldersOfTheJobPathToo) {
+    std::filesystem::create_directory(pathOfUtf8(in("jobs")));
+    writeWhole(in("jobs\\scene.kvc"), entry("a.Vok", "out.Vok"));
+    const NewNames names(in("jobs"));
+    run(in("jobs\\scene.kvc"));
+    EXPECT_EQ(names.seen(), std::set<std::string>{"VSplitList.data"});
+}
+
 TEST_F(ProtocolTest, WithoutTheProgressBarTheMarkerIsDeletedFirst) {
     writeMesh("scene.kvc.running");
     std::filesystem::create_symlink(pathOfUtf8(marker_), pathOfUtf8(in("link.Vok")));
