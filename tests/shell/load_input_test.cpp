@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "shell/load_input.h"
 
+#include "formats/kvm_samples.h"
 #include "mesh/progressive_mesh.h"
 #include "support/scratch_folder.h"
 #include "support/vok_builder.h"
@@ -91,6 +92,19 @@ TEST_F(LoadInputTest, SettingsApplyEvenAfterAFailedLoad) {
     EXPECT_EQ(pm_.BorderMode, BORDERMODE_FREEZE);
 }
 
+using LoadProgressiveInput = test::KvmTest;
+
+TEST_F(LoadProgressiveInput, ReadsNoMoreThanTheTargetNeeds) {
+    test::writeWhole(path(), test::rowOfSplits(100, 80).bytes());
+    BatchSettings settings;
+    settings.InputFile = path().c_str();
+    settings.DecimationTargetNum = 50;
+    ProgressiveMesh pm;
+    EXPECT_TRUE(LoadInputInProgMesh(settings, pm).inputProgressiveLoaded);
+    // 30 splits lead from the 20 vertices of the lowest level to the target.
+    EXPECT_EQ(pm.vsplitList.NumVtxSplit(), 30U);
+}
+
 TEST(ApplySettings, SymmetryChoosesAxisAndMode) {
     struct Row {
         std::int32_t choice, axis, mode;
@@ -107,6 +121,19 @@ TEST(ApplySettings, SymmetryChoosesAxisAndMode) {
         EXPECT_EQ(pm.mesh.symmetryMode, row.mode);
         EXPECT_EQ(pm.handleSymmetry, row.handled);
     }
+}
+
+TEST(ApplySettings, NoSymmetryForgetsTheSymmetryOfTheMesh) {
+    BatchSettings settings;
+    settings.Symmetry = kSymmetryNone;
+    ProgressiveMesh pm;
+    pm.mesh.symmetryAxis = 2;
+    pm.mesh.symmetryMode = 1;
+    pm.handleSymmetry = true;
+    applySettings(settings, pm);
+    EXPECT_EQ(pm.mesh.symmetryAxis, -1);
+    EXPECT_EQ(pm.mesh.symmetryMode, 0);
+    EXPECT_FALSE(pm.handleSymmetry);
 }
 
 TEST(ApplySettings, OnlyTheNumberOfThreadsChoosesTheDriver) {
