@@ -29,6 +29,8 @@ TEST(TargetVertexCount, IsComputedInSinglePrecisionAndTruncated) {
     EXPECT_EQ(percentOf(20.0F, 1018), 203);
     // 0.7F is below seven tenths, but the product rounds up to 7.
     EXPECT_EQ(percentOf(70.0F, 10), 7);
+    // 0.53F is below 53 hundredths, and so is its product.
+    EXPECT_EQ(percentOf(53.0F, 100), 52);
     // The count itself passes through a float.
     EXPECT_EQ(percentOf(100.0F, 16777217), 16777216);
 }

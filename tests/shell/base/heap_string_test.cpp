@@ -73,6 +73,10 @@ TEST(HeapString, FindLastOfFindsTheLastMemberOfTheSet) {
     EXPECT_EQ(HeapString().FindLastOf("a"), -1);
 }
 
+TEST(HeapString, FindLastOfLooksAtTheFirstCharacterToo) {
+    EXPECT_EQ(HeapString("/a").FindLastOf("/"), 0);
+}
+
 TEST(HeapString, CutAtIgnoresAnIndexOutOfRange) {
     HeapString string = "abc";
     string.cutAt(-1);

@@ -69,6 +69,12 @@ TEST(IncrementFileName, IncrementsTheDigitsAtTheEndOfTheStem) {
     EXPECT_EQ(incremented("VSplitList999.data"), "VSplitList1000.data");
 }
 
+TEST(IncrementFileName, IncrementsAZeroToo) {
+    EXPECT_EQ(incremented("VSplitList10.data"), "VSplitList11.data");
+    EXPECT_EQ(incremented("VSplitList09.data"), "VSplitList10.data");
+    EXPECT_EQ(incremented("0"), "1");
+}
+
 TEST(IncrementFileName, PrependsAOneWhenAllDigitsOverflow) {
     EXPECT_EQ(incremented("99"), "100");
     EXPECT_EQ(incremented("9.data"), "10.data");

@@ -181,6 +181,17 @@ TEST_F(ProgressChannelTest, AShorterTextLeavesNothingOfTheLongerOne) {
         EXPECT_EQ(onDisk().byte(i), 0) << i;
 }
 
+TEST_F(ProgressChannelTest, AShorterNewTextReplacesAllOfTheOld) {
+    openOnMarker();
+    channel_.BeginMainTask("mesh");
+    channel_.BeginSubTask("a long text", 1);
+    channel_.SetSubTaskText("b");
+    channel_.WriteRecord();
+    EXPECT_EQ(onDisk().byte(83), 'b');
+    for (std::size_t i = 84; i < 163; ++i)
+        EXPECT_EQ(onDisk().byte(i), 0) << i;
+}
+
 TEST_F(ProgressChannelTest, ProgressIsWrittenAtMostTwiceASecond) {
     openOnMarker();
     channel_.BeginMainTask("mesh");
@@ -250,6 +261,16 @@ TEST_F(ProgressChannelTest, TheReservedByteIsKeptAsRead) {
     EXPECT_EQ(onDisk().byte(ProgressImage::kReserved), 0xAB);
 }
 
+TEST_F(ProgressChannelTest, TheReservedByteSurvivesTheClose) {
+    ProgressImage image;
+    image.setByte(ProgressImage::kOpen, 1);
+    image.setByte(ProgressImage::kReserved, 0xAB);
+    writeMarker(image.bytes());
+    ASSERT_TRUE(channel_.openFile(path_.c_str()));
+    ASSERT_TRUE(channel_.Close());
+    EXPECT_EQ(channel_.record().reserved, 0xAB);
+}
+
 TEST_F(ProgressChannelTest, FillsAShortFileWithZeros) {
     writeMarker("\x01");
     ASSERT_TRUE(channel_.openFile(path_.c_str()));
@@ -258,6 +279,15 @@ TEST_F(ProgressChannelTest, FillsAShortFileWithZeros) {
     EXPECT_EQ(channel_.record().stopAll, 0);
     channel_.BeginMainTask("mesh");
     EXPECT_EQ(test::readWhole(path_).size(), 176U);
+}
+
+TEST_F(ProgressChannelTest, AShortFileLeavesTheRestOfTheRecord) {
+    openOnMarker();
+    channel_.BeginMainTask("mesh");
+    writeMarker("\x01");
+    ASSERT_TRUE(channel_.ReadRecord());
+    EXPECT_EQ(channel_.record().mainActive, 1);
+    EXPECT_STREQ(channel_.record().mainText.data(), "mesh");
 }
 
 TEST_F(ProgressChannelTest, AnEmptyFileLeavesTheChannelClosed) {
@@ -272,6 +302,20 @@ TEST_F(ProgressChannelTest, RefusesAMissingFileOrAFolder) {
     std::filesystem::create_directory(test::pathOfUtf8(path_));
     EXPECT_FALSE(channel_.openFile(path_.c_str()));
     EXPECT_TRUE(channel_.path().isNull());
+}
+
+TEST_F(ProgressChannelTest, AnOpenChannelTakesNoSecondFile) {
+    openOnMarker();
+    const std::string other = folder_ / u8"other.kvc.running";
+    test::writeWhole(other, onDisk().bytes());
+    EXPECT_FALSE(channel_.openFile(other.c_str()));
+    EXPECT_EQ(channel_.path().view(), path_);
+}
+
+TEST_F(ProgressChannelTest, OpeningWithoutAFileKeepsAnOpenFile) {
+    openOnMarker();
+    channel_.openWithoutFile();
+    EXPECT_EQ(channel_.path().view(), path_);
 }
 
 TEST_F(ProgressChannelTest, TheHostsStopBytesCountOnlyWhileEnabled) {
