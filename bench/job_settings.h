@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
 #include "shell/load_input.h"
 #include "shell/target_count.h"
 

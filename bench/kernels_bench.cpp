@@ -3,11 +3,11 @@
 // The routines that a decimation spends its time in, each on a mesh that fits the cache, to measure
 // their arithmetic.
 #include "bumpy_torus.h"
-#include "decimation/metric.h"
 #include "geometry/linear_algebra.h"
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
-#include "mesh/progressive_mesh.h"
+#include "metric/metric.h"
+#include "progressive/progressive_mesh.h"
 
 #include <benchmark/benchmark.h>
 
@@ -45,8 +45,8 @@ struct Prepared {
             if (edge.a > edge.b) continue;
             edges.push_back(edge);
             typename Metric::Quadric& quadric = quadrics.emplace_back();
-            Metric::addVertexQuadric(pm, quadric, edge.a);
-            Metric::addVertexQuadric(pm, quadric, edge.b);
+            Metric::addVertexQuadric(pm.mesh, pm, quadric, edge.a);
+            Metric::addVertexQuadric(pm.mesh, pm, quadric, edge.b);
         }
     }
 
@@ -67,8 +67,8 @@ void evaluateAllEdges(benchmark::State& state, Prepared<Metric>& prepared) {
     EdgeEvaluation evaluation;
     for ([[maybe_unused]] auto _ : state) {
         for (std::size_t i = 0; i < prepared.edges.size(); ++i) {
-            Metric::evaluateEdge(prepared.pm, evaluation, prepared.edges[i].a, prepared.edges[i].b,
-                                 prepared.quadrics[i]);
+            Metric::evaluateEdge(prepared.pm.mesh, prepared.pm, evaluation, prepared.edges[i].a,
+                                 prepared.edges[i].b, prepared.quadrics[i]);
             benchmark::DoNotOptimize(evaluation);
         }
     }
@@ -81,7 +81,8 @@ void TriangleQuadric(benchmark::State& state) {
     const std::int32_t count = prepared.pm.mesh.triangleCount();
     for ([[maybe_unused]] auto _ : state) {
         for (std::int32_t triangle = 0; triangle < count; ++triangle) {
-            benchmark::DoNotOptimize(Metric::triangleQuadric(prepared.pm, triangle));
+            benchmark::DoNotOptimize(
+                Metric::triangleQuadric(prepared.pm.mesh, prepared.pm, triangle));
         }
     }
     state.SetItemsProcessed(state.iterations() * count);

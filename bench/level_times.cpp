@@ -2,10 +2,10 @@
 #include "level_times.h"
 
 #include "best_time.h"
-#include "decimation/level_update.h"
 #include "formats/kvm_reader.h"
 #include "formats/vok_writer.h"
-#include "mesh/progressive_mesh.h"
+#include "progressive/level_update.h"
+#include "progressive/progressive_mesh.h"
 #include "shell/job_config.h"
 #include "shell/target_count.h"
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "stage_times.h"
 
-#include "decimation/metric.h"
-#include "decimation/reorder.h"
+#include "drivers/low_memory_driver.h"
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
+#include "host/job_paths.h"
 #include "job_settings.h"
-#include "lowmem/low_memory_driver.h"
-#include "mesh/progressive_mesh.h"
-#include "shell/base/job_paths.h"
+#include "metric/metric.h"
+#include "progressive/progressive_mesh.h"
+#include "progressive/reorder.h"
 
 #include <cstdio>
 #include <ctime>

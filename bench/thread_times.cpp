@@ -2,15 +2,16 @@
 #include "thread_times.h"
 
 #include "best_time.h"
-#include "decimation/metric.h"
+#include "drivers/low_memory_driver.h"
+#include "drivers/threads/multi_thread_driver.h"
 #include "formats/vok_reader.h"
+#include "host/job_paths.h"
 #include "job_settings.h"
-#include "lowmem/low_memory_driver.h"
-#include "lowmem/multi_thread_driver.h"
-#include "mesh/progressive_mesh.h"
+#include "metric/metric.h"
 #include "own_process.h"
-#include "shell/base/job_paths.h"
+#include "progressive/progressive_mesh.h"
 #include "support/scratch_folder.h"
+#include "support/threads_of.h"
 
 #include <algorithm>
 #include <array>
@@ -39,7 +40,7 @@ void decimateTimed(ProgressiveMesh& pm, std::int32_t threads, bool measured, Bes
 
 ThreadStatistics sumOf(const ProgressiveMesh& pm) {
     ThreadStatistics sum;
-    for (const ThreadContext& context : pm.threadContexts) {
+    for (const ThreadContext& context : test::threadsOf(pm).threadContexts) {
         const ThreadStatistics& one = context.statistics;
         sum.turns += one.turns;
         sum.candidates += one.candidates;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "base/heap_string.h"
 #include "platform/platform.h"
-#include "shell/base/heap_string.h"
 #include "shell/entry_point.h"
 
 int main(int argc, char** argv) {

@@ -3,7 +3,7 @@
 
 #include "formats/kvm_sections.h"
 #include "mesh/mesh_check.h"
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
 
 #include <algorithm>
 #include <limits>

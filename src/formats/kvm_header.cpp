@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "formats/kvm_header.h"
 
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
 
 #include <bit>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/heap_string.h"
 #include "formats/kvm_header.h"
-#include "shell/base/heap_string.h"
 
 #include <cstdint>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "formats/kvm_writer.h"
 
+#include "base/debug_log.h"
 #include "formats/kvm_header.h"
 #include "formats/kvm_sections.h"
-#include "mesh/progressive_mesh.h"
-#include "shell/base/debug_log.h"
+#include "progressive/progressive_mesh.h"
 
 #include <algorithm>
 

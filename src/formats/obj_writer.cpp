@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "formats/obj_writer.h"
 
+#include "base/debug_log.h"
 #include "formats/active_items.h"
 #include "formats/buffered_output.h"
 #include "formats/nine_decimals.h"
 #include "platform/file.h"
-#include "shell/base/debug_log.h"
 
 #include <algorithm>
 #include <array>

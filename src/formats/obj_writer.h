@@ -4,8 +4,8 @@
 // compacted and renumbered in the order of their arrays. docs/file-formats.md has every line.
 #pragma once
 
+#include "base/heap_string.h"
 #include "mesh/dmesh.h"
-#include "shell/base/heap_string.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "formats/vok_reader.h"
 
-#include "shell/base/debug_log.h"
+#include "base/debug_log.h"
 
 #include <algorithm>
 #include <array>

@@ -5,10 +5,10 @@
 // are split while reading. Indices are not checked against the number of vertices.
 #pragma once
 
+#include "base/heap_string.h"
 #include "formats/vok_format.h"
 #include "mesh/dmesh.h"
 #include "platform/file.h"
-#include "shell/base/heap_string.h"
 
 #include <cstdint>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "formats/vok_writer.h"
 
+#include "base/debug_log.h"
 #include "formats/active_items.h"
 #include "formats/buffered_output.h"
 #include "platform/platform.h"
-#include "shell/base/debug_log.h"
 
 #include <array>
 #include <cstddef>

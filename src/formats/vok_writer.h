@@ -6,10 +6,10 @@
 // match the mesh. docs/file-formats.md has every byte.
 #pragma once
 
+#include "base/heap_string.h"
 #include "formats/vok_format.h"
 #include "mesh/dmesh.h"
 #include "platform/file.h"
-#include "shell/base/heap_string.h"
 
 namespace korvalite {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mesh/corner_lists.h"
 
-#include "platform/prefetch.h"
+#include "base/prefetch.h"
 
 #include <bit>
 

@@ -7,12 +7,12 @@
 // triangle c / 3. Indices are 32-bit, and -1 (kNone) means none.
 #pragma once
 
-#include "geometry/mesh_symmetry_cache.h"
+#include "base/bit_array.h"
+#include "base/cache_line.h"
+#include "base/relaxed.h"
 #include "geometry/vec3.h"
-#include "mesh/bit_array.h"
-#include "platform/cache_line.h"
+#include "mesh/symmetry_cache.h"
 #include "platform/large_memory.h"
-#include "platform/relaxed.h"
 
 #include <array>
 #include <cstdint>

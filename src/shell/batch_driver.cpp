@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "shell/batch_driver.h"
 
-#include "decimation/level_update.h"
-#include "lowmem/run_decimation.h"
-#include "mesh/progressive_mesh.h"
+#include "base/debug_log.h"
+#include "drivers/run_decimation.h"
+#include "host/host_monitor.h"
+#include "host/job_paths.h"
+#include "host/progress_channel.h"
 #include "platform/platform.h"
-#include "shell/base/debug_log.h"
-#include "shell/base/job_paths.h"
-#include "shell/base/progress_channel.h"
+#include "progressive/level_update.h"
+#include "progressive/progressive_mesh.h"
 #include "shell/duplicate_inputs.h"
 #include "shell/load_input.h"
 #include "shell/save_output.h"
@@ -101,6 +102,8 @@ void performBatch(const BatchEntry& entry, std::int32_t versionCode) {
     const BatchSettings& settings = entry.settings;
     ProgressChannel& progress = progressChannel();
     ProgressiveMesh pm;
+    pm.monitor = &hostMonitor();
+    pm.vsplitList.scratchFolder = JobDirectory();
     nameCurrentMesh(settings.InputFile);
 
     progress.BeginMainTask(CurrentMeshName());

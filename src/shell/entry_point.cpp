@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "shell/entry_point.h"
 
+#include "base/debug_log.h"
+#include "host/job_paths.h"
+#include "host/progress_channel.h"
 #include "platform/platform.h"
-#include "shell/base/debug_log.h"
-#include "shell/base/job_paths.h"
-#include "shell/base/progress_channel.h"
 #include "shell/batch_driver.h"
 #include "shell/job_file.h"
 

@@ -3,7 +3,7 @@
 // A parsed job. Fields are named after their job keys, which docs/job-file.md describes.
 #pragma once
 
-#include "shell/base/heap_string.h"
+#include "base/heap_string.h"
 
 #include <cstdint>
 #include <forward_list>

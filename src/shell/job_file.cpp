@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "shell/job_file.h"
 
+#include "base/numeric.h"
 #include "platform/file.h"
-#include "platform/numeric.h"
 
 #include <array>
 #include <cstdlib>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "shell/load_input.h"
 
+#include "base/debug_log.h"
 #include "formats/kvm_reader.h"
 #include "formats/vok_reader.h"
 #include "mesh/mesh_check.h"
-#include "mesh/progressive_mesh.h"
-#include "shell/base/debug_log.h"
+#include "progressive/progressive_mesh.h"
 #include "shell/save_output.h"
 #include "shell/target_count.h"
 

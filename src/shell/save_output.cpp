@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "shell/save_output.h"
 
+#include "base/debug_log.h"
 #include "formats/kvm_writer.h"
 #include "formats/obj_writer.h"
 #include "formats/vok_writer.h"
-#include "mesh/progressive_mesh.h"
-#include "shell/base/debug_log.h"
+#include "progressive/progressive_mesh.h"
 
 namespace korvalite {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "shell/base/heap_string.h"
+#include "base/heap_string.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "shell/target_count.h"
 
-#include "platform/numeric.h"
+#include "base/numeric.h"
 
 namespace korvalite {
 

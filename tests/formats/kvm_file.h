@@ -3,8 +3,8 @@
 // A .kvm file as a test sees it: its layout written independently, without any code of the product.
 #pragma once
 
-#include "formats/vsplit_samples.h"
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
+#include "splits/vsplit_samples.h"
 
 #include <array>
 #include <bit>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "formats/kvm_reader.h"
 
-#include "decimation/level_update.h"
 #include "formats/kvm_samples.h"
 #include "formats/kvm_writer.h"
+#include "progressive/level_update.h"
 #include "support/level_walk.h"
 
 #include <gtest/gtest.h>

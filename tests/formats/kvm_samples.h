@@ -3,8 +3,8 @@
 
 #include "formats/kvm_file.h"
 #include "formats/kvm_reader.h"
-#include "mesh/progressive_mesh.h"
-#include "shell/base/job_paths.h"
+#include "host/job_paths.h"
+#include "progressive/progressive_mesh.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>

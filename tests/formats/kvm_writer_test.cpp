@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "formats/kvm_writer.h"
 
-#include "decimation/level_update.h"
 #include "formats/kvm_samples.h"
+#include "progressive/level_update.h"
 #include "support/full_disk.h"
 
 #include <gtest/gtest.h>

@@ -4,10 +4,10 @@
 // .Vok.
 #include "formats/obj_writer.h"
 
+#include "drivers/run_decimation.h"
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
-#include "lowmem/run_decimation.h"
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
 #include "shell/load_input.h"
 #include "support/mesh_builder.h"
 #include "support/obj_reader.h"

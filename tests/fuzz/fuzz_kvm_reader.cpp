@@ -3,16 +3,16 @@
 // Any bytes as a .kvm file. It is loaded in full and in part, taken to several levels and saved as
 // a .Vok and as a .kvm. Whatever the file contains, the resulting meshes can be read again, and a
 // progressive mesh that was loaded and saved once never changes again.
-#include "decimation/level_update.h"
 #include "formats/kvm_check.h"
 #include "formats/kvm_header.h"
 #include "formats/kvm_reader.h"
 #include "formats/kvm_writer.h"
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
+#include "host/job_paths.h"
 #include "mesh/mesh_check.h"
-#include "mesh/progressive_mesh.h"
-#include "shell/base/job_paths.h"
+#include "progressive/level_update.h"
+#include "progressive/progressive_mesh.h"
 #include "support/scratch_folder.h"
 
 #include <cstddef>

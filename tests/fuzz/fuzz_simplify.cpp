@@ -5,11 +5,11 @@
 // its levels, and decimated further by each of the others. Whatever the mesh, counts, bits and
 // triangles must agree, finite coordinates must stay finite, and the way up must restore the
 // initial mesh.
+#include "drivers/run_decimation.h"
 #include "fuzz/byte_reader.h"
-#include "lowmem/run_decimation.h"
 #include "mesh/corner_lists.h"
-#include "mesh/progressive_mesh.h"
 #include "mesh/uv_seams.h"
+#include "progressive/progressive_mesh.h"
 #include "support/level_walk.h"
 #include "support/mesh_builder.h"
 

@@ -6,7 +6,7 @@
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
 #include "mesh/dmesh.h"
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
 #include "property/run_cases.h"
 
 #include <gtest/gtest.h>

@@ -2,10 +2,10 @@
 //
 // The two cases in which the rules of the level update do not lead back to the start, and what they
 // give instead: vertices that lose their triangles, and UVs that two UVs merge into.
-#include "decimation/level_update.h"
 #include "formats/kvm_reader.h"
 #include "formats/kvm_samples.h"
 #include "formats/kvm_writer.h"
+#include "progressive/level_update.h"
 #include "support/decimation_run.h"
 #include "support/level_walk.h"
 #include "support/mesh_builder.h"

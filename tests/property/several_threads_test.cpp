@@ -6,6 +6,7 @@
 #include "support/level_walk.h"
 #include "support/mesh_validator.h"
 #include "support/thread_run.h"
+#include "support/threads_of.h"
 #include "support/watchdog.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +29,7 @@ void expectSound(const ProgressiveMesh& pm, Surface surface) {
 
 // Threads that are working when the target is reached finish their turns.
 void expectNearTarget(const ProgressiveMesh& pm) {
-    const auto turns = static_cast<std::uint32_t>(pm.threadContexts.size());
+    const auto turns = static_cast<std::uint32_t>(threadsOf(pm).threadContexts.size());
     EXPECT_GT(pm.activeCount() + turns * mostOfATurn(pm), pm.TargetNumItem);
 }
 
@@ -65,7 +66,7 @@ TEST_P(SeveralThreads, LeaveASoundMeshAndKeepItClosed) {
     for (const std::int32_t threads : kThreadCounts) {
         SCOPED_TRACE(threads);
         const MeshPtr pm = onThreads(threads, 10);
-        EXPECT_EQ(pm->threadContexts.size(), static_cast<std::size_t>(threads));
+        EXPECT_EQ(threadsOf(*pm).threadContexts.size(), static_cast<std::size_t>(threads));
         expectSound(*pm, GetParam().surface);
     }
 }

@@ -4,10 +4,11 @@
 #pragma once
 
 #include "property/run_cases.h"
+#include "symmetry/compute_symmetry.h"
 
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
-#include "geometry/mirror_pairs.h"
+#include "symmetry/mirror_pairs.h"
 
 #include <gtest/gtest.h>
 
@@ -68,7 +69,7 @@ protected:
     }
     static MirrorPairs pairsOf(const DMesh& mesh, int axis, const DMesh& original) {
         KRDMeshSymmetryCache cache;
-        cache.computeTolerance(original, 0.01F);
+        computeTolerance(cache, original, 0.01F);
         MirrorPairs pairs;
         EXPECT_TRUE(
             pairVertices(pairs, mesh, axis, symmetryCentre(original.boundingBox), cache.tolerance));

@@ -5,8 +5,8 @@
 #include "property/run_cases.h"
 #include "property/symmetry_cases.h"
 
-#include "geometry/mirror_pairs.h"
 #include "support/mesh_validator.h"
+#include "symmetry/mirror_pairs.h"
 
 #include <gtest/gtest.h>
 
@@ -99,7 +99,7 @@ TEST_P(AsymmetricMesh, KeepsThePairsFarFromItsUnevenPart) {
             far.vertices.push_back(vertex);
     }
     KRDMeshSymmetryCache cache;
-    cache.computeTolerance(original, 0.01F);
+    computeTolerance(cache, original, 0.01F);
     MirrorPairs pairs;
     ASSERT_TRUE(
         pairVertices(pairs, far, axis, symmetryCentre(original.boundingBox), cache.tolerance));

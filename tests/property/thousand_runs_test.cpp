@@ -6,9 +6,10 @@
 #include "property/chart_cases.h"
 #include "property/run_cases.h"
 
-#include "decimation/reorder.h"
-#include "lowmem/multi_thread_driver.h"
+#include "drivers/threads/multi_thread_driver.h"
+#include "progressive/reorder.h"
 #include "support/allocation_counter.h"
+#include "support/host_follower.h"
 #include "support/level_walk.h"
 #include "support/mesh_validator.h"
 #include "support/stop_request.h"
@@ -29,12 +30,14 @@ constexpr std::uint32_t kRunsPerTest = 100;
 
 enum class Stop { Never, Beforehand, DuringPreparation, FromAnotherThread };
 
+struct Settings : MetricSettings, CollapseSettings, RunSettings {};
+
 struct RandomRun {
     DMesh mesh;
     Stop stop = Stop::Never;
     float percent = 0;
     int axis = kNone;  // of the requested symmetry
-    DecimationSettings settings;
+    Settings settings;
     std::uint32_t pageCapacity = 0;
     std::uint32_t patience = 0;  // of the thread that asks to stop
     std::string text;            // describes all of this
@@ -86,7 +89,7 @@ RandomRun randomRun(std::uint32_t number) {
     text << " of " << run.mesh.vertices.size() << " vertices";
     addRandomAttributes(run.mesh, random, text);
     if (random.onceIn(3)) run.axis = random.between(0, 2);
-    DecimationSettings& s = run.settings;
+    Settings& s = run.settings;
     s.NumThread = random.between(1, 16);
     s.BorderMode = random.between(BORDER_MODE_NONE, BORDERMODE_FREEZE);
     s.ProtectTopology = !random.onceIn(6);
@@ -119,7 +122,9 @@ RandomRun randomRun(std::uint32_t number) {
 
 MeshPtr readyToRun(const RandomRun& run) {
     MeshPtr pm = prepared(run.mesh);
-    static_cast<DecimationSettings&>(*pm) = run.settings;
+    static_cast<MetricSettings&>(*pm) = run.settings;
+    static_cast<CollapseSettings&>(*pm) = run.settings;
+    static_cast<RunSettings&>(*pm) = run.settings;
     askForThreads(*pm, run.settings.NumThread);
     if (run.axis != kNone) askForSymmetry(*pm, run.axis);
     const auto full = pm->targetCountsVertices ? pm->mesh.vertexCount() : pm->mesh.triangleCount();
@@ -136,10 +141,11 @@ protected:
     // The host asks all the time; a run learns of it only while the channel is enabled.
     static void askToStop(bool asked) { progressChannel().setEnabled(asked); }
 
-    class StopAtStep : public StepObserver {
+    class StopAtStep : public HostFollower {
     public:
         explicit StopAtStep(int number) : number_(number) {}
-        void step(int number) override {
+        void step(RunStep step) override {
+            const auto number = static_cast<int>(step);
             if (number == number_) askToStop(true);
         }
 
@@ -170,7 +176,7 @@ protected:
     static void start(const RandomRun& run, ProgressiveMesh& pm) {
         const Watchdog watchdog(run.text);
         StopAtStep observer(run.patience % 2 == 0 ? 7 : 10);
-        if (run.stop == Stop::DuringPreparation) pm.observer = &observer;
+        if (run.stop == Stop::DuringPreparation) pm.monitor = &observer;
         const ReleaseCheck check(pm);
         askToStop(run.stop == Stop::Beforehand);
         if (run.stop == Stop::FromAnotherThread) {
@@ -181,7 +187,7 @@ protected:
         } else {
             EXPECT_EQ(RunDecimation(pm), 0);
         }
-        pm.observer = nullptr;  // it is destroyed at the end of this call
+        pm.monitor = &hostMonitor();  // it is destroyed at the end of this call
         askToStop(false);
         markAllApplied(pm);
     }

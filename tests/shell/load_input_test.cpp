@@ -2,7 +2,7 @@
 #include "shell/load_input.h"
 
 #include "formats/kvm_samples.h"
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
 #include "support/scratch_folder.h"
 #include "support/vok_builder.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "shell/save_output.h"
 
-#include "mesh/progressive_mesh.h"
 #include "platform/platform.h"
+#include "progressive/progressive_mesh.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "drivers/run_decimation.h"
 #include "formats/vok_reader.h"
-#include "lowmem/run_decimation.h"
-#include "mesh/progressive_mesh.h"
-#include "shell/base/job_paths.h"
+#include "host/host_monitor.h"
+#include "host/job_paths.h"
+#include "progressive/progressive_mesh.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -40,6 +41,8 @@ inline MeshPtr prepared(DMesh mesh) {
     auto pm = std::make_unique<ProgressiveMesh>();
     pm->mesh = std::move(mesh);
     pm->mesh.symmetryMode = 0;
+    pm->monitor = &hostMonitor();
+    pm->vsplitList.scratchFolder = JobDirectory();
     pm->MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM;
     pm->UseAreaWeighting = false;
     pm->recordVSplits = true;

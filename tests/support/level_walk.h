@@ -4,10 +4,10 @@
 // arrays bit for bit.
 #pragma once
 
-#include "decimation/level_update.h"
 #include "mesh/corner_lists.h"
-#include "mesh/progressive_mesh.h"
 #include "mesh/uv_seams.h"
+#include "progressive/level_update.h"
+#include "progressive/progressive_mesh.h"
 
 #include <algorithm>
 #include <array>

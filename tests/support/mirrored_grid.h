@@ -2,6 +2,7 @@
 #pragma once
 
 #include "support/prepared_mesh.h"
+#include "symmetry/compute_symmetry.h"
 
 #include <cstdint>
 #include <vector>

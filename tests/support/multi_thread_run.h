@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
 #include "support/decimation_run.h"
 #include "support/mesh_builder.h"
 #include "support/thread_run.h"
+#include "support/threads_of.h"
 #include "support/watchdog.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +25,7 @@ inline DMesh bumpyBall(unsigned level = 3) {
 // The number of turns of all threads in the last run.
 inline std::uint64_t turnsOf(const ProgressiveMesh& pm) {
     std::uint64_t turns = 0;
-    for (const ThreadContext& context : pm.threadContexts)
+    for (const ThreadContext& context : threadsOf(pm).threadContexts)
         turns += context.statistics.turns;
     return turns;
 }
@@ -50,7 +51,7 @@ protected:
 
     static void expectAllReleased(const ProgressiveMesh& pm) {
         EXPECT_TRUE(nothingIsHeld(pm));
-        for (const ThreadContext& context : pm.threadContexts) {
+        for (const ThreadContext& context : threadsOf(pm).threadContexts) {
             EXPECT_EQ(context.marks.vertexSlot.size(), pm.mesh.vertices.size());
             EXPECT_EQ(context.marks.triangleMark.count(), pm.mesh.triangleCount());
         }

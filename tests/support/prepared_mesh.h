@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "decimation/initial_edges.h"
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
+#include "ranking/initial_edges.h"
 #include "support/mesh_builder.h"
 
 #include <utility>

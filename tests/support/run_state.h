@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
 #include "support/level_walk.h"
+#include "support/threads_of.h"
 
 #include <cstdint>
 #include <vector>
@@ -33,7 +34,7 @@ inline Words stateOf(const ProgressiveMesh& pm) {
                              &mesh.uvCornerNext, &mesh.symmetryCache.pairing})
         append(words, *list);
     for (const BitArray* bits : {&mesh.borderVertices, &mesh.uvSeamVertices, &mesh.uvSeamCorners,
-                                 &pm.symmetrySlaves, &pm.lockedVertices})
+                                 &pm.symmetrySlaves, &threadsOf(pm).lockedVertices})
         append(words, *bits);
     words.push_back(static_cast<std::uint32_t>(pm.costQueue.vertexCount()));
     for (std::int32_t v = 0; v < mesh.vertexCount(); ++v)

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "decimation/vertex_cost.h"
 #include "mesh/corner_lists.h"
-#include "mesh/progressive_mesh.h"
+#include "progressive/progressive_mesh.h"
+#include "ranking/vertex_cost.h"
 
 #include <cstdint>
 
@@ -14,7 +14,8 @@ namespace korvalite::test {
 template <typename Metric>
 void addTriangles(const ProgressiveMesh& pm, typename Metric::Quadric& sum, std::int32_t vertex) {
     for (std::int32_t corner = pm.mesh.cornerCount() - 1; corner >= 0; --corner) {
-        if (vertexAt(pm.mesh, corner) == vertex) sum += Metric::triangleQuadric(pm, corner / 3);
+        if (vertexAt(pm.mesh, corner) == vertex)
+            sum += Metric::triangleQuadric(pm.mesh, pm, corner / 3);
     }
 }
 
@@ -37,7 +38,7 @@ RankedVertex rankSlowly(const ProgressiveMesh& pm, std::int32_t v) {
             continue;
         addTriangles<Metric>(pm, others, x);
         EdgeEvaluation edge;
-        Metric::evaluateEdge(pm, edge, v, x, own + others);
+        Metric::evaluateEdge(pm.mesh, pm, edge, v, x, own + others);
         if (best.cost > edge.cost) best = {edge.cost, x};
     }
     return best;

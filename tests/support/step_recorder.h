@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "mesh/step_observer.h"
+#include "support/host_follower.h"
 
 #include <vector>
 
 namespace korvalite::test {
 
-class StepRecorder : public StepObserver {
+class StepRecorder : public HostFollower {
 public:
-    void step(int number) override { numbers.push_back(number); }
+    void step(RunStep step) override { numbers.push_back(static_cast<int>(step)); }
     std::vector<int> numbers;
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "shell/base/progress_channel.h"
+#include "host/progress_channel.h"
 #include "support/progress_image.h"
 #include "support/scratch_folder.h"
 

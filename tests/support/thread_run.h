@@ -4,9 +4,11 @@
 // however it ended.
 #pragma once
 
-#include "lowmem/shared_run.h"
-#include "lowmem/thread_loop.h"
-#include "mesh/progressive_mesh.h"
+#include "drivers/threads/shared_run.h"
+#include "drivers/threads/thread_loop.h"
+#include "progressive/progressive_mesh.h"
+#include "support/host_follower.h"
+#include "support/threads_of.h"
 
 #include <gtest/gtest.h>
 
@@ -26,12 +28,13 @@ inline void askForThreads(ProgressiveMesh& pm, std::int32_t count) {
 // No thread has left a reservation, or a mark in its own tables. Once the working state has been
 // released, the reservation bits themselves no longer exist.
 inline testing::AssertionResult nothingIsHeld(const ProgressiveMesh& pm) {
-    if (pm.lockedVertices.count() != (pm.IsCleaned ? 0 : pm.mesh.vertexCount())) {
-        return testing::AssertionFailure() << pm.lockedVertices.count() << " reservation bits";
+    if (threadsOf(pm).lockedVertices.count() != (pm.IsCleaned ? 0 : pm.mesh.vertexCount())) {
+        return testing::AssertionFailure()
+               << threadsOf(pm).lockedVertices.count() << " reservation bits";
     }
-    if (const auto held = pm.lockedVertices.CountSet(); held != 0)
+    if (const auto held = threadsOf(pm).lockedVertices.CountSet(); held != 0)
         return testing::AssertionFailure() << held << " vertices are held";
-    for (const ThreadContext& context : pm.threadContexts) {
+    for (const ThreadContext& context : threadsOf(pm).threadContexts) {
         const auto& slots = context.marks.vertexSlot;
         const bool clear = std::all_of(slots.begin(), slots.end(), [](std::uint16_t slot) {
             return slot == NeighbourhoodMarks::kNoSlot;
@@ -44,18 +47,19 @@ inline testing::AssertionResult nothingIsHeld(const ProgressiveMesh& pm) {
 
 // Expects that nothing is held when the loops of a run have ended, before its working state is
 // released. A run that already has an observer keeps it.
-class ReleaseCheck : public StepObserver {
+class ReleaseCheck : public HostFollower {
 public:
     explicit ReleaseCheck(ProgressiveMesh& pm) : pm_(pm) {
-        if (pm.observer == nullptr) pm.observer = this;
+        if (pm.monitor == &hostMonitor()) pm.monitor = this;
     }
     ~ReleaseCheck() {
-        if (pm_.observer == this) pm_.observer = nullptr;
+        if (pm_.monitor == this) pm_.monitor = &hostMonitor();
     }
     ReleaseCheck(const ReleaseCheck&) = delete;
     ReleaseCheck& operator=(const ReleaseCheck&) = delete;
 
-    void step(int number) override {
+    void step(RunStep step) override {
+        const auto number = static_cast<int>(step);
         constexpr int kLoopsHaveEnded = 12;
         if (number == kLoopsHaveEnded) {
             EXPECT_TRUE(nothingIsHeld(pm_));
@@ -69,14 +73,14 @@ private:
 // Runs the loop on NumThread threads of a prepared mesh, while this thread calls meanwhile().
 template <typename Metric, typename Meanwhile>
 void runLoops(ProgressiveMesh& pm, SharedRun& run, Meanwhile meanwhile) {
-    pm.threadContexts.resize(static_cast<std::size_t>(pm.NumThread));
+    threadsOf(pm).threadContexts.resize(static_cast<std::size_t>(pm.NumThread));
     std::int32_t index = 0;
-    for (ThreadContext& context : pm.threadContexts) {
+    for (ThreadContext& context : threadsOf(pm).threadContexts) {
         context.threadIndex = index++;
         context.marks.prepare(pm.mesh);
     }
     std::vector<std::jthread> threads;
-    for (ThreadContext& context : pm.threadContexts)
+    for (ThreadContext& context : threadsOf(pm).threadContexts)
         threads.emplace_back([&] { doDecimationLoop_LM_MT<Metric>(pm, context, run); });
     meanwhile();
 }

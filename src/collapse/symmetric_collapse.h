@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+//
+// Collapses in mirrored pairs: which vertices only follow their mirror vertex, and whether a
+// collapse needs its mirror image.
+#pragma once
+
+#include "geometry/vec3.h"
+#include "mesh/dmesh.h"
+#include "metric/edge_cost.h"
+
+#include <cstdint>
+
+namespace korvalite {
+
+struct WorkingMesh;
+template <typename Metric>
+class KeptQuadrics;
+
+/// Sets `symmetrySlaves`: the paired vertices of the second side that are more than two rings away
+/// from any unpaired vertex. They never start a collapse and stay out of the queue. Other paired
+/// vertices act alone, so a mesh that is only nearly symmetric collapses freely where it is not.
+void BuildSymmetrySlaves(WorkingMesh& work);
+
+/// The mirror image of a collapse.
+struct SymmetricCollapse {
+    std::int32_t mirrorV = kNone;
+    std::int32_t mirrorW = kNone;
+    bool doMirror = false;         // the mirror image must be collapsed too
+    bool mirrorOntoPlane = false;  // the kept vertex ends up on the plane
+    bool positionFixed = false;    // the position has been projected onto the plane
+    EdgeEvaluation evaluation;     // position and colour of the mirror image
+};
+
+/// Determines the mirror image of collapsing v onto w; may change the position in `evaluation`.
+/// False refuses the collapse. REQUIRES: m_handleSymmetry_internal.
+template <typename Metric>
+bool CheckSymmetricCollapse(const WorkingMesh& work, std::int32_t v, std::int32_t w,
+                            EdgeEvaluation& evaluation, SymmetricCollapse& mirror,
+                            KeptQuadrics<Metric>& keptQuadrics);
+
+}  // namespace korvalite

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "drivers/high_speed_driver.h"
+
+#include "base/names.h"
+#include "drivers/collapse_loop.h"
+#include "drivers/driver_preparation.h"
+#include "metric/metric.h"
+#include "ranking/high_speed_costs.h"
+#include "ranking/initial_edges.h"
+#include "ranking/vertex_cost.h"
+
+namespace korvalite {
+
+namespace {
+
+/// The hooks of PairCollapse and CollapseLoop.
+class HighSpeedDriver {
+public:
+    using Metric = PlainMetric;
+    static constexpr bool kRecordsSplits = true;
+
+    HighSpeedDriver(ProgressiveMesh& pm, HighSpeedState& state) : pm_(pm), state_(state) {}
+
+    // A vertex that was ranked without a position, as by the hooks below, collapses to the one
+    // stored before. If it has none, such as a slave, it collapses to its partner's position.
+    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u,
+                                       KeptQuadrics<Metric>& /*keptQuadrics*/) const {
+        EdgeEvaluation evaluation;
+        evaluation.position = state_.hasBestPosition.Test(v) ? state_.bestPositions[at(v)]
+                                                             : pm_.mesh.vertices[at(u)].position();
+        return evaluation;
+    }
+
+    // Colours do not change, but after an earlier run that used them the splits still store one.
+    void carryAttributes(CollapseRecord& collapse, std::int32_t /*removed*/, std::int32_t kept,
+                         const EdgeEvaluation& /*evaluation*/) const {
+        if (!pm_.m_useVertexColors_internal || !pm_.mesh.hasColors()) return;
+        collapse.split.savedColor = pm_.mesh.vertexColors[at(kept)];
+    }
+
+    void updateCosts(std::int32_t kept, const CollapseRecord& /*collapse*/) {
+        UpdateNeighbourCosts(pm_, state_, kept);
+    }
+
+    void refreshCosts(const CollapseRecord& collapse) { RefreshRingCosts(pm_, collapse.split); }
+
+    void rankFreedSlave(std::int32_t vertex) {
+        RecomputeVertexCostFromStored(pm_, state_, vertex, ring_);
+        pm_.costQueue.Insert(vertex);
+    }
+    void rankForFinishStep(std::int32_t vertex) { RecomputeVertexCost(pm_, vertex, ring_); }
+
+    void showProgress(std::int32_t done) {
+        const auto active = static_cast<std::int32_t>(pm_.mesh.numActiveVertices);
+        pm_.monitor->SetSubTaskText(HeapString("processing (") + FormatCount(active) + "/" +
+                                    FormatCount(pm_.mesh.vertexCount()) + " vertices)");
+        pm_.monitor->SetSubTaskProgress(done);
+    }
+
+private:
+    static std::size_t at(std::int32_t index) { return static_cast<std::size_t>(index); }
+
+    ProgressiveMesh& pm_;
+    HighSpeedState& state_;
+    IndexList ring_;
+};
+
+}  // namespace
+
+int doDecimation_HS(ProgressiveMesh& pm) {
+    prepareInMemoryDriver(pm, true);
+    pm.monitor->BeginSubTask("analysing mesh", -1);
+    HighSpeedState state;
+    InitVerticesCost(pm, state);
+    fillQueue(pm);
+    pm.monitor->EndSubTask();
+    pm.monitor->step(RunStep::VerticesQueued);
+    openVSplitList(pm);
+    HighSpeedDriver driver(pm, state);
+    CollapseLoop(pm, driver).run();
+    pm.monitor->EndMainTask();
+    pm.monitor->step(RunStep::LoopEnded);
+    return 0;
+}
+
+}  // namespace korvalite

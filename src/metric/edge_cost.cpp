@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: MIT
+#include "metric/edge_cost.h"
+
+#include "geometry/linear_algebra.h"
+#include "mesh/dmesh.h"
+#include "metric/metric_rules.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace korvalite {
+
+namespace {
+
+enum class Placement {
+    Solve,         // the quadric's minimum
+    KeepEndpoint,  // the endpoint on a border or seam
+    Search,        // the best point on the edge
+};
+
+struct PlacementRule {
+    Placement placement;
+    std::int32_t endpoint;  // for KeepEndpoint
+};
+
+PlacementRule placementAt(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
+                          std::int32_t b, bool borderA, bool borderB) {
+    PlacementRule rule{Placement::Solve, borderA && !borderB ? a : b};
+    if (borderA != borderB) rule.placement = Placement::KeepEndpoint;
+    if (borderA && borderB) rule.placement = Placement::Search;
+    if (!rules.m_handleUVs_internal) return rule;
+
+    const bool seamA = mesh.uvSeamVertices.Test(a);
+    const bool seamB = mesh.uvSeamVertices.Test(b);
+    if (seamA && seamB) {
+        if (rule.placement == Placement::Solve) rule.placement = Placement::Search;
+    } else if (seamA) {
+        rule = {Placement::KeepEndpoint, a};
+    } else if (seamB) {
+        // The border has already chosen the endpoint: a, if only a is on a border.
+        rule.placement = Placement::KeepEndpoint;
+    }
+    return rule;
+}
+
+float errorAt(const Quadric3D& quadric, const FloatVec3& position) {
+    return static_cast<float>(evaluateQuadric(quadric, toDouble(position)));
+}
+
+void clampToZero(float& cost) {
+    if (0.0F > cost) cost = 0.0F;
+}
+
+/// Stores the result of an evaluation. If it is not finite, makes the edge not collapsible, keeps
+/// the old position and returns false.
+bool takeIfFinite(EdgeEvaluation& result, float cost, const FloatVec3& position) {
+    const bool finite = std::isfinite(cost) && isFinite(position);
+    result.cost = finite ? cost : kNotCollapsible;
+    if (finite) result.position = position;
+    return finite;
+}
+
+/// Takes the best sample point from a to b, the first among equals, if it beats the current cost.
+void searchAlongEdge(const MetricRules& rules, EdgeEvaluation& result,
+                     const FloatVec3& a, const FloatVec3& b, const Quadric3D& quadric) {
+    EdgeEvaluation found = result;
+    for (std::int32_t i = 0; i <= rules.numPositionSamples; ++i) {
+        const float t = static_cast<float>(i) / static_cast<float>(rules.numPositionSamples);
+        const float s = 1.0F - t;
+        const FloatVec3 candidate{s * a.x + t * b.x, s * a.y + t * b.y, s * a.z + t * b.z};
+        const double error = evaluateQuadric(quadric, toDouble(candidate));
+        if (static_cast<double>(found.cost) > error) {
+            found.cost = static_cast<float>(error);
+            found.position = candidate;
+        }
+    }
+    takeIfFinite(result, found.cost, found.position);
+    clampToZero(result.cost);
+}
+
+/// Close to the determinant but not the same: the metric has always been tuned with this measure.
+double degeneracy(const Quadric3D& quadric) {
+    const auto& q = quadric.q;
+    return q[0] * q[3] * q[5] - q[4] * q[4] - q[1] * q[1] * q[5] - q[2] * q[4] +
+           q[1] * q[2] * q[4] - q[2] * q[3];
+}
+
+/// Takes the quadric's minimum. Returns false if there is none or it cannot be trusted; the search
+/// then continues from the result.
+bool solve(const MetricRules& rules, EdgeEvaluation& result,
+           const Quadric3D& quadric) {
+    const auto& q = quadric.q;
+    const Matrix3 matrix{q[0], q[1], q[2], q[1], q[3], q[4], q[2], q[4], q[5]};
+    Matrix3 inverse;
+    if (!invert3(inverse.data(), matrix.data())) {
+        result.cost = kNotCollapsible;
+        return false;
+    }
+    const DoubleVec3 minimum{-(inverse[0] * q[6] + inverse[1] * q[7] + inverse[2] * q[8]),
+                             -(inverse[3] * q[6] + inverse[4] * q[7] + inverse[5] * q[8]),
+                             -(inverse[6] * q[6] + inverse[7] * q[7] + inverse[8] * q[8])};
+    const FloatVec3 position = toFloat(minimum);
+    float cost = errorAt(quadric, position);
+    clampToZero(cost);
+    if (!takeIfFinite(result, cost, position)) return false;
+    return !(rules.useDegeneracySearch && std::abs(degeneracy(quadric)) < 0.001);
+}
+
+/// The mask slows the decimation down where its values are low; 0 forbids a collapse.
+void applyMask(const DMesh& mesh, float& cost, std::int32_t a, std::int32_t b) {
+    if (!mesh.hasMask()) return;
+    const std::uint8_t lower = std::min(mesh.maskValues[static_cast<std::size_t>(a)],
+                                        mesh.maskValues[static_cast<std::size_t>(b)]);
+    const float lack = 255.0F - static_cast<float>(lower);
+    if (lower == 0) {
+        cost = kNotCollapsible;
+    } else if (lower <= 4) {
+        cost *= (lack * 100.0F + 1.0F + 250.0F - 232.75F) - 25000.0F;
+    } else if (lower <= 9) {
+        cost *= (lack + 1.0F) - 232.75F;
+    } else {
+        cost *= lack / 20.0F + 1.0F;
+    }
+}
+
+DoubleVec3 rowProduct(const Matrix3& m, const std::array<double, 3>& v) {
+    return {m[0] * v[0] + m[1] * v[1] + m[2] * v[2], m[3] * v[0] + m[4] * v[1] + m[5] * v[2],
+            m[6] * v[0] + m[7] * v[1] + m[8] * v[2]};
+}
+
+DoubleVec3 columnProduct(const Matrix3& m, const std::array<double, 3>& v) {
+    return {m[0] * v[0] + m[3] * v[1] + m[6] * v[2], m[1] * v[0] + m[4] * v[1] + m[7] * v[2],
+            m[2] * v[0] + m[5] * v[1] + m[8] * v[2]};
+}
+
+/// NaN, as with a colour weight of 0, leaves the channel unchanged.
+void takeChannel(std::uint8_t& channel, double value) {
+    if (value >= 255.0) {
+        channel = 255;
+    } else if (value <= 0.0) {
+        channel = 0;
+    } else if (!std::isnan(value)) {
+        channel = static_cast<std::uint8_t>(value);
+    }
+}
+
+void solveColor(const MetricRules& rules, EdgeEvaluation& result,
+                const ColorQuadric& quadric) {
+    Matrix3 P;
+    Matrix3 R;
+    Matrix3 T;
+    if (!quadric.InvertBlocks(P, R, T)) {
+        result.cost = kNotCollapsible;
+        return;
+    }
+    const DoubleVec3 px = rowProduct(P, quadric.b1) + rowProduct(R, quadric.b2);
+    const DoubleVec3 ps = columnProduct(R, quadric.b1) + rowProduct(T, quadric.b2);
+    const DoubleVec3 x{-px.x, -px.y, -px.z};
+    const DoubleVec3 s{-ps.x, -ps.y, -ps.z};
+    auto cost = static_cast<float>(quadric.Evaluate(x, s));
+    clampToZero(cost);
+    if (!takeIfFinite(result, cost, toFloat(x))) return;
+    takeChannel(result.color[0], s.x / rules.colorScale);
+    takeChannel(result.color[1], s.y / rules.colorScale);
+    takeChannel(result.color[2], s.z / rules.colorScale);
+}
+
+}  // namespace
+
+void EvaluateEdgeCost(const DMesh& mesh, const MetricRules& rules, EdgeEvaluation& result,
+                      std::int32_t a, std::int32_t b, const Quadric3D& quadric) {
+    const bool borderA = mesh.borderVertices.Test(a);
+    const bool borderB = mesh.borderVertices.Test(b);
+    if (rules.BorderMode == BORDERMODE_FREEZE && (borderA || borderB)) {
+        result.cost = kNotCollapsible;
+        return;
+    }
+    const PlacementRule rule = placementAt(mesh, rules, a, b, borderA, borderB);
+    bool search = rule.placement == Placement::Search;
+    if (rule.placement == Placement::KeepEndpoint) {
+        const FloatVec3 kept = mesh.vertices[static_cast<std::size_t>(rule.endpoint)].position();
+        takeIfFinite(result, errorAt(quadric, kept), kept);
+    } else if (search) {
+        result.cost = kNotCollapsible;
+    } else {
+        search = !solve(rules, result, quadric);
+    }
+    if (search) {
+        searchAlongEdge(rules, result, mesh.vertices[static_cast<std::size_t>(a)].position(),
+                        mesh.vertices[static_cast<std::size_t>(b)].position(), quadric);
+    }
+    applyMask(mesh, result.cost, a, b);
+}
+
+bool mayCostBeNegative(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
+                       std::int32_t b) {
+    const bool borderA = mesh.borderVertices.Test(a);
+    const bool borderB = mesh.borderVertices.Test(b);
+    return placementAt(mesh, rules, a, b, borderA, borderB).placement == Placement::KeepEndpoint;
+}
+
+void EvaluateEdgeCostColor(const DMesh& mesh, const MetricRules& rules, EdgeEvaluation& result,
+                           std::int32_t a, std::int32_t b, const ColorQuadric& quadric) {
+    const bool border = mesh.borderVertices.Test(a) || mesh.borderVertices.Test(b);
+    if (rules.BorderMode == BORDERMODE_FREEZE && border) {
+        result.cost = kNotCollapsible;
+        return;
+    }
+    const bool seam =
+        rules.m_handleUVs_internal && (mesh.uvSeamVertices.Test(a) || mesh.uvSeamVertices.Test(b));
+    if (seam || border) {
+        result.cost = kNotCollapsible;
+    } else {
+        solveColor(rules, result, quadric);
+    }
+    applyMask(mesh, result.cost, a, b);
+}
+
+}  // namespace korvalite

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+//
+// The two metrics that drivers are instantiated with. All differences between the plain and the
+// colour version of a routine are defined here.
+#pragma once
+
+#include "mesh/dmesh.h"
+#include "metric/edge_cost.h"
+#include "metric/metric_rules.h"
+#include "metric/triangle_quadrics.h"
+#include "metric/vertex_quadrics.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace korvalite {
+
+struct PlainMetric {
+    using Quadric = Quadric3D;
+    static constexpr bool kHasColor = false;
+    static constexpr const char* kId = "PM_QUADRIC3D_ID";
+
+    static Quadric triangleQuadric(const DMesh& mesh, const MetricRules& rules,
+                                   std::int32_t triangle) {
+        return ComputeTriangleQuadric(mesh, rules, triangle);
+    }
+    static void addVertexQuadric(const DMesh& mesh, const MetricRules& rules, Quadric& inOut,
+                                 std::int32_t vertex) {
+        ComputeVertexQuadricFromTriangles(mesh, rules, inOut, vertex);
+    }
+    static void evaluateEdge(const DMesh& mesh, const MetricRules& rules, EdgeEvaluation& result,
+                             std::int32_t a, std::int32_t b, const Quadric& quadric) {
+        EvaluateEdgeCost(mesh, rules, result, a, b, quadric);
+    }
+    static bool mayCostBeNegative(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
+                                  std::int32_t b) {
+        return korvalite::mayCostBeNegative(mesh, rules, a, b);
+    }
+};
+
+struct ColorMetric {
+    using Quadric = ColorQuadric;
+    static constexpr bool kHasColor = true;
+    static constexpr const char* kId = "PM_COLOR_QUADRIC_ID";
+
+    static Quadric triangleQuadric(const DMesh& mesh, const MetricRules& rules,
+                                   std::int32_t triangle) {
+        return ComputeTriangleColorQuadric(mesh, rules, triangle);
+    }
+    static void addVertexQuadric(const DMesh& mesh, const MetricRules& rules, Quadric& inOut,
+                                 std::int32_t vertex) {
+        ComputeVertexColorQuadric(mesh, rules, inOut, vertex);
+    }
+    static void evaluateEdge(const DMesh& mesh, const MetricRules& rules, EdgeEvaluation& result,
+                             std::int32_t a, std::int32_t b, const Quadric& quadric) {
+        EvaluateEdgeCostColor(mesh, rules, result, a, b, quadric);
+    }
+    static bool mayCostBeNegative(const DMesh& /*mesh*/, const MetricRules& /*rules*/,
+                                  std::int32_t /*a*/, std::int32_t /*b*/) {
+        return false;
+    }
+};
+
+/// Caches the quadrics of the latest kept vertices. Around a hub, hundreds of collapses in a row
+/// are refused, and each needs the quadric of the same vertex.
+template <typename Metric>
+class KeptQuadrics {
+public:
+    using Quadric = typename Metric::Quadric;
+
+    /// The quadric of a vertex, from its triangles at the time of the first call.
+    const Quadric& of(const DMesh& mesh, const MetricRules& rules, std::int32_t vertex) {
+        const auto known = std::find_if(entries_.begin(), entries_.end(),
+                                        [=](const Entry& entry) { return entry.vertex == vertex; });
+        if (known != entries_.end()) return known->quadric;
+        Entry& entry = entries_[oldest_];
+        oldest_ = (oldest_ + 1) % entries_.size();
+        entry = {vertex, {}};
+        Metric::addVertexQuadric(mesh, rules, entry.quadric, vertex);
+        return entry.quadric;
+    }
+
+    /// Empties the cache. REQUIRES: called whenever the triangles around a vertex, or merely the
+    /// order of their list, may have changed.
+    void forget() {
+        for (Entry& entry : entries_)
+            entry.vertex = kNone;
+    }
+
+private:
+    struct Entry {
+        std::int32_t vertex = kNone;
+        Quadric quadric;
+    };
+    std::array<Entry, 2> entries_;  // for a collapse and its mirror image
+    std::size_t oldest_ = 0;
+};
+
+/// Evaluates the collapse of `removed` onto `kept` from the current triangles around both. If no
+/// position or colour is found, the kept vertex keeps its own.
+template <typename Metric>
+EdgeEvaluation evaluateCollapse(const DMesh& mesh, const MetricRules& rules, std::int32_t removed,
+                                std::int32_t kept, KeptQuadrics<Metric>& keptQuadrics) {
+    typename Metric::Quadric removedQuadric;
+    Metric::addVertexQuadric(mesh, rules, removedQuadric, removed);
+
+    EdgeEvaluation result;
+    const auto index = static_cast<std::size_t>(kept);
+    result.position = mesh.vertices[index].position();
+    if constexpr (Metric::kHasColor) {
+        const std::uint32_t color = mesh.vertexColors[index];
+        result.color = {static_cast<std::uint8_t>(color), static_cast<std::uint8_t>(color >> 8U),
+                        static_cast<std::uint8_t>(color >> 16U)};
+    }
+    Metric::evaluateEdge(mesh, rules, result, removed, kept,
+                         removedQuadric + keptQuadrics.of(mesh, rules, kept));
+    return result;
+}
+
+}  // namespace korvalite

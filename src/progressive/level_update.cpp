@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+#include "progressive/level_update.h"
+
+#include "base/debug_log.h"
+#include "mesh/corner_lists.h"
+
+#include <cstdlib>
+
+namespace korvalite {
+
+namespace {
+
+std::size_t at(std::int32_t index) {
+    return static_cast<std::size_t>(index);
+}
+
+std::int64_t activeCount(const ProgressiveMesh& pm) {
+    return static_cast<std::int64_t>(pm.activeCount());
+}
+
+void activateVertex(DMesh& mesh, std::int32_t vertex) {
+    mesh.vertexActive.Set(vertex);
+    ++mesh.numActiveVertices;
+}
+
+void exchangePosition(DMesh& mesh, std::int32_t w, VSplitView& split) {
+    const FloatVec3 live = mesh.vertices[at(w)].position();
+    mesh.vertices[at(w)].setPosition(split.position());
+    split.setPosition(live);
+}
+
+void exchangeColor(ProgressiveMesh& pm, std::int32_t w, VSplitView& split) {
+    if (!pm.m_useVertexColors_internal || !pm.mesh.hasColors()) return;
+    const std::uint32_t live = pm.mesh.vertexColors[at(w)];
+    pm.mesh.vertexColors[at(w)] = split.savedColor();
+    split.setSavedColor(live);
+}
+
+void exchangeUV(DMesh& mesh, std::int32_t uvIndex, std::uint32_t k, VSplitView& split) {
+    const UVCoord live = mesh.coordsUV[at(uvIndex)];
+    mesh.coordsUV[at(uvIndex)] = split.savedUV(k);
+    split.setSavedUV(k, live);
+}
+
+void restoreCorners(DMesh& mesh, const VSplitView& split, std::int32_t v) {
+    for (const std::int32_t corner : split.corners()) {
+        mesh.triangles[at(corner)] = static_cast<std::uint32_t>(v);
+        const std::int32_t triangle = corner / 3;
+        if (mesh.triangleActive.Test(triangle)) continue;
+        mesh.triangleActive.Set(triangle);
+        ++mesh.numActiveTriangles;
+        for (std::int32_t c = 3 * triangle; c < 3 * triangle + 3; ++c) {
+            const std::int32_t vertex = vertexAt(mesh, c);
+            if (!mesh.vertexActive.Test(vertex)) activateVertex(mesh, vertex);
+        }
+    }
+}
+
+void restoreUVs(DMesh& mesh, VSplitView& split) {
+    const auto corners = split.corners();
+    const auto cornerUVIndices = split.cornerUVIndices();
+    for (std::size_t k = 0; k < cornerUVIndices.size(); ++k) {
+        mesh.indicesUV[at(corners[k])] = static_cast<std::uint32_t>(cornerUVIndices[k]);
+    }
+    const auto pairs = split.uvIndexPairWords();
+    for (std::uint32_t k = 0; k < split.savedUVCount(); ++k) {
+        exchangeUV(mesh, pairs[2 * std::size_t{k} + 1], k, split);
+    }
+}
+
+/// Undoes the record at CurVtxSplitPos - 1: splits v off w again. False, with nothing done, if the
+/// scratch file has lost the record.
+bool applySplit(ProgressiveMesh& pm) {
+    DMesh& mesh = pm.mesh;
+    VSplitView split = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos - 1);
+    const std::int32_t v = split.vertex();
+    if (v == kNone) return false;
+    pm.vsplitList.markDirty();
+    --pm.CurVtxSplitPos;
+    const std::int32_t w = mesh.vertices[at(v)].partner;
+    activateVertex(mesh, v);
+    restoreCorners(mesh, split, v);
+    exchangePosition(mesh, w, split);
+    exchangeColor(pm, w, split);
+    if (pm.m_handleUVs_internal) restoreUVs(mesh, split);
+    return true;
+}
+
+/// The same for the collapse at CurVtxSplitPos.
+bool applyNextCollapse(ProgressiveMesh& pm) {
+    const std::int32_t v = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos).vertex();
+    if (v == kNone) return false;
+    ++pm.CurVtxSplitPos;
+    ApplyCollapse(pm, v, pm.mesh.vertices[at(v)].partner);
+    return true;
+}
+
+void moveToLevel(ProgressiveMesh& pm, std::int64_t target) {
+    const std::int64_t total = std::abs(activeCount(pm) - target);
+    RunMonitor& progress = *pm.monitor;
+    progress.BeginMainTask();
+    progress.BeginSubTask("apply decimation", static_cast<std::int32_t>(total));
+    const auto report = [&] {
+        progress.SetSubTaskProgress(
+            static_cast<std::int32_t>(total - std::abs(activeCount(pm) - target)));
+    };
+    const auto recordCount = static_cast<std::int64_t>(pm.vsplitList.NumVtxSplit());
+    if (pm.CurVtxSplitPos < 0 || pm.CurVtxSplitPos > recordCount) return;
+    if (activeCount(pm) >= target) {
+        while (activeCount(pm) > target && pm.CurVtxSplitPos < recordCount) {
+            report();
+            if (!applyNextCollapse(pm)) return;
+        }
+    } else {
+        while (activeCount(pm) < target && pm.CurVtxSplitPos > 0) {
+            report();
+            if (!applySplit(pm)) return;
+        }
+    }
+}
+
+}  // namespace
+
+void ApplyCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w) {
+    DMesh& mesh = pm.mesh;
+    VSplitView split = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos - 1);
+    pm.vsplitList.markDirty();
+    mesh.vertexActive.Clear(v);
+    --mesh.numActiveVertices;
+    const auto corners = split.corners();
+    for (const std::int32_t corner : corners) {
+        mesh.triangles[at(corner)] = static_cast<std::uint32_t>(w);
+    }
+    for (const std::int32_t corner : corners) {
+        const std::int32_t triangle = corner / 3;
+        const std::int32_t a = vertexAt(mesh, 3 * triangle);
+        const std::int32_t b = vertexAt(mesh, 3 * triangle + 1);
+        const std::int32_t c = vertexAt(mesh, 3 * triangle + 2);
+        // A triangle that had v twice comes up twice.
+        if ((a != b && b != c && c != a) || !mesh.triangleActive.Test(triangle)) continue;
+        mesh.triangleActive.Clear(triangle);
+        --mesh.numActiveTriangles;
+    }
+    exchangePosition(mesh, w, split);
+    exchangeColor(pm, w, split);
+    if (!pm.m_handleUVs_internal) return;
+    const auto pairs = split.uvIndexPairWords();
+    for (std::uint32_t k = 0; k < split.savedUVCount(); ++k) {
+        const std::int32_t oldIndex = pairs[2 * std::size_t{k}];
+        const std::int32_t newIndex = pairs[2 * std::size_t{k} + 1];
+        for (const std::int32_t corner : corners) {
+            if (uvIndexAt(mesh, corner) == oldIndex) {
+                mesh.indicesUV[at(corner)] = static_cast<std::uint32_t>(newIndex);
+            }
+        }
+        exchangeUV(mesh, newIndex, k, split);
+    }
+}
+
+int updateMeshAtLevel(ProgressiveMesh& pm, std::int32_t target) {
+    DebugLog("Start updateMeshAtLevel  (targetNumVtx=%d)");
+    if (activeCount(pm) != target) moveToLevel(pm, target);
+    pm.monitor->EndSubTask();
+    pm.monitor->step(RunStep::LevelReached);
+    DebugLog("updateMeshAtLevel_LM OK!*");
+    DebugLog("     Verif : numActiveVtx=%d");
+    return 0;
+}
+
+}  // namespace korvalite

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+//
+// Renumbers arrays in place: new[map[i]] = old[i]. Follows the cycles of the map instead of copying
+// the data, because a mesh may fill most of the memory; only the map itself is extra.
+#pragma once
+
+#include "base/bit_array.h"
+#include "mesh/dmesh.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace korvalite {
+
+/// The new index of each item. REQUIRES: a permutation. The routines mark moved items by the
+/// bitwise complement of their entries and restore the map before they return.
+using IndexMap = std::vector<std::int32_t>;
+
+/// Three words per item of the map: the corners of a triangle.
+void PermuteTriples(std::vector<std::uint32_t>& words, IndexMap& map);
+/// Makes a copy, which is small for bits.
+void PermuteBits(BitArray& bits, IndexMap& map);
+void PermuteVertexRecords(VertexRecords& records, IndexMap& map);
+void PermuteWords(std::vector<std::uint32_t>& words, IndexMap& map);
+void PermuteBytes(std::vector<std::uint8_t>& bytes, IndexMap& map);
+
+}  // namespace korvalite

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+//
+// The walk over all edges that gives every vertex its first cost from stored quadrics.
+#pragma once
+
+#include "collapse/working_mesh.h"
+#include "mesh/corner_lists.h"
+#include "metric/edge_cost.h"
+
+#include <cstdint>
+
+namespace korvalite {
+
+enum class EdgeVerdict {
+    Evaluate,
+    Skip,
+    SkipUnasked,  // and do not check for a stop request
+};
+
+/// Which end of an edge may take its cost.
+struct EdgeEnds {
+    bool updateA = true;
+    bool updateB = true;
+};
+
+/// Whether to evaluate the edge from a to b, in the direction it has in a triangle.
+EdgeVerdict judgeInitialEdge(const WorkingMesh& work, std::int32_t a, std::int32_t b,
+                             EdgeEnds& ends);
+
+/// Makes a vertex not collapsible and removes its partner, until an edge is ranked.
+inline void forgetCost(VertexRecord& vertex) {
+    vertex.cost = kNotCollapsible;
+    vertex.partner = kNone;
+}
+
+/// Evaluates each edge once with evaluate(edge, a, b), in corner order. If the cost is lower than
+/// an end's own, the end takes it and took(end, edge) is called; the first of equals wins. A stop
+/// request ends the walk.
+template <typename Evaluate, typename Took>
+void rankInitialEdges(WorkingMesh& work, Evaluate evaluate, Took took) {
+    DMesh& mesh = work.mesh;
+    EdgeEvaluation edge;
+    const auto rank = [&](std::int32_t end, std::int32_t partner) {
+        VertexRecord& vertex = mesh.vertices[static_cast<std::size_t>(end)];
+        if (!(vertex.cost > edge.cost)) return;
+        vertex.cost = edge.cost;
+        vertex.partner = partner;
+        took(end, edge);
+    };
+    for (std::int32_t corner = 0; corner < mesh.cornerCount(); ++corner) {
+        // An earlier run removed this triangle.
+        if (!mesh.triangleActive.Test(corner / 3)) continue;
+        const std::int32_t a = vertexAt(mesh, corner);
+        const std::int32_t b = vertexAt(mesh, nextCorner(corner));
+        EdgeEnds ends;
+        const EdgeVerdict verdict = judgeInitialEdge(work, a, b, ends);
+        if (verdict == EdgeVerdict::SkipUnasked) continue;
+        if (verdict == EdgeVerdict::Evaluate) {
+            evaluate(edge, a, b);
+            if (ends.updateA) rank(a, b);
+            if (ends.updateB) rank(b, a);
+        }
+        if (work.monitor->stopRequested()) return;
+    }
+}
+
+/// Fits the queue to the costs and inserts every vertex in index order.
+void fillQueue(WorkingMesh& work);
+
+}  // namespace korvalite

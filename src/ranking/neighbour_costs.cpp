@@ -1,0 +1,386 @@
+// SPDX-License-Identifier: MIT
+#include "ranking/neighbour_costs.h"
+
+#include "base/prefetch.h"
+#include "collapse/thread_guards.h"
+#include "metric/metric.h"
+#include "ranking/initial_edges.h"
+#include "ranking/vertex_cost.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <span>
+
+namespace korvalite {
+
+namespace {
+
+std::size_t at(std::int32_t index) {
+    return static_cast<std::size_t>(index);
+}
+
+/// For a driver that has the mesh to itself: removes the ring from the queue, stores its costs and
+/// queues it again.
+class CostsAtOnce : public NoGuards {
+public:
+    CostsAtOnce(WorkingMesh& work, IndexList& queued) : work_(work), queued_(queued) {}
+
+    void begin(std::span<const std::int32_t> ring) {
+        for (const std::int32_t vertex : ring) {
+            work_.costQueue.Remove(vertex);
+            forgetCost(work_.mesh.vertices[at(vertex)]);
+        }
+    }
+    [[nodiscard]] float best(std::uint16_t /*slot*/, std::int32_t vertex) const {
+        return work_.mesh.vertices[at(vertex)].cost;
+    }
+    void rank(std::uint16_t /*slot*/, std::int32_t vertex, std::int32_t partner, float cost) {
+        VertexRecord& record = work_.mesh.vertices[at(vertex)];
+        if (record.cost > cost) {
+            record.cost = cost;
+            record.partner = partner;
+        }
+    }
+    void finish(std::span<const std::int32_t> ring) {
+        queued_.clear();
+        for (const std::int32_t vertex : ring) {
+            if (!work_.isSymmetrySlave(vertex)) queued_.push_back(vertex);
+        }
+        work_.costQueue.InsertAll(queued_);
+    }
+    /// A guess at the vertex that will collapse next.
+    [[nodiscard]] std::int32_t next() const { return work_.costQueue.peek(); }
+
+private:
+    WorkingMesh& work_;
+    IndexList& queued_;
+};
+
+/// For one of several threads: appends the costs to its work record. The entry of slot s is s
+/// places after the first appended one.
+class CostsRecorded : public ThreadGuards {
+public:
+    CostsRecorded(ThreadWorkRecord& record, CriticalSections& sections)
+        : ThreadGuards(sections), record_(record), first_(record.updateVertices.size()) {}
+
+    void begin(std::span<const std::int32_t> ring) {
+        for (const std::int32_t vertex : ring)
+            record_.appendUpdate(vertex, kNotCollapsible, kNone);
+    }
+    [[nodiscard]] float best(std::uint16_t slot, std::int32_t /*vertex*/) const {
+        return record_.updateCosts[first_ + slot];
+    }
+    void rank(std::uint16_t slot, std::int32_t /*vertex*/, std::int32_t partner, float cost) {
+        float& best = record_.updateCosts[first_ + slot];
+        if (best > cost) {
+            best = cost;
+            record_.updatePartners[first_ + slot] = partner;
+        }
+    }
+    void finish(std::span<const std::int32_t> /*ring*/) {}
+    // With other threads at work there is no good guess.
+    [[nodiscard]] static std::int32_t next() { return kNone; }
+
+private:
+    ThreadWorkRecord& record_;
+    std::size_t first_;
+};
+
+template <typename Metric, typename Costs>
+class NeighbourCostUpdate {
+public:
+    NeighbourCostUpdate(WorkingMesh& work, Costs costs, NeighbourhoodMarks& marks,
+                        NeighbourhoodScratch<Metric>& scratch)
+        : work_(work), mesh_(work.mesh), costs_(costs), marks_(marks), s_(scratch) {}
+
+    void run(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
+        gatherRing(kept, ringCorners, neighbours);
+        fetchRing();
+        gatherOuterRing();
+        const bool onDemand = isMostlyFree();
+        costs_.begin(ring());
+        next_ = costs_.next();
+        listOuterTriangles();
+        gatherEdges();
+        fetchRingAhead();
+        if (onDemand) {
+            rankOnDemand();
+        } else {
+            sumQuadrics();
+            evaluateEdges();
+            applyCosts();
+        }
+        fetchOuterRingAhead();
+        costs_.finish(ring());
+        resetMarks();
+    }
+
+private:
+    /// The kept vertex and its ring.
+    [[nodiscard]] std::span<const std::int32_t> ring() const {
+        return std::span(s_.localVertices).first(ringEnd_);
+    }
+
+    /// False if no slot is left.
+    bool giveSlot(std::int32_t vertex) {
+        if (s_.localVertices.size() >= NeighbourhoodMarks::kNoSlot) return false;
+        marks_.vertexSlot[at(vertex)] = static_cast<std::uint16_t>(s_.localVertices.size());
+        s_.localVertices.push_back(vertex);
+        return true;
+    }
+
+    void listTriangle(std::int32_t triangle) {
+        s_.localTriangles.push_back(triangle);
+        marks_.triangleMark.Set(triangle);
+        for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
+            const std::int32_t vertex = vertexAt(mesh_, corner);
+            prefetch(&mesh_.vertices[at(vertex)]);
+            prefetch(&marks_.vertexSlot[at(vertex)]);
+        }
+    }
+
+    void gatherRing(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
+        s_.localVertices.clear();
+        s_.localTriangles.clear();
+        const IndexList* corners = &ringCorners;
+        if (ringCorners.empty()) {
+            GetVertexCorners(mesh_, kept, s_.corners);
+            corners = &s_.corners;
+        }
+        const IndexList* ring = &neighbours;
+        if (neighbours.empty()) {
+            GetVertexNeighbours(mesh_, kept, s_.ring);
+            ring = &s_.ring;
+        }
+        for (const std::int32_t corner : *corners)
+            listTriangle(corner / 3);
+        giveSlot(kept);
+        for (const std::int32_t vertex : *ring)
+            giveSlot(vertex);
+        ringEnd_ = s_.localVertices.size();
+    }
+
+    /// Prefetches the corner lists of the ring and the queue links of its vertices.
+    void fetchRing() {
+        work_.costQueue.prefetchOwnLinks(ring());
+        warmVertexCorners(mesh_, ring().subspan(1), s_.cursors, &marks_.triangleMark);
+        work_.costQueue.prefetchLinks(ring());
+    }
+
+    void gatherOuterRing() {
+        s_.ringNeighbours.clear();
+        s_.ringNeighboursEnd.clear();
+        for (std::size_t slot = 1; slot < ringEnd_; ++slot) {
+            GetVertexNeighbours(mesh_, s_.localVertices[slot], s_.neighbours);
+            s_.ringNeighbours.insert(s_.ringNeighbours.end(), s_.neighbours.begin(),
+                                     s_.neighbours.end());
+            s_.ringNeighboursEnd.push_back(s_.ringNeighbours.size());
+            for (const std::int32_t x : s_.neighbours) {
+                prefetch(&marks_.vertexSlot[at(x)]);
+                prefetch(&mesh_.vertexTriangleHead[at(x)]);
+                mesh_.borderVertices.prefetchBit(x);
+            }
+        }
+        for (const std::int32_t x : s_.ringNeighbours) {
+            if (marks_.vertexSlot[at(x)] == NeighbourhoodMarks::kNoSlot) giveSlot(x);
+        }
+    }
+
+    void listOuterTriangles() {
+        const auto outerRing = std::span(s_.localVertices).subspan(ringEnd_);
+        warmWithNext(outerRing);
+        for (const std::int32_t x : outerRing) {
+            forEachCorner(mesh_, x, [&](std::int32_t corner) {
+                if (!marks_.triangleMark.Test(corner / 3)) listTriangle(corner / 3);
+            });
+        }
+    }
+
+    // The next vertex to collapse will be in the ring, which is in the cache, or be the current
+    // first in the queue. The memory around the latter is prefetched step by step, one link further
+    // each time, so it has arrived when the next turn starts.
+
+    void warmWithNext(std::span<const std::int32_t> outerRing) {
+        s_.warmed.assign(outerRing.begin(), outerRing.end());
+        s_.nextPair.clear();
+        if (next_ != kNone) {
+            s_.nextPair.push_back(next_);
+            const std::int32_t partner = mesh_.vertices[at(next_)].partner;
+            if (partner != kNone) s_.nextPair.push_back(partner);
+        }
+        s_.warmed.insert(s_.warmed.end(), s_.nextPair.begin(), s_.nextPair.end());
+        warmVertexCorners(mesh_, s_.warmed, s_.cursors, &marks_.triangleMark);
+    }
+
+    void fetchRingAhead() {
+        s_.nextRing.clear();
+        for (const std::int32_t vertex : s_.nextPair) {
+            mesh_.vertexActive.prefetchBit(vertex);
+            mesh_.borderVertices.prefetchBit(vertex);
+            forEachCorner(mesh_, vertex, [&](std::int32_t corner) {
+                const std::int32_t x = vertexAt(mesh_, nextCorner(corner));
+                mesh_.triangleActive.prefetchBit(corner / 3);
+                mesh_.borderVertices.prefetchBit(x);
+                s_.nextRing.push_back(x);
+                prefetch(&mesh_.vertexTriangleHead[at(x)]);
+                prefetch(&mesh_.vertices[at(x)]);
+            });
+        }
+    }
+
+    void fetchOuterRingAhead() {
+        for (const std::int32_t x : s_.nextRing) {
+            const std::int32_t corner = loadRelaxed(mesh_.vertexTriangleHead[at(x)]);
+            if (corner == kNone) continue;
+            prefetch(&mesh_.cornerNext[at(corner)]);
+            prefetch(&mesh_.triangles[at(corner)]);
+        }
+    }
+
+    /// Triangles that touch neither the kept vertex nor the outer ring are never listed, so they
+    /// are missing from the quadrics of ring vertices: the costs have always been like that.
+    void sumQuadrics() {
+        s_.slotQuadrics.assign(s_.localVertices.size(), {});
+        for (const std::int32_t triangle : s_.localTriangles) {
+            const typename Metric::Quadric quadric =
+                Metric::triangleQuadric(work_.mesh, work_, triangle);
+            for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
+                const std::uint16_t slot = marks_.vertexSlot[at(vertexAt(mesh_, corner))];
+                if (slot != NeighbourhoodMarks::kNoSlot) s_.slotQuadrics[slot] += quadric;
+            }
+        }
+    }
+
+    void gatherEdges() {
+        if (!work_.m_handleUVs_internal) return listEdges();
+        // One critical section for all edges, since other threads may be moving seam marks.
+        const auto guard = costs_.uvSeams();
+        listEdges();
+    }
+
+    void listEdges() {
+        s_.edges.clear();
+        std::size_t next = 0;
+        for (std::size_t slot = 1; slot < ringEnd_; ++slot) {
+            const std::int32_t w = s_.localVertices[slot];
+            const std::uint16_t slotW = marks_.vertexSlot[at(w)];
+            const bool mayRankW = !work_.isSymmetrySlave(w);
+            for (; next < s_.ringNeighboursEnd[slot - 1]; ++next) {
+                const std::int32_t x = s_.ringNeighbours[next];
+                const std::uint16_t slotX = marks_.vertexSlot[at(x)];
+                // An edge inside the ring is taken from its lower end.
+                const bool takenFromX = slotX >= 1 && slotX < ringEnd_ && x < w;
+                const bool mayRankX = !work_.isSymmetrySlave(x);
+                if (x == w || slotX == NeighbourhoodMarks::kNoSlot || takenFromX) continue;
+                if ((!mayRankW && !mayRankX) || isHeldBySeam(work_, w, x)) continue;
+                // The outer ring keeps its costs.
+                s_.edges.push_back({w, x, slotW, slotX, mayRankW, mayRankX && slotX < ringEnd_});
+            }
+        }
+    }
+
+    void evaluateEdges() {
+        s_.edgeCosts.resize(s_.edges.size());
+        EdgeEvaluation result;
+        for (std::size_t i = 0; i < s_.edges.size(); ++i) {
+            const RingEdge& edge = s_.edges[i];
+            Metric::evaluateEdge(work_.mesh, work_, result, edge.w, edge.x,
+                                 s_.slotQuadrics[edge.slotW] + s_.slotQuadrics[edge.slotX]);
+            s_.edgeCosts[i] = result.cost;
+        }
+    }
+
+    // On flat ground collapses cost nothing and create hubs with hundreds of edges. Once a vertex
+    // has cost 0, its other edges and the quadrics at their far ends need no evaluation, unless an
+    // edge can have a negative cost.
+
+    /// Whether much of the ring had cost 0 so far, refused once or not.
+    [[nodiscard]] bool isMostlyFree() const {
+        constexpr std::size_t kLargeNeighbourhood = 128;
+        const auto isFree = [this](std::int32_t vertex) {
+            const float cost = mesh_.vertices[at(vertex)].cost;
+            return cost <= 0.0F || cost == penalizedCost(0.0F);
+        };
+        const auto free = static_cast<std::size_t>(std::ranges::count_if(ring(), isFree));
+        return 2 * free > ringEnd_ || (free > 0 && s_.localVertices.size() > kLargeNeighbourhood);
+    }
+
+    void rankOnDemand() {
+        s_.quadrics.prepare(mesh_, s_.localTriangles, marks_, s_.localVertices.size());
+        EdgeEvaluation result;
+        for (const RingEdge& edge : s_.edges) {
+            if (!mayLowerACost(edge)) continue;
+            Metric::evaluateEdge(work_.mesh, work_, result, edge.w, edge.x,
+                                 s_.quadrics.of(work_, edge.slotW) +
+                                     s_.quadrics.of(work_, edge.slotX));
+            rank(edge, result.cost);
+        }
+    }
+
+    [[nodiscard]] bool mayLowerACost(const RingEdge& edge) const {
+        return (edge.mayRankW && costs_.best(edge.slotW, edge.w) > 0.0F) ||
+               (edge.mayRankX && costs_.best(edge.slotX, edge.x) > 0.0F) ||
+               Metric::mayCostBeNegative(work_.mesh, work_, edge.w, edge.x);
+    }
+
+    void rank(const RingEdge& edge, float cost) {
+        if (edge.mayRankW) costs_.rank(edge.slotW, edge.w, edge.x, cost);
+        if (edge.mayRankX) costs_.rank(edge.slotX, edge.x, edge.w, cost);
+    }
+
+    void applyCosts() {
+        for (std::size_t i = 0; i < s_.edges.size(); ++i) {
+            rank(s_.edges[i], s_.edgeCosts[i]);
+        }
+    }
+
+    void resetMarks() {
+        for (const std::int32_t vertex : s_.localVertices) {
+            marks_.vertexSlot[at(vertex)] = NeighbourhoodMarks::kNoSlot;
+        }
+        for (const std::int32_t triangle : s_.localTriangles)
+            marks_.triangleMark.Clear(triangle);
+    }
+
+    WorkingMesh& work_;
+    DMesh& mesh_;
+    Costs costs_;
+    NeighbourhoodMarks& marks_;
+    NeighbourhoodScratch<Metric>& s_;
+    std::int32_t next_ = kNone;
+    std::size_t ringEnd_ = 0;  // lower slots are the kept vertex and its ring
+};
+
+}  // namespace
+
+template <typename Metric>
+void UpdateNeighbourCosts_LM(WorkingMesh& work, std::int32_t kept, const IndexList& ringCorners,
+                             const IndexList& neighbours, NeighbourhoodMarks& marks,
+                             NeighbourhoodScratch<Metric>& scratch) {
+    NeighbourCostUpdate(work, CostsAtOnce(work, scratch.queued), marks, scratch)
+        .run(kept, ringCorners, neighbours);
+}
+
+template <typename Metric>
+void UpdateNeighbourCosts_MT(WorkingMesh& work, std::int32_t kept, const IndexList& ringCorners,
+                             const IndexList& neighbours, ThreadWorkRecord& record,
+                             NeighbourhoodMarks& marks, NeighbourhoodScratch<Metric>& scratch,
+                             CriticalSections& sections) {
+    NeighbourCostUpdate(work, CostsRecorded(record, sections), marks, scratch)
+        .run(kept, ringCorners, neighbours);
+}
+
+template void UpdateNeighbourCosts_LM(WorkingMesh&, std::int32_t, const IndexList&,
+                                      const IndexList&, NeighbourhoodMarks&,
+                                      NeighbourhoodScratch<PlainMetric>&);
+template void UpdateNeighbourCosts_LM(WorkingMesh&, std::int32_t, const IndexList&,
+                                      const IndexList&, NeighbourhoodMarks&,
+                                      NeighbourhoodScratch<ColorMetric>&);
+template void UpdateNeighbourCosts_MT(WorkingMesh&, std::int32_t, const IndexList&,
+                                      const IndexList&, ThreadWorkRecord&, NeighbourhoodMarks&,
+                                      NeighbourhoodScratch<PlainMetric>&, CriticalSections&);
+template void UpdateNeighbourCosts_MT(WorkingMesh&, std::int32_t, const IndexList&,
+                                      const IndexList&, ThreadWorkRecord&, NeighbourhoodMarks&,
+                                      NeighbourhoodScratch<ColorMetric>&, CriticalSections&);
+
+}  // namespace korvalite

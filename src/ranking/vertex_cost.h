@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "collapse/working_mesh.h"
+#include "mesh/corner_lists.h"
+#include "metric/metric.h"
+#include "splits/vsplit.h"
+
+#include <cstdint>
+
+namespace korvalite {
+
+/// The seam rule: between two vertices on a UV seam, a vertex where the seam ends, branches or
+/// bends must not collapse onto the other, nor the other onto it.
+inline bool isHeldBySeam(const WorkingMesh& work, std::int32_t a, std::int32_t b) {
+    const DMesh& mesh = work.mesh;
+    return work.m_handleUVs_internal && mesh.uvSeamVertices.Test(a) &&
+           mesh.uvSeamVertices.Test(b) &&
+           (mesh.uvSeamCorners.Test(a) || mesh.uvSeamCorners.Test(b));
+}
+
+/// The cheapest collapse of a vertex.
+struct RankedVertex {
+    float cost = kNotCollapsible;
+    std::int32_t partner = kNone;
+};
+
+inline void storeRanking(VertexRecord& vertex, const RankedVertex& ranked) {
+    vertex.cost = ranked.cost;
+    vertex.partner = ranked.partner;
+}
+
+/// Ranks one vertex against its ring with the quadrics that addQuadric(inOut, vertex) adds to
+/// `inOut`; the first of equally cheap neighbours wins. Does not change the mesh; `ring` is
+/// scratch.
+///
+/// The quadric of the neighbours accumulates over the ring and is not cleared in between, so later
+/// neighbours look costlier than they are.
+template <typename Metric, typename AddQuadric>
+RankedVertex rankAgainstRing(const WorkingMesh& work, std::int32_t vertex, IndexList& ring,
+                             AddQuadric addQuadric) {
+    typename Metric::Quadric own;
+    typename Metric::Quadric neighbours;
+    addQuadric(own, vertex);
+    GetVertexNeighbours(work.mesh, vertex, ring);
+
+    RankedVertex best;
+    EdgeEvaluation edge;
+    for (const std::int32_t x : ring) {
+        if (x == vertex || isHeldBySeam(work, vertex, x)) continue;
+        addQuadric(neighbours, x);
+        Metric::evaluateEdge(work.mesh, work, edge, vertex, x, own + neighbours);
+        if (best.cost > edge.cost) best = {edge.cost, x};
+    }
+    return best;
+}
+
+/// The same with quadrics from the current triangles.
+template <typename Metric>
+RankedVertex rankVertex(const WorkingMesh& work, std::int32_t vertex, IndexList& ring);
+
+/// Gathers the distinct vertices around the corners of a split that are still active.
+void gatherRingOfSplit(const DMesh& mesh, const VSplit& split, IndexList& around);
+
+/// Ranks one vertex against its ring with the plain metric and writes its `cost` and `partner`.
+/// REQUIRES: the vertex is not queued.
+void RecomputeVertexCost(WorkingMesh& work, std::int32_t vertex, IndexList& ring);
+
+/// The update for a kept vertex that is no longer active: re-ranks the remaining vertices around
+/// the corners of its record one by one, always with the plain metric.
+void RefreshRingCosts(WorkingMesh& work, const VSplit& split);
+
+}  // namespace korvalite
