@@ -14,7 +14,7 @@ namespace korvalite {
 template <typename Metric>
 void carryColor(DMesh& mesh, VSplit& split, std::int32_t kept, const EdgeEvaluation& evaluation) {
     if constexpr (Metric::kHasColor) {
-        std::uint32_t& color = mesh.vertexColors[static_cast<std::size_t>(kept)];
+        std::uint32_t& color = mesh.vertexColors[kept];
         split.savedColor = color;
         const std::uint32_t fourthByte = color & 0xFF000000U;
         storeRelaxed(color, fourthByte | (static_cast<std::uint32_t>(evaluation.color[2]) << 16U) |

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "collapse/symmetric_collapse.h"
 
-#include "collapse/working_mesh.h"
 #include "mesh/corner_lists.h"
 #include "metric/metric.h"
 
@@ -24,40 +23,40 @@ void erode(const DMesh& mesh, const BitArray& bits, BitArray& eroded) {
     }
 }
 
-/// An infinite coordinate of any vertex puts the plane at infinity; then `w` keeps its position.
-FloatVec3 ontoPlane(const DMesh& mesh, const FloatVec3& position, std::int32_t w) {
+/// An infinite coordinate of any vertex puts the plane at infinity; then `kept` keeps its position.
+FloatVec3 ontoPlane(const DMesh& mesh, const FloatVec3& position, std::int32_t kept) {
     FloatVec3 projected;
     transformPoint(projected, mesh.symmetryCache.planeProjection, position);
-    return isFinite(projected) ? projected : mesh.vertices[static_cast<std::size_t>(w)].position();
+    return isFinite(projected) ? projected : mesh.vertices[kept].position();
 }
 
 /// For a collapse between two paired vertices. False refuses it.
 template <typename Metric>
-bool checkPairedCollapse(const WorkingMesh& work, std::int32_t v, std::int32_t w,
+bool checkPairedCollapse(const WorkingMesh& work, std::int32_t removed, std::int32_t kept,
                          EdgeEvaluation& evaluation, SymmetricCollapse& mirror,
                          KeptQuadrics<Metric>& keptQuadrics) {
     const DMesh& mesh = work.mesh;
-    const bool vOnPlane = mirror.mirrorV == v;
-    const bool wOnPlane = mirror.mirrorW == w;
+    const bool removedOnPlane = mirror.mirrorRemoved == removed;
+    const bool keptOnPlane = mirror.mirrorKept == kept;
     // A vertex on the plane may only collapse onto another vertex on the plane.
-    if (vOnPlane && !wOnPlane) return false;
+    if (removedOnPlane && !keptOnPlane) return false;
 
-    const bool ontoOwnMirror = w == mirror.mirrorV;
-    mirror.mirrorOntoPlane = wOnPlane || ontoOwnMirror;
-    mirror.doMirror = !(wOnPlane && vOnPlane) && !ontoOwnMirror &&
-                      mesh.vertexActive.Test(mirror.mirrorV) &&
-                      mesh.vertexActive.Test(mirror.mirrorW);
-    if (!AreVerticesAdjacent(mesh, mirror.mirrorV, mirror.mirrorW)) {
+    const bool ontoOwnMirror = kept == mirror.mirrorRemoved;
+    mirror.mirrorOntoPlane = keptOnPlane || ontoOwnMirror;
+    mirror.doMirror = !(keptOnPlane && removedOnPlane) && !ontoOwnMirror &&
+                      mesh.vertexActive.Test(mirror.mirrorRemoved) &&
+                      mesh.vertexActive.Test(mirror.mirrorKept);
+    if (!AreVerticesAdjacent(mesh, mirror.mirrorRemoved, mirror.mirrorKept)) {
         mirror.doMirror = false;
         return true;
     }
     if (mirror.mirrorOntoPlane) {
-        evaluation.position = ontoPlane(mesh, evaluation.position, w);
+        evaluation.position = ontoPlane(mesh, evaluation.position, kept);
         mirror.evaluation = evaluation;
         mirror.positionFixed = true;
     } else {
-        mirror.evaluation =
-            evaluateCollapse(work.mesh, work, mirror.mirrorV, mirror.mirrorW, keptQuadrics);
+        mirror.evaluation = evaluateCollapse(work.mesh, work, mirror.mirrorRemoved,
+                                             mirror.mirrorKept, keptQuadrics);
         if (mirror.evaluation.cost == kNotCollapsible) {
             mirror.doMirror = false;
             return true;
@@ -73,7 +72,7 @@ void BuildSymmetrySlaves(WorkingMesh& work) {
     const auto& pairing = mesh.symmetryCache.pairing;
     work.symmetryPaired.Reset(mesh.vertexCount());
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
-        if (pairing[static_cast<std::size_t>(vertex)] != kNone) work.symmetryPaired.Set(vertex);
+        if (pairing[vertex] != kNone) work.symmetryPaired.Set(vertex);
     }
     BitArray onceEroded;
     erode(mesh, work.symmetryPaired, onceEroded);
@@ -81,8 +80,7 @@ void BuildSymmetrySlaves(WorkingMesh& work) {
 
     work.symmetrySlaves.Reset(mesh.vertexCount());
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
-        if (work.symmetryInterior.Test(vertex) &&
-            pairing[static_cast<std::size_t>(vertex)] != vertex &&
+        if (work.symmetryInterior.Test(vertex) && pairing[vertex] != vertex &&
             mesh.symmetryCache.secondSide.Test(vertex)) {
             work.symmetrySlaves.Set(vertex);
         }
@@ -90,23 +88,23 @@ void BuildSymmetrySlaves(WorkingMesh& work) {
 }
 
 template <typename Metric>
-bool CheckSymmetricCollapse(const WorkingMesh& work, std::int32_t v, std::int32_t w,
+bool CheckSymmetricCollapse(const WorkingMesh& work, std::int32_t removed, std::int32_t kept,
                             EdgeEvaluation& evaluation, SymmetricCollapse& mirror,
                             KeptQuadrics<Metric>& keptQuadrics) {
     const auto& pairing = work.mesh.symmetryCache.pairing;
     mirror = {};
-    mirror.mirrorV = pairing[static_cast<std::size_t>(v)];
-    mirror.mirrorW = pairing[static_cast<std::size_t>(w)];
-    if (mirror.mirrorV != kNone && mirror.mirrorW != kNone) {
-        return checkPairedCollapse(work, v, w, evaluation, mirror, keptQuadrics);
+    mirror.mirrorRemoved = pairing[removed];
+    mirror.mirrorKept = pairing[kept];
+    if (mirror.mirrorRemoved != kNone && mirror.mirrorKept != kNone) {
+        return checkPairedCollapse(work, removed, kept, evaluation, mirror, keptQuadrics);
     }
-    if (mirror.mirrorW != kNone) {
-        // w does not move, so it still matches its mirror vertex.
-        evaluation.position = work.mesh.vertices[static_cast<std::size_t>(w)].position();
+    if (mirror.mirrorKept != kNone) {
+        // The kept vertex does not move, so it still matches its mirror vertex.
+        evaluation.position = work.mesh.vertices[kept].position();
         return true;
     }
     // A paired vertex may not collapse onto an unpaired one.
-    return mirror.mirrorV == kNone;
+    return mirror.mirrorRemoved == kNone;
 }
 
 template bool CheckSymmetricCollapse<PlainMetric>(const WorkingMesh&, std::int32_t, std::int32_t,

@@ -4,15 +4,14 @@
 // collapse needs its mirror image.
 #pragma once
 
-#include "geometry/vec3.h"
-#include "mesh/dmesh.h"
+#include "collapse/sharing.h"
+#include "collapse/working_mesh.h"
 #include "metric/edge_cost.h"
 
 #include <cstdint>
 
 namespace korvalite {
 
-struct WorkingMesh;
 template <typename Metric>
 class KeptQuadrics;
 
@@ -21,20 +20,31 @@ class KeptQuadrics;
 /// vertices act alone, so a mesh that is only nearly symmetric collapses freely where it is not.
 void BuildSymmetrySlaves(WorkingMesh& work);
 
+template <SharingPolicy Sharing>
+bool isSlave(const WorkingMesh& work, std::int32_t vertex, const Sharing& sharing) {
+    const auto guard = sharing.symmetrySlaves();
+    return work.symmetrySlaves.Test(vertex);
+}
+template <SharingPolicy Sharing>
+void freeSlave(WorkingMesh& work, std::int32_t vertex, const Sharing& sharing) {
+    const auto guard = sharing.symmetrySlaves();
+    work.symmetrySlaves.Clear(vertex);
+}
+
 /// The mirror image of a collapse.
 struct SymmetricCollapse {
-    std::int32_t mirrorV = kNone;
-    std::int32_t mirrorW = kNone;
+    std::int32_t mirrorRemoved = kNone;
+    std::int32_t mirrorKept = kNone;
     bool doMirror = false;         // the mirror image must be collapsed too
     bool mirrorOntoPlane = false;  // the kept vertex ends up on the plane
     bool positionFixed = false;    // the position has been projected onto the plane
     EdgeEvaluation evaluation;     // position and colour of the mirror image
 };
 
-/// Determines the mirror image of collapsing v onto w; may change the position in `evaluation`.
-/// False refuses the collapse. REQUIRES: m_handleSymmetry_internal.
+/// Determines the mirror image of collapsing `removed` onto `kept`; may change the position in
+/// `evaluation`. False refuses the collapse. REQUIRES: m_handleSymmetry_internal.
 template <typename Metric>
-bool CheckSymmetricCollapse(const WorkingMesh& work, std::int32_t v, std::int32_t w,
+bool CheckSymmetricCollapse(const WorkingMesh& work, std::int32_t removed, std::int32_t kept,
                             EdgeEvaluation& evaluation, SymmetricCollapse& mirror,
                             KeptQuadrics<Metric>& keptQuadrics);
 

@@ -1,13 +1,31 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "collapse/collapse.h"
 #include "mesh/corner_lists.h"
+#include "splits/vsplit.h"
 
 #include <cstdint>
 #include <vector>
 
 namespace korvalite {
+
+/// One collapse and its results. The driver reuses the record, so a collapse allocates nothing once
+/// the lists have grown.
+struct CollapseRecord {
+    VSplit split;
+    CollapseFlags flags;
+    // The ring of the kept vertex after the collapse, gathered by the link test; empty with
+    // ProtectTopology off, which skips that test.
+    IndexList neighbours;
+    IndexList ringCorners;
+
+    void clear() {
+        split.clear();
+        flags = {};
+        neighbours.clear();
+        ringCorners.clear();
+    }
+};
 
 /// The results of one turn of one thread until they are committed. Reused in every turn, so the
 /// lists keep their capacity.

@@ -4,29 +4,33 @@
 // with its mirror image or refuses, lets the driver re-rank what has changed, and records the
 // splits.
 //
-// A driver has the hooks of PairCollapse and these:
-//
-//   static constexpr bool kRecordsSplits
-//   void rankForFinishStep(vertex)          cost and partner of one vertex, not queued
-//   void showProgress(done)                 every 200 successful turns; a mirrored pair counts once
-//
 // Invariants: numActiveVertices and numActiveTriangles equal the number of set bits; a turn ends
 // with its collapse complete and recorded, or with the mesh unchanged.
 #pragma once
 
-#include "collapse/collapse.h"
+#include "collapse/sharing.h"
+#include "collapse/work_record.h"
 #include "drivers/pair_collapse.h"
 #include "progressive/progressive_mesh.h"
 
+#include <concepts>
 #include <cstdint>
 
 namespace korvalite {
 
+/// What a driver adds to the loop, besides the hooks of a turn.
 template <typename Driver>
+concept LoopDriver = PairDriver<Driver> && requires(Driver& driver, std::int32_t vertex) {
+    { Driver::kRecordsSplits } -> std::convertible_to<bool>;
+    driver.rankForFinishStep(vertex);  // cost and partner of one vertex, not queued
+    driver.showProgress(vertex);       // the count so far, every 200 successful turns
+};
+
+template <LoopDriver Driver>
 class CollapseLoop {
 public:
-    CollapseLoop(ProgressiveMesh& pm, Driver& driver)
-        : pm_(pm), mesh_(pm.mesh), driver_(driver),
+    CollapseLoop(ProgressiveMesh& pm, Driver& driver, Alone& alone)
+        : pm_(pm), mesh_(pm.mesh), driver_(driver), alone_(alone),
           startCount_(static_cast<double>(pm.activeCount()) + 0.2) {}
 
     void run() {
@@ -41,23 +45,21 @@ public:
 private:
     enum class Turn { Next, Stop };
 
-    static std::size_t at(std::int32_t index) { return static_cast<std::size_t>(index); }
-
     Turn takeTurn() {
         if (pm_.monitor->stopRequested()) return Turn::Stop;
         if (pm_.activeCount() <= pm_.TargetNumItem) return Turn::Stop;
         if (pm_.costQueue.vertexCount() == 0) return Turn::Stop;
-        const std::int32_t v = pm_.costQueue.Top();
-        if (v == kNone) return Turn::Stop;
-        const std::int32_t u = mesh_.vertices[at(v)].partner;
-        if (u == kNone || !mesh_.vertexActive.Test(u)) {
-            pm_.costQueue.Remove(v);
+        const std::int32_t removed = pm_.costQueue.Top();
+        if (removed == kNone) return Turn::Stop;
+        const std::int32_t kept = mesh_.vertices[removed].partner;
+        if (kept == kNone || !mesh_.vertexActive.Test(kept)) {
+            pm_.costQueue.Remove(removed);
             return Turn::Next;
         }
-        const float cost = mesh_.vertices[at(v)].cost;
+        const float cost = mesh_.vertices[removed].cost;
         if (cost >= kPenalizedCost) return onlyRefusedLeft(cost);
-        if (pair_.collapse(v, u)) {
-            pair_.rankAgain(v, u);
+        if (pair_.collapse(removed, kept)) {
+            pair_.rankAgain(removed, kept);
             record();
             showProgress();
         }
@@ -106,13 +108,13 @@ private:
     ProgressiveMesh& pm_;
     DMesh& mesh_;
     Driver& driver_;
+    Alone& alone_;
     double startCount_;
     std::uint32_t turns_ = 0;
 
     CollapseRecord first_;
     CollapseRecord second_;
-    ChangesAtOnce changes_{pm_};
-    PairCollapse<Driver, ChangesAtOnce> pair_{pm_, driver_, changes_, first_, second_};
+    PairCollapse<Driver, Alone> pair_{pm_, driver_, alone_, first_, second_};
 };
 
 }  // namespace korvalite

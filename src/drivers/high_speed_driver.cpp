@@ -3,7 +3,7 @@
 
 #include "base/names.h"
 #include "drivers/collapse_loop.h"
-#include "drivers/driver_preparation.h"
+#include "drivers/preparation.h"
 #include "metric/metric.h"
 #include "ranking/high_speed_costs.h"
 #include "ranking/initial_edges.h"
@@ -19,15 +19,17 @@ public:
     using Metric = PlainMetric;
     static constexpr bool kRecordsSplits = true;
 
-    HighSpeedDriver(ProgressiveMesh& pm, HighSpeedState& state) : pm_(pm), state_(state) {}
+    HighSpeedDriver(ProgressiveMesh& pm, HighSpeedState& state, Alone& alone)
+        : pm_(pm), state_(state), alone_(alone) {}
 
     // A vertex that was ranked without a position, as by the hooks below, collapses to the one
     // stored before. If it has none, such as a slave, it collapses to its partner's position.
-    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u,
+    [[nodiscard]] EdgeEvaluation place(std::int32_t removed, std::int32_t kept,
                                        KeptQuadrics<Metric>& /*keptQuadrics*/) const {
         EdgeEvaluation evaluation;
-        evaluation.position = state_.hasBestPosition.Test(v) ? state_.bestPositions[at(v)]
-                                                             : pm_.mesh.vertices[at(u)].position();
+        evaluation.position = state_.hasBestPosition.Test(removed)
+                                  ? state_.bestPositions[removed]
+                                  : pm_.mesh.vertices[kept].position();
         return evaluation;
     }
 
@@ -35,14 +37,16 @@ public:
     void carryAttributes(CollapseRecord& collapse, std::int32_t /*removed*/, std::int32_t kept,
                          const EdgeEvaluation& /*evaluation*/) const {
         if (!pm_.m_useVertexColors_internal || !pm_.mesh.hasColors()) return;
-        collapse.split.savedColor = pm_.mesh.vertexColors[at(kept)];
+        collapse.split.savedColor = pm_.mesh.vertexColors[kept];
     }
 
     void updateCosts(std::int32_t kept, const CollapseRecord& /*collapse*/) {
         UpdateNeighbourCosts(pm_, state_, kept);
     }
 
-    void refreshCosts(const CollapseRecord& collapse) { RefreshRingCosts(pm_, collapse.split); }
+    void refreshCosts(const CollapseRecord& collapse) {
+        RefreshRingCosts<Metric>(pm_, collapse.split, alone_);
+    }
 
     void rankFreedSlave(std::int32_t vertex) {
         RecomputeVertexCostFromStored(pm_, state_, vertex, ring_);
@@ -58,10 +62,9 @@ public:
     }
 
 private:
-    static std::size_t at(std::int32_t index) { return static_cast<std::size_t>(index); }
-
     ProgressiveMesh& pm_;
     HighSpeedState& state_;
+    Alone& alone_;
     IndexList ring_;
 };
 
@@ -76,8 +79,9 @@ int doDecimation_HS(ProgressiveMesh& pm) {
     pm.monitor->EndSubTask();
     pm.monitor->step(RunStep::VerticesQueued);
     openVSplitList(pm);
-    HighSpeedDriver driver(pm, state);
-    CollapseLoop(pm, driver).run();
+    Alone alone(pm);
+    HighSpeedDriver driver(pm, state, alone);
+    CollapseLoop(pm, driver, alone).run();
     pm.monitor->EndMainTask();
     pm.monitor->step(RunStep::LoopEnded);
     return 0;

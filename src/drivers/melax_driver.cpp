@@ -2,7 +2,7 @@
 #include "drivers/melax_driver.h"
 
 #include "drivers/collapse_loop.h"
-#include "drivers/driver_preparation.h"
+#include "drivers/preparation.h"
 #include "metric/metric.h"
 #include "ranking/melax_costs.h"
 
@@ -18,10 +18,10 @@ public:
 
     explicit MelaxDriver(ProgressiveMesh& pm) : pm_(pm) {}
 
-    [[nodiscard]] EdgeEvaluation place(std::int32_t /*v*/, std::int32_t u,
+    [[nodiscard]] EdgeEvaluation place(std::int32_t /*removed*/, std::int32_t kept,
                                        KeptQuadrics<Metric>& /*keptQuadrics*/) const {
         EdgeEvaluation evaluation;
-        evaluation.position = pm_.mesh.vertices[static_cast<std::size_t>(u)].position();
+        evaluation.position = pm_.mesh.vertices[kept].position();
         return evaluation;
     }
 
@@ -60,7 +60,8 @@ int doDecimation_Melax(ProgressiveMesh& pm) {
     InitVerticesCostMelax(pm, driver.state());
     pm.monitor->EndSubTask();
     openVSplitList(pm);
-    CollapseLoop(pm, driver).run();
+    Alone alone(pm);
+    CollapseLoop(pm, driver, alone).run();
     pm.monitor->EndMainTask();
     pm.monitor->step(RunStep::LoopEnded);
     return 0;

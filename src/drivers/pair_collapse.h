@@ -2,136 +2,120 @@
 //
 // The core of a turn, the same in all drivers: a collapse and, where symmetry requires it, its
 // mirror image, both or neither, followed by the re-ranking of the vertices around them.
-//
-// A driver is a class with these hooks:
-//
-//   using Metric                            places the mirror image
-//   EdgeEvaluation place(v, u, quadrics)    new position and colour of u; quadrics is KeptQuadrics
-//   void carryAttributes(record, removed, kept, evaluation)
-//   void updateCosts(kept, record)          after a collapse onto a vertex that is still active
-//   void refreshCosts(record)               ... that is no longer active
-//   void rankFreedSlave(vertex)             cost and partner of one vertex; also queues it
-//
-// Changes defines how the driver collapses and how it changes everything outside the mesh: at once
-// (ChangesAtOnce), or recorded until it holds the queue.
 #pragma once
 
 #include "collapse/collapse.h"
+#include "collapse/sharing.h"
 #include "collapse/symmetric_collapse.h"
 #include "metric/edge_cost.h"
 #include "metric/metric.h"
 #include "progressive/progressive_mesh.h"
 
 #include <algorithm>
+#include <concepts>
 #include <cstdint>
 
 namespace korvalite {
 
-/// For a driver that has the mesh to itself.
-class ChangesAtOnce {
-public:
-    static constexpr bool kOthersChangeTheMesh = false;
+/// What a driver adds to a turn.
+template <typename Driver>
+concept PairDriver = requires(Driver& driver, std::int32_t vertex,
+                              KeptQuadrics<typename Driver::Metric>& quadrics,
+                              CollapseRecord& record, const CollapseRecord& made,
+                              const EdgeEvaluation& evaluation) {
+    // Driver::Metric places the mirror image.
 
-    explicit ChangesAtOnce(ProgressiveMesh& pm) : pm_(pm) {}
-
-    CollapseResult collapse(std::int32_t v, std::int32_t w, const FloatVec3& position,
-                            CollapseRecord& record) {
-        return CollapseEdge(pm_, v, w, position, record, scratch_);
-    }
-    void undo(std::int32_t v, std::int32_t w, const CollapseRecord& record) {
-        UndoCollapse(pm_, v, w, record.split, record.flags);
-    }
-    void penalize(std::int32_t vertex) { Penalize(pm_.mesh, pm_.costQueue, vertex); }
-    void unqueue(std::int32_t vertex) { pm_.costQueue.Remove(vertex); }
-    [[nodiscard]] bool isSlave(std::int32_t vertex) const {
-        return pm_.symmetrySlaves.Test(vertex);
-    }
-    void freeSlave(std::int32_t vertex) { pm_.symmetrySlaves.Clear(vertex); }
-
-private:
-    ProgressiveMesh& pm_;
-    CollapseScratch scratch_;
+    // The new position and colour of the kept vertex: place(removed, kept, quadrics).
+    { driver.place(vertex, vertex, quadrics) } -> std::same_as<EdgeEvaluation>;
+    driver.carryAttributes(record, vertex, vertex, evaluation);  // removed, kept
+    driver.updateCosts(vertex, made);  // after a collapse onto a vertex that is still active
+    driver.refreshCosts(made);         // ... that is no longer active
+    driver.rankFreedSlave(vertex);     // ranks one vertex and queues it
 };
 
-template <typename Driver, typename Changes>
+template <PairDriver Driver, SharingPolicy Sharing>
 class PairCollapse {
 public:
     /// The records, for one collapse and its mirror image, belong to the caller.
-    PairCollapse(ProgressiveMesh& pm, Driver& driver, Changes& changes, CollapseRecord& first,
+    PairCollapse(ProgressiveMesh& pm, Driver& driver, Sharing& sharing, CollapseRecord& first,
                  CollapseRecord& second)
-        : pm_(pm), mesh_(pm.mesh), driver_(driver), changes_(changes), first_(first),
+        : pm_(pm), mesh_(pm.mesh), driver_(driver), sharing_(sharing), first_(first),
           second_(second) {}
 
-    /// Collapses v onto u together with the mirror image, if required. On refusal returns false,
-    /// leaves the mesh as it was and penalizes the refused vertex.
-    bool collapse(std::int32_t v, std::int32_t u) {
+    /// Collapses `removed` onto `kept` together with the mirror image, if required. On refusal
+    /// returns false, leaves the mesh as it was and penalizes the refused vertex.
+    bool collapse(std::int32_t removed, std::int32_t kept) {
         // The new evaluation's cost is ignored: the stored cost has already decided.
-        if (Changes::kOthersChangeTheMesh) keptQuadrics_.forget();
-        EdgeEvaluation evaluation = driver_.place(v, u, keptQuadrics_);
+        if (Sharing::kIsShared) keptQuadrics_.forget();  // others change the mesh
+        EdgeEvaluation evaluation = driver_.place(removed, kept, keptQuadrics_);
         mirror_ = {};
         if (pm_.m_handleSymmetry_internal &&
-            !CheckSymmetricCollapse(pm_, v, u, evaluation, mirror_, keptQuadrics_)) {
-            return refuse(v);
+            !CheckSymmetricCollapse(pm_, removed, kept, evaluation, mirror_, keptQuadrics_)) {
+            return refuse(removed);
         }
         first_.clear();
         second_.clear();
-        if (!tryCollapse(v, u, evaluation.position, first_)) return refuse(v);
-        if (mirror_.doMirror && !collapseMirror(v, u)) return refuse(v);
-        driver_.carryAttributes(first_, v, u, evaluation);
+        if (!tryCollapse(removed, kept, evaluation.position, first_)) return refuse(removed);
+        if (mirror_.doMirror && !collapseMirror(removed, kept)) return refuse(removed);
+        driver_.carryAttributes(first_, removed, kept, evaluation);
         if (mirror_.doMirror) {
-            driver_.carryAttributes(second_, mirror_.mirrorV, mirror_.mirrorW, mirror_.evaluation);
+            driver_.carryAttributes(second_, mirror_.mirrorRemoved, mirror_.mirrorKept,
+                                    mirror_.evaluation);
         }
         return true;
     }
 
     /// REQUIRES: collapse has just succeeded.
-    void rankAgain(std::int32_t v, std::int32_t u) {
-        const std::int32_t mv = mirror_.mirrorV;
-        changes_.unqueue(v);
-        if (mirror_.doMirror) changes_.unqueue(mv);
-        if (pm_.m_handleSymmetry_internal && u == mv) {
-            // v collapsed onto its own mirror image, which is now on the plane.
-            mesh_.symmetryCache.pairing[static_cast<std::size_t>(u)] = u;
-            changes_.freeSlave(u);
+    void rankAgain(std::int32_t removed, std::int32_t kept) {
+        const std::int32_t mirrorRemoved = mirror_.mirrorRemoved;
+        sharing_.unqueue(removed);
+        if (mirror_.doMirror) sharing_.unqueue(mirrorRemoved);
+        if (pm_.m_handleSymmetry_internal && kept == mirrorRemoved) {
+            // The vertex collapsed onto its own mirror image, which is now on the plane.
+            mesh_.symmetryCache.pairing[kept] = kept;
+            freeSlave(pm_, kept, sharing_);
         }
-        rankAround(u, first_);
-        if (mirror_.doMirror) rankAround(mirror_.mirrorW, second_);
-        if (pm_.m_handleSymmetry_internal && !mirror_.doMirror && mv != kNone) freeSlave(mv);
+        rankAround(kept, first_);
+        if (mirror_.doMirror) rankAround(mirror_.mirrorKept, second_);
+        if (pm_.m_handleSymmetry_internal && !mirror_.doMirror && mirrorRemoved != kNone)
+            releaseSlave(mirrorRemoved);
     }
 
     /// Whether the second record holds the mirror image of the collapse.
     [[nodiscard]] bool hasMirror() const { return mirror_.doMirror; }
 
 private:
-    bool tryCollapse(std::int32_t v, std::int32_t w, const FloatVec3& position,
+    bool tryCollapse(std::int32_t removed, std::int32_t kept, const FloatVec3& position,
                      CollapseRecord& record) {
-        const CollapseResult result = changes_.collapse(v, w, position, record);
+        const CollapseResult result =
+            CollapseEdge(pm_, removed, kept, position, record, scratch_, sharing_);
         // The order of the lists has changed, even if the collapse was undone.
         if (record.split.vertex != kNone) keptQuadrics_.forget();
         return result == CollapseResult::Done;
     }
 
-    bool refuse(std::int32_t v) {
-        changes_.penalize(v);
+    bool refuse(std::int32_t removed) {
+        sharing_.penalize(removed);
         return false;
     }
 
     /// Collapses the mirror image after the first collapse; a refusal undoes the first one too.
-    bool collapseMirror(std::int32_t v, std::int32_t u) {
-        const std::int32_t mv = mirror_.mirrorV;
-        if (!mesh_.vertexActive.Test(mirror_.mirrorW)) {
+    bool collapseMirror(std::int32_t removed, std::int32_t kept) {
+        const std::int32_t mirrorRemoved = mirror_.mirrorRemoved;
+        if (!mesh_.vertexActive.Test(mirror_.mirrorKept)) {
             // The first collapse has removed its last triangle, so there is nothing to collapse
             // onto.
             mirror_.doMirror = false;
             return true;
         }
-        mesh_.vertices[static_cast<std::size_t>(mv)].partner = mirror_.mirrorW;
-        if (!tryCollapse(mv, mirror_.mirrorW, mirror_.evaluation.position, second_)) {
-            changes_.penalize(mv);
-            changes_.undo(v, u, first_);
+        mesh_.vertices[mirrorRemoved].partner = mirror_.mirrorKept;
+        if (!tryCollapse(mirrorRemoved, mirror_.mirrorKept, mirror_.evaluation.position, second_)) {
+            sharing_.penalize(mirrorRemoved);
+            UndoCollapse(mesh_, removed, kept, first_, sharing_);
             return false;
         }
-        const auto gone = std::find(first_.neighbours.begin(), first_.neighbours.end(), mv);
+        const auto gone =
+            std::find(first_.neighbours.begin(), first_.neighbours.end(), mirrorRemoved);
         if (gone != first_.neighbours.end()) first_.neighbours.erase(gone);
         return true;
     }
@@ -145,19 +129,20 @@ private:
     }
 
     /// If a master has collapsed alone, its slave becomes an independent vertex.
-    void freeSlave(std::int32_t slave) {
-        if (!mesh_.vertexActive.Test(slave) || !changes_.isSlave(slave) ||
+    void releaseSlave(std::int32_t slave) {
+        if (!mesh_.vertexActive.Test(slave) || !isSlave(pm_, slave, sharing_) ||
             pm_.costQueue.isQueued(slave)) {
             return;
         }
-        changes_.freeSlave(slave);
+        freeSlave(pm_, slave, sharing_);
         driver_.rankFreedSlave(slave);
     }
 
     ProgressiveMesh& pm_;
     DMesh& mesh_;
     Driver& driver_;
-    Changes& changes_;
+    Sharing& sharing_;
+    CollapseScratch scratch_;
     CollapseRecord& first_;
     CollapseRecord& second_;
     SymmetricCollapse mirror_;

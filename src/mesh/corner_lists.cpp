@@ -9,8 +9,8 @@ namespace korvalite {
 
 namespace {
 
-void buildLists(std::vector<std::int32_t>& head, std::vector<std::int32_t>& next,
-                std::size_t itemCount, const std::vector<std::uint32_t>& itemOfCorner) {
+void buildLists(IndexedArray<std::int32_t>& head, IndexedArray<std::int32_t>& next,
+                std::size_t itemCount, const IndexedArray<std::uint32_t>& itemOfCorner) {
     reserveLarge(head, itemCount);
     head.assign(itemCount, kNone);
     reserveLarge(next, itemOfCorner.size());
@@ -22,12 +22,12 @@ void buildLists(std::vector<std::int32_t>& head, std::vector<std::int32_t>& next
     }
 }
 
-void dropDeadCorners(const DMesh& mesh, std::vector<std::int32_t>& head,
-                     std::vector<std::int32_t>& next) {
+void dropDeadCorners(const DMesh& mesh, IndexedArray<std::int32_t>& head,
+                     IndexedArray<std::int32_t>& next) {
     if (!hasDeadTriangles(mesh)) return;
     for (std::int32_t& first : head) {
         for (std::int32_t* link = &first; *link != kNone;) {
-            std::int32_t& rest = next[static_cast<std::size_t>(*link)];
+            std::int32_t& rest = next[*link];
             if (mesh.triangleActive.Test(*link / 3)) {
                 link = &rest;
             } else {
@@ -38,10 +38,10 @@ void dropDeadCorners(const DMesh& mesh, std::vector<std::int32_t>& head,
 }
 
 template <typename Visit>
-void walk(const std::vector<std::int32_t>& head, const std::vector<std::int32_t>& next,
+void walk(const IndexedArray<std::int32_t>& head, const IndexedArray<std::int32_t>& next,
           std::int32_t item, Visit visit) {
-    for (std::int32_t corner = loadRelaxed(head[static_cast<std::size_t>(item)]); corner != kNone;
-         corner = loadRelaxed(next[static_cast<std::size_t>(corner)])) {
+    for (std::int32_t corner = loadRelaxed(head[item]); corner != kNone;
+         corner = loadRelaxed(next[corner])) {
         visit(corner);
     }
 }
@@ -80,7 +80,7 @@ private:
         std::int32_t item = kNone;
         std::uint32_t round = 0;  // a slot of an earlier round is free
     };
-    std::vector<Slot> slots_;
+    IndexedArray<Slot> slots_;
     std::size_t mask_ = 0;
     std::uint32_t round_ = 0;
 };
@@ -106,13 +106,13 @@ void appendNeighbour(IndexList& neighbours, const std::uint32_t& item) {
 }
 
 /// Gathers the distinct items at the other corners of the triangles in a corner list.
-void gatherRing(const std::vector<std::int32_t>& head, const std::vector<std::int32_t>& next,
-                const std::vector<std::uint32_t>& itemOfCorner, std::int32_t item,
+void gatherRing(const IndexedArray<std::int32_t>& head, const IndexedArray<std::int32_t>& next,
+                const IndexedArray<std::uint32_t>& itemOfCorner, std::int32_t item,
                 IndexList& neighbours) {
     neighbours.clear();
     walk(head, next, item, [&](std::int32_t corner) {
-        appendNeighbour(neighbours, itemOfCorner[static_cast<std::size_t>(nextCorner(corner))]);
-        appendNeighbour(neighbours, itemOfCorner[static_cast<std::size_t>(previousCorner(corner))]);
+        appendNeighbour(neighbours, itemOfCorner[nextCorner(corner)]);
+        appendNeighbour(neighbours, itemOfCorner[previousCorner(corner)]);
     });
     if (neighbours.size() > kLongestSearchedRing) keepFirstOfEach(neighbours);
 }
@@ -140,16 +140,16 @@ void dropDeadUVCorners(DMesh& mesh) {
 }
 
 void ReleaseVertexCorners(DMesh& mesh) {
-    std::vector<std::int32_t>().swap(mesh.vertexTriangleHead);
-    std::vector<std::int32_t>().swap(mesh.cornerNext);
+    IndexedArray<std::int32_t>().swap(mesh.vertexTriangleHead);
+    IndexedArray<std::int32_t>().swap(mesh.cornerNext);
     seen = {};
 }
 
-void unlinkCorner(std::int32_t& head, std::vector<std::int32_t>& next, std::int32_t corner) {
+void unlinkCorner(std::int32_t& head, IndexedArray<std::int32_t>& next, std::int32_t corner) {
     std::int32_t* link = &head;
     while (*link != kNone && *link != corner)
-        link = &next[static_cast<std::size_t>(*link)];
-    if (*link == corner) storeRelaxed(*link, next[static_cast<std::size_t>(corner)]);
+        link = &next[*link];
+    if (*link == corner) storeRelaxed(*link, next[corner]);
 }
 
 void GetVertexCorners(const DMesh& mesh, std::int32_t vertex, IndexList& corners) {
@@ -183,12 +183,12 @@ void GetUVCornersAndNeighbours(const DMesh& mesh, std::int32_t uvIndex, IndexLis
 void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices,
                        IndexList& cursors, const BitArray* triangleBits) {
     for (const std::int32_t vertex : vertices) {
-        prefetch(&mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]);
-        prefetch(&mesh.vertices[static_cast<std::size_t>(vertex)]);
+        prefetch(&mesh.vertexTriangleHead[vertex]);
+        prefetch(&mesh.vertices[vertex]);
     }
     cursors.clear();
     for (const std::int32_t vertex : vertices) {
-        cursors.push_back(loadRelaxed(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]));
+        cursors.push_back(loadRelaxed(mesh.vertexTriangleHead[vertex]));
     }
     // Prefetching a hub's whole list would evict its first lines before they are used.
     constexpr int kLongestWarmed = 64;
@@ -196,9 +196,9 @@ void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices
         std::size_t left = 0;
         for (const std::int32_t corner : cursors) {
             if (corner == kNone) continue;
-            prefetch(&mesh.triangles[static_cast<std::size_t>(corner)]);
-            if (triangleBits != nullptr) triangleBits->prefetchBit(corner / 3);
-            cursors[left++] = loadRelaxed(mesh.cornerNext[static_cast<std::size_t>(corner)]);
+            prefetch(&mesh.triangles[corner]);
+            if (triangleBits != nullptr) triangleBits->prefetchBit(triangleOf(corner));
+            cursors[left++] = loadRelaxed(mesh.cornerNext[corner]);
         }
         cursors.resize(left);
     }

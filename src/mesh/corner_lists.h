@@ -10,16 +10,25 @@
 // moved: at any moment, every link leads to another corner of the same vertex.
 #pragma once
 
+#include "base/indexed_array.h"
 #include "mesh/dmesh.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace korvalite {
 
-using IndexList = std::vector<std::int32_t>;
+using IndexList = IndexedArray<std::int32_t>;
+
+inline std::int32_t triangleOf(std::int32_t corner) {
+    return corner / 3;
+}
+inline std::array<std::int32_t, 3> cornersOf(std::int32_t triangle) {
+    return {3 * triangle, 3 * triangle + 1, 3 * triangle + 2};
+}
 
 /// The other two corners of a corner's triangle, in cyclic order.
 inline std::int32_t nextCorner(std::int32_t corner) {
@@ -30,10 +39,10 @@ inline std::int32_t previousCorner(std::int32_t corner) {
 }
 
 inline std::int32_t vertexAt(const DMesh& mesh, std::int32_t corner) {
-    return static_cast<std::int32_t>(loadRelaxed(mesh.triangles[static_cast<std::size_t>(corner)]));
+    return static_cast<std::int32_t>(loadRelaxed(mesh.triangles[corner]));
 }
 inline std::int32_t uvIndexAt(const DMesh& mesh, std::int32_t corner) {
-    return static_cast<std::int32_t>(mesh.indicesUV[static_cast<std::size_t>(corner)]);
+    return static_cast<std::int32_t>(mesh.indicesUV[corner]);
 }
 
 inline bool contains(const IndexList& list, std::int32_t item) {
@@ -56,7 +65,7 @@ void dropDeadVertexCorners(DMesh& mesh);
 void dropDeadUVCorners(DMesh& mesh);
 
 /// Removes a corner from the list that begins at `head`; no effect if it is not in the list.
-void unlinkCorner(std::int32_t& head, std::vector<std::int32_t>& next, std::int32_t corner);
+void unlinkCorner(std::int32_t& head, IndexedArray<std::int32_t>& next, std::int32_t corner);
 
 /// The functions below clear their result lists first. Neighbours are distinct and in order of
 /// first occurrence: for each corner, the vertex at the next corner of its triangle, then the
@@ -90,18 +99,17 @@ void forEachTriangle(const DMesh& mesh, Visit visit) {
 /// The first corner of a vertex, in list order, for which matches(corner) is true; else kNone.
 template <typename Matches>
 std::int32_t findCorner(const DMesh& mesh, std::int32_t vertex, Matches matches) {
-    std::int32_t corner = loadRelaxed(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]);
+    std::int32_t corner = loadRelaxed(mesh.vertexTriangleHead[vertex]);
     while (corner != kNone && !matches(corner))
-        corner = loadRelaxed(mesh.cornerNext[static_cast<std::size_t>(corner)]);
+        corner = loadRelaxed(mesh.cornerNext[corner]);
     return corner;
 }
 
 /// Calls visit(corner) for each corner of a vertex, in list order.
 template <typename Visit>
 void forEachCorner(const DMesh& mesh, std::int32_t vertex, Visit visit) {
-    for (std::int32_t corner =
-             loadRelaxed(mesh.vertexTriangleHead[static_cast<std::size_t>(vertex)]);
-         corner != kNone; corner = loadRelaxed(mesh.cornerNext[static_cast<std::size_t>(corner)])) {
+    for (std::int32_t corner = loadRelaxed(mesh.vertexTriangleHead[vertex]); corner != kNone;
+         corner = loadRelaxed(mesh.cornerNext[corner])) {
         visit(corner);
     }
 }

@@ -9,6 +9,7 @@
 
 #include "base/bit_array.h"
 #include "base/cache_line.h"
+#include "base/indexed_array.h"
 #include "base/relaxed.h"
 #include "geometry/vec3.h"
 #include "mesh/symmetry_cache.h"
@@ -17,7 +18,6 @@
 #include <array>
 #include <cstdint>
 #include <limits>
-#include <vector>
 
 namespace korvalite {
 
@@ -45,11 +45,38 @@ struct VertexRecord {
         storeRelaxed(z, p.z);
     }
 };
+
+/// The cheapest collapse of a vertex, as its record has it.
+struct RankedVertex {
+    float cost = kNotCollapsible;
+    std::int32_t partner = kNone;
+};
+
+/// Makes a vertex not collapsible, until an edge is ranked.
+inline void forgetCost(VertexRecord& vertex) {
+    vertex.cost = kNotCollapsible;
+    vertex.partner = kNone;
+}
+
+inline void storeRanking(VertexRecord& vertex, const RankedVertex& ranked) {
+    vertex.cost = ranked.cost;
+    vertex.partner = ranked.partner;
+}
+
+/// Takes a cost and its partner if the cost is lower than the best so far; among equals the first
+/// stays. Returns whether it was taken.
+inline bool takeIfLower(float& best, std::int32_t& bestPartner, float cost, std::int32_t partner) {
+    if (!(best > cost)) return false;
+    best = cost;
+    bestPartner = partner;
+    return true;
+}
+
 static_assert(sizeof(VertexRecord) == 20, "20 bytes a vertex are part of the memory budget");
 
 /// Records added by resizing are all zero bytes, whatever their defaults say, and take no memory
 /// until they are written. In a partly loaded mesh most never are.
-using VertexRecords = std::vector<VertexRecord, ZeroPagesAllocator<VertexRecord>>;
+using VertexRecords = IndexedArray<VertexRecord, ZeroPagesAllocator<VertexRecord>>;
 
 struct UVCoord {
     float u = 0;
@@ -66,7 +93,7 @@ struct BoundingBox {
 };
 
 struct DMesh {
-    std::vector<std::uint32_t> triangles;  // three vertex indices per triangle
+    IndexedArray<std::uint32_t> triangles;  // three vertex indices per triangle
     BitArray triangleActive;
     alignas(kCacheLine) std::uint32_t numActiveTriangles = 0;
 
@@ -75,8 +102,8 @@ struct DMesh {
     alignas(kCacheLine) std::uint32_t numActiveVertices = 0;
 
     // As read: one UV record per corner and no indices. Once welded: one index per corner.
-    alignas(kCacheLine) std::vector<UVCoord> coordsUV;
-    std::vector<std::uint32_t> indicesUV;
+    alignas(kCacheLine) IndexedArray<UVCoord> coordsUV;
+    IndexedArray<std::uint32_t> indicesUV;
 
     std::uint32_t meshFormatVersion = 0;  // carried through the .kvm header
 
@@ -85,15 +112,15 @@ struct DMesh {
     std::int32_t symmetryMode = -1;     // 0 off, 1 on the given axis, -1 search for the axis
 
     // Empty, or one entry per vertex record; any other size turns the feature off.
-    std::vector<std::uint8_t> maskValues;
-    std::vector<std::uint32_t> vertexColors;  // lowest byte first: red, green, blue, mask
+    IndexedArray<std::uint8_t> maskValues;
+    IndexedArray<std::uint32_t> vertexColors;  // lowest byte first: red, green, blue, mask
 
     // Corner lists (mesh/corner_lists.h). They and the bits derived from them exist while a driver
     // runs.
-    std::vector<std::int32_t> vertexTriangleHead;
-    std::vector<std::int32_t> cornerNext;
-    std::vector<std::int32_t> uvCornerHead;
-    std::vector<std::int32_t> uvCornerNext;
+    IndexedArray<std::int32_t> vertexTriangleHead;
+    IndexedArray<std::int32_t> cornerNext;
+    IndexedArray<std::int32_t> uvCornerHead;
+    IndexedArray<std::int32_t> uvCornerNext;
 
     BoundingBox boundingBox;
 

@@ -6,7 +6,7 @@
 namespace korvalite {
 
 void KRDMeshSymmetryCache::reset() {
-    std::vector<std::int32_t>().swap(pairing);
+    IndexedArray<std::int32_t>().swap(pairing);
     secondSide.Reset(secondSide.count());
     pairedRatio = 0.0F;
     axisRatios = {-1.0F, -1.0F, -1.0F};

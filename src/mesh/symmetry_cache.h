@@ -2,11 +2,11 @@
 #pragma once
 
 #include "base/bit_array.h"
+#include "base/indexed_array.h"
 #include "geometry/transform.h"
 #include "geometry/vec3.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace korvalite {
 
@@ -25,7 +25,7 @@ struct KRDMeshSymmetryCache {
 
     // One entry per vertex: -1 if unpaired, the vertex itself if on the plane, else its mirror
     // vertex. Symmetric until the drivers change it.
-    std::vector<std::int32_t> pairing;
+    IndexedArray<std::int32_t> pairing;
     BitArray secondSide;  // one bit per vertex, set above the plane
     float pairedRatio = 0.0F;
     FloatVec3 axisRatios{-1.0F, -1.0F, -1.0F};  // -1 for an axis not tested

@@ -16,7 +16,7 @@ constexpr std::uint32_t kUnassigned = 0xFFFFFFFFU;
 constexpr float kWeldDistanceSq = 1e-5F;
 
 UVCoord uvAt(const DMesh& mesh, std::int32_t uvIndex) {
-    return mesh.coordsUV[static_cast<std::size_t>(uvIndex)];
+    return mesh.coordsUV[uvIndex];
 }
 
 UVCoord direction(UVCoord to, UVCoord from) {
@@ -76,7 +76,7 @@ bool isClose(UVCoord a, UVCoord b) {
 /// close, so a cell holds only a few.
 class KeptRecords {
 public:
-    explicit KeptRecords(const std::vector<UVCoord>& coords) : coords_(coords) {}
+    explicit KeptRecords(const IndexedArray<UVCoord>& coords) : coords_(coords) {}
 
     void add(std::uint32_t record) {
         const UVCoord uv = coords_[record];
@@ -114,8 +114,8 @@ private:
                 std::floor(static_cast<double>(uv.v) / kCellSize) + dv};
     }
 
-    const std::vector<UVCoord>& coords_;
-    std::unordered_map<Cell, std::vector<std::uint32_t>, HashOfCell> cells_;
+    const IndexedArray<UVCoord>& coords_;
+    std::unordered_map<Cell, IndexedArray<std::uint32_t>, HashOfCell> cells_;
 };
 
 /// Does the work of weldVertex for a vertex with many corners, without comparing all pairs.
@@ -160,8 +160,8 @@ void weldVertex(DMesh& mesh, const IndexList& corners, BitArray& duplicates) {
 
 /// Drops the marked records and renumbers the indices.
 void compactCoords(DMesh& mesh, const BitArray& duplicates) {
-    std::vector<std::uint32_t> newIndex(mesh.coordsUV.size());
-    std::vector<UVCoord> kept;
+    IndexedArray<std::uint32_t> newIndex(mesh.coordsUV.size());
+    IndexedArray<UVCoord> kept;
     kept.reserve(mesh.coordsUV.size() - static_cast<std::size_t>(duplicates.CountSet()));
     for (std::uint32_t i = 0; i < mesh.coordsUV.size(); ++i) {
         if (duplicates.Test(i)) continue;
@@ -178,8 +178,8 @@ void compactCoords(DMesh& mesh, const BitArray& duplicates) {
 void WeldCornerUVs(DMesh& mesh) {
     if (!mesh.indicesUV.empty() || mesh.coordsUV.size() != mesh.triangles.size()) {
         if (mesh.indicesUV.size() != mesh.triangles.size()) {
-            std::vector<std::uint32_t>().swap(mesh.indicesUV);
-            std::vector<UVCoord>().swap(mesh.coordsUV);
+            IndexedArray<std::uint32_t>().swap(mesh.indicesUV);
+            IndexedArray<UVCoord>().swap(mesh.coordsUV);
         }
         return;
     }

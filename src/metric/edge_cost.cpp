@@ -61,8 +61,8 @@ bool takeIfFinite(EdgeEvaluation& result, float cost, const FloatVec3& position)
 }
 
 /// Takes the best sample point from a to b, the first among equals, if it beats the current cost.
-void searchAlongEdge(const MetricRules& rules, EdgeEvaluation& result,
-                     const FloatVec3& a, const FloatVec3& b, const Quadric3D& quadric) {
+void searchAlongEdge(const MetricRules& rules, EdgeEvaluation& result, const FloatVec3& a,
+                     const FloatVec3& b, const Quadric3D& quadric) {
     EdgeEvaluation found = result;
     for (std::int32_t i = 0; i <= rules.numPositionSamples; ++i) {
         const float t = static_cast<float>(i) / static_cast<float>(rules.numPositionSamples);
@@ -87,8 +87,7 @@ double degeneracy(const Quadric3D& quadric) {
 
 /// Takes the quadric's minimum. Returns false if there is none or it cannot be trusted; the search
 /// then continues from the result.
-bool solve(const MetricRules& rules, EdgeEvaluation& result,
-           const Quadric3D& quadric) {
+bool solve(const MetricRules& rules, EdgeEvaluation& result, const Quadric3D& quadric) {
     const auto& q = quadric.q;
     const Matrix3 matrix{q[0], q[1], q[2], q[1], q[3], q[4], q[2], q[4], q[5]};
     Matrix3 inverse;
@@ -109,8 +108,7 @@ bool solve(const MetricRules& rules, EdgeEvaluation& result,
 /// The mask slows the decimation down where its values are low; 0 forbids a collapse.
 void applyMask(const DMesh& mesh, float& cost, std::int32_t a, std::int32_t b) {
     if (!mesh.hasMask()) return;
-    const std::uint8_t lower = std::min(mesh.maskValues[static_cast<std::size_t>(a)],
-                                        mesh.maskValues[static_cast<std::size_t>(b)]);
+    const std::uint8_t lower = std::min(mesh.maskValues[a], mesh.maskValues[b]);
     const float lack = 255.0F - static_cast<float>(lower);
     if (lower == 0) {
         cost = kNotCollapsible;
@@ -144,8 +142,7 @@ void takeChannel(std::uint8_t& channel, double value) {
     }
 }
 
-void solveColor(const MetricRules& rules, EdgeEvaluation& result,
-                const ColorQuadric& quadric) {
+void solveColor(const MetricRules& rules, EdgeEvaluation& result, const ColorQuadric& quadric) {
     Matrix3 P;
     Matrix3 R;
     Matrix3 T;
@@ -178,7 +175,7 @@ void EvaluateEdgeCost(const DMesh& mesh, const MetricRules& rules, EdgeEvaluatio
     const PlacementRule rule = placementAt(mesh, rules, a, b, borderA, borderB);
     bool search = rule.placement == Placement::Search;
     if (rule.placement == Placement::KeepEndpoint) {
-        const FloatVec3 kept = mesh.vertices[static_cast<std::size_t>(rule.endpoint)].position();
+        const FloatVec3 kept = mesh.vertices[rule.endpoint].position();
         takeIfFinite(result, errorAt(quadric, kept), kept);
     } else if (search) {
         result.cost = kNotCollapsible;
@@ -186,8 +183,8 @@ void EvaluateEdgeCost(const DMesh& mesh, const MetricRules& rules, EdgeEvaluatio
         search = !solve(rules, result, quadric);
     }
     if (search) {
-        searchAlongEdge(rules, result, mesh.vertices[static_cast<std::size_t>(a)].position(),
-                        mesh.vertices[static_cast<std::size_t>(b)].position(), quadric);
+        searchAlongEdge(rules, result, mesh.vertices[a].position(), mesh.vertices[b].position(),
+                        quadric);
     }
     applyMask(mesh, result.cost, a, b);
 }

@@ -12,12 +12,8 @@ namespace korvalite {
 
 namespace {
 
-std::size_t vertexOf(const DMesh& mesh, std::int32_t triangle, std::int32_t corner) {
-    return static_cast<std::size_t>(vertexAt(mesh, 3 * triangle + corner));
-}
-
 FloatVec3 positionOf(const DMesh& mesh, std::int32_t triangle, std::int32_t corner) {
-    return mesh.vertices[vertexOf(mesh, triangle, corner)].position();
+    return mesh.vertices[vertexAt(mesh, 3 * triangle + corner)].position();
 }
 
 /// Divides n by its length, unless that is nearly zero. Returns the weight: the length, or else 1.
@@ -106,11 +102,10 @@ ColorQuadric ComputeTriangleColorQuadric(const DMesh& mesh, const MetricRules& r
         quadric.C = 0.0;
         return quadric;
     }
-    std::array<std::uint32_t, 3> colors;
-    for (std::int32_t k = 0; k < 3; ++k) {
-        colors[static_cast<std::size_t>(k)] =
-            loadRelaxed(mesh.vertexColors[vertexOf(mesh, triangle, k)]);
-    }
+    const auto colorAt = [&](std::int32_t corner) {
+        return loadRelaxed(mesh.vertexColors[vertexAt(mesh, 3 * triangle + corner)]);
+    };
+    const std::array<std::uint32_t, 3> colors{colorAt(0), colorAt(1), colorAt(2)};
     for (unsigned channel = 0; channel < 3; ++channel) {
         const DoubleVec3 w{colorChannel(colors[0], channel) * rules.colorScale,
                            colorChannel(colors[1], channel) * rules.colorScale,

@@ -42,25 +42,24 @@ template void addBorderAndPlane(const DMesh&, const MetricRules&, Quadric3DFloat
 template void addBorderAndPlane(const DMesh&, const MetricRules&, ColorQuadric&, std::int32_t);
 
 void AccumulateVertexQuadric(const DMesh& mesh, const MetricRules& rules,
-                             std::span<const Quadric3D> triangleQuadrics, Quadric3D& inOut,
+                             const IndexedArray<Quadric3D>& triangleQuadrics, Quadric3D& inOut,
                              std::int32_t vertex) {
-    forEachCorner(mesh, vertex, [&](std::int32_t corner) {
-        inOut += triangleQuadrics[static_cast<std::size_t>(corner / 3)];
-    });
+    forEachCorner(mesh, vertex,
+                  [&](std::int32_t corner) { inOut += triangleQuadrics[triangleOf(corner)]; });
     addBorderAndPlane(mesh, rules, inOut, vertex);
 }
 
 void ComputeVertexQuadricFromTriangles(const DMesh& mesh, const MetricRules& rules,
                                        Quadric3D& inOut, std::int32_t vertex) {
     forEachCorner(mesh, vertex, [&](std::int32_t corner) {
-        inOut += ComputeTriangleQuadric(mesh, rules, corner / 3);
+        inOut += ComputeTriangleQuadric(mesh, rules, triangleOf(corner));
     });
 }
 
 void ComputeVertexColorQuadric(const DMesh& mesh, const MetricRules& rules, ColorQuadric& inOut,
                                std::int32_t vertex) {
     forEachCorner(mesh, vertex, [&](std::int32_t corner) {
-        inOut += ComputeTriangleColorQuadric(mesh, rules, corner / 3);
+        inOut += ComputeTriangleColorQuadric(mesh, rules, triangleOf(corner));
     });
 }
 

@@ -3,11 +3,11 @@
 // All routines here add to what `inOut` already holds.
 #pragma once
 
+#include "base/indexed_array.h"
 #include "metric/color_quadric.h"
 #include "metric/quadric3d.h"
 
 #include <cstdint>
-#include <span>
 
 namespace korvalite {
 
@@ -17,7 +17,7 @@ struct MetricRules;
 /// Adds the quadrics around a vertex, from one per triangle, then the border factor and the plane
 /// quadric of addBorderAndPlane.
 void AccumulateVertexQuadric(const DMesh& mesh, const MetricRules& rules,
-                             std::span<const Quadric3D> triangleQuadrics, Quadric3D& inOut,
+                             const IndexedArray<Quadric3D>& triangleQuadrics, Quadric3D& inOut,
                              std::int32_t vertex);
 
 /// Add the current quadrics of the triangles around a vertex, without border factor or plane

@@ -10,10 +10,6 @@ namespace korvalite {
 
 namespace {
 
-std::size_t at(std::int32_t index) {
-    return static_cast<std::size_t>(index);
-}
-
 std::int64_t activeCount(const ProgressiveMesh& pm) {
     return static_cast<std::int64_t>(pm.activeCount());
 }
@@ -24,32 +20,32 @@ void activateVertex(DMesh& mesh, std::int32_t vertex) {
 }
 
 void exchangePosition(DMesh& mesh, std::int32_t w, VSplitView& split) {
-    const FloatVec3 live = mesh.vertices[at(w)].position();
-    mesh.vertices[at(w)].setPosition(split.position());
+    const FloatVec3 live = mesh.vertices[w].position();
+    mesh.vertices[w].setPosition(split.position());
     split.setPosition(live);
 }
 
 void exchangeColor(ProgressiveMesh& pm, std::int32_t w, VSplitView& split) {
     if (!pm.m_useVertexColors_internal || !pm.mesh.hasColors()) return;
-    const std::uint32_t live = pm.mesh.vertexColors[at(w)];
-    pm.mesh.vertexColors[at(w)] = split.savedColor();
+    const std::uint32_t live = pm.mesh.vertexColors[w];
+    pm.mesh.vertexColors[w] = split.savedColor();
     split.setSavedColor(live);
 }
 
 void exchangeUV(DMesh& mesh, std::int32_t uvIndex, std::uint32_t k, VSplitView& split) {
-    const UVCoord live = mesh.coordsUV[at(uvIndex)];
-    mesh.coordsUV[at(uvIndex)] = split.savedUV(k);
+    const UVCoord live = mesh.coordsUV[uvIndex];
+    mesh.coordsUV[uvIndex] = split.savedUV(k);
     split.setSavedUV(k, live);
 }
 
 void restoreCorners(DMesh& mesh, const VSplitView& split, std::int32_t v) {
     for (const std::int32_t corner : split.corners()) {
-        mesh.triangles[at(corner)] = static_cast<std::uint32_t>(v);
-        const std::int32_t triangle = corner / 3;
+        mesh.triangles[corner] = static_cast<std::uint32_t>(v);
+        const std::int32_t triangle = triangleOf(corner);
         if (mesh.triangleActive.Test(triangle)) continue;
         mesh.triangleActive.Set(triangle);
         ++mesh.numActiveTriangles;
-        for (std::int32_t c = 3 * triangle; c < 3 * triangle + 3; ++c) {
+        for (const std::int32_t c : cornersOf(triangle)) {
             const std::int32_t vertex = vertexAt(mesh, c);
             if (!mesh.vertexActive.Test(vertex)) activateVertex(mesh, vertex);
         }
@@ -60,7 +56,7 @@ void restoreUVs(DMesh& mesh, VSplitView& split) {
     const auto corners = split.corners();
     const auto cornerUVIndices = split.cornerUVIndices();
     for (std::size_t k = 0; k < cornerUVIndices.size(); ++k) {
-        mesh.indicesUV[at(corners[k])] = static_cast<std::uint32_t>(cornerUVIndices[k]);
+        mesh.indicesUV[corners[k]] = static_cast<std::uint32_t>(cornerUVIndices[k]);
     }
     const auto pairs = split.uvIndexPairWords();
     for (std::uint32_t k = 0; k < split.savedUVCount(); ++k) {
@@ -77,7 +73,7 @@ bool applySplit(ProgressiveMesh& pm) {
     if (v == kNone) return false;
     pm.vsplitList.markDirty();
     --pm.CurVtxSplitPos;
-    const std::int32_t w = mesh.vertices[at(v)].partner;
+    const std::int32_t w = mesh.vertices[v].partner;
     activateVertex(mesh, v);
     restoreCorners(mesh, split, v);
     exchangePosition(mesh, w, split);
@@ -91,7 +87,7 @@ bool applyNextCollapse(ProgressiveMesh& pm) {
     const std::int32_t v = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos).vertex();
     if (v == kNone) return false;
     ++pm.CurVtxSplitPos;
-    ApplyCollapse(pm, v, pm.mesh.vertices[at(v)].partner);
+    ApplyCollapse(pm, v, pm.mesh.vertices[v].partner);
     return true;
 }
 
@@ -129,10 +125,10 @@ void ApplyCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w) {
     --mesh.numActiveVertices;
     const auto corners = split.corners();
     for (const std::int32_t corner : corners) {
-        mesh.triangles[at(corner)] = static_cast<std::uint32_t>(w);
+        mesh.triangles[corner] = static_cast<std::uint32_t>(w);
     }
     for (const std::int32_t corner : corners) {
-        const std::int32_t triangle = corner / 3;
+        const std::int32_t triangle = triangleOf(corner);
         const std::int32_t a = vertexAt(mesh, 3 * triangle);
         const std::int32_t b = vertexAt(mesh, 3 * triangle + 1);
         const std::int32_t c = vertexAt(mesh, 3 * triangle + 2);
@@ -150,7 +146,7 @@ void ApplyCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w) {
         const std::int32_t newIndex = pairs[2 * std::size_t{k} + 1];
         for (const std::int32_t corner : corners) {
             if (uvIndexAt(mesh, corner) == oldIndex) {
-                mesh.indicesUV[at(corner)] = static_cast<std::uint32_t>(newIndex);
+                mesh.indicesUV[corner] = static_cast<std::uint32_t>(newIndex);
             }
         }
         exchangeUV(mesh, newIndex, k, split);

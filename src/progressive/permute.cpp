@@ -45,7 +45,7 @@ private:
         std::int32_t to = 0;  // new index of the held item
     };
 
-    [[nodiscard]] std::int32_t& entry(std::int32_t i) { return map_[static_cast<std::size_t>(i)]; }
+    [[nodiscard]] std::int32_t& entry(std::int32_t i) { return map_[i]; }
 
     Walk take(std::int32_t i) {
         const std::int32_t to = entry(i);
@@ -90,7 +90,7 @@ struct SingleItems {
 
     Vector& items;
 
-    [[nodiscard]] Item* place(std::int32_t i) const { return &items[static_cast<std::size_t>(i)]; }
+    [[nodiscard]] Item* place(std::int32_t i) const { return &items[i]; }
     [[nodiscard]] Item load(std::int32_t i) const { return *place(i); }
     void store(std::int32_t i, const Item& item) const { *place(i) = item; }
 };
@@ -98,7 +98,7 @@ struct SingleItems {
 struct Triples {
     using Item = std::array<std::uint32_t, 3>;
 
-    std::vector<std::uint32_t>& words;
+    IndexedArray<std::uint32_t>& words;
 
     [[nodiscard]] std::uint32_t* place(std::int32_t i) const {
         return &words[3 * static_cast<std::size_t>(i)];
@@ -119,14 +119,14 @@ void permuteItems(Vector& items, IndexMap& map) {
 
 }  // namespace
 
-void PermuteTriples(std::vector<std::uint32_t>& words, IndexMap& map) {
+void PermuteTriples(IndexedArray<std::uint32_t>& words, IndexMap& map) {
     CycleWalks(Triples{words}, map).run();
 }
 
 void PermuteBits(BitArray& bits, IndexMap& map) {
     const BitArray old = bits;
     for (std::int32_t i = 0; i < bits.count(); ++i) {
-        bits.Assign(map[static_cast<std::size_t>(i)], old.Test(i));
+        bits.Assign(map[i], old.Test(i));
     }
 }
 
@@ -134,11 +134,11 @@ void PermuteVertexRecords(VertexRecords& records, IndexMap& map) {
     permuteItems(records, map);
 }
 
-void PermuteWords(std::vector<std::uint32_t>& words, IndexMap& map) {
+void PermuteWords(IndexedArray<std::uint32_t>& words, IndexMap& map) {
     permuteItems(words, map);
 }
 
-void PermuteBytes(std::vector<std::uint8_t>& bytes, IndexMap& map) {
+void PermuteBytes(IndexedArray<std::uint8_t>& bytes, IndexMap& map) {
     permuteItems(bytes, map);
 }
 

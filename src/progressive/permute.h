@@ -5,24 +5,24 @@
 #pragma once
 
 #include "base/bit_array.h"
+#include "base/indexed_array.h"
 #include "mesh/dmesh.h"
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 namespace korvalite {
 
 /// The new index of each item. REQUIRES: a permutation. The routines mark moved items by the
 /// bitwise complement of their entries and restore the map before they return.
-using IndexMap = std::vector<std::int32_t>;
+using IndexMap = IndexedArray<std::int32_t>;
 
 /// Three words per item of the map: the corners of a triangle.
-void PermuteTriples(std::vector<std::uint32_t>& words, IndexMap& map);
+void PermuteTriples(IndexedArray<std::uint32_t>& words, IndexMap& map);
 /// Makes a copy, which is small for bits.
 void PermuteBits(BitArray& bits, IndexMap& map);
 void PermuteVertexRecords(VertexRecords& records, IndexMap& map);
-void PermuteWords(std::vector<std::uint32_t>& words, IndexMap& map);
-void PermuteBytes(std::vector<std::uint8_t>& bytes, IndexMap& map);
+void PermuteWords(IndexedArray<std::uint32_t>& words, IndexMap& map);
+void PermuteBytes(IndexedArray<std::uint8_t>& bytes, IndexMap& map);
 
 }  // namespace korvalite

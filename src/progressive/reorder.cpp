@@ -8,13 +8,9 @@ namespace korvalite {
 
 namespace {
 
-std::size_t at(std::int32_t index) {
-    return static_cast<std::size_t>(index);
-}
-
 template <typename Item>
-void release(std::vector<Item>& items) {
-    std::vector<Item>().swap(items);
+void release(IndexedArray<Item>& items) {
+    IndexedArray<Item>().swap(items);
 }
 
 void releaseWorkingState(ProgressiveMesh& pm) {
@@ -36,7 +32,7 @@ struct Renumbering {
     IndexMap triangleMap;
 
     [[nodiscard]] std::int32_t corner(std::int32_t c) const {
-        return 3 * triangleMap[at(c / 3)] + c % 3;
+        return 3 * triangleMap[triangleOf(c)] + c % 3;
     }
 };
 
@@ -50,16 +46,16 @@ void numberTheRest(IndexMap& map) {
 /// Numbers the survivors from the start, and what collapsed from the end, first collapse last.
 Renumbering numberByLevel(ProgressiveMesh& pm) {
     Renumbering numbering{IndexMap(pm.mesh.vertices.size(), kNone),
-                          IndexMap(at(pm.mesh.triangleCount()), kNone)};
+                          IndexMap(pm.mesh.triangles.size() / 3, kNone)};
     std::int32_t nextVertex = pm.mesh.vertexCount() - 1;
     std::int32_t nextTriangle = pm.mesh.triangleCount() - 1;
     const auto recordCount = static_cast<std::int32_t>(pm.vsplitList.NumVtxSplit());
     for (std::int32_t i = 0; i < recordCount; ++i) {
         const VSplitView split = pm.vsplitList.ensureLoaded(i);
         if (split.vertex() == kNone) continue;  // lost with the scratch file
-        numbering.vertexMap[at(split.vertex())] = nextVertex--;
+        numbering.vertexMap[split.vertex()] = nextVertex--;
         for (const std::int32_t triangle : split.removedTriangles()) {
-            numbering.triangleMap[at(triangle)] = nextTriangle--;
+            numbering.triangleMap[triangle] = nextTriangle--;
         }
     }
     numberTheRest(numbering.triangleMap);
@@ -80,7 +76,7 @@ void moveTriangles(DMesh& mesh, Renumbering& numbering) {
 
 void moveVertices(DMesh& mesh, Renumbering& numbering) {
     for (VertexRecord& vertex : mesh.vertices) {
-        if (vertex.partner != kNone) vertex.partner = numbering.vertexMap[at(vertex.partner)];
+        if (vertex.partner != kNone) vertex.partner = numbering.vertexMap[vertex.partner];
     }
     PermuteVertexRecords(mesh.vertices, numbering.vertexMap);
     PermuteBits(mesh.vertexActive, numbering.vertexMap);
@@ -94,11 +90,11 @@ void renumberSplits(VSplitList& splits, const Renumbering& numbering) {
         VSplitView split = splits.ensureLoaded(i);
         if (split.vertex() == kNone) continue;
         splits.markDirty();
-        split.setVertex(numbering.vertexMap[at(split.vertex())]);
+        split.setVertex(numbering.vertexMap[split.vertex()]);
         for (std::int32_t& corner : split.corners())
             corner = numbering.corner(corner);
         for (std::int32_t& triangle : split.removedTriangles()) {
-            triangle = numbering.triangleMap[at(triangle)];
+            triangle = numbering.triangleMap[triangle];
         }
     }
 }

@@ -19,17 +19,17 @@ constexpr double kDefaultMinCost = 1e-9;
 constexpr double kDefaultMaxCost = 10.0;
 constexpr double kDefaultLogRange = 5.0;
 
-constexpr std::int32_t kDecadeBins = 256;
+constexpr std::size_t kDecadeBins = 256;
 constexpr std::int32_t kDecadeOfFirstBin = -128;
 constexpr std::uint32_t kVerticesBelowScale = 15;
 
-std::size_t at(std::int32_t index) {
-    return static_cast<std::size_t>(index);
+std::size_t decadeBin(float cost) {
+    const std::int32_t decade = truncateToInt32(std::log10(static_cast<double>(cost)));
+    return decade <= kDecadeOfFirstBin ? 0 : static_cast<std::size_t>(decade - kDecadeOfFirstBin);
 }
 
-std::int32_t decadeBin(float cost) {
-    const std::int32_t decade = truncateToInt32(std::log10(static_cast<double>(cost)));
-    return decade <= kDecadeOfFirstBin ? 0 : decade - kDecadeOfFirstBin;
+double decadeOf(std::size_t bin) {
+    return static_cast<double>(static_cast<std::int32_t>(bin) + kDecadeOfFirstBin);
 }
 
 }  // namespace
@@ -37,16 +37,17 @@ std::int32_t decadeBin(float cost) {
 CostQueue::CostQueue(const DMesh& mesh) : mesh_(mesh) {}
 
 float CostQueue::costOf(std::int32_t vertex) const {
-    return mesh_.vertices[at(vertex)].cost;
+    return mesh_.vertices[vertex].cost;
 }
 
 void CostQueue::Init(std::int32_t vertexCount) {
     orderedSet_.clear();
     prefetched_ = kNone;
     vertexCount_ = vertexCount;
-    bucketHeads_.assign(at(vertexCount + 9) / 10, kNone);
-    reserveLarge(links_, at(vertexCount));
-    links_.assign(at(vertexCount), {});
+    const auto count = static_cast<std::size_t>(vertexCount);
+    bucketHeads_.assign((count + 9) / 10, kNone);
+    reserveLarge(links_, count);
+    links_.assign(count, {});
     minCost_ = kDefaultMinCost;
     maxCost_ = kDefaultMaxCost;
     logRange_ = kDefaultLogRange;
@@ -58,16 +59,16 @@ void CostQueue::Init(std::int32_t vertexCount) {
 void CostQueue::fitScale() {
     std::array<std::uint32_t, kDecadeBins> histogram{};
     for (const VertexRecord& vertex : mesh_.vertices) {
-        if (vertex.cost != kNotCollapsible) ++histogram[at(decadeBin(vertex.cost))];
+        if (vertex.cost != kNotCollapsible) ++histogram[decadeBin(vertex.cost)];
     }
     // If the loop finds no decade, the last line subtracts the default logRange_, although that is
     // not the decade of minCost_: the scale has always been like that.
     std::uint32_t below = 0;
-    for (std::int32_t bin = 0; bin < kDecadeBins; ++bin) {
-        below += histogram[at(bin)];
+    for (std::size_t bin = 0; bin < kDecadeBins; ++bin) {
+        below += histogram[bin];
         if (below > kVerticesBelowScale) {
-            logRange_ = static_cast<double>(bin + kDecadeOfFirstBin);
-            minCost_ = std::pow(10.0, static_cast<double>(bin + kDecadeOfFirstBin));
+            logRange_ = decadeOf(bin);
+            minCost_ = std::pow(10.0, decadeOf(bin));
             break;
         }
     }
@@ -112,12 +113,12 @@ void CostQueue::InsertAll(std::span<const std::int32_t> vertices) {
 
 void CostQueue::prefetchBuckets(std::span<const std::int32_t> buckets) const {
     for (const std::int32_t bucket : buckets) {
-        if (bucket != kNone) prefetch(&bucketHeads_[at(bucket)]);
+        if (bucket != kNone) prefetch(&bucketHeads_[bucket]);
     }
     for (const std::int32_t bucket : buckets) {
         if (bucket == kNone) continue;
-        const std::int32_t first = loadRelaxed(bucketHeads_[at(bucket)]);
-        if (first != kNone) prefetch(&links_[at(first)]);
+        const std::int32_t first = loadRelaxed(bucketHeads_[bucket]);
+        if (first != kNone) prefetch(&links_[first]);
     }
 }
 
@@ -126,7 +127,7 @@ void CostQueue::insertInBucket(std::int32_t vertex, std::int32_t bucket) {
         insertInSet(vertex);
         return;
     }
-    const std::int32_t head = bucketHeads_[at(bucket)];
+    const std::int32_t head = bucketHeads_[bucket];
     if (head != kNone) link(head, linksOf(head).next, vertex);
     link(vertex, head, kFirstBucket - bucket);
     setHead(bucket, vertex);
@@ -155,15 +156,15 @@ void CostQueue::RemoveAll(std::span<const std::int32_t> vertices) {
 
 void CostQueue::prefetchOwnLinks(std::span<const std::int32_t> vertices) const {
     for (const std::int32_t vertex : vertices)
-        prefetch(&links_[at(vertex)]);
+        prefetch(&links_[vertex]);
 }
 
 void CostQueue::prefetchLinks(std::span<const std::int32_t> vertices) const {
     for (const std::int32_t vertex : vertices) {
-        const Links links = loadRelaxed(links_[at(vertex)]);
+        const Links links = loadRelaxed(links_[vertex]);
         if (links.back == kNoBackLink) continue;
-        if (links.next != kNone) prefetch(&links_[at(links.next)]);
-        if (links.back >= 0) prefetch(&links_[at(links.back)]);
+        if (links.next != kNone) prefetch(&links_[links.next]);
+        if (links.back >= 0) prefetch(&links_[links.back]);
     }
 }
 
@@ -181,12 +182,12 @@ void CostQueue::unlinkFromBucket(std::int32_t vertex) {
 /// False if no bucket is left. Lists the poured vertices in `poured`, unless it is null.
 bool CostQueue::pourNextBucket(std::vector<OrderedSet::Key>* poured) {
     std::int32_t bucket = currentBucket_ + 1;
-    while (bucket < bucketCount() && bucketHeads_[at(bucket)] == kNone)
+    while (bucket < bucketCount() && bucketHeads_[bucket] == kNone)
         ++bucket;
     currentBucket_ = std::min(bucket, bucketCount());
     if (currentBucket_ == bucketCount()) return false;
     if (poured != nullptr) poured->clear();
-    for (std::int32_t vertex = bucketHeads_[at(bucket)]; vertex != kNone;) {
+    for (std::int32_t vertex = bucketHeads_[bucket]; vertex != kNone;) {
         const std::int32_t next = linksOf(vertex).next;
         if (poured != nullptr) poured->push_back(OrderedSet::keyOf(vertex, costOf(vertex)));
         insertInSet(vertex);
@@ -202,7 +203,7 @@ void CostQueue::prefetchNextBucket() {
     prefetched_ = kNone;
     const std::int32_t end = std::min(bucketCount(), currentBucket_ + 1 + kFarthest);
     for (std::int32_t bucket = currentBucket_ + 1; bucket < end && prefetched_ == kNone; ++bucket)
-        prefetched_ = bucketHeads_[at(bucket)];
+        prefetched_ = bucketHeads_[bucket];
     if (prefetched_ != kNone) prefetchVertex(prefetched_);
 }
 
@@ -213,8 +214,8 @@ void CostQueue::prefetchOneMore() {
 }
 
 void CostQueue::prefetchVertex(std::int32_t vertex) const {
-    prefetch(&links_[at(vertex)]);
-    prefetch(&mesh_.vertices[at(vertex)]);
+    prefetch(&links_[vertex]);
+    prefetch(&mesh_.vertices[vertex]);
 }
 
 std::int32_t CostQueue::Top() {
@@ -232,8 +233,8 @@ void CostQueue::Clear() {
 void CostQueue::Release() {
     orderedSet_.clear();
     prefetched_ = kNone;
-    std::vector<std::int32_t>().swap(bucketHeads_);
-    std::vector<Links>().swap(links_);
+    IndexedArray<std::int32_t>().swap(bucketHeads_);
+    IndexedArray<Links>().swap(links_);
     std::vector<OrderedSet::Key>().swap(poured_);
     vertexCount_ = 0;
     currentBucket_ = 0;
@@ -243,7 +244,7 @@ void CostQueue::Release() {
 }
 
 void Penalize(DMesh& mesh, CostQueue& queue, std::int32_t vertex) {
-    float& cost = mesh.vertices[at(vertex)].cost;
+    float& cost = mesh.vertices[vertex].cost;
     if (!queue.isQueued(vertex)) {
         cost = penalizedCost(cost);
         return;

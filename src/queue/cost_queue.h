@@ -14,6 +14,7 @@
 // another thread changes the queue, isQueued only for a vertex that merely moves within it.
 #pragma once
 
+#include "base/indexed_array.h"
 #include "base/relaxed.h"
 #include "queue/ordered_set.h"
 
@@ -59,7 +60,7 @@ public:
     void prefetchBuckets(std::span<const std::int32_t> buckets) const;
 
     [[nodiscard]] bool isQueued(std::int32_t vertex) const {
-        const Links links = loadRelaxed(links_[static_cast<std::size_t>(vertex)]);
+        const Links links = loadRelaxed(links_[vertex]);
         return links.back != kNoBackLink || links.next != kNotQueued;
     }
 
@@ -140,14 +141,12 @@ private:
     void prefetchNextBucket();
     void prefetchOneMore();
     void prefetchVertex(std::int32_t vertex) const;
-    [[nodiscard]] Links linksOf(std::int32_t vertex) const {
-        return links_[static_cast<std::size_t>(vertex)];
-    }
+    [[nodiscard]] Links linksOf(std::int32_t vertex) const { return links_[vertex]; }
     void link(std::int32_t vertex, std::int32_t next, std::int32_t back) {
-        storeRelaxed(links_[static_cast<std::size_t>(vertex)], Links{next, back});
+        storeRelaxed(links_[vertex], Links{next, back});
     }
     void setHead(std::int32_t bucket, std::int32_t vertex) {
-        storeRelaxed(bucketHeads_[static_cast<std::size_t>(bucket)], vertex);
+        storeRelaxed(bucketHeads_[bucket], vertex);
     }
 
     const DMesh& mesh_;
@@ -157,8 +156,8 @@ private:
     // step, so each access to the queue prefetches one more vertex. If the vertex has left the
     // bucket, the walk goes astray, which does no harm.
     std::int32_t prefetched_ = -1;
-    std::vector<std::int32_t> bucketHeads_;
-    std::vector<Links> links_;
+    IndexedArray<std::int32_t> bucketHeads_;
+    IndexedArray<Links> links_;
     OrderedSet orderedSet_;
     std::vector<std::int32_t> buckets_;    // scratch of InsertAll
     std::vector<OrderedSet::Key> poured_;  // scratch of FirstAccepted

@@ -12,36 +12,32 @@ namespace korvalite {
 
 namespace {
 
-std::size_t at(std::int32_t index) {
-    return static_cast<std::size_t>(index);
-}
-
 void storeQuadrics(const WorkingMesh& work, HighSpeedState& state) {
     const DMesh& mesh = work.mesh;
-    reserveLarge(state.triangleQuadrics, at(mesh.triangleCount()));
-    state.triangleQuadrics.assign(at(mesh.triangleCount()), {});
+    reserveLarge(state.triangleQuadrics, mesh.triangles.size() / 3);
+    state.triangleQuadrics.assign(mesh.triangles.size() / 3, {});
     reserveLarge(state.vertexQuadrics, mesh.vertices.size());
     state.vertexQuadrics.assign(mesh.vertices.size(), {});
     forEachTriangle(mesh, [&](std::int32_t triangle) {
         const Quadric3D quadric = ComputeTriangleQuadric(work.mesh, work, triangle);
-        state.triangleQuadrics[at(triangle)] = quadric;
-        for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
-            state.vertexQuadrics[at(vertexAt(mesh, corner))] += quadric;
+        state.triangleQuadrics[triangle] = quadric;
+        for (const std::int32_t corner : cornersOf(triangle)) {
+            state.vertexQuadrics[vertexAt(mesh, corner)] += quadric;
         }
     });
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
-        addBorderAndPlane(work.mesh, work, state.vertexQuadrics[at(vertex)], vertex);
+        addBorderAndPlane(work.mesh, work, state.vertexQuadrics[vertex], vertex);
     }
 }
 
 void evaluateEdge(const WorkingMesh& work, const HighSpeedState& state, EdgeEvaluation& edge,
                   std::int32_t a, std::int32_t b) {
     EvaluateEdgeCost(work.mesh, work, edge, a, b,
-                     state.vertexQuadrics[at(a)] + state.vertexQuadrics[at(b)]);
+                     state.vertexQuadrics[a] + state.vertexQuadrics[b]);
 }
 
 void storePosition(HighSpeedState& state, std::int32_t vertex, const EdgeEvaluation& edge) {
-    state.bestPositions[at(vertex)] = edge.position;
+    state.bestPositions[vertex] = edge.position;
     state.hasBestPosition.Set(vertex);
 }
 
@@ -67,33 +63,33 @@ private:
         warmVertexCorners(mesh_, s_.ring, s_.cursors);
         for (const std::int32_t u : s_.ring) {
             s_.inRing.Set(u);
-            prefetch(&state_.vertexQuadrics[at(u)]);
+            prefetch(&state_.vertexQuadrics[u]);
             forEachCorner(mesh_, u, [&](std::int32_t corner) {
-                prefetch(&state_.triangleQuadrics[at(corner / 3)]);
-                prefetch(&state_.vertexQuadrics[at(vertexAt(mesh_, nextCorner(corner)))]);
-                prefetch(&mesh_.vertices[at(vertexAt(mesh_, nextCorner(corner)))]);
+                prefetch(&state_.triangleQuadrics[triangleOf(corner)]);
+                prefetch(&state_.vertexQuadrics[vertexAt(mesh_, nextCorner(corner))]);
+                prefetch(&mesh_.vertices[vertexAt(mesh_, nextCorner(corner))]);
             });
         }
     }
 
     void refreshQuadrics() {
         forEachCorner(mesh_, kept_, [&](std::int32_t corner) {
-            state_.triangleQuadrics[at(corner / 3)] =
-                ComputeTriangleQuadric(work_.mesh, work_, corner / 3);
+            state_.triangleQuadrics[triangleOf(corner)] =
+                ComputeTriangleQuadric(work_.mesh, work_, triangleOf(corner));
         });
         for (const std::int32_t u : s_.ring)
             AccumulateVertexQuadric(work_.mesh, work_, state_.triangleQuadrics,
-                                    state_.vertexQuadrics[at(u)], u);
+                                    state_.vertexQuadrics[u], u);
         AccumulateVertexQuadric(work_.mesh, work_, state_.triangleQuadrics,
-                                state_.vertexQuadrics[at(kept_)], kept_);
+                                state_.vertexQuadrics[kept_], kept_);
     }
 
     void forgetRing() {
         work_.costQueue.RemoveAll(s_.ring);
         work_.costQueue.Remove(kept_);
         for (const std::int32_t u : s_.ring)
-            forgetCost(mesh_.vertices[at(u)]);
-        forgetCost(mesh_.vertices[at(kept_)]);
+            forgetCost(mesh_.vertices[u]);
+        forgetCost(mesh_.vertices[kept_]);
     }
 
     void queueRing() {
@@ -125,11 +121,9 @@ private:
     }
 
     void rank(std::int32_t vertex, std::int32_t partner, const EdgeEvaluation& edge) {
-        VertexRecord& record = mesh_.vertices[at(vertex)];
-        if (!(record.cost > edge.cost)) return;
-        record.cost = edge.cost;
-        record.partner = partner;
-        storePosition(state_, vertex, edge);
+        VertexRecord& record = mesh_.vertices[vertex];
+        if (takeIfLower(record.cost, record.partner, edge.cost, partner))
+            storePosition(state_, vertex, edge);
     }
 
     WorkingMesh& work_;
@@ -166,7 +160,7 @@ void RecomputeVertexCostFromStored(WorkingMesh& work, const HighSpeedState& stat
     const auto addQuadric = [&](Quadric3D& inOut, std::int32_t x) {
         AccumulateVertexQuadric(work.mesh, work, state.triangleQuadrics, inOut, x);
     };
-    storeRanking(work.mesh.vertices[at(vertex)],
+    storeRanking(work.mesh.vertices[vertex],
                  rankAgainstRing<PlainMetric>(work, vertex, ring, addQuadric));
 }
 

@@ -5,21 +5,21 @@
 #pragma once
 
 #include "base/bit_array.h"
+#include "base/indexed_array.h"
 #include "collapse/working_mesh.h"
 #include "mesh/corner_lists.h"
 #include "metric/quadric3d.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace korvalite {
 
 /// What the high-speed driver holds in memory: quadrics per triangle and per vertex, and the
 /// positions found with the costs.
 struct HighSpeedState {
-    std::vector<Quadric3D> triangleQuadrics;
-    std::vector<Quadric3D> vertexQuadrics;
-    std::vector<FloatVec3> bestPositions;
+    IndexedArray<Quadric3D> triangleQuadrics;
+    IndexedArray<Quadric3D> vertexQuadrics;
+    IndexedArray<FloatVec3> bestPositions;
     BitArray hasBestPosition;  // whether an evaluation has written it
 
     /// Of UpdateNeighbourCosts, kept from collapse to collapse.

@@ -14,8 +14,8 @@ EdgeVerdict judgeInitialEdge(const WorkingMesh& work, std::int32_t a, std::int32
     if (a == b || (a > b && !atBorder)) return EdgeVerdict::Skip;
     if (work.m_handleSymmetry_internal) {
         const auto& pairing = mesh.symmetryCache.pairing;
-        const std::int32_t mirrorA = pairing[static_cast<std::size_t>(a)];
-        const std::int32_t mirrorB = pairing[static_cast<std::size_t>(b)];
+        const std::int32_t mirrorA = pairing[a];
+        const std::int32_t mirrorB = pairing[b];
         // The seam rule does not apply to edges on the plane and across it.
         if (mirrorA == a && mirrorB == b) return EdgeVerdict::Evaluate;
         ends = {!work.symmetrySlaves.Test(a), !work.symmetrySlaves.Test(b)};

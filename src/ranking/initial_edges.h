@@ -27,12 +27,6 @@ struct EdgeEnds {
 EdgeVerdict judgeInitialEdge(const WorkingMesh& work, std::int32_t a, std::int32_t b,
                              EdgeEnds& ends);
 
-/// Makes a vertex not collapsible and removes its partner, until an edge is ranked.
-inline void forgetCost(VertexRecord& vertex) {
-    vertex.cost = kNotCollapsible;
-    vertex.partner = kNone;
-}
-
 /// Evaluates each edge once with evaluate(edge, a, b), in corner order. If the cost is lower than
 /// an end's own, the end takes it and took(end, edge) is called; the first of equals wins. A stop
 /// request ends the walk.
@@ -41,15 +35,12 @@ void rankInitialEdges(WorkingMesh& work, Evaluate evaluate, Took took) {
     DMesh& mesh = work.mesh;
     EdgeEvaluation edge;
     const auto rank = [&](std::int32_t end, std::int32_t partner) {
-        VertexRecord& vertex = mesh.vertices[static_cast<std::size_t>(end)];
-        if (!(vertex.cost > edge.cost)) return;
-        vertex.cost = edge.cost;
-        vertex.partner = partner;
-        took(end, edge);
+        VertexRecord& vertex = mesh.vertices[end];
+        if (takeIfLower(vertex.cost, vertex.partner, edge.cost, partner)) took(end, edge);
     };
     for (std::int32_t corner = 0; corner < mesh.cornerCount(); ++corner) {
         // An earlier run removed this triangle.
-        if (!mesh.triangleActive.Test(corner / 3)) continue;
+        if (!mesh.triangleActive.Test(triangleOf(corner))) continue;
         const std::int32_t a = vertexAt(mesh, corner);
         const std::int32_t b = vertexAt(mesh, nextCorner(corner));
         EdgeEnds ends;

@@ -10,14 +10,10 @@ namespace korvalite {
 
 namespace {
 
-std::size_t at(std::int32_t index) {
-    return static_cast<std::size_t>(index);
-}
-
 /// Computes the length in floats and divides in doubles.
 FloatVec3 unitNormal(const DMesh& mesh, std::int32_t triangle) {
     const auto corner = [&](std::int32_t k) {
-        return mesh.vertices[at(vertexAt(mesh, 3 * triangle + k))].position();
+        return mesh.vertices[vertexAt(mesh, 3 * triangle + k)].position();
     };
     const FloatVec3 normal = cross(corner(1) - corner(0), corner(2) - corner(0));
     const double length = std::sqrt(dot(normal, normal));
@@ -31,14 +27,14 @@ float turn(const FloatVec3& a, const FloatVec3& b) {
     return 1.0F - (a.y * b.y + a.x * b.x + a.z * b.z);
 }
 
-float curvatureAt(const DMesh& mesh, const std::vector<FloatVec3>& normals, std::int32_t u,
+float curvatureAt(const DMesh& mesh, const IndexedArray<FloatVec3>& normals, std::int32_t u,
                   const IndexList& sides) {
     float curvature = 0;
     forEachCorner(mesh, u, [&](std::int32_t corner) {
-        const FloatVec3& normal = normals[at(corner / 3)];
+        const FloatVec3& normal = normals[triangleOf(corner)];
         float least = std::numeric_limits<float>::max();
         for (const std::int32_t side : sides) {
-            const float toSide = turn(normal, normals[at(side)]);
+            const float toSide = turn(normal, normals[side]);
             if (least > toSide) least = toSide;
         }
         if (least > curvature) curvature = least;
@@ -48,36 +44,34 @@ float curvatureAt(const DMesh& mesh, const std::vector<FloatVec3>& normals, std:
 
 }  // namespace
 
-std::vector<FloatVec3> computeTriangleNormals(const DMesh& mesh) {
-    std::vector<FloatVec3> normals(at(mesh.triangleCount()));
+IndexedArray<FloatVec3> computeTriangleNormals(const DMesh& mesh) {
+    IndexedArray<FloatVec3> normals(mesh.triangles.size() / 3);
     for (std::int32_t triangle = 0; triangle < mesh.triangleCount(); ++triangle) {
-        normals[at(triangle)] = unitNormal(mesh, triangle);
+        normals[triangle] = unitNormal(mesh, triangle);
     }
     return normals;
 }
 
-float EdgeCollapseCostMelax(const DMesh& mesh, const std::vector<FloatVec3>& normals,
+float EdgeCollapseCostMelax(const DMesh& mesh, const IndexedArray<FloatVec3>& normals,
                             std::int32_t u, std::int32_t x, IndexList& sides) {
-    const FloatVec3 edge = mesh.vertices[at(u)].position() - mesh.vertices[at(x)].position();
+    const FloatVec3 edge = mesh.vertices[u].position() - mesh.vertices[x].position();
     sides.clear();
     forEachCorner(mesh, u, [&](std::int32_t corner) {
         if (vertexAt(mesh, nextCorner(corner)) == x || vertexAt(mesh, previousCorner(corner)) == x)
-            sides.push_back(corner / 3);
+            sides.push_back(triangleOf(corner));
     });
     return curvatureAt(mesh, normals, u, sides) * std::sqrt(dot(edge, edge));
 }
 
 void ComputeVertexCostMelax(WorkingMesh& work, std::int32_t vertex, MelaxState& state) {
-    VertexRecord& record = work.mesh.vertices[at(vertex)];
+    VertexRecord& record = work.mesh.vertices[vertex];
     forgetCost(record);
     GetVertexNeighbours(work.mesh, vertex, state.ring);
     for (const std::int32_t x : state.ring) {
         if (x == vertex) continue;
         const float cost =
             EdgeCollapseCostMelax(work.mesh, state.triangleNormals, vertex, x, state.sides);
-        if (!(record.cost > cost)) continue;
-        record.cost = cost;
-        record.partner = x;
+        takeIfLower(record.cost, record.partner, cost, x);
     }
 }
 
@@ -92,7 +86,7 @@ void InitVerticesCostMelax(WorkingMesh& work, MelaxState& state) {
 void UpdateRingMelax(WorkingMesh& work, std::int32_t kept, const IndexList& ringCorners,
                      const IndexList& neighbours, MelaxState& state) {
     for (const std::int32_t corner : ringCorners) {
-        state.triangleNormals[at(corner / 3)] = unitNormal(work.mesh, corner / 3);
+        state.triangleNormals[triangleOf(corner)] = unitNormal(work.mesh, triangleOf(corner));
     }
     for (const std::int32_t vertex : neighbours)
         work.costQueue.Remove(vertex);

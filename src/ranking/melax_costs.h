@@ -13,17 +13,17 @@
 namespace korvalite {
 
 /// One unit normal per triangle, zero if the triangle has no area.
-std::vector<FloatVec3> computeTriangleNormals(const DMesh& mesh);
+IndexedArray<FloatVec3> computeTriangleNormals(const DMesh& mesh);
 
 /// The cost of collapsing u onto its neighbour x. For each triangle at u, takes the smallest turn
 /// between its normal and that of a triangle on the edge. The largest of these is the curvature: 0
 /// when flat, 2 between opposite normals. `sides` is scratch.
-float EdgeCollapseCostMelax(const DMesh& mesh, const std::vector<FloatVec3>& normals,
+float EdgeCollapseCostMelax(const DMesh& mesh, const IndexedArray<FloatVec3>& normals,
                             std::int32_t u, std::int32_t x, IndexList& sides);
 
 /// What the driver by curvature holds in memory.
 struct MelaxState {
-    std::vector<FloatVec3> triangleNormals;
+    IndexedArray<FloatVec3> triangleNormals;
     // Scratch.
     IndexList ring;
     IndexList sides;

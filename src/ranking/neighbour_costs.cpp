@@ -2,7 +2,6 @@
 #include "ranking/neighbour_costs.h"
 
 #include "base/prefetch.h"
-#include "collapse/thread_guards.h"
 #include "metric/metric.h"
 #include "ranking/initial_edges.h"
 #include "ranking/vertex_cost.h"
@@ -15,91 +14,20 @@ namespace korvalite {
 
 namespace {
 
-std::size_t at(std::int32_t index) {
-    return static_cast<std::size_t>(index);
-}
-
-/// For a driver that has the mesh to itself: removes the ring from the queue, stores its costs and
-/// queues it again.
-class CostsAtOnce : public NoGuards {
-public:
-    CostsAtOnce(WorkingMesh& work, IndexList& queued) : work_(work), queued_(queued) {}
-
-    void begin(std::span<const std::int32_t> ring) {
-        for (const std::int32_t vertex : ring) {
-            work_.costQueue.Remove(vertex);
-            forgetCost(work_.mesh.vertices[at(vertex)]);
-        }
-    }
-    [[nodiscard]] float best(std::uint16_t /*slot*/, std::int32_t vertex) const {
-        return work_.mesh.vertices[at(vertex)].cost;
-    }
-    void rank(std::uint16_t /*slot*/, std::int32_t vertex, std::int32_t partner, float cost) {
-        VertexRecord& record = work_.mesh.vertices[at(vertex)];
-        if (record.cost > cost) {
-            record.cost = cost;
-            record.partner = partner;
-        }
-    }
-    void finish(std::span<const std::int32_t> ring) {
-        queued_.clear();
-        for (const std::int32_t vertex : ring) {
-            if (!work_.isSymmetrySlave(vertex)) queued_.push_back(vertex);
-        }
-        work_.costQueue.InsertAll(queued_);
-    }
-    /// A guess at the vertex that will collapse next.
-    [[nodiscard]] std::int32_t next() const { return work_.costQueue.peek(); }
-
-private:
-    WorkingMesh& work_;
-    IndexList& queued_;
-};
-
-/// For one of several threads: appends the costs to its work record. The entry of slot s is s
-/// places after the first appended one.
-class CostsRecorded : public ThreadGuards {
-public:
-    CostsRecorded(ThreadWorkRecord& record, CriticalSections& sections)
-        : ThreadGuards(sections), record_(record), first_(record.updateVertices.size()) {}
-
-    void begin(std::span<const std::int32_t> ring) {
-        for (const std::int32_t vertex : ring)
-            record_.appendUpdate(vertex, kNotCollapsible, kNone);
-    }
-    [[nodiscard]] float best(std::uint16_t slot, std::int32_t /*vertex*/) const {
-        return record_.updateCosts[first_ + slot];
-    }
-    void rank(std::uint16_t slot, std::int32_t /*vertex*/, std::int32_t partner, float cost) {
-        float& best = record_.updateCosts[first_ + slot];
-        if (best > cost) {
-            best = cost;
-            record_.updatePartners[first_ + slot] = partner;
-        }
-    }
-    void finish(std::span<const std::int32_t> /*ring*/) {}
-    // With other threads at work there is no good guess.
-    [[nodiscard]] static std::int32_t next() { return kNone; }
-
-private:
-    ThreadWorkRecord& record_;
-    std::size_t first_;
-};
-
-template <typename Metric, typename Costs>
+template <typename Metric, SharingPolicy Sharing>
 class NeighbourCostUpdate {
 public:
-    NeighbourCostUpdate(WorkingMesh& work, Costs costs, NeighbourhoodMarks& marks,
-                        NeighbourhoodScratch<Metric>& scratch)
-        : work_(work), mesh_(work.mesh), costs_(costs), marks_(marks), s_(scratch) {}
+    NeighbourCostUpdate(WorkingMesh& work, NeighbourhoodMarks& marks,
+                        NeighbourhoodScratch<Metric>& scratch, Sharing& sharing)
+        : work_(work), mesh_(work.mesh), sharing_(sharing), marks_(marks), s_(scratch) {}
 
     void run(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
         gatherRing(kept, ringCorners, neighbours);
         fetchRing();
         gatherOuterRing();
         const bool onDemand = isMostlyFree();
-        costs_.begin(ring());
-        next_ = costs_.next();
+        sharing_.beginRing(ring());
+        next_ = sharing_.guessNext();
         listOuterTriangles();
         gatherEdges();
         fetchRingAhead();
@@ -111,7 +39,7 @@ public:
             applyCosts();
         }
         fetchOuterRingAhead();
-        costs_.finish(ring());
+        sharing_.endRing(ring());
         resetMarks();
     }
 
@@ -124,7 +52,7 @@ private:
     /// False if no slot is left.
     bool giveSlot(std::int32_t vertex) {
         if (s_.localVertices.size() >= NeighbourhoodMarks::kNoSlot) return false;
-        marks_.vertexSlot[at(vertex)] = static_cast<std::uint16_t>(s_.localVertices.size());
+        marks_.vertexSlot[vertex] = static_cast<std::uint16_t>(s_.localVertices.size());
         s_.localVertices.push_back(vertex);
         return true;
     }
@@ -132,10 +60,10 @@ private:
     void listTriangle(std::int32_t triangle) {
         s_.localTriangles.push_back(triangle);
         marks_.triangleMark.Set(triangle);
-        for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
+        for (const std::int32_t corner : cornersOf(triangle)) {
             const std::int32_t vertex = vertexAt(mesh_, corner);
-            prefetch(&mesh_.vertices[at(vertex)]);
-            prefetch(&marks_.vertexSlot[at(vertex)]);
+            prefetch(&mesh_.vertices[vertex]);
+            prefetch(&marks_.vertexSlot[vertex]);
         }
     }
 
@@ -153,7 +81,7 @@ private:
             ring = &s_.ring;
         }
         for (const std::int32_t corner : *corners)
-            listTriangle(corner / 3);
+            listTriangle(triangleOf(corner));
         giveSlot(kept);
         for (const std::int32_t vertex : *ring)
             giveSlot(vertex);
@@ -176,13 +104,13 @@ private:
                                      s_.neighbours.end());
             s_.ringNeighboursEnd.push_back(s_.ringNeighbours.size());
             for (const std::int32_t x : s_.neighbours) {
-                prefetch(&marks_.vertexSlot[at(x)]);
-                prefetch(&mesh_.vertexTriangleHead[at(x)]);
+                prefetch(&marks_.vertexSlot[x]);
+                prefetch(&mesh_.vertexTriangleHead[x]);
                 mesh_.borderVertices.prefetchBit(x);
             }
         }
         for (const std::int32_t x : s_.ringNeighbours) {
-            if (marks_.vertexSlot[at(x)] == NeighbourhoodMarks::kNoSlot) giveSlot(x);
+            if (marks_.vertexSlot[x] == NeighbourhoodMarks::kNoSlot) giveSlot(x);
         }
     }
 
@@ -191,7 +119,7 @@ private:
         warmWithNext(outerRing);
         for (const std::int32_t x : outerRing) {
             forEachCorner(mesh_, x, [&](std::int32_t corner) {
-                if (!marks_.triangleMark.Test(corner / 3)) listTriangle(corner / 3);
+                if (!marks_.triangleMark.Test(triangleOf(corner))) listTriangle(triangleOf(corner));
             });
         }
     }
@@ -205,7 +133,7 @@ private:
         s_.nextPair.clear();
         if (next_ != kNone) {
             s_.nextPair.push_back(next_);
-            const std::int32_t partner = mesh_.vertices[at(next_)].partner;
+            const std::int32_t partner = mesh_.vertices[next_].partner;
             if (partner != kNone) s_.nextPair.push_back(partner);
         }
         s_.warmed.insert(s_.warmed.end(), s_.nextPair.begin(), s_.nextPair.end());
@@ -219,21 +147,21 @@ private:
             mesh_.borderVertices.prefetchBit(vertex);
             forEachCorner(mesh_, vertex, [&](std::int32_t corner) {
                 const std::int32_t x = vertexAt(mesh_, nextCorner(corner));
-                mesh_.triangleActive.prefetchBit(corner / 3);
+                mesh_.triangleActive.prefetchBit(triangleOf(corner));
                 mesh_.borderVertices.prefetchBit(x);
                 s_.nextRing.push_back(x);
-                prefetch(&mesh_.vertexTriangleHead[at(x)]);
-                prefetch(&mesh_.vertices[at(x)]);
+                prefetch(&mesh_.vertexTriangleHead[x]);
+                prefetch(&mesh_.vertices[x]);
             });
         }
     }
 
     void fetchOuterRingAhead() {
         for (const std::int32_t x : s_.nextRing) {
-            const std::int32_t corner = loadRelaxed(mesh_.vertexTriangleHead[at(x)]);
+            const std::int32_t corner = loadRelaxed(mesh_.vertexTriangleHead[x]);
             if (corner == kNone) continue;
-            prefetch(&mesh_.cornerNext[at(corner)]);
-            prefetch(&mesh_.triangles[at(corner)]);
+            prefetch(&mesh_.cornerNext[corner]);
+            prefetch(&mesh_.triangles[corner]);
         }
     }
 
@@ -244,8 +172,8 @@ private:
         for (const std::int32_t triangle : s_.localTriangles) {
             const typename Metric::Quadric quadric =
                 Metric::triangleQuadric(work_.mesh, work_, triangle);
-            for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
-                const std::uint16_t slot = marks_.vertexSlot[at(vertexAt(mesh_, corner))];
+            for (const std::int32_t corner : cornersOf(triangle)) {
+                const std::uint16_t slot = marks_.vertexSlot[vertexAt(mesh_, corner)];
                 if (slot != NeighbourhoodMarks::kNoSlot) s_.slotQuadrics[slot] += quadric;
             }
         }
@@ -254,7 +182,7 @@ private:
     void gatherEdges() {
         if (!work_.m_handleUVs_internal) return listEdges();
         // One critical section for all edges, since other threads may be moving seam marks.
-        const auto guard = costs_.uvSeams();
+        const auto guard = sharing_.uvSeams();
         listEdges();
     }
 
@@ -263,11 +191,11 @@ private:
         std::size_t next = 0;
         for (std::size_t slot = 1; slot < ringEnd_; ++slot) {
             const std::int32_t w = s_.localVertices[slot];
-            const std::uint16_t slotW = marks_.vertexSlot[at(w)];
+            const std::uint16_t slotW = marks_.vertexSlot[w];
             const bool mayRankW = !work_.isSymmetrySlave(w);
             for (; next < s_.ringNeighboursEnd[slot - 1]; ++next) {
                 const std::int32_t x = s_.ringNeighbours[next];
-                const std::uint16_t slotX = marks_.vertexSlot[at(x)];
+                const std::uint16_t slotX = marks_.vertexSlot[x];
                 // An edge inside the ring is taken from its lower end.
                 const bool takenFromX = slotX >= 1 && slotX < ringEnd_ && x < w;
                 const bool mayRankX = !work_.isSymmetrySlave(x);
@@ -298,7 +226,7 @@ private:
     [[nodiscard]] bool isMostlyFree() const {
         constexpr std::size_t kLargeNeighbourhood = 128;
         const auto isFree = [this](std::int32_t vertex) {
-            const float cost = mesh_.vertices[at(vertex)].cost;
+            const float cost = mesh_.vertices[vertex].cost;
             return cost <= 0.0F || cost == penalizedCost(0.0F);
         };
         const auto free = static_cast<std::size_t>(std::ranges::count_if(ring(), isFree));
@@ -318,14 +246,14 @@ private:
     }
 
     [[nodiscard]] bool mayLowerACost(const RingEdge& edge) const {
-        return (edge.mayRankW && costs_.best(edge.slotW, edge.w) > 0.0F) ||
-               (edge.mayRankX && costs_.best(edge.slotX, edge.x) > 0.0F) ||
+        return (edge.mayRankW && sharing_.best(edge.slotW, edge.w) > 0.0F) ||
+               (edge.mayRankX && sharing_.best(edge.slotX, edge.x) > 0.0F) ||
                Metric::mayCostBeNegative(work_.mesh, work_, edge.w, edge.x);
     }
 
     void rank(const RingEdge& edge, float cost) {
-        if (edge.mayRankW) costs_.rank(edge.slotW, edge.w, edge.x, cost);
-        if (edge.mayRankX) costs_.rank(edge.slotX, edge.x, edge.w, cost);
+        if (edge.mayRankW) sharing_.rank(edge.slotW, edge.w, edge.x, cost);
+        if (edge.mayRankX) sharing_.rank(edge.slotX, edge.x, edge.w, cost);
     }
 
     void applyCosts() {
@@ -336,7 +264,7 @@ private:
 
     void resetMarks() {
         for (const std::int32_t vertex : s_.localVertices) {
-            marks_.vertexSlot[at(vertex)] = NeighbourhoodMarks::kNoSlot;
+            marks_.vertexSlot[vertex] = NeighbourhoodMarks::kNoSlot;
         }
         for (const std::int32_t triangle : s_.localTriangles)
             marks_.triangleMark.Clear(triangle);
@@ -344,7 +272,7 @@ private:
 
     WorkingMesh& work_;
     DMesh& mesh_;
-    Costs costs_;
+    Sharing& sharing_;
     NeighbourhoodMarks& marks_;
     NeighbourhoodScratch<Metric>& s_;
     std::int32_t next_ = kNone;
@@ -353,34 +281,24 @@ private:
 
 }  // namespace
 
-template <typename Metric>
+template <typename Metric, SharingPolicy Sharing>
 void UpdateNeighbourCosts_LM(WorkingMesh& work, std::int32_t kept, const IndexList& ringCorners,
                              const IndexList& neighbours, NeighbourhoodMarks& marks,
-                             NeighbourhoodScratch<Metric>& scratch) {
-    NeighbourCostUpdate(work, CostsAtOnce(work, scratch.queued), marks, scratch)
-        .run(kept, ringCorners, neighbours);
-}
-
-template <typename Metric>
-void UpdateNeighbourCosts_MT(WorkingMesh& work, std::int32_t kept, const IndexList& ringCorners,
-                             const IndexList& neighbours, ThreadWorkRecord& record,
-                             NeighbourhoodMarks& marks, NeighbourhoodScratch<Metric>& scratch,
-                             CriticalSections& sections) {
-    NeighbourCostUpdate(work, CostsRecorded(record, sections), marks, scratch)
-        .run(kept, ringCorners, neighbours);
+                             NeighbourhoodScratch<Metric>& scratch, Sharing& sharing) {
+    NeighbourCostUpdate(work, marks, scratch, sharing).run(kept, ringCorners, neighbours);
 }
 
 template void UpdateNeighbourCosts_LM(WorkingMesh&, std::int32_t, const IndexList&,
                                       const IndexList&, NeighbourhoodMarks&,
-                                      NeighbourhoodScratch<PlainMetric>&);
+                                      NeighbourhoodScratch<PlainMetric>&, Alone&);
 template void UpdateNeighbourCosts_LM(WorkingMesh&, std::int32_t, const IndexList&,
                                       const IndexList&, NeighbourhoodMarks&,
-                                      NeighbourhoodScratch<ColorMetric>&);
-template void UpdateNeighbourCosts_MT(WorkingMesh&, std::int32_t, const IndexList&,
-                                      const IndexList&, ThreadWorkRecord&, NeighbourhoodMarks&,
-                                      NeighbourhoodScratch<PlainMetric>&, CriticalSections&);
-template void UpdateNeighbourCosts_MT(WorkingMesh&, std::int32_t, const IndexList&,
-                                      const IndexList&, ThreadWorkRecord&, NeighbourhoodMarks&,
-                                      NeighbourhoodScratch<ColorMetric>&, CriticalSections&);
+                                      NeighbourhoodScratch<PlainMetric>&, Shared&);
+template void UpdateNeighbourCosts_LM(WorkingMesh&, std::int32_t, const IndexList&,
+                                      const IndexList&, NeighbourhoodMarks&,
+                                      NeighbourhoodScratch<ColorMetric>&, Alone&);
+template void UpdateNeighbourCosts_LM(WorkingMesh&, std::int32_t, const IndexList&,
+                                      const IndexList&, NeighbourhoodMarks&,
+                                      NeighbourhoodScratch<ColorMetric>&, Shared&);
 
 }  // namespace korvalite

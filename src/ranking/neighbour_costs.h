@@ -4,7 +4,7 @@
 // the kept vertex's 2-ring from the current triangles. Nearly all the time is spent here.
 #pragma once
 
-#include "collapse/work_record.h"
+#include "collapse/sharing.h"
 #include "collapse/working_mesh.h"
 #include "mesh/corner_lists.h"
 #include "ranking/neighbourhood_marks.h"
@@ -14,8 +14,6 @@
 #include <vector>
 
 namespace korvalite {
-
-struct CriticalSections;
 
 /// An edge from the 1-ring, gathered before it is evaluated.
 struct RingEdge {
@@ -38,7 +36,6 @@ struct NeighbourhoodScratch {
     IndexList neighbours;
     IndexList ringNeighbours;                    // of all ring vertices, in order
     std::vector<std::size_t> ringNeighboursEnd;  // the end of each ring vertex's part
-    IndexList queued;
     IndexList warmed;
     IndexList nextPair;  // the vertex likely to collapse next, and its partner
     IndexList nextRing;
@@ -53,19 +50,13 @@ struct NeighbourhoodScratch {
 ///
 /// There are only 65535 slots: in a larger neighbourhood the remaining vertices keep their costs
 /// until a later update.
-template <typename Metric>
+///
+/// Shared, the thread has reserved `kept` and its ring. Triangles outside the reservation may be
+/// changing while they are read, so a cost can be slightly off; this only affects the order of the
+/// queue, because every collapse is tested when it is made.
+template <typename Metric, SharingPolicy Sharing>
 void UpdateNeighbourCosts_LM(WorkingMesh& work, std::int32_t kept, const IndexList& ringCorners,
                              const IndexList& neighbours, NeighbourhoodMarks& marks,
-                             NeighbourhoodScratch<Metric>& scratch);
-
-/// The same for a thread that has reserved `kept` and its ring: appends the costs to the update
-/// lists of its work record without touching the vertex records or the queue. Triangles outside the
-/// reservation may be changing while they are read, so a cost can be slightly off; this only
-/// affects the order of the queue, because every collapse is tested when it is made.
-template <typename Metric>
-void UpdateNeighbourCosts_MT(WorkingMesh& work, std::int32_t kept, const IndexList& ringCorners,
-                             const IndexList& neighbours, ThreadWorkRecord& record,
-                             NeighbourhoodMarks& marks, NeighbourhoodScratch<Metric>& scratch,
-                             CriticalSections& sections);
+                             NeighbourhoodScratch<Metric>& scratch, Sharing& sharing);
 
 }  // namespace korvalite

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "base/bit_array.h"
+#include "base/indexed_array.h"
 #include "mesh/dmesh.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace korvalite {
 
@@ -15,8 +15,8 @@ struct NeighbourhoodMarks {
     // Slots are only 16 bits wide because this array has an entry per vertex of the mesh.
     static constexpr std::uint16_t kNoSlot = 65535;
 
-    std::vector<std::uint16_t> vertexSlot;  // all kNoSlot between updates
-    BitArray triangleMark;                  // all clear between updates
+    IndexedArray<std::uint16_t> vertexSlot;  // all kNoSlot between updates
+    BitArray triangleMark;                   // all clear between updates
 
     /// Resizes both for a mesh.
     void prepare(const DMesh& mesh) {

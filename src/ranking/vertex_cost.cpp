@@ -26,19 +26,7 @@ void gatherRingOfSplit(const DMesh& mesh, const VSplit& split, IndexList& around
 }
 
 void RecomputeVertexCost(WorkingMesh& work, std::int32_t vertex, IndexList& ring) {
-    storeRanking(work.mesh.vertices[static_cast<std::size_t>(vertex)],
-                 rankVertex<PlainMetric>(work, vertex, ring));
-}
-
-void RefreshRingCosts(WorkingMesh& work, const VSplit& split) {
-    IndexList around;
-    gatherRingOfSplit(work.mesh, split, around);
-    IndexList ring;
-    for (const std::int32_t vertex : around) {
-        work.costQueue.Remove(vertex);
-        RecomputeVertexCost(work, vertex, ring);
-        work.costQueue.Insert(vertex);
-    }
+    storeRanking(work.mesh.vertices[vertex], rankVertex<PlainMetric>(work, vertex, ring));
 }
 
 }  // namespace korvalite

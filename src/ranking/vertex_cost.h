@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "collapse/sharing.h"
 #include "collapse/working_mesh.h"
 #include "mesh/corner_lists.h"
 #include "metric/metric.h"
 #include "splits/vsplit.h"
 
 #include <cstdint>
+#include <type_traits>
 
 namespace korvalite {
 
@@ -17,17 +19,6 @@ inline bool isHeldBySeam(const WorkingMesh& work, std::int32_t a, std::int32_t b
     return work.m_handleUVs_internal && mesh.uvSeamVertices.Test(a) &&
            mesh.uvSeamVertices.Test(b) &&
            (mesh.uvSeamCorners.Test(a) || mesh.uvSeamCorners.Test(b));
-}
-
-/// The cheapest collapse of a vertex.
-struct RankedVertex {
-    float cost = kNotCollapsible;
-    std::int32_t partner = kNone;
-};
-
-inline void storeRanking(VertexRecord& vertex, const RankedVertex& ranked) {
-    vertex.cost = ranked.cost;
-    vertex.partner = ranked.partner;
 }
 
 /// Ranks one vertex against its ring with the quadrics that addQuadric(inOut, vertex) adds to
@@ -50,7 +41,7 @@ RankedVertex rankAgainstRing(const WorkingMesh& work, std::int32_t vertex, Index
         if (x == vertex || isHeldBySeam(work, vertex, x)) continue;
         addQuadric(neighbours, x);
         Metric::evaluateEdge(work.mesh, work, edge, vertex, x, own + neighbours);
-        if (best.cost > edge.cost) best = {edge.cost, x};
+        takeIfLower(best.cost, best.partner, edge.cost, x);
     }
     return best;
 }
@@ -66,8 +57,19 @@ void gatherRingOfSplit(const DMesh& mesh, const VSplit& split, IndexList& around
 /// REQUIRES: the vertex is not queued.
 void RecomputeVertexCost(WorkingMesh& work, std::int32_t vertex, IndexList& ring);
 
+/// The metric that ranks a vertex by itself. Alone, that is the plain one even with colours.
+template <typename Metric, SharingPolicy Sharing>
+using MetricForOne = std::conditional_t<Sharing::kIsShared, Metric, PlainMetric>;
+
 /// The update for a kept vertex that is no longer active: re-ranks the remaining vertices around
-/// the corners of its record one by one, always with the plain metric.
-void RefreshRingCosts(WorkingMesh& work, const VSplit& split);
+/// the corners of its record one by one.
+template <typename Metric, SharingPolicy Sharing>
+void RefreshRingCosts(WorkingMesh& work, const VSplit& split, Sharing& sharing) {
+    IndexList around;
+    gatherRingOfSplit(work.mesh, split, around);
+    IndexList ring;
+    for (const std::int32_t vertex : around)
+        sharing.rankAgain(vertex, rankVertex<MetricForOne<Metric, Sharing>>(work, vertex, ring));
+}
 
 }  // namespace korvalite

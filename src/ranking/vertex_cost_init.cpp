@@ -13,10 +13,6 @@ namespace korvalite {
 
 namespace {
 
-std::size_t at(std::int32_t index) {
-    return static_cast<std::size_t>(index);
-}
-
 /// An array form defines what is stored per vertex, how to compute it for a triangle, and how to
 /// evaluate the sum of two.
 template <typename Metric>
@@ -42,35 +38,28 @@ struct StoredAsFloats {
     }
 };
 
-void rank(VertexRecord& vertex, std::int32_t partner, float cost) {
-    if (vertex.cost > cost) {
-        vertex.cost = cost;
-        vertex.partner = partner;
-    }
-}
-
 template <typename Form>
 void addTriangleQuadrics(const WorkingMesh& work,
-                         std::vector<typename Form::Element>& vertexQuadrics) {
+                         IndexedArray<typename Form::Element>& vertexQuadrics) {
     forEachTriangle(work.mesh, [&](std::int32_t triangle) {
         const auto quadric = Form::triangleQuadric(work, triangle);
-        for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
-            vertexQuadrics[at(vertexAt(work.mesh, corner))] += quadric;
+        for (const std::int32_t corner : cornersOf(triangle)) {
+            vertexQuadrics[vertexAt(work.mesh, corner)] += quadric;
         }
     });
 }
 
 template <typename Form>
-void rankFromArray(WorkingMesh& work, std::vector<typename Form::Element>& vertexQuadrics) {
+void rankFromArray(WorkingMesh& work, IndexedArray<typename Form::Element>& vertexQuadrics) {
     addTriangleQuadrics<Form>(work, vertexQuadrics);
     for (std::int32_t vertex = 0; vertex < work.mesh.vertexCount(); ++vertex) {
-        addBorderAndPlane(work.mesh, work, vertexQuadrics[at(vertex)], vertex);
-        forgetCost(work.mesh.vertices[at(vertex)]);
+        addBorderAndPlane(work.mesh, work, vertexQuadrics[vertex], vertex);
+        forgetCost(work.mesh.vertices[vertex]);
     }
     rankInitialEdges(
         work,
         [&](EdgeEvaluation& edge, std::int32_t a, std::int32_t b) {
-            Form::evaluate(work, edge, a, b, vertexQuadrics[at(a)] + vertexQuadrics[at(b)]);
+            Form::evaluate(work, edge, a, b, vertexQuadrics[a] + vertexQuadrics[b]);
         },
         [](std::int32_t, const EdgeEvaluation&) {});  // the position is not needed
 }
@@ -78,7 +67,7 @@ void rankFromArray(WorkingMesh& work, std::vector<typename Form::Element>& verte
 template <typename Form>
 bool initFromArray(WorkingMesh& work) {
     {
-        std::vector<typename Form::Element> vertexQuadrics;
+        IndexedArray<typename Form::Element> vertexQuadrics;
         try {
             reserveLarge(vertexQuadrics, work.mesh.vertices.size());
             vertexQuadrics.resize(work.mesh.vertices.size());
@@ -109,7 +98,7 @@ void InitVerticesCostNoMat(WorkingMesh& work) {
     EdgeEvaluation edge;
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
         // Done only now, so this discards the costs that lower vertices have written here.
-        forgetCost(mesh.vertices[at(vertex)]);
+        forgetCost(mesh.vertices[vertex]);
         typename Metric::Quadric own;
         typename Metric::Quadric neighbours;  // accumulates over the ring, see rankVertex
         Metric::addVertexQuadric(work.mesh, work, own, vertex);
@@ -118,8 +107,10 @@ void InitVerticesCostNoMat(WorkingMesh& work) {
             if (x <= vertex || isHeldBySeam(work, vertex, x)) continue;
             Metric::addVertexQuadric(work.mesh, work, neighbours, x);
             Metric::evaluateEdge(work.mesh, work, edge, vertex, x, own + neighbours);
-            rank(mesh.vertices[at(vertex)], x, edge.cost);
-            rank(mesh.vertices[at(x)], vertex, edge.cost);
+            VertexRecord& end = mesh.vertices[vertex];
+            VertexRecord& other = mesh.vertices[x];
+            takeIfLower(end.cost, end.partner, edge.cost, x);
+            takeIfLower(other.cost, other.partner, edge.cost, vertex);
         }
         if (work.monitor->stopRequested()) break;
     }
@@ -136,13 +127,13 @@ void InitVerticesCost_LM(WorkingMesh& work, const CostFormSettings& forms, bool 
     if (tryArrays) ReleaseVertexCorners(work.mesh);
     bool done =
         forms.tryStoreDoubleMat && log(InitVerticesCostDoubleMat<Metric>(work),
-                                      "   InitVerticesCost by storing DoubleMat succeeded !",
-                                      "   InitVerticesCost by storing DoubleMat FAILED !");
+                                       "   InitVerticesCost by storing DoubleMat succeeded !",
+                                       "   InitVerticesCost by storing DoubleMat FAILED !");
     if constexpr (!Metric::kHasColor) {
         done = done ||
                (forms.tryStoreFloatMat && log(InitVerticesCostFloatMat(work),
-                                             "   InitVerticesCost by storing FloatMat succeeded !",
-                                             "   InitVerticesCost by storing FloatMat FAILED !"));
+                                              "   InitVerticesCost by storing FloatMat succeeded !",
+                                              "   InitVerticesCost by storing FloatMat FAILED !"));
     }
     if (tryArrays) {
         BuildVertexCorners(work.mesh);

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "geometry/vec3.h"
-#include "mesh/dmesh.h"
+#include "mesh/corner_lists.h"
 
 #include <cstdint>
 #include <vector>
@@ -21,12 +21,12 @@ struct UVIndexPair {
 /// `position`, `savedColor` and `savedUVs` are swapped with the mesh whenever the record is
 /// applied, in either direction: a record always holds the values that the mesh does not.
 struct VSplit {
-    std::int32_t vertex = kNone;                 // the removed vertex v
-    FloatVec3 position;                          // of w before the collapse
-    std::vector<std::int32_t> corners;           // every corner that was at v
-    std::vector<std::int32_t> removedTriangles;  // those that became degenerate, usually two
-    std::vector<UVCoord> savedUVs;               // one per entry of uvIndexPairs
-    std::vector<std::int32_t> cornerUVIndices;   // parallel to corners: their old UV indices
+    std::int32_t vertex = kNone;    // the removed vertex v
+    FloatVec3 position;             // of w before the collapse
+    IndexList corners;              // every corner that was at v
+    IndexList removedTriangles;     // those that became degenerate, usually two
+    std::vector<UVCoord> savedUVs;  // one per entry of uvIndexPairs
+    IndexList cornerUVIndices;      // parallel to corners: their old UV indices
     std::vector<UVIndexPair> uvIndexPairs;
     std::uint32_t savedColor = 0;  // w's colour before the collapse
 

@@ -74,7 +74,7 @@ void MirrorCandidates::finish() {
         highest = std::max(highest, entry.place);
     entryAt_.assign(static_cast<std::size_t>(highest) + 1, -1);
     for (std::size_t i = 0; i < entries_.size(); ++i)
-        entryAt_[static_cast<std::size_t>(entries_[i].place)] = static_cast<std::int32_t>(i);
+        entryAt_[entries_[i].place] = static_cast<std::int32_t>(i);
 }
 
 std::size_t MirrorCandidates::firstEntry(std::size_t leaf) const {
@@ -126,9 +126,9 @@ MirrorCandidates::Node MirrorCandidates::innerNode(std::size_t node) const {
 
 void MirrorCandidates::remove(std::int32_t place) {
     if (static_cast<std::size_t>(place) >= entryAt_.size()) return;
-    const std::int32_t entry = std::exchange(entryAt_[static_cast<std::size_t>(place)], -1);
+    const std::int32_t entry = std::exchange(entryAt_[place], -1);
     if (entry < 0) return;
-    entries_[static_cast<std::size_t>(entry)].place = kNoPlace;
+    entries_[entry].place = kNoPlace;
     const std::size_t leaf = leafOf(static_cast<std::size_t>(entry));
     std::size_t node = leafCount() - 1 + leaf;
     nodes_[node] = leafNode(leaf);

@@ -8,11 +8,11 @@
 // over all candidates would find.
 #pragma once
 
+#include "base/indexed_array.h"
 #include "geometry/vec3.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace korvalite {
 
@@ -94,11 +94,11 @@ private:
                      std::int32_t& best);
     void findNearest(std::size_t node, const Search& search, Nearest& best);
 
-    std::vector<Entry> entries_;
-    std::vector<std::int32_t> entryAt_;  // by place; -1 for a place that is not in the tree
+    IndexedArray<Entry> entries_;
+    IndexedArray<std::int32_t> entryAt_;  // by place; -1 for a place that is not in the tree
     // A complete binary tree: the root comes first, the children of node i are 2i + 1 and 2i + 2.
     // The entries are divided evenly among the leaves.
-    std::vector<Node> nodes_;
+    IndexedArray<Node> nodes_;
     std::uint64_t lookCount_ = 0;
 };
 

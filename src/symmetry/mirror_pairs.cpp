@@ -28,7 +28,7 @@ struct SortedVertex {
 };
 
 struct SortedVertices {
-    std::vector<SortedVertex> places;
+    IndexedArray<SortedVertex> places;
     std::int32_t numberedCount = 0;  // places whose coordinate is not NaN
 };
 
@@ -90,15 +90,11 @@ public:
     }
 
 private:
-    [[nodiscard]] const SortedVertex& at(std::int32_t place) const {
-        return sorted_.places[static_cast<std::size_t>(place)];
-    }
+    [[nodiscard]] const SortedVertex& at(std::int32_t place) const { return sorted_.places[place]; }
     [[nodiscard]] FloatVec3 position(std::int32_t vertex) const {
-        return vertices_[static_cast<std::size_t>(vertex)].position();
+        return vertices_[vertex].position();
     }
-    [[nodiscard]] std::int32_t& pairing(std::int32_t vertex) {
-        return pairs_.pairing[static_cast<std::size_t>(vertex)];
-    }
+    [[nodiscard]] std::int32_t& pairing(std::int32_t vertex) { return pairs_.pairing[vertex]; }
     [[nodiscard]] float mirrored(float key) const { return 2.0F * centre_ - key; }
 
     void take(std::int32_t place, std::int32_t mirror) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/bit_array.h"
+#include "base/indexed_array.h"
 #include "geometry/vec3.h"
 
 #include <cstdint>
@@ -14,7 +15,7 @@ namespace korvalite {
 struct DMesh;
 
 struct MirrorPairs {
-    std::vector<std::int32_t>
+    IndexedArray<std::int32_t>
         pairing;          // -1 if unpaired, the vertex itself if on the plane, else its mirror
     BitArray secondSide;  // vertices above the plane
     std::int32_t pairedCount = 0;

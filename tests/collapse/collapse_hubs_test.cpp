@@ -71,12 +71,13 @@ protected:
         const bool refused = anyTurnsOver(pm_.mesh, static_cast<std::uint32_t>(v),
                                           static_cast<std::uint32_t>(w), position);
         CollapseRecord record;
-        const CollapseResult result = CollapseEdge(pm_, v, w, position, record, scratch_);
+        const CollapseResult result =
+            CollapseEdge(pm_, v, w, position, record, scratch_, Alone(pm_));
         ASSERT_EQ(result, refused ? CollapseResult::Refused : CollapseResult::Done)
             << v << " onto " << w << " at " << position.x << ' ' << position.y << ' ' << position.z;
         refused_ += refused ? 1 : 0;
         done_ += refused ? 0 : 1;
-        if (!refused) UndoCollapse(pm_, v, w, record.split, record.flags);
+        if (!refused) UndoCollapse(pm_.mesh, v, w, record, Alone(pm_));
     }
     // Tries collapses along random edges, to random places near them.
     void tryMany(DMesh mesh, std::uint32_t seed) {

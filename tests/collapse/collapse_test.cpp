@@ -52,15 +52,13 @@ struct Collapse {
 
     CollapseResult run(std::int32_t v, std::int32_t w, const FloatVec3& position) {
         record.clear();
-        return CollapseEdge(pm, v, w, position, record, scratch);
+        return CollapseEdge(pm, v, w, position, record, scratch, Alone(pm));
     }
     // Collapses v onto w, at the position of w.
     CollapseResult run(std::int32_t v, std::int32_t w) {
         return run(v, w, pm.mesh.vertices[static_cast<std::size_t>(w)].position());
     }
-    void undo(std::int32_t v, std::int32_t w) {
-        UndoCollapse(pm, v, w, record.split, record.flags);
-    }
+    void undo(std::int32_t v, std::int32_t w) { UndoCollapse(pm.mesh, v, w, record, Alone(pm)); }
     [[nodiscard]] bool active(std::int32_t vertex) const {
         return pm.mesh.vertexActive.Test(vertex);
     }

@@ -3,7 +3,7 @@
 // The forms of the collapse and of its undo that several threads may run at once.
 #include "collapse/collapse.h"
 
-#include "collapse/thread_guards.h"
+#include "collapse/sharing.h"
 #include "support/decimation_run.h"
 #include "support/level_walk.h"
 #include "support/mesh_validator.h"
@@ -44,6 +44,7 @@ test::Words wordsOf(const CollapseRecord& record) {
 struct Side {
     ProgressiveMesh pm;
     CollapseRecord record;
+    ThreadWorkRecord threadRecord;
     CollapseScratch scratch;
 
     explicit Side(const DMesh& mesh) {
@@ -69,8 +70,10 @@ struct Twins {
     CollapseResult run(std::int32_t v, std::int32_t w, const FloatVec3& position) {
         one.record.clear();
         many.record.clear();
-        const CollapseResult result = CollapseEdge(one.pm, v, w, position, one.record, one.scratch);
-        EXPECT_EQ(CollapseEdge_MT(many.pm, v, w, position, many.record, many.scratch, sections),
+        const CollapseResult result =
+            CollapseEdge(one.pm, v, w, position, one.record, one.scratch, Alone(one.pm));
+        EXPECT_EQ(CollapseEdge(many.pm, v, w, position, many.record, many.scratch,
+                               Shared(many.pm, many.threadRecord, sections)),
                   result);
         EXPECT_EQ(wordsOf(many.record), wordsOf(one.record));
         return result;
@@ -79,8 +82,8 @@ struct Twins {
         return run(v, w, one.pm.mesh.vertices[at(w)].position());
     }
     void undo(std::int32_t v, std::int32_t w) {
-        UndoCollapse(one.pm, v, w, one.record.split, one.record.flags);
-        UndoCollapse_MT(many.pm, v, w, many.record.split, many.record.flags, sections);
+        UndoCollapse(one.pm.mesh, v, w, one.record, Alone(one.pm));
+        UndoCollapse(many.pm.mesh, v, w, many.record, Shared(many.pm, many.threadRecord, sections));
     }
     [[nodiscard]] bool areAlike() const { return test::stateOf(one.pm) == test::stateOf(many.pm); }
 };
@@ -113,7 +116,8 @@ TEST(CollapseOnThreads, AVertexWithoutCornersIsRefusedWhateverTheSettings) {
         side.pm.AvoidNormalReverse = guarded;
         const test::Words before = test::stateOf(side.pm);
         CriticalSections sections;
-        EXPECT_EQ(CollapseEdge_MT(side.pm, 3, 0, {5, 5, 5}, side.record, side.scratch, sections),
+        EXPECT_EQ(CollapseEdge(side.pm, 3, 0, {5, 5, 5}, side.record, side.scratch,
+                               Shared(side.pm, side.threadRecord, sections)),
                   CollapseResult::Refused);
         EXPECT_TRUE(test::stateOf(side.pm) == before);
         EXPECT_EQ(side.record.split.vertex, kNone);
@@ -388,9 +392,9 @@ TEST_F(SharedBytes, TheResultIsThatOfOneThread) {
     for (std::int32_t k = 0; k < kIslands; ++k) {
         for (int round = 1; round <= Crowd::kRounds; ++round) {
             record.clear();
-            CollapseEdge(one, removedOn(k), keptOn(k), {1, 0, 0}, record, scratch);
+            CollapseEdge(one, removedOn(k), keptOn(k), {1, 0, 0}, record, scratch, Alone(one));
             if (round == Crowd::kRounds) break;
-            UndoCollapse(one, removedOn(k), keptOn(k), record.split, record.flags);
+            UndoCollapse(one.mesh, removedOn(k), keptOn(k), record, Alone(one));
         }
     }
     EXPECT_TRUE(test::stateOf(crowd->pm) == test::stateOf(one));
@@ -427,18 +431,20 @@ TEST(CollapseOnThreads, ChangesGuardedDataOnlyInsideItsSection) {
             const DMesh& mesh = side.pm.mesh;
             side.pm.ProtectTopology = side.pm.AvoidNormalReverse = false;
             const auto collapse = [&] {
-                CollapseEdge_MT(side.pm, 1, 5, {1, 0, 0}, side.record, side.scratch, sections);
+                CollapseEdge(side.pm, 1, 5, {1, 0, 0}, side.record, side.scratch,
+                             Shared(side.pm, side.threadRecord, sections));
             };
             if (undone) collapse();
 
             const auto look = [&] { return guarded.look(mesh); };
             const test::Words before = look();
-            EXPECT_TRUE(test::staysTheSameInside(
-                sections.*guarded.section, look,
-                [&] {
-                    if (!undone) return collapse();
-                    UndoCollapse_MT(side.pm, 1, 5, side.record.split, side.record.flags, sections);
-                }))
+            EXPECT_TRUE(test::staysTheSameInside(sections.*guarded.section, look,
+                                                 [&] {
+                                                     if (!undone) return collapse();
+                                                     UndoCollapse(side.pm.mesh, 1, 5, side.record,
+                                                                  Shared(side.pm, side.threadRecord,
+                                                                         sections));
+                                                 }))
                 << guarded.name << undone;
             EXPECT_NE(look(), before) << guarded.name << undone;
         }

@@ -76,15 +76,15 @@ TEST(BuildSymmetrySlaves, AcceptsAnEmptyMesh) {
 TEST(CheckSymmetricCollapse, ACollapseOnOneSideIsMirrored) {
     Mirrored m;
     ASSERT_TRUE(m.check(at(2, 2), at(3, 2)));
-    EXPECT_EQ(m.mirror.mirrorV, m.image(at(2, 2)));
-    EXPECT_EQ(m.mirror.mirrorW, m.image(at(3, 2)));
+    EXPECT_EQ(m.mirror.mirrorRemoved, m.image(at(2, 2)));
+    EXPECT_EQ(m.mirror.mirrorKept, m.image(at(3, 2)));
     EXPECT_TRUE(m.mirror.doMirror);
     EXPECT_FALSE(m.mirror.mirrorOntoPlane);
     EXPECT_FALSE(m.mirror.positionFixed);
     EXPECT_EQ(m.evaluation.position.x, 0.25F);  // unchanged
     KeptQuadrics<PlainMetric> quadrics;
     const EdgeEvaluation own =
-        evaluateCollapse(m.pm.mesh, m.pm, m.mirror.mirrorV, m.mirror.mirrorW, quadrics);
+        evaluateCollapse(m.pm.mesh, m.pm, m.mirror.mirrorRemoved, m.mirror.mirrorKept, quadrics);
     EXPECT_EQ(m.mirror.evaluation.cost, own.cost);
     EXPECT_EQ(m.mirror.evaluation.position.x, own.position.x);
     EXPECT_LT(own.position.x, 0.0F);
@@ -96,7 +96,7 @@ TEST(CheckSymmetricCollapse, OntoThePlaneBothMoveToOnePositionOnIt) {
     EXPECT_TRUE(m.mirror.doMirror);
     EXPECT_TRUE(m.mirror.mirrorOntoPlane);
     EXPECT_TRUE(m.mirror.positionFixed);
-    EXPECT_EQ(m.mirror.mirrorW, at(0, 2));
+    EXPECT_EQ(m.mirror.mirrorKept, at(0, 2));
     EXPECT_EQ(m.evaluation.position.x, 0.0F);
     EXPECT_EQ(m.evaluation.position.y, 2.0F);
     EXPECT_EQ(m.evaluation.position.z, 3.0F);

@@ -2,7 +2,7 @@
 #include "collapse/uv_update.h"
 
 #include "collapse/collapse.h"
-#include "collapse/thread_guards.h"
+#include "collapse/sharing.h"
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
 #include "mesh/uv_seams.h"
@@ -46,8 +46,9 @@ struct Charted {
     const VSplit& run(std::int32_t v, std::int32_t u, const FloatVec3& position) {
         CollapseScratch scratch;
         IndexList list;
-        EXPECT_EQ(CollapseEdge(pm, v, u, position, collapse, scratch), CollapseResult::Done);
-        UpdateUVsAfterCollapse(mesh, v, u, collapse.split, list);
+        EXPECT_EQ(CollapseEdge(pm, v, u, position, collapse, scratch, Alone(pm)),
+                  CollapseResult::Done);
+        UpdateUVsAfterCollapse(mesh, v, u, collapse.split, list, Alone(pm));
         return collapse.split;
     }
 
@@ -237,9 +238,11 @@ TEST(UpdateUVs, OnThreadsASeamCornerMarkNeedsASeam) {
     IndexList list;
     CriticalSections sections;
     const FloatVec3 place = m.mesh.vertices[static_cast<std::size_t>(at(2, 2))].position();
-    ASSERT_EQ(CollapseEdge_MT(m.pm, at(1, 2), at(2, 2), place, m.collapse, scratch, sections),
+    ThreadWorkRecord record;
+    const Shared shared(m.pm, record, sections);
+    ASSERT_EQ(CollapseEdge(m.pm, at(1, 2), at(2, 2), place, m.collapse, scratch, shared),
               CollapseResult::Done);
-    UpdateUVsAfterCollapse_MT(m.mesh, at(1, 2), at(2, 2), m.collapse.split, list, sections);
+    UpdateUVsAfterCollapse(m.mesh, at(1, 2), at(2, 2), m.collapse.split, list, shared);
     EXPECT_FALSE(m.mesh.uvSeamCorners.Test(at(2, 2)));
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "drivers/attribute_preparation.h"
+#include "drivers/preparation.h"
 
 #include "mesh/corner_lists.h"
 #include "support/decimation_run.h"

@@ -230,7 +230,8 @@ TEST_F(CollapseLoopTest, IfTheKeptVertexVanishesItsRingIsRefreshedFromTheRecord)
         pm.costQueue.Insert(v);
     }
     Script script(pm);
-    CollapseLoop(pm, script).run();
+    Alone alone(pm);
+    CollapseLoop(pm, script, alone).run();
     EXPECT_EQ(script.log, (Log{line("place", 0, 1), line("carry", 0, 1), line("refresh", 0)}));
     EXPECT_EQ(pm.mesh.numActiveVertices, 0U);
     EXPECT_EQ(pm.vsplitList.NumVtxSplit(), 1U);
@@ -280,7 +281,8 @@ TEST_F(CollapseLoopTest, ShowsProgressEvery200CollapsesExcludingRefusals) {
     test::StepRecorder steps;
     pm.monitor = &steps;
     Script script(pm);
-    CollapseLoop(pm, script).run();
+    Alone alone(pm);
+    CollapseLoop(pm, script, alone).run();
     Log progress;
     for (const std::string& entry : script.log) {
         if (entry.starts_with("progress")) progress.push_back(entry);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "drivers/driver_preparation.h"
+#include "drivers/preparation.h"
 
 #include "mesh/corner_lists.h"
 #include "support/decimation_run.h"

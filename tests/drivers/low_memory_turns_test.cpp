@@ -4,7 +4,7 @@
 #include "drivers/low_memory_driver.h"
 #include "host/progress_channel.h"
 
-#include "drivers/driver_preparation.h"
+#include "drivers/preparation.h"
 #include "mesh/corner_lists.h"
 #include "ranking/initial_edges.h"
 #include "ranking/vertex_cost.h"

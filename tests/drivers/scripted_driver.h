@@ -5,7 +5,7 @@
 #pragma once
 
 #include "drivers/collapse_loop.h"
-#include "drivers/driver_preparation.h"
+#include "drivers/preparation.h"
 #include "metric/metric.h"
 #include "ranking/initial_edges.h"
 #include "support/mirrored_grid.h"
@@ -108,7 +108,8 @@ struct Turns : MirroredGrid {
     [[nodiscard]] float cost(std::int32_t v) const { return pm.mesh.vertices[index(v)].cost; }
     [[nodiscard]] std::uint32_t recorded() const { return pm.vsplitList.NumVtxSplit(); }
     const Log& run() {
-        CollapseLoop(pm, script).run();
+        Alone alone(pm);
+        CollapseLoop(pm, script, alone).run();
         return script.log;
     }
 };

@@ -5,6 +5,7 @@
 #include "progressive/level_update.h"
 
 #include "formats/kvm_samples.h"
+#include "host/host_monitor.h"
 #include "support/decimation_run.h"
 #include "support/level_walk.h"
 #include "support/mesh_builder.h"
@@ -31,7 +32,10 @@ using Indices = std::vector<std::uint32_t>;
 
 class LevelUpdate : public test::DecimationTest {
 protected:
-    void start(const KvmFile& file) { test::fillFrom(file, pm); }
+    void start(const KvmFile& file) {
+        test::fillFrom(file, pm);
+        pm.monitor = &hostMonitor();
+    }
     std::string bytes() { return test::kvmFileOf(pm).bytes(); }
 
     ProgressiveMesh pm;

@@ -20,23 +20,23 @@ IndexMap shuffled(std::int32_t count, test::Random& random) {
 }
 
 TEST(Permute, MovesEachItemToItsEntryOfTheMap) {
-    std::vector<std::uint32_t> words{10, 11, 12, 13, 14};
+    IndexedArray<std::uint32_t> words{10, 11, 12, 13, 14};
     IndexMap map{2, 0, 1, 4, 3};
     PermuteWords(words, map);
-    EXPECT_EQ(words, (std::vector<std::uint32_t>{11, 12, 10, 14, 13}));
+    EXPECT_EQ(words, (IndexedArray<std::uint32_t>{11, 12, 10, 14, 13}));
     EXPECT_EQ(map, (IndexMap{2, 0, 1, 4, 3}));
 }
 
 TEST(Permute, MovesTriplesWhole) {
-    std::vector<std::uint32_t> words{1, 2, 3, 4, 5, 6, 7, 8, 9};
+    IndexedArray<std::uint32_t> words{1, 2, 3, 4, 5, 6, 7, 8, 9};
     IndexMap map{1, 2, 0};
     PermuteTriples(words, map);
-    EXPECT_EQ(words, (std::vector<std::uint32_t>{7, 8, 9, 1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(words, (IndexedArray<std::uint32_t>{7, 8, 9, 1, 2, 3, 4, 5, 6}));
 }
 
 TEST(Permute, AcceptsNoItemsAndTheIdentityMap) {
     IndexMap none;
-    std::vector<std::uint32_t> words;
+    IndexedArray<std::uint32_t> words;
     PermuteWords(words, none);
     PermuteTriples(words, none);
     BitArray bits;
@@ -46,9 +46,9 @@ TEST(Permute, AcceptsNoItemsAndTheIdentityMap) {
     IndexMap same(100);
     std::iota(same.begin(), same.end(), 0);
     const IndexMap sameBefore = same;
-    std::vector<std::uint8_t> bytes(100);
+    IndexedArray<std::uint8_t> bytes(100);
     std::iota(bytes.begin(), bytes.end(), std::uint8_t{7});
-    const std::vector<std::uint8_t> bytesBefore = bytes;
+    const IndexedArray<std::uint8_t> bytesBefore = bytes;
     PermuteBytes(bytes, same);
     EXPECT_EQ(bytes, bytesBefore);
     EXPECT_EQ(same, sameBefore);
@@ -61,9 +61,9 @@ TEST(Permute, EveryKindMatchesACopyAndKeepsTheMap) {
         const auto size = static_cast<std::size_t>(count);
         IndexMap map = shuffled(count, random);
         const IndexMap mapBefore = map;
-        std::vector<std::uint32_t> words(size);
-        std::vector<std::uint8_t> bytes(size);
-        std::vector<std::uint32_t> triples(3 * size);
+        IndexedArray<std::uint32_t> words(size);
+        IndexedArray<std::uint8_t> bytes(size);
+        IndexedArray<std::uint32_t> triples(3 * size);
         decltype(DMesh::vertices) records(size);
         BitArray bits;
         bits.Resize(count, random.onceIn(2));

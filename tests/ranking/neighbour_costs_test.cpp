@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ranking/neighbour_costs.h"
 
-#include "drivers/attribute_preparation.h"
+#include "drivers/preparation.h"
 #include "metric/edge_cost.h"
 #include "metric/metric.h"
 #include "ranking/initial_edges.h"
@@ -45,7 +45,8 @@ struct Queued {
         marks.prepare(pm.mesh);
     }
     void update(std::int32_t kept) {
-        UpdateNeighbourCosts_LM<Metric>(pm, kept, {}, {}, marks, scratch);
+        Alone alone(pm);
+        UpdateNeighbourCosts_LM(pm, kept, {}, {}, marks, scratch, alone);
     }
     [[nodiscard]] bool marksAreClear() const {
         const auto none = NeighbourhoodMarks::kNoSlot;
@@ -217,7 +218,8 @@ TEST(UpdateNeighbourCosts, UsesTheListsOfTheCollapseAsTheRing) {
     IndexList ring;
     IndexList corners;
     GetVertexCornersAndNeighbours(with.pm.mesh, 40, ring, corners);
-    UpdateNeighbourCosts_LM<PlainMetric>(with.pm, 40, corners, ring, with.marks, with.scratch);
+    Alone alone(with.pm);
+    UpdateNeighbourCosts_LM(with.pm, 40, corners, ring, with.marks, with.scratch, alone);
     without.update(40);
     for (std::size_t v = 0; v < with.pm.mesh.vertices.size(); ++v) {
         EXPECT_EQ(with.pm.mesh.vertices[v].cost, without.pm.mesh.vertices[v].cost);
@@ -307,7 +309,8 @@ TEST(UpdateNeighbourCosts, RanksOnlyTheVerticesThatFitTheSlots) {
     NeighbourhoodMarks marks;
     NeighbourhoodScratch<PlainMetric> scratch;
     marks.prepare(pm.mesh);
-    UpdateNeighbourCosts_LM<PlainMetric>(pm, 0, {}, {}, marks, scratch);
+    Alone alone(pm);
+    UpdateNeighbourCosts_LM(pm, 0, {}, {}, marks, scratch, alone);
     std::size_t ranked = 0;
     for (const VertexRecord& vertex : pm.mesh.vertices)
         ranked += vertex.cost != kNotCollapsible ? 1 : 0;

@@ -6,9 +6,9 @@
 #include "ranking/neighbour_costs.h"
 
 #include "collapse/collapse.h"
-#include "collapse/thread_guards.h"
+#include "collapse/sharing.h"
 #include "collapse/uv_update.h"
-#include "drivers/low_memory_preparation.h"
+#include "drivers/preparation.h"
 #include "host/progress_channel.h"
 #include "metric/metric.h"
 #include "support/decimation_run.h"
@@ -56,8 +56,9 @@ struct Thread {
     ThreadWorkRecord& record() { return context.workRecord; }
     void update(ProgressiveMesh& pm, std::int32_t kept, CriticalSections& sections,
                 const CollapseRecord& collapse = {}) {
-        UpdateNeighbourCosts_MT<Metric>(pm, kept, collapse.ringCorners, collapse.neighbours,
-                                        context.workRecord, context.marks, scratch, sections);
+        Shared shared(pm, context.workRecord, sections);
+        UpdateNeighbourCosts_LM(pm, kept, collapse.ringCorners, collapse.neighbours, context.marks,
+                                scratch, shared);
     }
     [[nodiscard]] bool marksAreClear() const {
         const auto& slots = context.marks.vertexSlot;
@@ -92,8 +93,9 @@ public:
         expected.insert(expected.end(), ring.begin(), ring.end());
         EXPECT_EQ(thread_.record().updateVertices, expected);
 
-        UpdateNeighbourCosts_LM<Metric>(*one, kept, collapse.ringCorners, collapse.neighbours,
-                                        marks_, scratch_);
+        Alone alone(*one);
+        UpdateNeighbourCosts_LM(*one, kept, collapse.ringCorners, collapse.neighbours, marks_,
+                                scratch_, alone);
         commit();
         EXPECT_TRUE(test::stateOf(*many) == test::stateOf(*one)) << "around " << kept;
     }
@@ -129,14 +131,14 @@ private:
     bool collapseOn(ProgressiveMesh& pm, std::int32_t v, std::int32_t u, CollapseRecord& record) {
         KeptQuadrics<Metric> quadrics;
         const EdgeEvaluation evaluation = evaluateCollapse(pm.mesh, pm, v, u, quadrics);
-        if (CollapseEdge(pm, v, u, evaluation.position, record, collapseScratch_) !=
+        if (CollapseEdge(pm, v, u, evaluation.position, record, collapseScratch_, Alone(pm)) !=
             CollapseResult::Done) {
             Penalize(pm.mesh, pm.costQueue, v);
             return false;
         }
         carryColor<Metric>(pm.mesh, record.split, u, evaluation);
         if (pm.m_handleUVs_internal)
-            UpdateUVsAfterCollapse(pm.mesh, v, u, record.split, uvScratch_);
+            UpdateUVsAfterCollapse(pm.mesh, v, u, record.split, uvScratch_, Alone(pm));
         pm.costQueue.Remove(v);
         return true;
     }

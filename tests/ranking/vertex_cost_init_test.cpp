@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ranking/vertex_cost_init.h"
 
-#include "drivers/attribute_preparation.h"
-#include "drivers/driver_preparation.h"
+#include "drivers/preparation.h"
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
 #include "metric/metric.h"

@@ -146,7 +146,8 @@ TEST(RefreshRingCosts, RanksAndQueuesTheActiveVerticesAroundACollapse) {
     }
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); v += 2)
         pm.costQueue.Insert(v);
-    RefreshRingCosts(pm, split);
+    Alone alone(pm);
+    RefreshRingCosts<PlainMetric>(pm, split, alone);
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
         const VertexRecord found = pm.mesh.vertices[static_cast<std::size_t>(v)];
         const bool refreshed = contains(ring, v) && v != inactive;
@@ -169,7 +170,8 @@ TEST(RefreshRingCosts, VerticesThatCannotCollapseAnyMoreLeaveTheQueue) {
     pm.costQueue.Insert(1);
     VSplit split;
     split.corners = {0};
-    RefreshRingCosts(pm, split);
+    Alone alone(pm);
+    RefreshRingCosts<PlainMetric>(pm, split, alone);
     EXPECT_FALSE(pm.costQueue.isQueued(1));
     EXPECT_EQ(pm.mesh.vertices[1].cost, kNotCollapsible);
 }

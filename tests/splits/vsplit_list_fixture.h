@@ -35,6 +35,11 @@ protected:
     VSplitSamples samples;
 };
 
+// Its scratch files are in the job folder.
+struct ScratchedList : VSplitList {
+    ScratchedList() { scratchFolder = JobDirectory(); }
+};
+
 inline constexpr std::uint32_t kManyVertices = 100000;
 
 inline void appendAll(VSplitList& list, const std::vector<VSplit>& splits) {

@@ -15,6 +15,7 @@ using test::firstDifference;
 using test::kAllFormats;
 using test::kManyVertices;
 using test::recordBytes;
+using test::ScratchedList;
 using test::VSplitListTest;
 using test::wordsOf;
 
@@ -49,7 +50,7 @@ protected:
 };
 
 TEST_F(VSplitListLoad, WithoutALimitAllRecordsAreAtTheirPositions) {
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 2;
     EXPECT_TRUE(load(list, bytes));
     EXPECT_EQ(firstDifference(list, splits, format), -1);
@@ -64,14 +65,14 @@ TEST_F(VSplitListLoad, SavingAndLoadingManyChunksChangesNothing) {
     for (const VSplitFormat some : kAllFormats) {
         format = some;
         const auto model = samples.next(5000);
-        VSplitList list;
+        ScratchedList list;
         list.open(format, kManyVertices, 2);
         appendAll(list, model);
         platform::File out = platform::File::open((folder / u8"many").c_str(), "wb");
         EXPECT_TRUE(list.saveTo(out));
         out.close();
         for (const std::int32_t limit : {-1, 0, 1, 4000}) {
-            VSplitList loaded;
+            ScratchedList loaded;
             platform::File in = reopened(u8"many");
             EXPECT_TRUE(loaded.loadFrom(in, format, limit));
             const auto kept = limit < 0 ? 5000 : limit;
@@ -82,14 +83,14 @@ TEST_F(VSplitListLoad, SavingAndLoadingManyChunksChangesNothing) {
 
 TEST_F(VSplitListLoad, LimitKeepsTheNewest) {
     for (const std::int32_t limit : {1, 7, 29, 30}) {
-        VSplitList list;
+        ScratchedList list;
         EXPECT_TRUE(load(list, bytes, limit));
         EXPECT_EQ(firstDifference(list, newest(static_cast<std::size_t>(limit)), format), -1);
     }
 }
 
 TEST_F(VSplitListLoad, LimitZeroReadsNone) {
-    VSplitList list;
+    ScratchedList list;
     EXPECT_TRUE(load(list, bytes, 0));
     EXPECT_EQ(list.NumVtxSplit(), 0U);
     EXPECT_TRUE(list.isOpen());
@@ -98,14 +99,14 @@ TEST_F(VSplitListLoad, LimitZeroReadsNone) {
 
 TEST_F(VSplitListLoad, OtherNegativeLimitReadsNone) {
     for (const std::int32_t limit : {-2, -2147483647 - 1}) {
-        VSplitList list;
+        ScratchedList list;
         EXPECT_TRUE(load(list, bytes, limit));
         EXPECT_EQ(list.NumVtxSplit(), 0U);
     }
 }
 
 TEST_F(VSplitListLoad, LimitAboveTheTotalReadsAll) {
-    VSplitList list;
+    ScratchedList list;
     EXPECT_TRUE(load(list, bytes, 31));
     EXPECT_EQ(list.NumVtxSplit(), kCount);
     EXPECT_TRUE(load(list, bytes, 0x7FFFFFFF));
@@ -113,7 +114,7 @@ TEST_F(VSplitListLoad, LimitAboveTheTotalReadsAll) {
 }
 
 TEST_F(VSplitListLoad, ReplacesAnOpenList) {
-    VSplitList list;
+    ScratchedList list;
     list.open({}, kManyVertices, 2);
     appendAll(list, samples.next(600));
     EXPECT_TRUE(load(list, bytes));
@@ -123,7 +124,7 @@ TEST_F(VSplitListLoad, ReplacesAnOpenList) {
 }
 
 TEST_F(VSplitListLoad, LoadedListCanGrowAndSpill) {
-    VSplitList list;
+    ScratchedList list;
     EXPECT_TRUE(load(list, bytes));
     auto model = splits;
     for (const VSplit& split : samples.next(40)) {
@@ -140,7 +141,7 @@ TEST_F(VSplitListLoad, TruncationAtEveryByteKeepsTheWholeRecords) {
         std::size_t whole = 0;
         while (ends[whole] <= length)
             ++whole;
-        VSplitList list;
+        ScratchedList list;
         EXPECT_FALSE(load(list, bytes.substr(0, length))) << length;
         ASSERT_EQ(list.NumVtxSplit(), whole) << length;
         EXPECT_EQ(firstDifference(list, newest(whole), format), -1) << length;
@@ -150,7 +151,7 @@ TEST_F(VSplitListLoad, TruncationAtEveryByteKeepsTheWholeRecords) {
 TEST_F(VSplitListLoad, HostileTotalsLoadOnlyExistingRecords) {
     for (const std::uint32_t total : {31U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         const std::string hostile = test::bytesOf({total}) + bytes.substr(4);
-        VSplitList list;
+        ScratchedList list;
         EXPECT_FALSE(load(list, hostile));
         EXPECT_EQ(firstDifference(list, splits, format), -1) << total;
     }
@@ -161,7 +162,7 @@ TEST_F(VSplitListLoad, HostileListCountEndsTheReading) {
         std::string hostile = bytes;
         // The count of the third record's corners.
         hostile.replace(ends[1] + 16, 4, test::bytesOf({count}));
-        VSplitList list;
+        ScratchedList list;
         EXPECT_FALSE(load(list, hostile));
         EXPECT_EQ(firstDifference(list, newest(2), format), -1);
     }
@@ -172,7 +173,7 @@ TEST_F(VSplitListLoad, SurvivesEveryWordAsAHostileCount) {
         for (const std::uint32_t value : {0U, 1U, 100U, 0xFFFFFFFFU}) {
             std::string hostile = bytes;
             hostile.replace(at, 4, test::bytesOf({value}));
-            VSplitList list;
+            ScratchedList list;
             load(list, hostile);
             std::size_t length = 8;
             for (std::uint32_t i = 0; i < list.NumVtxSplit(); ++i)
@@ -183,7 +184,7 @@ TEST_F(VSplitListLoad, SurvivesEveryWordAsAHostileCount) {
 }
 
 TEST_F(VSplitListLoad, ClosedFileGivesAnEmptyList) {
-    VSplitList list;
+    ScratchedList list;
     platform::File closed;
     EXPECT_FALSE(list.loadFrom(closed, format, -1));
     EXPECT_EQ(list.NumVtxSplit(), 0U);

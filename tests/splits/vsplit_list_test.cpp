@@ -27,6 +27,7 @@ using test::firstDifference;
 using test::kAllFormats;
 using test::kManyVertices;
 using test::recordBytes;
+using test::ScratchedList;
 using test::VSplitListTest;
 using test::wordsOf;
 
@@ -41,7 +42,7 @@ void exchangePosition(VSplitList& list, std::vector<VSplit>& model, std::int32_t
 TEST_F(VSplitListTest, ComputedPageCapacityFollowsTheFormat) {
     const std::uint32_t expected[] = {491, 481, 410, 404};
     for (std::size_t i = 0; i < 4; ++i) {
-        VSplitList list;
+        ScratchedList list;
         list.open(kAllFormats[i], kManyVertices, 2);
         EXPECT_EQ(list.recordsPerPage(), expected[i]);
         EXPECT_EQ(list.pageCapacity, 0U);
@@ -52,7 +53,7 @@ TEST_F(VSplitListTest, RunningOutOfMemoryInOpenLeavesNoFile) {
     bool failed = true;
     for (std::uint64_t nth = 1; failed; ++nth) {
         {
-            VSplitList list;
+            ScratchedList list;
             const test::FailingAllocation failure(nth);
             try {
                 list.open({}, kManyVertices, 2);
@@ -65,7 +66,7 @@ TEST_F(VSplitListTest, RunningOutOfMemoryInOpenLeavesNoFile) {
 }
 
 TEST_F(VSplitListTest, PageCapacityForAllRecordsExceedsTheVertices) {
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = VSplitList::kAllRecords;
     list.open({}, 700, 2);
     EXPECT_EQ(list.recordsPerPage(), 701U);
@@ -77,7 +78,7 @@ TEST_F(VSplitListTest, PageCapacityForAllRecordsExceedsTheVertices) {
 }
 
 TEST_F(VSplitListTest, OpenTwiceKeepsTheRecords) {
-    VSplitList list;
+    ScratchedList list;
     list.open({}, kManyVertices, 2);
     list.append(samples.next());
     list.open({true, true}, kManyVertices, 2);
@@ -86,7 +87,7 @@ TEST_F(VSplitListTest, OpenTwiceKeepsTheRecords) {
 }
 
 TEST_F(VSplitListTest, ShortListLeavesItsFileEmptyAndCloseDeletesIt) {
-    VSplitList list;
+    ScratchedList list;
     list.open({}, kManyVertices, 2);
     const std::string path = list.path().c_str();
     EXPECT_EQ(path, folder / u8"VSplitList.data");
@@ -104,7 +105,7 @@ TEST_F(VSplitListTest, ShortListLeavesItsFileEmptyAndCloseDeletesIt) {
 
 TEST_F(VSplitListTest, DestructionDeletesTheFile) {
     {
-        VSplitList list;
+        ScratchedList list;
         list.open({}, kManyVertices, 2);
         EXPECT_EQ(filesInFolder(), 1U);
     }
@@ -114,7 +115,7 @@ TEST_F(VSplitListTest, DestructionDeletesTheFile) {
 TEST_F(VSplitListTest, AFullPageSpillsAndLeavesAnEmptyOne) {
     const VSplitFormat format{true, false};
     const auto splits = samples.next(481);
-    VSplitList list;
+    ScratchedList list;
     list.open(format, kManyVertices, 2);
     EXPECT_EQ(list.pageBytes(), 8) << "a page without records";
     for (const VSplit& split : splits) {
@@ -133,7 +134,7 @@ TEST_F(VSplitListTest, AFullPageSpillsAndLeavesAnEmptyOne) {
 }
 
 TEST_F(VSplitListTest, APartialPageIsNotSpilled) {
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 3;
     list.open({}, kManyVertices, 2);
     appendAll(list, samples.next(2));
@@ -156,7 +157,7 @@ void takeFirstPage(VSplitList& list, const std::vector<VSplit>& splits, std::uin
 
 TEST_F(VSplitListTest, ATakenPageIsStoredLater) {
     const auto splits = samples.next(8);
-    VSplitList list;
+    ScratchedList list;
     takeFirstPage(list, splits, 3);
     EXPECT_EQ(list.pageFirst(), 3);
     EXPECT_EQ(list.pageCount(), 0U);
@@ -171,7 +172,7 @@ TEST_F(VSplitListTest, ATakenPageIsStoredLater) {
 
 TEST_F(VSplitListTest, APageThatFillsUpDuringAStoreGrows) {
     const auto splits = samples.next(9);
-    VSplitList list;
+    ScratchedList list;
     takeFirstPage(list, splits, 2);
     for (std::size_t i = 2; i < 7; ++i) {
         list.append(splits[i]);
@@ -187,7 +188,7 @@ TEST_F(VSplitListTest, APageThatFillsUpDuringAStoreGrows) {
 
 TEST_F(VSplitListTest, AFullPageAlreadyOnDiskIsDroppedWithoutAStore) {
     const auto splits = samples.next(4);
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 2;
     list.open({}, kManyVertices, 2);
     appendAll(list, {splits.begin(), splits.begin() + 2});
@@ -208,7 +209,7 @@ TEST_F(VSplitListTest, ThreadsStorePagesWhileOthersAppend) {
     const auto splits = samples.next(kThreads * kEach);
     std::vector<VSplit> model;
     std::mutex mutex;
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 7;
     list.open({}, kManyVertices, 2 * kThreads);
     test::onThreads(kThreads, [&](std::size_t thread) {
@@ -227,7 +228,7 @@ TEST_F(VSplitListTest, ThreadsStorePagesWhileOthersAppend) {
 TEST_F(VSplitListTest, ScratchFileHoldsPagesWithTheirLengths) {
     for (const VSplitFormat format : kAllFormats) {
         const auto splits = samples.next(7);
-        VSplitList list;
+        ScratchedList list;
         list.pageCapacity = 3;
         list.open(format, kManyVertices, 2);
         appendAll(list, splits);
@@ -250,7 +251,7 @@ TEST_F(VSplitListTest, EveryPageCapacityGivesTheSameRecords) {
     for (const VSplitFormat format : kAllFormats) {
         const auto splits = samples.next(1300);
         for (const std::uint32_t capacity : {1U, 2U, 7U, 0U, 1300U, VSplitList::kAllRecords}) {
-            VSplitList list;
+            ScratchedList list;
             list.pageCapacity = capacity;
             list.open(format, kManyVertices, 2);
             appendAll(list, splits);
@@ -262,7 +263,7 @@ TEST_F(VSplitListTest, EveryPageCapacityGivesTheSameRecords) {
 TEST_F(VSplitListTest, WalksAndChangesMatchAPlainList) {
     for (const VSplitFormat format : kAllFormats) {
         auto model = samples.next(2500);
-        VSplitList list;
+        ScratchedList list;
         list.open(format, kManyVertices, 2);
         appendAll(list, model);
         const auto count = static_cast<std::int32_t>(model.size());
@@ -279,7 +280,7 @@ TEST_F(VSplitListTest, WalksAndChangesMatchAPlainList) {
 TEST_F(VSplitListTest, RandomAccessAndChangesMatchAPlainList) {
     const VSplitFormat format{true, true};
     auto model = samples.next(1500);
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 50;
     list.open(format, kManyVertices, 2);
     appendAll(list, model);
@@ -297,7 +298,7 @@ TEST_F(VSplitListTest, RandomAccessAndChangesMatchAPlainList) {
 }
 
 TEST_F(VSplitListTest, PositionZeroIsLoadedDirectly) {
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 2;
     const auto splits = samples.next(9);
     list.open({}, kManyVertices, 2);
@@ -310,7 +311,7 @@ TEST_F(VSplitListTest, PositionZeroIsLoadedDirectly) {
 
 #ifndef _WIN32
 TEST_F(VSplitListTest, PositionZeroNeedsNoPagesInBetween) {
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 2;
     const auto splits = samples.next(9);
     list.open({}, kManyVertices, 2);
@@ -324,7 +325,7 @@ TEST_F(VSplitListTest, PositionZeroNeedsNoPagesInBetween) {
 #endif
 
 TEST_F(VSplitListTest, APageOnlyReadIsNotWritten) {
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 2;
     list.open({}, kManyVertices, 2);
     appendAll(list, samples.next(6));
@@ -339,7 +340,7 @@ TEST_F(VSplitListTest, APageOnlyReadIsNotWritten) {
 TEST_F(VSplitListTest, AppendAfterAccessFollowsTheLastRecord) {
     for (const std::size_t count : {5U, 6U}) {
         auto model = samples.next(count);
-        VSplitList list;
+        ScratchedList list;
         list.pageCapacity = 3;
         list.open({}, kManyVertices, 2);
         appendAll(list, model);
@@ -357,7 +358,7 @@ TEST_F(VSplitListTest, AppendAfterAccessFollowsTheLastRecord) {
 TEST_F(VSplitListTest, AppendAndSpillAllocateNothingInSteadyState) {
     for (const VSplitFormat format : kAllFormats) {
         const auto splits = samples.next(2000);
-        VSplitList list;
+        ScratchedList list;
         list.open(format, kManyVertices, 2);
         const test::AllocationCounter counter;
         appendAll(list, splits);
@@ -370,8 +371,8 @@ TEST_F(VSplitListTest, AppendAndSpillAllocateNothingInSteadyState) {
 TEST_F(VSplitListTest, TwoListsInOneFolderShareNoFile) {
     const auto first = samples.next(10);
     const auto second = samples.next(10);
-    VSplitList a;
-    VSplitList b;
+    ScratchedList a;
+    ScratchedList b;
     a.pageCapacity = b.pageCapacity = 2;
     a.open({}, kManyVertices, 2);
     b.open({}, kManyVertices, 2);
@@ -387,7 +388,7 @@ TEST_F(VSplitListTest, TwoListsInOneFolderShareNoFile) {
 
 TEST_F(VSplitListTest, AFolderWithTheFilesNameIsSkipped) {
     std::filesystem::create_directory(test::pathOfUtf8(folder / u8"VSplitList.data"));
-    VSplitList list;
+    ScratchedList list;
     list.open({}, kManyVertices, 2);
     EXPECT_EQ(std::string(list.path().c_str()), folder / u8"VSplitList1.data");
 }
@@ -398,7 +399,7 @@ TEST_F(VSplitListTest, ALinkWithTheFilesNameIsSkipped) {
     const std::string target = folder / u8"target";
     std::filesystem::create_symlink(test::pathOfUtf8(target),
                                     test::pathOfUtf8(folder / u8"VSplitList.data"));
-    VSplitList list;
+    ScratchedList list;
     list.open({}, kManyVertices, 2);
     EXPECT_EQ(std::string(list.path().c_str()), folder / u8"VSplitList1.data");
     EXPECT_FALSE(platform::exists(target.c_str()));
@@ -409,7 +410,7 @@ TEST_F(VSplitListTest, WithoutAFolderThePagesStayInMemory) {
     SetJobDirectory((folder / u8"missing").c_str());
     const VSplitFormat format{false, true};
     auto model = samples.next(300);
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 7;
     list.open(format, kManyVertices, 2);
     EXPECT_TRUE(list.path().isNull());
@@ -426,7 +427,7 @@ TEST_F(VSplitListTest, AFullDiskKeepsPagesInMemory) {
     const VSplitFormat format{true, true};
     for (const std::size_t room : {0U, 1U, 5000U, 30000U}) {
         auto model = samples.next(400);
-        VSplitList list;
+        ScratchedList list;
         list.pageCapacity = 9;
         list.open(format, kManyVertices, 2);
         std::int64_t difference = 0;
@@ -447,7 +448,7 @@ TEST_F(VSplitListTest, AFullDiskKeepsPagesInMemory) {
 
 TEST_F(VSplitListTest, ADiskThatFillsUpLaterKeepsItsPages) {
     auto model = samples.next(200);
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 5;
     list.open({}, kManyVertices, 2);
     appendAll(list, {model.begin(), model.begin() + 100});
@@ -467,7 +468,7 @@ TEST_F(VSplitListTest, ADiskThatFillsUpLaterKeepsItsPages) {
 
 TEST_F(VSplitListTest, ALostScratchFileGivesBlankRecords) {
     for (const VSplitFormat format : kAllFormats) {
-        VSplitList list;
+        ScratchedList list;
         list.pageCapacity = 5;
         list.open(format, kManyVertices, 2);
         appendAll(list, samples.next(53));
@@ -490,7 +491,7 @@ TEST_F(VSplitListTest, ALostScratchFileGivesBlankRecords) {
 
 TEST_F(VSplitListTest, GarbageInTheScratchFileIsNeverFollowed) {
     for (const char fill : {'\0', '\x01', '\x08', '\xFF'}) {
-        VSplitList list;
+        ScratchedList list;
         list.pageCapacity = 5;
         list.open({true, true}, kManyVertices, 2);
         appendAll(list, samples.next(53));
@@ -505,7 +506,7 @@ TEST_F(VSplitListTest, GarbageInTheScratchFileIsNeverFollowed) {
 TEST_F(VSplitListTest, RecordsAreSavedNewestFirst) {
     const VSplitFormat format{true, true};
     const auto splits = samples.next(10);
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = 3;
     list.open(format, kManyVertices, 2);
     appendAll(list, splits);
@@ -524,7 +525,7 @@ TEST_F(VSplitListTest, RecordsAreSavedNewestFirst) {
 
 #ifndef _WIN32
 TEST_F(VSplitListTest, SavingToAFullDiskFails) {
-    VSplitList list;
+    ScratchedList list;
     list.pageCapacity = VSplitList::kAllRecords;
     list.open({}, kManyVertices, 2);
     appendAll(list, samples.next(2000));
@@ -539,7 +540,7 @@ TEST_F(VSplitListTest, SavingToAFullDiskFails) {
 #endif
 
 TEST_F(VSplitListTest, NoSplitsAreSavedAsFourZeroBytes) {
-    VSplitList list;
+    ScratchedList list;
     const std::string path = folder / u8"splits";
     for (const bool isOpen : {false, true}) {
         if (isOpen) list.open({}, kManyVertices, 2);

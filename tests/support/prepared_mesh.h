@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "host/host_monitor.h"
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
 #include "progressive/progressive_mesh.h"
@@ -15,6 +16,7 @@ namespace korvalite::test {
 // queue.
 inline void prepare(ProgressiveMesh& pm, DMesh mesh) {
     pm.mesh = std::move(mesh);
+    pm.monitor = &hostMonitor();
     BuildVertexCorners(pm.mesh);
     ComputeBorderVertices(pm.mesh);
     pm.costQueue.Init(pm.mesh.vertexCount());

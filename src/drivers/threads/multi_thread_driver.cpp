@@ -2,9 +2,7 @@
 #include "drivers/threads/multi_thread_driver.h"
 
 #include "base/debug_log.h"
-#include "drivers/driver_preparation.h"
-#include "drivers/low_memory_preparation.h"
-#include "drivers/threads/shared_run.h"
+#include "drivers/preparation.h"
 #include "drivers/threads/thread_context.h"
 #include "drivers/threads/thread_loop.h"
 #include "drivers/threads/thread_messages.h"
@@ -125,6 +123,7 @@ int doDecimationLaunchThreadLoops_LM_MT(ProgressiveMesh& pm) {
     pm.monitor->EndSubTask();
     if (run.outOfMemory) throw std::bad_alloc();
     pm.monitor->step(RunStep::LoopEnded);
+    pm.threads->lockedVertices.Free();
     pm.threads->lockedVertices.Free();
     return 0;
 }

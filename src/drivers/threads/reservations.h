@@ -103,8 +103,7 @@ private:
     /// Gathers a whole ring, or the start of a hub's ring. False if a vertex of it is held.
     bool gatherRing(std::int32_t centre) {
         reservedVertices_.push_back(centre);
-        const std::int32_t first =
-            loadRelaxed(mesh_.vertexTriangleHead[static_cast<std::size_t>(centre)]);
+        const std::int32_t first = loadRelaxed(mesh_.vertexTriangleHead[centre]);
         bool isFree = true;
         const std::int32_t rest = forEachNeighbourFrom(
             first,
@@ -140,7 +139,7 @@ private:
             if (!visit(vertexAt(mesh_, nextCorner(corner))) ||
                 !visit(vertexAt(mesh_, previousCorner(corner))))
                 break;
-            corner = loadRelaxed(mesh_.cornerNext[static_cast<std::size_t>(corner)]);
+            corner = loadRelaxed(mesh_.cornerNext[corner]);
         }
         return corner;
     }

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "drivers/threads/thread_loop.h"
 
-#include "collapse/carry_color.h"
-#include "collapse/uv_update.h"
+#include "collapse/sharing.h"
+#include "drivers/low_memory_hooks.h"
 #include "drivers/pair_collapse.h"
-#include "drivers/threads/deferred_changes.h"
 #include "drivers/threads/reservations.h"
 #include "metric/metric.h"
-#include "ranking/neighbour_costs.h"
 
 #include <mutex>
 #include <new>
@@ -18,65 +16,14 @@ namespace korvalite {
 
 namespace {
 
-std::size_t at(std::int32_t index) {
-    return static_cast<std::size_t>(index);
-}
-
-/// The hooks of PairCollapse.
-template <typename LoopMetric>
-class ThreadDriver {
-public:
-    using Metric = LoopMetric;
-
-    ThreadDriver(ProgressiveMesh& pm, ThreadContext& context, CriticalSections& sections)
-        : pm_(pm), context_(context), sections_(sections) {}
-
-    [[nodiscard]] EdgeEvaluation place(std::int32_t v, std::int32_t u,
-                                       KeptQuadrics<Metric>& keptQuadrics) const {
-        return evaluateCollapse(pm_.mesh, pm_, v, u, keptQuadrics);
-    }
-
-    void carryAttributes(CollapseRecord& collapse, std::int32_t removed, std::int32_t kept,
-                         const EdgeEvaluation& evaluation) {
-        carryColor<Metric>(pm_.mesh, collapse.split, kept, evaluation);
-        if (pm_.m_handleUVs_internal) {
-            UpdateUVsAfterCollapse_MT(pm_.mesh, removed, kept, collapse.split, uvScratch_,
-                                      sections_);
-        }
-    }
-
-    void updateCosts(std::int32_t kept, const CollapseRecord& collapse) {
-        UpdateNeighbourCosts_MT(pm_, kept, collapse.ringCorners, collapse.neighbours,
-                                context_.workRecord, context_.marks, scratch_, sections_);
-    }
-    void refreshCosts(const CollapseRecord& collapse) {
-        RefreshRingCosts_MT<Metric>(pm_, collapse.split.vertex, context_.workRecord);
-    }
-
-    void rankFreedSlave(std::int32_t vertex) {
-        float cost = kNotCollapsible;
-        std::int32_t partner = kNone;
-        ComputeVertexCost_MT<Metric>(pm_, vertex, cost, partner, ring_);
-        if (cost != kNotCollapsible) context_.workRecord.appendUpdate(vertex, cost, partner);
-    }
-
-private:
-    ProgressiveMesh& pm_;
-    ThreadContext& context_;
-    CriticalSections& sections_;
-    IndexList uvScratch_;
-    IndexList ring_;
-    NeighbourhoodScratch<Metric> scratch_;
-};
-
 template <typename Metric>
 class ThreadLoop {
 public:
     ThreadLoop(ProgressiveMesh& pm, ThreadContext& context, SharedRun& run)
         : pm_(pm), mesh_(pm.mesh), context_(context), run_(run), record_(context.workRecord),
-          reservations_(pm.mesh, pm.threads->lockedVertices), driver_(pm, context, run.sections),
-          changes_(pm, record_, run.sections),
-          pair_(pm, driver_, changes_, record_.splitRecord, record_.mirrorSplitRecord) {}
+          reservations_(pm.mesh, pm.threads->lockedVertices), shared_(pm, record_, run.sections),
+          driver_(pm, context.marks, shared_),
+          pair_(pm, driver_, shared_, record_.splitRecord, record_.mirrorSplitRecord) {}
 
     void run() {
         const TimeTaken inLoop(timeOf(&ThreadStatistics::secondsInLoop));
@@ -149,33 +96,34 @@ private:
 
     /// Whether nothing could be picked, or only a vertex that has been refused before. There is no
     /// finish step here: whatever the settings, each thread then ends.
-    [[nodiscard]] bool endsPass(std::int32_t v) const {
-        if (v == kNone) return true;
-        const VertexRecord& vertex = mesh_.vertices[at(v)];
+    [[nodiscard]] bool endsPass(std::int32_t removed) const {
+        if (removed == kNone) return true;
+        const VertexRecord& vertex = mesh_.vertices[removed];
         return vertex.cost >= kPenalizedCost && vertex.partner != kNone &&
                mesh_.vertexActive.Test(vertex.partner);
     }
 
     /// Reserves everything that a collapse of the vertex may touch; false if others hold part of
     /// it.
-    bool reserve(std::int32_t v) {
+    bool reserve(std::int32_t removed) {
         ++context_.statistics.candidates;
         // Checked before reading its record, which is in the cache of the thread that holds it.
-        if (reservations_.isHeld(v)) return false;
-        const std::int32_t u = mesh_.vertices[at(v)].partner;
-        if (u == kNone) return reservations_.hold({v});
-        if (!reservations_.gather({v, u})) return false;
-        if (pm_.m_handleSymmetry_internal && !gatherMirror(v, u)) return false;
+        if (reservations_.isHeld(removed)) return false;
+        const std::int32_t kept = mesh_.vertices[removed].partner;
+        if (kept == kNone) return reservations_.hold({removed});
+        if (!reservations_.gather({removed, kept})) return false;
+        if (pm_.m_handleSymmetry_internal && !gatherMirror(removed, kept)) return false;
         reservations_.holdGathered();
         return true;
     }
 
     /// REQUIRES: both vertices are free, because a thread that holds a vertex may change its
     /// pairing.
-    bool gatherMirror(std::int32_t v, std::int32_t u) {
-        const std::int32_t mv = mesh_.symmetryCache.pairing[at(v)];
-        const std::int32_t mu = mesh_.symmetryCache.pairing[at(u)];
-        return mv == kNone || mu == kNone || reservations_.gather({mv, mu});
+    bool gatherMirror(std::int32_t removed, std::int32_t kept) {
+        const std::int32_t mirrorRemoved = mesh_.symmetryCache.pairing[removed];
+        const std::int32_t mirrorKept = mesh_.symmetryCache.pairing[kept];
+        return mirrorRemoved == kNone || mirrorKept == kNone ||
+               reservations_.gather({mirrorRemoved, mirrorKept});
     }
 
     Turn work() {
@@ -185,14 +133,14 @@ private:
     }
 
     Turn collapsePicked() {
-        const std::int32_t v = record_.pickedVertex;
-        const std::int32_t u = mesh_.vertices[at(v)].partner;
-        if (u == kNone || !mesh_.vertexActive.Test(u)) {
-            record_.removedVertices.push_back(v);
+        const std::int32_t removed = record_.pickedVertex;
+        const std::int32_t kept = mesh_.vertices[removed].partner;
+        if (kept == kNone || !mesh_.vertexActive.Test(kept)) {
+            record_.removedVertices.push_back(removed);
             return Turn::Dropped;
         }
-        if (!pair_.collapse(v, u)) return Turn::Dropped;
-        pair_.rankAgain(v, u);
+        if (!pair_.collapse(removed, kept)) return Turn::Dropped;
+        pair_.rankAgain(removed, kept);
         return Turn::Stands;
     }
 
@@ -232,8 +180,8 @@ private:
         for (std::size_t i = 0; i < record_.updateVertices.size(); ++i) {
             const std::int32_t x = record_.updateVertices[i];
             pm_.costQueue.Remove(x);
-            mesh_.vertices[at(x)].cost = record_.updateCosts[i];
-            mesh_.vertices[at(x)].partner = record_.updatePartners[i];
+            mesh_.vertices[x].cost = record_.updateCosts[i];
+            mesh_.vertices[x].partner = record_.updatePartners[i];
             pm_.costQueue.Insert(x, record_.updateBuckets[i]);
         }
     }
@@ -251,9 +199,9 @@ private:
     SharedRun& run_;
     ThreadWorkRecord& record_;
     Reservations reservations_;
-    ThreadDriver<Metric> driver_;
-    DeferredChanges changes_;
-    PairCollapse<ThreadDriver<Metric>, DeferredChanges> pair_;
+    Shared shared_;
+    LowMemoryHooks<Metric, Shared> driver_;
+    PairCollapse<LowMemoryHooks<Metric, Shared>, Shared> pair_;
     bool tookFullPage_ = false;  // and must store it
 };
 

@@ -12,7 +12,6 @@
 // cost is slightly off.
 #pragma once
 
-#include "drivers/threads/shared_run.h"
 #include "drivers/threads/thread_context.h"
 #include "progressive/progressive_mesh.h"
 

@@ -24,9 +24,28 @@ struct SymmetryNeeds {
 /// with different masks (or colours), whose vertices then collapse independently.
 void prepareSymmetry(ProgressiveMesh& pm, const SymmetryNeeds& needs);
 
-/// All of the above for drivers that hold their metric in memory: also begins the main task, and
-/// handles neither UVs nor colours.
+/// Decides m_handleUVs_internal and builds the UV indices, UV corner lists and seam bits.
+/// REQUIRES: the vertex corner lists.
+void prepareUVs(ProgressiveMesh& pm);
+
+/// Computes colorScale: a colour byte times this scale is a length that the metric can compare with
+/// distances.
+void computeColorScale(ProgressiveMesh& pm);
+
+/// Adjacency and symmetry for drivers that hold their metric in memory: also begins the main task,
+/// and handles neither UVs nor colours.
 void prepareInMemoryDriver(ProgressiveMesh& pm, bool planeQuadric);
+
+/// The differences between the preparation for one thread and for several.
+struct LowMemoryPreparation {
+    bool raiseStageFlags;  // now; if false, only the first, once all threads have started
+    bool logCostForms;
+};
+
+/// Builds everything that both low-memory drivers need before the first collapse: adjacency,
+/// symmetry, UVs, colour scale, costs and the queue. Main thread only.
+template <typename Metric>
+void prepareLowMemoryRun(ProgressiveMesh& pm, const LowMemoryPreparation& preparation);
 
 /// Opens the list of splits if the run records them.
 void openVSplitList(ProgressiveMesh& pm, std::uint32_t threadCount = 1);

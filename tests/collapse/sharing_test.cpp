@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "drivers/threads/deferred_changes.h"
+#include "collapse/sharing.h"
 
-#include "drivers/attribute_preparation.h"
+#include "collapse/symmetric_collapse.h"
+#include "drivers/preparation.h"
 #include "metric/metric.h"
 #include "ranking/initial_edges.h"
 #include "ranking/vertex_cost.h"
@@ -27,7 +28,7 @@ struct Hills {
     ProgressiveMesh pm;
     CriticalSections sections;
     ThreadWorkRecord record;
-    DeferredChanges changes{pm, record, sections};
+    Shared shared{pm, record, sections};
 
     explicit Hills(DMesh mesh = test::grid(6, 6, test::hills)) {
         test::prepare(pm, std::move(mesh));
@@ -54,12 +55,12 @@ DMesh coloredBall() {
     return mesh;
 }
 
-TEST(PenalizeDeferred, OnlyRecordsTheRaisedCostOfAQueuedVertex) {
+TEST(SharedPenalty, OnlyRecordsTheRaisedCostOfAQueuedVertex) {
     Hills m;
     m.set(24, 3, 25);
     m.pm.costQueue.Insert(24);
     const test::Words before = test::stateOf(m.pm);
-    PenalizeDeferred(m.pm, 24, m.record);
+    m.shared.penalize(24);
     EXPECT_TRUE(test::stateOf(m.pm) == before);
     EXPECT_EQ(m.record.updateVertices, IndexList{24});
     EXPECT_EQ(m.record.updateCosts, std::vector<float>{3 * 100.0F + 1e10F});
@@ -67,7 +68,7 @@ TEST(PenalizeDeferred, OnlyRecordsTheRaisedCostOfAQueuedVertex) {
     EXPECT_TRUE(m.record.removedVertices.empty());
 }
 
-TEST(PenalizeDeferred, OnlyRecordsTheRaisedCostOfAVertexInABucket) {
+TEST(SharedPenalty, OnlyRecordsTheRaisedCostOfAVertexInABucket) {
     // Two costs so far apart that one vertex is still in its bucket when the other's is poured.
     Hills m;
     m.set(10, 1e-6F, 11);
@@ -76,23 +77,23 @@ TEST(PenalizeDeferred, OnlyRecordsTheRaisedCostOfAVertexInABucket) {
     m.pm.costQueue.Insert(24);
     ASSERT_EQ(m.pm.costQueue.Top(), 10);
     const test::Words before = test::stateOf(m.pm);
-    PenalizeDeferred(m.pm, 10, m.record);
-    PenalizeDeferred(m.pm, 24, m.record);
+    m.shared.penalize(10);
+    m.shared.penalize(24);
     EXPECT_TRUE(test::stateOf(m.pm) == before);
     EXPECT_EQ(m.record.updateVertices, (IndexList{10, 24}));
 }
 
-TEST(PenalizeDeferred, RaisesTheCostOfAnUnqueuedVertexAtOnce) {
+TEST(SharedPenalty, RaisesTheCostOfAnUnqueuedVertexAtOnce) {
     Hills m;
     m.set(24, 3, 25);
-    PenalizeDeferred(m.pm, 24, m.record);
+    m.shared.penalize(24);
     EXPECT_EQ(m.pm.mesh.vertices[24].cost, 3 * 100.0F + 1e10F);
     EXPECT_EQ(m.pm.mesh.vertices[24].partner, 25);
     EXPECT_FALSE(m.pm.costQueue.isQueued(24));
     EXPECT_TRUE(m.isUntouched());
 }
 
-TEST(PenalizeDeferred, RaisesCostsAsTheSingleThreadedDriverDoes) {
+TEST(SharedPenalty, RaisesCostsAsTheSingleThreadedDriverDoes) {
     for (const float cost : {0.0F, 0.25F, 1e9F, 2e10F, 1e35F, 3e38F}) {
         for (const bool queued : {false, true}) {
             Hills one;
@@ -102,7 +103,7 @@ TEST(PenalizeDeferred, RaisesCostsAsTheSingleThreadedDriverDoes) {
                 if (queued) m->pm.costQueue.Insert(24);
             }
             Penalize(one.pm.mesh, one.pm.costQueue, 24);
-            many.changes.penalize(24);
+            many.shared.penalize(24);
             const float raised =
                 queued ? many.record.updateCosts.at(0) : many.pm.mesh.vertices[24].cost;
             EXPECT_EQ(raised, one.pm.mesh.vertices[24].cost) << cost;
@@ -116,16 +117,14 @@ void expectReferenceRanking(ProgressiveMesh& pm) {
     const test::Words before = test::stateOf(pm);
     for (std::int32_t v = 0; v < pm.mesh.vertexCount(); ++v) {
         const RankedVertex expected = test::rankSlowly<Metric>(pm, v);
-        float cost = -1;
-        std::int32_t partner = 1'000'000;
-        ComputeVertexCost_MT<Metric>(pm, v, cost, partner, ring);
+        const auto [cost, partner] = rankVertex<Metric>(pm, v, ring);
         EXPECT_EQ(cost, expected.cost) << v;
         EXPECT_EQ(partner, expected.partner) << v;
     }
     EXPECT_TRUE(test::stateOf(pm) == before) << "nothing is stored";
 }
 
-TEST(ComputeVertexCost, RanksAVertexAgainstItsRingAndStoresNothing) {
+TEST(RankVertex, RanksAVertexAgainstItsRingAndStoresNothing) {
     DMesh mesh = test::grid(6, 6, test::hills);
     test::jitter(mesh, 0.2F, 1);
     mesh.vertices.resize(mesh.vertices.size() + 1);  // in no triangle
@@ -134,14 +133,14 @@ TEST(ComputeVertexCost, RanksAVertexAgainstItsRingAndStoresNothing) {
     expectReferenceRanking<PlainMetric>(m.pm);
 }
 
-TEST(ComputeVertexCost, RanksByTheColourMetricToo) {
+TEST(RankVertex, RanksByTheColourMetricToo) {
     Hills m(coloredBall());
     m.pm.m_useVertexColors_internal = true;
     computeColorScale(m.pm);
     expectReferenceRanking<ColorMetric>(m.pm);
 }
 
-TEST(ComputeVertexCost, LeavesOutEdgesHeldByASeam) {
+TEST(RankVertex, LeavesOutEdgesHeldByASeam) {
     // A seam across the middle with a bend at 24, which must not pair with its seam neighbours.
     Hills m;
     m.pm.m_handleUVs_internal = true;
@@ -153,20 +152,16 @@ TEST(ComputeVertexCost, LeavesOutEdgesHeldByASeam) {
     expectReferenceRanking<PlainMetric>(m.pm);
     IndexList ring;
     for (const std::int32_t v : {23, 24, 25}) {
-        float cost = 0;
-        std::int32_t partner = kNone;
-        ComputeVertexCost_MT<PlainMetric>(m.pm, v, cost, partner, ring);
+        const auto [cost, partner] = rankVertex<PlainMetric>(m.pm, v, ring);
         EXPECT_FALSE(v == 24 ? partner == 23 || partner == 25 : partner == 24) << v;
     }
 }
 
-TEST(ComputeVertexCost, AgreesWithTheSingleThreadedDrivers) {
+TEST(RankVertex, AgreesWithTheSingleThreadedDrivers) {
     Hills m(test::sample("synth-torus.Vok"));
     IndexList ring;
     for (std::int32_t v = 0; v < m.pm.mesh.vertexCount(); ++v) {
-        float cost = -1;
-        std::int32_t partner = kNone;
-        ComputeVertexCost_MT<PlainMetric>(m.pm, v, cost, partner, ring);
+        const auto [cost, partner] = rankVertex<PlainMetric>(m.pm, v, ring);
         RecomputeVertexCost(m.pm, v, ring);
         ASSERT_EQ(cost, m.pm.mesh.vertices[at(v)].cost) << v;
         ASSERT_EQ(partner, m.pm.mesh.vertices[at(v)].partner) << v;
@@ -186,7 +181,8 @@ CollapseRecord collapseOf(ProgressiveMesh& pm, std::int32_t gone, std::int32_t i
 void expectRefreshed(const Hills& m, std::size_t first, const VSplit& split) {
     Hills one;
     one.pm.mesh.vertexActive.Assign(m.pm.mesh.vertexActive);
-    RefreshRingCosts(one.pm, split);
+    Alone alone(one.pm);
+    RefreshRingCosts<PlainMetric>(one.pm, split, alone);
     IndexList refreshed;
     for (std::size_t i = first; i < m.record.updateVertices.size(); ++i) {
         const std::int32_t v = m.record.updateVertices[i];
@@ -201,38 +197,26 @@ void expectRefreshed(const Hills& m, std::size_t first, const VSplit& split) {
     EXPECT_EQ(m.record.updatePartners.size(), m.record.updateVertices.size());
 }
 
-TEST(RefreshRingCostsOnThreads, RecordsTheActiveVerticesAroundEitherCollapse) {
+TEST(SharedRefresh, RecordsTheActiveVerticesAroundEitherCollapse) {
     Hills m;
     m.record.splitRecord = collapseOf(m.pm, 16, 17);
     m.record.mirrorSplitRecord = collapseOf(m.pm, 32, 31);
     const test::Words before = test::stateOf(m.pm);
-    RefreshRingCosts_MT<PlainMetric>(m.pm, 16, m.record);
+    RefreshRingCosts<PlainMetric>(m.pm, m.record.splitRecord.split, m.shared);
     EXPECT_EQ(m.record.updateVertices.size(), 5U) << "a fan of six with one vertex inactive";
     expectRefreshed(m, 0, m.record.splitRecord.split);
-    RefreshRingCosts_MT<PlainMetric>(m.pm, 32, m.record);
+    RefreshRingCosts<PlainMetric>(m.pm, m.record.mirrorSplitRecord.split, m.shared);
     EXPECT_EQ(m.record.updateVertices.size(), 10U);
     expectRefreshed(m, 5, m.record.mirrorSplitRecord.split);
     EXPECT_TRUE(test::stateOf(m.pm) == before) << "costs and queue are untouched";
 }
 
-TEST(RefreshRingCostsOnThreads, RecordsNothingForAVertexInNeitherRecord) {
-    Hills m;
-    m.record.splitRecord = collapseOf(m.pm, 16, 17);
-    m.record.mirrorSplitRecord = collapseOf(m.pm, 32, 31);
-    const test::Words before = test::stateOf(m.pm);
-    for (const std::int32_t other : {17, 24, 0}) {
-        RefreshRingCosts_MT<PlainMetric>(m.pm, other, m.record);
-        EXPECT_TRUE(m.isUntouched()) << other;
-    }
-    EXPECT_TRUE(test::stateOf(m.pm) == before);
-}
-
-TEST(RefreshRingCostsOnThreads, RanksByTheDriversMetric) {
+TEST(SharedRefresh, RanksByTheDriversMetric) {
     Hills m(coloredBall());
     m.pm.m_useVertexColors_internal = true;
     computeColorScale(m.pm);
     m.record.splitRecord = collapseOf(m.pm, 20, 20);
-    RefreshRingCosts_MT<ColorMetric>(m.pm, 20, m.record);
+    RefreshRingCosts<ColorMetric>(m.pm, m.record.splitRecord.split, m.shared);
     ASSERT_FALSE(m.record.updateVertices.empty());
     for (std::size_t i = 0; i < m.record.updateVertices.size(); ++i) {
         const RankedVertex expected =
@@ -242,40 +226,40 @@ TEST(RefreshRingCostsOnThreads, RanksByTheDriversMetric) {
     }
 }
 
-TEST(DeferredChanges, UnqueueingAVertexIsOnlyRecorded) {
+TEST(Shared, UnqueueingAVertexIsOnlyRecorded) {
     Hills m;
     m.pm.costQueue.Insert(24);
     const test::Words before = test::stateOf(m.pm);
-    m.changes.unqueue(24);
+    m.shared.unqueue(24);
     EXPECT_TRUE(test::stateOf(m.pm) == before);
     EXPECT_EQ(m.record.removedVertices, IndexList{24});
     EXPECT_TRUE(m.record.updateVertices.empty());
 }
 
-TEST(DeferredChanges, FreesOneSlaveAtOnce) {
+TEST(Shared, FreesOneSlaveAtOnce) {
     Hills m;
     const std::int32_t count = m.pm.mesh.vertexCount();
     m.pm.symmetrySlaves.Resize(count, false);
     for (std::int32_t v = 8; v < 24; ++v)
         m.pm.symmetrySlaves.Set(v);
-    m.changes.freeSlave(12);
-    m.changes.freeSlave(30);  // not a slave
+    freeSlave(m.pm, 12, m.shared);
+    freeSlave(m.pm, 30, m.shared);  // not a slave
     for (std::int32_t v = 0; v < count; ++v)
-        EXPECT_EQ(m.changes.isSlave(v), v >= 8 && v < 24 && v != 12) << v;
+        EXPECT_EQ(isSlave(m.pm, v, m.shared), v >= 8 && v < 24 && v != 12) << v;
     EXPECT_TRUE(m.isUntouched());
 }
 
-TEST(DeferredChanges, FreesASlaveOnlyInsideTheSection) {
+TEST(Shared, FreesASlaveOnlyInsideTheSection) {
     Hills m;
     m.pm.symmetrySlaves.Resize(m.pm.mesh.vertexCount(), false);
     m.pm.symmetrySlaves.Set(12);
     EXPECT_TRUE(test::staysTheSameInside(
         m.sections.csSymmetrySlaves, [&] { return m.pm.symmetrySlaves.Test(12); },
-        [&] { m.changes.freeSlave(12); }));
+        [&] { freeSlave(m.pm, 12, m.shared); }));
     EXPECT_FALSE(m.pm.symmetrySlaves.Test(12));
 }
 
-TEST(DeferredChanges, FreeingSlavesOfOneByteOnSeveralThreadsLosesNone) {
+TEST(Shared, FreeingSlavesOfOneByteOnSeveralThreadsLosesNone) {
     constexpr std::int32_t kThreads = 4;
     constexpr std::int32_t kSlaves = 40'000;
     ProgressiveMesh pm;
@@ -289,9 +273,9 @@ TEST(DeferredChanges, FreeingSlavesOfOneByteOnSeveralThreadsLosesNone) {
         const auto staysASlave = [](std::int32_t v) { return v % 24 == 23; };
         test::onThreads(kThreads, [&](std::size_t thread) {
             ThreadWorkRecord record;
-            DeferredChanges changes(pm, record, sections);
+            const Shared shared(pm, record, sections);
             for (auto v = static_cast<std::int32_t>(thread); v < kSlaves; v += kThreads) {
-                if (!staysASlave(v)) changes.freeSlave(v);
+                if (!staysASlave(v)) freeSlave(pm, v, shared);
             }
         });
         std::int32_t wrong = 0;

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "drivers/driver_preparation.h"
+#include "drivers/preparation.h"
 
 #include "collapse/symmetric_collapse.h"
 #include "mesh/borders.h"
 #include "mesh/corner_lists.h"
+#include "mesh/uv_seams.h"
+#include "metric/metric.h"
 #include "metric/symmetry_plane_quadric.h"
+#include "ranking/vertex_cost_init.h"
 #include "symmetry/compute_symmetry.h"
 
 #include <cmath>
@@ -29,7 +32,7 @@ void unpairWhere(DMesh& mesh, Differ differ) {
     for (std::size_t vertex = 0; vertex < pairing.size(); ++vertex) {
         const std::int32_t mirror = pairing[vertex];
         if (mirror == kNone || !differ(vertex, static_cast<std::size_t>(mirror))) continue;
-        pairing[static_cast<std::size_t>(mirror)] = kNone;
+        pairing[mirror] = kNone;
         pairing[vertex] = kNone;
     }
 }
@@ -45,6 +48,14 @@ void unpairUnlike(DMesh& mesh, bool byColor) {
             return colorsDiffer(mesh.vertexColors[a], mesh.vertexColors[b]);
         });
     }
+}
+
+/// Gives every corner an index, even in triangles that an earlier run has removed.
+void weldAllCorners(DMesh& mesh) {
+    if (!hasDeadTriangles(mesh)) return WeldCornerUVs(mesh);
+    BuildVertexCorners(mesh);
+    WeldCornerUVs(mesh);
+    dropDeadVertexCorners(mesh);
 }
 
 }  // namespace
@@ -86,6 +97,22 @@ void prepareSymmetry(ProgressiveMesh& pm, const SymmetryNeeds& needs) {
     pm.monitor->EndSubTask();
 }
 
+void prepareUVs(ProgressiveMesh& pm) {
+    DMesh& mesh = pm.mesh;
+    if (mesh.indicesUV.empty() && mesh.coordsUV.size() == mesh.triangles.size()) {
+        weldAllCorners(mesh);
+    }
+    pm.m_handleUVs_internal = mesh.indicesUV.size() == mesh.triangles.size();
+    if (!pm.m_handleUVs_internal) return;
+    BuildUVCorners(mesh);
+    dropDeadUVCorners(mesh);
+    ComputeUVSeams(mesh);
+}
+
+void computeColorScale(ProgressiveMesh& pm) {
+    pm.colorScale = static_cast<double>(pm.mesh.boundingBox.diagonal() / 20000.0F * pm.colorWeight);
+}
+
 void prepareInMemoryDriver(ProgressiveMesh& pm, bool planeQuadric) {
     pm.monitor->BeginMainTask();
     prepareAdjacency(pm);
@@ -95,6 +122,28 @@ void prepareInMemoryDriver(ProgressiveMesh& pm, bool planeQuadric) {
     pm.monitor->step(RunStep::SymmetryDecided);
     pm.monitor->step(RunStep::AttributesDecided);
 }
+
+template <typename Metric>
+void prepareLowMemoryRun(ProgressiveMesh& pm, const LowMemoryPreparation& preparation) {
+    RunMonitor& progress = *pm.monitor;
+    progress.BeginMainTask();
+    prepareAdjacency(pm);
+    pm.monitor->step(RunStep::CornerListsBuilt);
+    if (preparation.raiseStageFlags) progress.raiseStageFlags();
+    pm.monitor->step(RunStep::BordersFound);
+    prepareSymmetry(pm, {.pairsMustShareColors = true, .planeQuadric = true});
+    pm.monitor->step(RunStep::SymmetryDecided);
+    prepareUVs(pm);
+    if (pm.m_useVertexColors_internal) computeColorScale(pm);
+    pm.monitor->step(RunStep::AttributesDecided);
+    progress.BeginSubTask("analysing mesh", -1);
+    InitVerticesCost_LM<Metric>(pm, pm, preparation.logCostForms);
+    progress.EndSubTask();
+    pm.monitor->step(RunStep::VerticesQueued);
+}
+
+template void prepareLowMemoryRun<PlainMetric>(ProgressiveMesh&, const LowMemoryPreparation&);
+template void prepareLowMemoryRun<ColorMetric>(ProgressiveMesh&, const LowMemoryPreparation&);
 
 void openVSplitList(ProgressiveMesh& pm, std::uint32_t threadCount) {
     constexpr std::uint32_t kAppendsPerTurn = 2;

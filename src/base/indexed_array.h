@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace korvalite {
+
+/// A std::vector that also takes the 32-bit index of a vertex, triangle or corner, without a cast.
+/// REQUIRES: the index is not negative.
+template <typename Item, typename Allocator = std::allocator<Item>>
+class IndexedArray : public std::vector<Item, Allocator> {
+    using Base = std::vector<Item, Allocator>;
+
+public:
+    using Base::Base;
+    using Base::operator[];
+
+    IndexedArray() = default;
+    IndexedArray(Base items) : Base(std::move(items)) {}
+
+    [[nodiscard]] typename Base::reference operator[](std::int32_t index) {
+        return Base::operator[](static_cast<std::size_t>(index));
+    }
+    [[nodiscard]] typename Base::const_reference operator[](std::int32_t index) const {
+        return Base::operator[](static_cast<std::size_t>(index));
+    }
+    [[nodiscard]] typename Base::reference operator[](std::uint32_t index) {
+        return Base::operator[](std::size_t{index});
+    }
+    [[nodiscard]] typename Base::const_reference operator[](std::uint32_t index) const {
+        return Base::operator[](std::size_t{index});
+    }
+};
+
+}  // namespace korvalite
