@@ -12,6 +12,11 @@ set(inline_all $<$<CXX_COMPILER_ID:GNU>:--param=inline-unit-growth=300>)
 target_compile_options(project_options INTERFACE ${inline_all})
 target_link_options(project_options INTERFACE ${inline_all})
 
+option(KORVALITE_DEBUG_LOG "Write the log to standard error" OFF)
+if(KORVALITE_DEBUG_LOG)
+    target_compile_definitions(project_options INTERFACE KORVALITE_DEBUG_LOG)
+endif()
+
 set(KORVALITE_SANITIZE "" CACHE STRING "Value for -fsanitize=, empty for none")
 option(KORVALITE_FUZZ "Build the libFuzzer targets (clang only)" OFF)
 

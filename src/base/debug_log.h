@@ -1,17 +1,26 @@
 // SPDX-License-Identifier: MIT
 //
-// The log. Its texts document each step where it happens but are never written anywhere;
-// placeholders such as "%d" are not filled in.
+// The log: a line for each step, in builds with KORVALITE_DEBUG_LOG only.
 #pragma once
 
-#include "base/heap_string.h"
+#include <string>
 
 namespace korvalite {
 
-/// Frees the text.
-inline void DebugLog([[maybe_unused]] HeapString text) {}
+/// A line of the log: the arguments in a printf format.
+[[gnu::format(printf, 1, 2)]] std::string debugLogText(const char* format, ...);
 
-/// For literals: has no cost.
-inline void DebugLog([[maybe_unused]] const char* text) {}
+#ifdef KORVALITE_DEBUG_LOG
+/// Writes the line to standard error. From any thread; lines do not mix.
+[[gnu::format(printf, 1, 2)]] void DebugLog(const char* format, ...);
+#else
+/// Does nothing, but the compiler still checks the arguments against the format.
+[[gnu::format(printf, 1, 2)]] inline void DebugLog(const char*, ...) {}
+#endif
+
+/// A flag for "%s".
+constexpr const char* trueOrFalse(bool flag) {
+    return flag ? "true" : "false";
+}
 
 }  // namespace korvalite

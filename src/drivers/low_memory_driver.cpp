@@ -31,7 +31,7 @@ int doDecimationLoop_LM(ProgressiveMesh& pm) {
 
 template <typename Metric>
 int doDecimation_LM(ProgressiveMesh& pm) {
-    DebugLog(" starting doDecimation_LM()  <%s> ...");
+    DebugLog(" starting doDecimation_LM()  <%s> ...", Metric::kId);
     doDecimationInit_LM<Metric>(pm);
     return doDecimationLoop_LM<Metric>(pm);
 }

@@ -47,11 +47,12 @@ int RunDecimation(ProgressiveMesh& pm) {
         pm.askedNumItem = static_cast<std::int32_t>(pm.TargetNumItem);
         const int result = runDriver(pm);
         pm.finalDecimNumItem = static_cast<std::int32_t>(pm.activeCount());
-        DebugLog("    m_handleSymmetry_internal=%s");
-        DebugLog("    m_handleUVs_internal=%s");
-        DebugLog("    m_useVertexColors_internal=%s");
-        DebugLog("    useMask=%s");
-        DebugLog("  EdgeCollapse step done : %d vtx -> %d vtx !");
+        DebugLog("    m_handleSymmetry_internal=%s", trueOrFalse(pm.m_handleSymmetry_internal));
+        DebugLog("    m_handleUVs_internal=%s", trueOrFalse(pm.m_handleUVs_internal));
+        DebugLog("    m_useVertexColors_internal=%s", trueOrFalse(pm.m_useVertexColors_internal));
+        DebugLog("    useMask=%s", trueOrFalse(pm.mesh.hasMask()));
+        DebugLog("  EdgeCollapse step done : %d vtx -> %d vtx !", pm.mesh.vertexCount(),
+                 pm.mesh.numActiveVertices);
         DebugLog("  starting reordering step");
         pm.monitor->BeginSubTask("reordering", -1);
         ReorderAndClean(pm, pm.DoReorder);

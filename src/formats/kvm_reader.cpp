@@ -16,26 +16,27 @@ namespace {
 constexpr int kLoaded = 0;
 constexpr int kNotLoaded = 1;
 
-void logHeader() {
+void logHeader(const ProgMeshHeader& header) {
     DebugLog(" ProgMesh Header:");
-    DebugLog("  MemSpeedTradeOff = %s");
-    DebugLog("  BorderMode = %s");
-    DebugLog("  TargetNumItem = %d (asked=%d,  finalDecim=%d)");
-    DebugLog("  CurVtxSplitPos = %d");
-    DebugLog("  NumVtxSplit = %d");
-    DebugLog("  ProtectTopology = %d");
-    DebugLog("  AllowFinishStep = %d");
-    DebugLog("  UseAreaWeighting = %d");
-    DebugLog("  UseVertexColor_Internal = %d");
-    DebugLog("  IsReordered = %d");
-    DebugLog("  IsCleaned = %d");
-    DebugLog("  HandleUVs_Internal = %d");
-    DebugLog("  OriginalTriangleCount = %d");
-    DebugLog("  OriginalVertexCount = %d");
-    DebugLog("  OriginalIndicesUVCount = %d");
-    DebugLog("  OriginalCoordsUVCount = %d");
-    DebugLog("  OriginalColorCount = %d");
-    DebugLog("  OriginalMaskCount = %d");
+    DebugLog("  MemSpeedTradeOff = %s", memSpeedTradeOffText(header.MemSpeedTradeOff));
+    DebugLog("  BorderMode = %s", borderModeText(header.BorderMode));
+    DebugLog("  TargetNumItem = %d (asked=%d,  finalDecim=%d)", header.TargetNumItem,
+             header.askedNumItem, header.finalDecimNumItem);
+    DebugLog("  CurVtxSplitPos = %d", header.CurVtxSplitPos);
+    DebugLog("  NumVtxSplit = %d", header.NumVtxSplit);
+    DebugLog("  ProtectTopology = %d", header.ProtectTopology);
+    DebugLog("  AllowFinishStep = %d", header.AllowFinishStep);
+    DebugLog("  UseAreaWeighting = %d", header.UseAreaWeighting);
+    DebugLog("  UseVertexColor_Internal = %d", header.UseVertexColor_Internal);
+    DebugLog("  IsReordered = %d", header.IsReordered);
+    DebugLog("  IsCleaned = %d", header.IsCleaned);
+    DebugLog("  HandleUVs_Internal = %d", header.HandleUVs_Internal);
+    DebugLog("  OriginalTriangleCount = %d", header.OriginalTriangleCount);
+    DebugLog("  OriginalVertexCount = %d", header.OriginalVertexCount);
+    DebugLog("  OriginalIndicesUVCount = %d", header.OriginalIndicesUVCount);
+    DebugLog("  OriginalCoordsUVCount = %d", header.OriginalCoordsUVCount);
+    DebugLog("  OriginalColorCount = %d", header.OriginalColorCount);
+    DebugLog("  OriginalMaskCount = %d", header.OriginalMaskCount);
 }
 
 void sizeArrays(const ProgMeshHeader& header, DMesh& mesh) {
@@ -100,13 +101,16 @@ bool readBody(platform::File& file, const ProgMeshHeader& header, const LoadRang
               ProgressiveMesh& pm) {
     DMesh& mesh = pm.mesh;
     readAll(file, mesh.triangles);
-    DebugLog("   - triangles read (#tri=%d)");
+    DebugLog("   - triangles read (#tri=%d)", header.OriginalTriangleCount);
     const auto readCount = static_cast<std::size_t>(range.readVertices);
     readVertices(file, mesh.vertices, readCount);
     const std::size_t passedOver = (mesh.vertices.size() - readCount) * sizeof(KvmVertex);
     file.seek(static_cast<std::int64_t>(passedOver), SEEK_CUR);
-    DebugLog(range.partial ? "   - partial vertices read (#vtxRead=%d / #vtx=%d)"
-                           : "   - vertices read (#Vtx=%d) (NOT PARTIAL !)");
+    if (range.partial)
+        DebugLog("   - partial vertices read (#vtxRead=%d / #vtx=%d)",
+                 static_cast<std::int32_t>(readCount), header.OriginalVertexCount);
+    else
+        DebugLog("   - vertices read (#Vtx=%d) (NOT PARTIAL !)", header.OriginalVertexCount);
     if (!readActivity(file, mesh.triangleActive, mesh.numActiveTriangles,
                       mesh.triangles.size() / 3) ||
         !readActivity(file, mesh.vertexActive, mesh.numActiveVertices, mesh.vertices.size())) {
@@ -114,13 +118,13 @@ bool readBody(platform::File& file, const ProgMeshHeader& header, const LoadRang
     }
     DebugLog("   - vertices/triange activity read");
     readAll(file, mesh.vertexColors);
-    DebugLog("   - color32 read (#=%d)");
+    DebugLog("   - color32 read (#=%d)", header.OriginalColorCount);
     readAll(file, mesh.maskValues);
-    DebugLog("   - mask read (#=%d)");
+    DebugLog("   - mask read (#=%d)", header.OriginalMaskCount);
     readAll(file, mesh.indicesUV);
-    DebugLog("   - indicesUV read (#=%d)");
+    DebugLog("   - indicesUV read (#=%d)", header.OriginalIndicesUVCount);
     readAll(file, mesh.coordsUV);
-    DebugLog("   - coordsUV read (#=%d)");
+    DebugLog("   - coordsUV read (#=%d)", header.OriginalCoordsUVCount);
 
     pm.vsplitList.loadFrom(file, {pm.m_useVertexColors_internal, pm.m_handleUVs_internal},
                            range.splitLimit());
@@ -128,8 +132,11 @@ bool readBody(platform::File& file, const ProgMeshHeader& header, const LoadRang
     const std::int64_t leftBehind =
         std::int64_t{header.NumVtxSplit} - std::int64_t{pm.vsplitList.NumVtxSplit()};
     pm.CurVtxSplitPos = static_cast<std::int32_t>(pm.CurVtxSplitPos - leftBehind);
-    DebugLog(range.partial ? "   - vtxSplitList partially read (#=%d / total=%d)"
-                           : "   - vtxSplitList Totally read (#=%d)");
+    if (range.partial)
+        DebugLog("   - vtxSplitList partially read (#=%d / total=%d)", pm.vsplitList.NumVtxSplit(),
+                 header.NumVtxSplit);
+    else
+        DebugLog("   - vtxSplitList Totally read (#=%d)", pm.vsplitList.NumVtxSplit());
     return true;
 }
 
@@ -145,12 +152,12 @@ bool readProgMeshFileHeader(const HeapString& path, ProgMeshHeader& header) {
 int loadProgressiveMesh(ProgressiveMesh& pm, const HeapString& path, std::int32_t wantedVertices) {
     ResetProgressiveMeshSettings(pm);
     ClearDecimationState(pm);
-    DebugLog("Loading ProgressiveMesh (%s)");
+    DebugLog("Loading ProgressiveMesh (%s)", path.c_str());
     platform::File file = platform::File::open(path.c_str(), "rb");
     if (!file) return kNotLoaded;
     ProgMeshHeader header;
     readProgMeshHeader(header, file);
-    logHeader();
+    logHeader(header);
     if (!couldFill(header, file.bytesLeft())) return kNotLoaded;
     applyProgMeshHeader(header, pm);
     sizeArrays(header, pm.mesh);

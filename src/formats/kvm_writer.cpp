@@ -37,23 +37,23 @@ void writeActivity(platform::File& file, const BitArray& bits, std::uint32_t num
     file.write(&numActive, sizeof numActive);
 }
 
-void writeBody(platform::File& file, ProgressiveMesh& pm) {
+void writeBody(platform::File& file, const ProgMeshHeader& header, ProgressiveMesh& pm) {
     const DMesh& mesh = pm.mesh;
     writeAll(file, mesh.triangles);
-    DebugLog("   - triangles saved (#tri=%d)");
+    DebugLog("   - triangles saved (#tri=%d)", header.OriginalTriangleCount);
     writeVertices(file, mesh.vertices);
-    DebugLog("   - vertices+costs saved (#vtx=%d)");
+    DebugLog("   - vertices+costs saved (#vtx=%d)", header.OriginalVertexCount);
     writeActivity(file, mesh.triangleActive, mesh.numActiveTriangles);
     writeActivity(file, mesh.vertexActive, mesh.numActiveVertices);
     DebugLog("   - tri/vtx activity saved");
     writeAll(file, mesh.vertexColors);
-    DebugLog("   - vtx color saved (#=%d)");
+    DebugLog("   - vtx color saved (#=%d)", header.OriginalColorCount);
     writeAll(file, mesh.maskValues);
-    DebugLog("   - mask saved (#=%d)");
+    DebugLog("   - mask saved (#=%d)", header.OriginalMaskCount);
     writeAll(file, mesh.indicesUV);
-    DebugLog("   - indicesUV saved (#=%d)");
+    DebugLog("   - indicesUV saved (#=%d)", header.OriginalIndicesUVCount);
     writeAll(file, mesh.coordsUV);
-    DebugLog("   - coordsUV saved (#=%d)");
+    DebugLog("   - coordsUV saved (#=%d)", header.OriginalCoordsUVCount);
     pm.vsplitList.saveTo(file);
     DebugLog("   - vtxSplitlist saved!");
 }
@@ -61,13 +61,13 @@ void writeBody(platform::File& file, ProgressiveMesh& pm) {
 }  // namespace
 
 int saveProgressiveMesh(ProgressiveMesh& pm, const HeapString& path) {
-    DebugLog("Saving ProgressiveMesh %s");
+    DebugLog("Saving ProgressiveMesh %s", path.c_str());
     platform::File file = platform::File::open(path.c_str(), "wb");
     if (!file) return 1;
     ProgMeshHeader header;
     fillProgMeshHeader(header, pm);
     if (const int result = writeProgMeshHeader(header, file); result != 0) return result;
-    if (hasBody(header)) writeBody(file, pm);
+    if (hasBody(header)) writeBody(file, header, pm);
     return 0;
 }
 

@@ -84,14 +84,16 @@ std::array<std::uint8_t, 4> bytesOf(std::uint32_t color) {
 
 void writeSideFiles(const HeapString& objPath, const DMesh& mesh) {
     if (mesh.vertexColors.size() == mesh.vertices.size()) {
-        DebugLog("   Save Attached colors in %s");
-        writeSideFile(objPath + ".colors", mesh, [&](BufferedOutput& out, std::size_t i) {
+        const HeapString path = objPath + ".colors";
+        DebugLog("   Save Attached colors in %s", path.c_str());
+        writeSideFile(path, mesh, [&](BufferedOutput& out, std::size_t i) {
             out.put(bytesOf(mesh.vertexColors[i]));
         });
     }
     if (mesh.maskValues.size() == mesh.vertices.size()) {
-        DebugLog("   Save Attached Mask in %s");
-        writeSideFile(objPath + ".mask", mesh, [&](BufferedOutput& out, std::size_t i) {
+        const HeapString path = objPath + ".mask";
+        DebugLog("   Save Attached Mask in %s", path.c_str());
+        writeSideFile(path, mesh, [&](BufferedOutput& out, std::size_t i) {
             out.put(std::array{mesh.maskValues[i]});
         });
     }

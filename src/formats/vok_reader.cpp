@@ -109,7 +109,7 @@ WalkStep readPointList(VokWalk& walk, const VokBlockHeader& header) {
     readPayload(walk.file, header, points);
     for (std::size_t i = 0; i < points.size(); ++i)
         walk.mesh.vertices[i] = {.x = points[i].x, .y = points[i].y, .z = points[i].z};
-    DebugLog("   - Vertex blocs OK [%d vtx].");
+    DebugLog("   - Vertex blocs OK [%d vtx].", header.Count);
     return WalkStep::NextBlock;
 }
 
@@ -118,7 +118,7 @@ WalkStep readFace3List(VokWalk& walk, const VokBlockHeader& header) {
     if (corners > kMaxCorners || !mayTake(walk, header, corners * 4)) return WalkStep::Refused;
     resizeExactly(walk.mesh.triangles, corners);
     readPayload(walk.file, header, walk.mesh.triangles);
-    DebugLog("   - Face3 blocs OK [%d Tri].");
+    DebugLog("   - Face3 blocs OK [%d Tri].", header.Count);
     return WalkStep::NextBlock;
 }
 
@@ -151,7 +151,7 @@ WalkStep readFace4List(VokWalk& walk, const VokBlockHeader& header) {
         resizeExactly(walk.mesh.triangles, triangles * 3);
         splitFaces(walk, faces);
     }
-    DebugLog("   - Face4 blocs OK [%d Fac].");
+    DebugLog("   - Face4 blocs OK [%d Fac].", header.Count);
     return WalkStep::NextBlock;
 }
 
@@ -161,7 +161,7 @@ WalkStep readUV3List(VokWalk& walk, const VokBlockHeader& header) {
         return WalkStep::Refused;
     resizeExactly(walk.mesh.coordsUV, corners);
     readPayload(walk.file, header, walk.mesh.coordsUV);
-    DebugLog("   - UV3 bloc OK. [%d tri]");
+    DebugLog("   - UV3 bloc OK. [%d tri]", header.Count);
     return WalkStep::NextBlock;
 }
 
@@ -190,7 +190,7 @@ WalkStep readUV4List(VokWalk& walk, const VokBlockHeader& header) {
         resizeExactly(walk.mesh.coordsUV, corners);
         splitFaceUVs(walk, faces);
     }
-    DebugLog("   - UV4 bloc OK. [%d face]");
+    DebugLog("   - UV4 bloc OK. [%d face]", header.Count);
     return WalkStep::NextBlock;
 }
 
@@ -199,7 +199,7 @@ WalkStep readMaskList(VokWalk& walk, const VokBlockHeader& header) {
     if (!mayTake(walk, header, count)) return WalkStep::Refused;
     resizeExactly(walk.mesh.maskValues, count);
     readPayload(walk.file, header, walk.mesh.maskValues);
-    DebugLog("   - Mask bloc OK. [%d mask]");
+    DebugLog("   - Mask bloc OK. [%d mask]", header.Count);
     return WalkStep::NextBlock;
 }
 
@@ -208,7 +208,7 @@ WalkStep readMask16List(VokWalk& walk, const VokBlockHeader& header) {
     if (!mayTake(walk, header, count * 2)) return WalkStep::Refused;
     auto values = zeroed<std::uint16_t>(count);
     readPayload(walk.file, header, values);
-    DebugLog("   - Mask16 bloc OK. [%d mask]");
+    DebugLog("   - Mask16 bloc OK. [%d mask]", header.Count);
     resizeExactly(walk.mesh.maskValues, count);
     for (std::size_t i = 0; i < values.size(); ++i)
         walk.mesh.maskValues[i] = static_cast<std::uint8_t>(values[i] >> 8U);
@@ -229,7 +229,7 @@ WalkStep readMRGBList(VokWalk& walk, const VokBlockHeader& header) {
     resizeExactly(walk.mesh.vertexColors, count);
     for (std::size_t i = 0; i < colors.size(); ++i)
         walk.mesh.vertexColors[i] = colorOf(colors[i]);
-    DebugLog("   - MRGB bloc OK. [%d colors]");
+    DebugLog("   - MRGB bloc OK. [%d colors]", header.Count);
     return WalkStep::NextBlock;
 }
 
@@ -286,7 +286,7 @@ void activateAll(DMesh& mesh) {
 }  // namespace
 
 bool importDMesh(const HeapString& path, DMesh& mesh, std::int64_t bytesBeyondFile) {
-    DebugLog(" START importDMesh from Vok: %s");
+    DebugLog(" START importDMesh from Vok: %s", path.c_str());
     platform::File file = platform::File::open(path.c_str(), "rb");
     if (!file) {
         DebugLog("*** ERROR when opening Vok file ***");

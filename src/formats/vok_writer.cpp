@@ -124,7 +124,7 @@ bool writeVokFile(platform::File& file, const DMesh& mesh) {
 }  // namespace
 
 bool exportDMesh(const HeapString& path, const DMesh& mesh) {
-    DebugLog(" START exportDMesh in Vok: %s");
+    DebugLog(" START exportDMesh in Vok: %s", path.c_str());
     platform::File file = platform::File::open(path.c_str(), "wb");
     const bool written = writeVokFile(file, mesh);
     // A full disk may show only at close.

@@ -183,13 +183,16 @@ bool ProgressChannel::SetSubTaskText(const HeapString& text) {
 bool ProgressChannel::CheckFilePresent() {
     if (path_.empty()) return true;
     const std::int64_t start = platform::clockMilliseconds();
+    std::int64_t now = start;
     do {
         if (platform::exists(path_.c_str()) && platform::isRegularFile(path_.c_str())) {
-            DebugLog("Progress-bar file found after %d clocks");
+            DebugLog("Progress-bar file found after %d clocks",
+                     static_cast<std::int32_t>(now - start));
             return true;
         }
         platform::sleepMilliseconds(kPresencePollMs);
-    } while (platform::clockMilliseconds() < start + kPresenceTimeoutMs);
+        now = platform::clockMilliseconds();
+    } while (now < start + kPresenceTimeoutMs);
     DebugLog("Progress-bar file not found: asks for STOP-ALL");
     record_.stopAll = 1;
     return false;

@@ -154,12 +154,12 @@ void ApplyCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w) {
 }
 
 int updateMeshAtLevel(ProgressiveMesh& pm, std::int32_t target) {
-    DebugLog("Start updateMeshAtLevel  (targetNumVtx=%d)");
+    DebugLog("Start updateMeshAtLevel  (targetNumVtx=%d)", target);
     if (activeCount(pm) != target) moveToLevel(pm, target);
     pm.monitor->EndSubTask();
     pm.monitor->step(RunStep::LevelReached);
     DebugLog("updateMeshAtLevel_LM OK!*");
-    DebugLog("     Verif : numActiveVtx=%d");
+    DebugLog("     Verif : numActiveVtx=%d", pm.mesh.numActiveVertices);
     return 0;
 }
 

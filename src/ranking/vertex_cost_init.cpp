@@ -120,7 +120,7 @@ void InitVerticesCostNoMat(WorkingMesh& work) {
 template <typename Metric>
 void InitVerticesCost_LM(WorkingMesh& work, const CostFormSettings& forms, bool logForms) {
     const auto log = [logForms](bool done, const char* success, const char* failure) {
-        if (logForms) DebugLog(done ? success : failure);
+        if (logForms) DebugLog("%s", done ? success : failure);
         return done;
     };
     const bool tryArrays = forms.tryStoreDoubleMat || forms.tryStoreFloatMat;

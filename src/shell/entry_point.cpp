@@ -66,7 +66,7 @@ void runJob(JobConfig& job, const HeapString& jobPath, const HeapString& markerP
 }  // namespace
 
 int runKorvalite(const HeapString& commandTail) {
-    DebugLog(HeapString("CmdLine=") + commandTail);
+    DebugLog("CmdLine=%s", commandTail.c_str());
     const HeapString& jobPath = commandTail;
     const HeapString markerPath = jobPath + ".running";
 

@@ -29,10 +29,10 @@ bool loadKvm(const BatchSettings& settings, ProgressiveMesh& pm) {
     if (!readProgMeshFileHeader(settings.InputFile, header)) return false;
     const std::int32_t wanted = targetVertexCount(settings, header.OriginalVertexCount);
     if (loadProgressiveMesh(pm, settings.InputFile, wanted) != 0) return false;
-    DebugLog("    #VtxTotal=%d");
-    DebugLog("    #ActiveVtx=%d");
-    DebugLog("    HasMask=%s");
-    DebugLog("    HasColor=%s");
+    DebugLog("    #VtxTotal=%d", pm.mesh.vertexCount());
+    DebugLog("    #ActiveVtx=%d", pm.mesh.numActiveVertices);
+    DebugLog("    HasMask=%s", trueOrFalse(pm.mesh.hasMask()));
+    DebugLog("    HasColor=%s", trueOrFalse(pm.mesh.hasColors()));
     return true;
 }
 

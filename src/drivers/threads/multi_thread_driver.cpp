@@ -130,7 +130,7 @@ int doDecimationLaunchThreadLoops_LM_MT(ProgressiveMesh& pm) {
 
 template <typename Metric>
 int doDecimation_LM_MT(ProgressiveMesh& pm) {
-    DebugLog(" starting doDecimation_LM_MT()  <%s> ...");
+    DebugLog(" starting doDecimation_LM_MT()  <%s> ...", Metric::kId);
     doDecimationInit_LM_MT<Metric>(pm);
     return doDecimationLaunchThreadLoops_LM_MT<Metric>(pm);
 }
