@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "formats/kvm_check.h"
 
-#include "formats/kvm_sections.h"
 #include "mesh/mesh_check.h"
 #include "progressive/progressive_mesh.h"
 

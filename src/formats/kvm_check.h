@@ -4,7 +4,7 @@
 // refuse only files that would make the update read or write out of bounds.
 #pragma once
 
-#include "formats/kvm_header.h"
+#include "formats/kvm_format.h"
 
 #include <cstdint>
 

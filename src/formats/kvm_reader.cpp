@@ -3,7 +3,6 @@
 
 #include "base/debug_log.h"
 #include "formats/kvm_check.h"
-#include "formats/kvm_sections.h"
 #include "progressive/progressive_mesh.h"
 
 #include <algorithm>

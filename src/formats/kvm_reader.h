@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/heap_string.h"
-#include "formats/kvm_header.h"
+#include "formats/kvm_format.h"
 
 #include <cstdint>
 

@@ -2,8 +2,7 @@
 #include "formats/kvm_writer.h"
 
 #include "base/debug_log.h"
-#include "formats/kvm_header.h"
-#include "formats/kvm_sections.h"
+#include "formats/kvm_format.h"
 #include "progressive/progressive_mesh.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 // a .Vok and as a .kvm. Whatever the file contains, the resulting meshes can be read again, and a
 // progressive mesh that was loaded and saved once never changes again.
 #include "formats/kvm_check.h"
-#include "formats/kvm_header.h"
+#include "formats/kvm_format.h"
 #include "formats/kvm_reader.h"
 #include "formats/kvm_writer.h"
 #include "formats/vok_reader.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "formats/kvm_header.h"
+#include "formats/kvm_format.h"
 
 #include "progressive/progressive_mesh.h"
 

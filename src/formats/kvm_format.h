@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// The first 99 bytes of a .kvm file, which stores a ProgressiveMesh. The little-endian fields have
-// no padding, so they are read and written one by one, never as an image of the structure.
+// The parts of a .kvm file, which stores a ProgressiveMesh: the first 99 bytes, and the vertices.
 // docs/file-formats.md has every byte.
 #pragma once
 
 #include "platform/file.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace korvalite {
@@ -16,6 +16,8 @@ struct ProgressiveMesh;
 
 inline constexpr std::int64_t kProgMeshHeaderBytes = 99;
 
+/// The little-endian fields have no padding in the file, so they are read and written one by one,
+/// never as an image of the structure.
 struct ProgMeshHeader {
     std::uint32_t headerReserved = 0;
     std::uint32_t meshFormatVersion = 0;
@@ -57,5 +59,17 @@ void applyProgMeshHeader(const ProgMeshHeader& header, ProgressiveMesh& pm);
 /// read treats any non-zero flag byte as true.
 int writeProgMeshHeader(const ProgMeshHeader& header, platform::File& file);
 int readProgMeshHeader(ProgMeshHeader& header, platform::File& file);
+
+/// A vertex on disk: `cost` is not stored.
+struct KvmVertex {
+    float x = 0;
+    float y = 0;
+    float z = 0;
+    std::int32_t partner = 0;
+};
+static_assert(sizeof(KvmVertex) == 16);
+
+/// The number of vertices in the conversion buffer.
+inline constexpr std::size_t kKvmVerticesAtOnce = 4096;
 
 }  // namespace korvalite
