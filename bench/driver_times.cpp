@@ -10,7 +10,6 @@
 #include "mesh/mesh_check.h"
 #include "own_process.h"
 #include "progressive/progressive_mesh.h"
-#include "shell/load_input.h"
 #include "support/scratch_folder.h"
 #include "support/surface_distance.h"
 

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "progressive/progressive_mesh.h"
-#include "shell/load_input.h"
-#include "shell/target_count.h"
+#include "shell/apply_settings.h"
 
 #include <cstdint>
 

@@ -6,8 +6,8 @@
 #include "formats/vok_writer.h"
 #include "progressive/level_update.h"
 #include "progressive/progressive_mesh.h"
+#include "shell/apply_settings.h"
 #include "shell/job_config.h"
-#include "shell/target_count.h"
 
 #include <cstdio>
 #include <limits>

@@ -3,16 +3,15 @@
 
 #include "base/debug_log.h"
 #include "drivers/run_decimation.h"
+#include "formats/file_formats.h"
 #include "host/host_monitor.h"
 #include "host/job_paths.h"
 #include "host/progress_channel.h"
 #include "platform/platform.h"
 #include "progressive/level_update.h"
 #include "progressive/progressive_mesh.h"
-#include "shell/duplicate_inputs.h"
-#include "shell/load_input.h"
-#include "shell/save_output.h"
-#include "shell/target_count.h"
+#include "shell/apply_settings.h"
+#include "shell/input_files.h"
 
 namespace korvalite {
 
@@ -47,15 +46,6 @@ void nameCurrentMesh(const HeapString& inputFile) {
     SetCurrentMeshName(name);
 }
 
-std::int32_t kindOf(const BatchEntry& entry, const EntryFiles& files) {
-    std::int32_t kind = entry.kind;
-    if (kind != kBatchKindUnset) return kind;
-    if (files.inputMeshLoaded && files.outputIsProgressive) kind = kBuildProgressiveMesh;
-    if (files.inputMeshLoaded && files.outputIsMesh) kind = kDecimateMesh;
-    if (files.inputProgressiveLoaded && files.outputIsMesh) kind = kDecimateProgressiveMesh;
-    return kind;
-}
-
 int decimate(ProgressiveMesh& pm, std::int32_t target) {
     // A negative target becomes huge, so nothing is decimated.
     pm.TargetNumItem = static_cast<std::uint32_t>(target);
@@ -71,22 +61,42 @@ int changeLevel(ProgressiveMesh& pm, std::int32_t target) {
     return updateMeshAtLevel(pm, target);
 }
 
-int work(const BatchEntry& entry, const EntryFiles& files, ProgressiveMesh& pm) {
-    const std::int32_t kind = kindOf(entry, files);
-    const BatchSettings& settings = entry.settings;
+std::int32_t lowestVertexCount(const BatchSettings& settings, std::uint32_t) {
+    return settings.ProgressiveMeshMinNum;
+}
+
+/// What an entry of a kind needs and runs. No two kinds need the same files, so an entry without a
+/// kind gets it from its files.
+struct KindRow {
+    BatchKind kind;
+    FileContent input;
+    FileContent output;
+    std::int32_t (*target)(const BatchSettings& settings, std::uint32_t vertexCount);
+    int (*run)(ProgressiveMesh& pm, std::int32_t target);
+};
+
+constexpr KindRow kKinds[] = {
+    {kBuildProgressiveMesh, FileContent::Mesh, FileContent::ProgressiveMesh, lowestVertexCount,
+     decimate},
+    {kDecimateMesh, FileContent::Mesh, FileContent::Mesh, targetVertexCount, decimate},
+    {kDecimateProgressiveMesh, FileContent::ProgressiveMesh, FileContent::Mesh, targetVertexCount,
+     changeLevel},
+};
+
+int work(const BatchEntry& entry, FileContent input, ProgressiveMesh& pm) {
+    const FileContent output = fileFormatOf(entry.settings.OutputFile).content;
     const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertices.size());
-    if (kind == kBuildProgressiveMesh && files.inputMeshLoaded && files.outputIsProgressive)
-        return decimate(pm, settings.ProgressiveMeshMinNum);
-    if (kind == kDecimateMesh && files.inputMeshLoaded && files.outputIsMesh)
-        return decimate(pm, targetVertexCount(settings, vertexCount));
-    if (kind == kDecimateProgressiveMesh && files.inputProgressiveLoaded && files.outputIsMesh)
-        return changeLevel(pm, targetVertexCount(settings, vertexCount));
+    for (const KindRow& row : kKinds) {
+        const bool kindFits = entry.kind == kBatchKindUnset || entry.kind == row.kind;
+        if (kindFits && input == row.input && output == row.output)
+            return row.run(pm, row.target(entry.settings, vertexCount));
+    }
     return kFailed;
 }
 
 void save(const HeapString& outputFile, ProgressiveMesh& pm, std::int32_t versionCode) {
     progressChannel().BeginSubTask("Writing file to disk", -1);
-    SaveOutput(outputFile, pm, versionCode);
+    fileFormatOf(outputFile).write(outputFile, pm, versionCode);
     progressChannel().EndSubTask();
 }
 
@@ -108,10 +118,10 @@ void performBatch(const BatchEntry& entry, std::int32_t versionCode) {
 
     progress.BeginMainTask(CurrentMeshName());
     progress.BeginSubTask("Read mesh file", -1);
-    const EntryFiles files = LoadInputInProgMesh(settings, pm);
+    const FileContent input = LoadInputInProgMesh(settings, pm);
     progress.EndSubTask();
 
-    const int result = work(entry, files, pm);
+    const int result = work(entry, input, pm);
     if (result == kDone)
         save(settings.OutputFile, pm, versionCode);
     else

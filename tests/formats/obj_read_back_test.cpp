@@ -8,7 +8,7 @@
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
 #include "progressive/progressive_mesh.h"
-#include "shell/load_input.h"
+#include "shell/input_files.h"
 #include "support/mesh_builder.h"
 #include "support/obj_reader.h"
 #include "support/scratch_folder.h"
@@ -43,7 +43,7 @@ protected:
         BatchSettings settings;
         const std::string sample = KORVALITE_SOURCE_DIR "/samples/" + GetParam().sample + ".Vok";
         settings.InputFile = sample.c_str();
-        ASSERT_TRUE(LoadInputInProgMesh(settings, pm_).inputMeshLoaded) << sample;
+        ASSERT_EQ(LoadInputInProgMesh(settings, pm_), FileContent::Mesh) << sample;
         if (!GetParam().withUVs) pm_.mesh.coordsUV.clear();
         pm_.recordVSplits = false;
         pm_.TargetNumItem = static_cast<std::uint32_t>(pm_.mesh.vertexCount()) / 4;

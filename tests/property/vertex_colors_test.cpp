@@ -4,7 +4,7 @@
 // colours.
 #include "property/run_cases.h"
 
-#include "shell/load_input.h"
+#include "shell/apply_settings.h"
 #include "support/level_walk.h"
 #include "support/mesh_validator.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "shell/save_output.h"
+#include "formats/file_formats.h"
 
 #include "platform/platform.h"
 #include "progressive/progressive_mesh.h"
@@ -10,11 +10,11 @@
 namespace korvalite {
 namespace {
 
-class SaveOutputTest : public testing::Test {
+class FileFormatsTest : public testing::Test {
 protected:
     bool save(const char8_t* name, std::int32_t versionCode = 0) {
         path_ = folder_ / name;
-        return SaveOutput(path_.c_str(), pm_, versionCode);
+        return fileFormatOf(path_.c_str()).write(path_.c_str(), pm_, versionCode);
     }
     bool fileExists(const std::string& suffix = "") const {
         return platform::exists((path_ + suffix).c_str());
@@ -43,23 +43,22 @@ protected:
     std::string path_;
 };
 
-TEST_F(SaveOutputTest, WritesAVokFileWhateverTheCaseOfItsSuffix) {
+TEST_F(FileFormatsTest, WritesAVokFileWhateverTheCaseOfItsSuffix) {
     EXPECT_TRUE(save(u8"a.Vok"));
     EXPECT_EQ(test::readWhole(path_).substr(0, 4), "Vokb");
     EXPECT_TRUE(save(u8"b.vok"));
     EXPECT_TRUE(fileExists());
 }
 
-TEST_F(SaveOutputTest, WritesAnObjFile) {
+TEST_F(FileFormatsTest, WritesAnObjFile) {
     addVertex();
     EXPECT_TRUE(save(u8"a.obj"));
     EXPECT_EQ(test::readWhole(path_), "v 0.000000000 0.000000000 0.000000000\n");
     EXPECT_TRUE(save(u8"b.OBJ"));
     EXPECT_TRUE(fileExists());
-    EXPECT_EQ(outputKindOf("a.obj"), OutputKind::Mesh);
 }
 
-TEST_F(SaveOutputTest, TheVersionDecidesWhereAnObjsColorsGo) {
+TEST_F(FileFormatsTest, TheVersionDecidesWhereAnObjsColorsGo) {
     addVertex();
     pm_.mesh.vertexColors = {0xFF563412};
     pm_.m_useVertexColors_internal = true;
@@ -69,36 +68,47 @@ TEST_F(SaveOutputTest, TheVersionDecidesWhereAnObjsColorsGo) {
         EXPECT_EQ(colorPlaceFor(code), Place::InTheObj) << code;
 }
 
-TEST_F(SaveOutputTest, AMaskAloneCountsLikeColors) {
+TEST_F(FileFormatsTest, AMaskAloneCountsLikeColors) {
     addVertex();
     pm_.mesh.maskValues = {7};
     EXPECT_EQ(colorPlaceFor(312), Place::Beside);
     EXPECT_EQ(colorPlaceFor(313), Place::InTheObj);
 }
 
-TEST_F(SaveOutputTest, UnusedColorsAreNotWrittenToAnObj) {
+TEST_F(FileFormatsTest, UnusedColorsAreNotWrittenToAnObj) {
     addVertex();
     pm_.mesh.vertexColors = {0xFF563412};
     EXPECT_EQ(colorPlaceFor(0), Place::Nowhere);
     EXPECT_EQ(colorPlaceFor(401), Place::Nowhere);
 }
 
-TEST_F(SaveOutputTest, StlIsAcceptedButWritesNoFile) {
+TEST_F(FileFormatsTest, StlIsAcceptedButWritesNoFile) {
     EXPECT_TRUE(save(u8"a.stl"));
     EXPECT_FALSE(fileExists());
-    EXPECT_EQ(outputKindOf("a.STL"), OutputKind::Mesh);
 }
 
-TEST_F(SaveOutputTest, AFailingWriterReturnsFalse) {
+TEST_F(FileFormatsTest, AFailingWriterReturnsFalse) {
     EXPECT_FALSE(save(u8"no such folder/a.Vok"));
     EXPECT_FALSE(save(u8"no such folder/a.obj"));
 }
 
-TEST(OutputKindOf, IsNoneForUnknownSuffixes) {
-    EXPECT_EQ(outputKindOf("a.ply"), OutputKind::None);
-    EXPECT_EQ(outputKindOf(""), OutputKind::None);
-    EXPECT_EQ(outputKindOf(HeapString()), OutputKind::None);
-    EXPECT_EQ(outputKindOf("Vok"), OutputKind::None);
+TEST_F(FileFormatsTest, AnUnknownSuffixReadsAndWritesNothing) {
+    EXPECT_TRUE(save(u8"a.ply"));
+    EXPECT_FALSE(fileExists());
+    const auto all = [](std::uint32_t vertexCount) {
+        return static_cast<std::int32_t>(vertexCount);
+    };
+    EXPECT_FALSE(fileFormatOf("a.ply").read(path_.c_str(), pm_, all));
+}
+
+TEST(FileFormatOf, GoesByTheSuffixWhateverItsCase) {
+    for (const char* path : {"a.Vok", "a.VOK", "a.obj", "a.OBJ", "a.stl", "a.STL", ".Vok"})
+        EXPECT_EQ(fileFormatOf(path).content, FileContent::Mesh) << path;
+    for (const char* path : {"a.kvm", "a.KVM"})
+        EXPECT_EQ(fileFormatOf(path).content, FileContent::ProgressiveMesh) << path;
+    for (const char* path : {"", "Vok", "aVok", "a.ply", "a.Vok.txt", "a.Vok "})
+        EXPECT_EQ(fileFormatOf(path).content, FileContent::None) << path;
+    EXPECT_EQ(fileFormatOf(HeapString()).content, FileContent::None);
 }
 
 }  // namespace

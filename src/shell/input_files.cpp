@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "shell/duplicate_inputs.h"
+#include "shell/input_files.h"
+
+#include "shell/apply_settings.h"
 
 #include <unordered_set>
 
@@ -32,6 +34,15 @@ std::string duplicateInputLines(const std::forward_list<BatchEntry>& entries) {
         lines += '\n';
     }
     return lines;
+}
+
+FileContent LoadInputInProgMesh(const BatchSettings& settings, ProgressiveMesh& pm) {
+    const FileFormat& format = fileFormatOf(settings.InputFile);
+    const bool loaded = format.read(settings.InputFile, pm, [&](std::uint32_t vertexCount) {
+        return targetVertexCount(settings, vertexCount);
+    });
+    applySettings(settings, pm);
+    return loaded ? format.content : FileContent::None;
 }
 
 }  // namespace korvalite

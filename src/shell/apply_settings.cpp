@@ -1,40 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "shell/load_input.h"
+#include "shell/apply_settings.h"
 
-#include "base/debug_log.h"
-#include "formats/kvm_reader.h"
-#include "formats/vok_reader.h"
-#include "mesh/mesh_check.h"
+#include "base/numeric.h"
 #include "progressive/progressive_mesh.h"
-#include "shell/save_output.h"
-#include "shell/target_count.h"
 
 #include <cmath>
 
 namespace korvalite {
 
 namespace {
-
-bool loadVok(const HeapString& path, DMesh& mesh) {
-    DebugLog("START LoadInputInProgMesh : loading Vok file...");
-    if (!importDMesh(path, mesh) || !canBeDecimated(mesh)) return false;
-    dropUniformMask(mesh);
-    return true;
-}
-
-/// Reads only what the target needs.
-bool loadKvm(const BatchSettings& settings, ProgressiveMesh& pm) {
-    DebugLog("START LoadInputInProgMesh : loading .kvm file...");
-    ProgMeshHeader header;
-    if (!readProgMeshFileHeader(settings.InputFile, header)) return false;
-    const std::int32_t wanted = targetVertexCount(settings, header.OriginalVertexCount);
-    if (loadProgressiveMesh(pm, settings.InputFile, wanted) != 0) return false;
-    DebugLog("    #VtxTotal=%d", pm.mesh.vertexCount());
-    DebugLog("    #ActiveVtx=%d", pm.mesh.numActiveVertices);
-    DebugLog("    HasMask=%s", trueOrFalse(pm.mesh.hasMask()));
-    DebugLog("    HasColor=%s", trueOrFalse(pm.mesh.hasColors()));
-    return true;
-}
 
 void applySymmetry(std::int32_t choice, ProgressiveMesh& pm) {
     if (choice == kSymmetryNone) {
@@ -50,19 +24,6 @@ void applySymmetry(std::int32_t choice, ProgressiveMesh& pm) {
 }
 
 }  // namespace
-
-EntryFiles LoadInputInProgMesh(const BatchSettings& settings, ProgressiveMesh& pm) {
-    EntryFiles files;
-    const OutputKind output = outputKindOf(settings.OutputFile);
-    files.outputIsProgressive = output == OutputKind::Progressive;
-    files.outputIsMesh = output == OutputKind::Mesh;
-    if (settings.InputFile.EndsWith(".Vok"))
-        files.inputMeshLoaded = loadVok(settings.InputFile, pm.mesh);
-    else if (settings.InputFile.EndsWith(".kvm"))
-        files.inputProgressiveLoaded = loadKvm(settings, pm);
-    applySettings(settings, pm);
-    return files;
-}
 
 void applySettings(const BatchSettings& settings, ProgressiveMesh& pm) {
     applySymmetry(settings.Symmetry, pm);
@@ -83,6 +44,14 @@ void applySettings(const BatchSettings& settings, ProgressiveMesh& pm) {
     pm.recordVSplits = true;
     pm.DoReorder = settings.DoReorder;
     pm.colorWeight = colorWeightOf(settings.UseVtxColorsCoef);
+}
+
+std::int32_t targetVertexCount(const BatchSettings& settings, std::uint32_t vertexCount) {
+    if (settings.DecimationTargetPourcent == kNoPercent) return settings.DecimationTargetNum;
+    // Computed in single precision, which affects the result.
+    const float count = static_cast<float>(vertexCount);
+    const float target = count * (settings.DecimationTargetPourcent / 100.0F);
+    return truncateToInt32(double{target});
 }
 
 float colorWeightOf(float coefficient) {
