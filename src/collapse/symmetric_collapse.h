@@ -6,14 +6,11 @@
 
 #include "collapse/sharing.h"
 #include "collapse/working_mesh.h"
-#include "metric/edge_cost.h"
+#include "metric/metric.h"
 
 #include <cstdint>
 
 namespace korvalite {
-
-template <typename Metric>
-class KeptQuadrics;
 
 /// Sets `symmetrySlaves`: the paired vertices of the second side that are more than two rings away
 /// from any unpaired vertex. They never start a collapse and stay out of the queue. Other paired

@@ -12,35 +12,26 @@ namespace korvalite {
 
 namespace {
 
-enum class Placement {
-    Solve,         // the quadric's minimum
-    KeepEndpoint,  // the endpoint on a border or seam
-    Search,        // the best point on the edge
-};
+std::uint8_t lowerMask(const DMesh& mesh, std::int32_t a, std::int32_t b) {
+    return mesh.hasMask() ? std::min(mesh.maskValues[a], mesh.maskValues[b]) : std::uint8_t{255};
+}
 
-struct PlacementRule {
-    Placement placement;
-    std::int32_t endpoint;  // for KeepEndpoint
-};
+bool isFrozen(const MetricRules& rules, bool borderA, bool borderB) {
+    return rules.BorderMode == BORDERMODE_FREEZE && (borderA || borderB);
+}
 
-PlacementRule placementAt(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
-                          std::int32_t b, bool borderA, bool borderB) {
-    PlacementRule rule{Placement::Solve, borderA && !borderB ? a : b};
-    if (borderA != borderB) rule.placement = Placement::KeepEndpoint;
-    if (borderA && borderB) rule.placement = Placement::Search;
-    if (!rules.m_handleUVs_internal) return rule;
+Placement placementByBorder(bool borderA, bool borderB) {
+    if (borderA && borderB) return Placement::Search;
+    if (borderA) return Placement::KeepFirst;
+    return borderB ? Placement::KeepSecond : Placement::Solve;
+}
 
-    const bool seamA = mesh.uvSeamVertices.Test(a);
-    const bool seamB = mesh.uvSeamVertices.Test(b);
-    if (seamA && seamB) {
-        if (rule.placement == Placement::Solve) rule.placement = Placement::Search;
-    } else if (seamA) {
-        rule = {Placement::KeepEndpoint, a};
-    } else if (seamB) {
-        // The border has already chosen the endpoint: a, if only a is on a border.
-        rule.placement = Placement::KeepEndpoint;
-    }
-    return rule;
+Placement placementBySeam(Placement byBorder, bool seamA, bool seamB) {
+    if (seamA && seamB) return byBorder == Placement::Solve ? Placement::Search : byBorder;
+    if (seamA) return Placement::KeepFirst;
+    if (!seamB) return byBorder;
+    // A border at the first end alone has already chosen that end.
+    return byBorder == Placement::KeepFirst ? Placement::KeepFirst : Placement::KeepSecond;
 }
 
 float errorAt(const Quadric3D& quadric, const FloatVec3& position) {
@@ -106,9 +97,7 @@ bool solve(const MetricRules& rules, EdgeEvaluation& result, const Quadric3D& qu
 }
 
 /// The mask slows the decimation down where its values are low; 0 forbids a collapse.
-void applyMask(const DMesh& mesh, float& cost, std::int32_t a, std::int32_t b) {
-    if (!mesh.hasMask()) return;
-    const std::uint8_t lower = std::min(mesh.maskValues[a], mesh.maskValues[b]);
+void applyMask(float& cost, std::uint8_t lower) {
     const float lack = 255.0F - static_cast<float>(lower);
     if (lower == 0) {
         cost = kNotCollapsible;
@@ -116,7 +105,7 @@ void applyMask(const DMesh& mesh, float& cost, std::int32_t a, std::int32_t b) {
         cost *= (lack * 100.0F + 1.0F + 250.0F - 232.75F) - 25000.0F;
     } else if (lower <= 9) {
         cost *= (lack + 1.0F) - 232.75F;
-    } else {
+    } else if (lower < 255) {
         cost *= lack / 20.0F + 1.0F;
     }
 }
@@ -164,53 +153,69 @@ void solveColor(const MetricRules& rules, EdgeEvaluation& result, const ColorQua
 
 }  // namespace
 
-void EvaluateEdgeCost(const DMesh& mesh, const MetricRules& rules, EdgeEvaluation& result,
-                      std::int32_t a, std::int32_t b, const Quadric3D& quadric) {
+EdgeInput gatherEdge(const DMesh& mesh, const MetricRules& rules, std::int32_t a, std::int32_t b) {
     const bool borderA = mesh.borderVertices.Test(a);
     const bool borderB = mesh.borderVertices.Test(b);
-    if (rules.BorderMode == BORDERMODE_FREEZE && (borderA || borderB)) {
-        result.cost = kNotCollapsible;
-        return;
+    Placement placement = Placement::Frozen;
+    if (!isFrozen(rules, borderA, borderB)) {
+        placement = placementByBorder(borderA, borderB);
+        if (rules.m_handleUVs_internal) {
+            placement = placementBySeam(placement, mesh.uvSeamVertices.Test(a),
+                                        mesh.uvSeamVertices.Test(b));
+        }
     }
-    const PlacementRule rule = placementAt(mesh, rules, a, b, borderA, borderB);
-    bool search = rule.placement == Placement::Search;
-    if (rule.placement == Placement::KeepEndpoint) {
-        const FloatVec3 kept = mesh.vertices[rule.endpoint].position();
-        takeIfFinite(result, errorAt(quadric, kept), kept);
-    } else if (search) {
-        result.cost = kNotCollapsible;
-    } else {
-        search = !solve(rules, result, quadric);
-    }
-    if (search) {
-        searchAlongEdge(rules, result, mesh.vertices[a].position(), mesh.vertices[b].position(),
-                        quadric);
-    }
-    applyMask(mesh, result.cost, a, b);
+    return {mesh.vertices[a].position(), mesh.vertices[b].position(), placement,
+            lowerMask(mesh, a, b)};
 }
 
-bool mayCostBeNegative(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
-                       std::int32_t b) {
+void evaluateEdge(const MetricRules& rules, const EdgeInput& edge, const Quadric3D& quadric,
+                  EdgeEvaluation& result) {
+    switch (edge.placement) {
+    case Placement::Frozen: result.cost = kNotCollapsible; return;
+    case Placement::Forbidden: result.cost = kNotCollapsible; break;
+    case Placement::KeepFirst:
+        takeIfFinite(result, errorAt(quadric, edge.first), edge.first);
+        break;
+    case Placement::KeepSecond:
+        takeIfFinite(result, errorAt(quadric, edge.second), edge.second);
+        break;
+    case Placement::Search:
+        result.cost = kNotCollapsible;
+        searchAlongEdge(rules, result, edge.first, edge.second, quadric);
+        break;
+    case Placement::Solve:
+        if (!solve(rules, result, quadric))
+            searchAlongEdge(rules, result, edge.first, edge.second, quadric);
+        break;
+    }
+    applyMask(result.cost, edge.mask);
+}
+
+EdgeInput gatherColorEdge(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
+                          std::int32_t b) {
     const bool borderA = mesh.borderVertices.Test(a);
     const bool borderB = mesh.borderVertices.Test(b);
-    return placementAt(mesh, rules, a, b, borderA, borderB).placement == Placement::KeepEndpoint;
-}
-
-void EvaluateEdgeCostColor(const DMesh& mesh, const MetricRules& rules, EdgeEvaluation& result,
-                           std::int32_t a, std::int32_t b, const ColorQuadric& quadric) {
-    const bool border = mesh.borderVertices.Test(a) || mesh.borderVertices.Test(b);
-    if (rules.BorderMode == BORDERMODE_FREEZE && border) {
-        result.cost = kNotCollapsible;
-        return;
-    }
     const bool seam =
         rules.m_handleUVs_internal && (mesh.uvSeamVertices.Test(a) || mesh.uvSeamVertices.Test(b));
-    if (seam || border) {
-        result.cost = kNotCollapsible;
-    } else {
-        solveColor(rules, result, quadric);
+    EdgeInput edge;  // the positions are not needed
+    edge.mask = lowerMask(mesh, a, b);
+    if (isFrozen(rules, borderA, borderB)) {
+        edge.placement = Placement::Frozen;
+    } else if (borderA || borderB || seam) {
+        edge.placement = Placement::Forbidden;
     }
-    applyMask(mesh, result.cost, a, b);
+    return edge;
+}
+
+void evaluateColorEdge(const MetricRules& rules, const EdgeInput& edge, const ColorQuadric& quadric,
+                       EdgeEvaluation& result) {
+    if (edge.placement == Placement::Solve) {
+        solveColor(rules, result, quadric);
+    } else {
+        result.cost = kNotCollapsible;
+        if (edge.placement == Placement::Frozen) return;
+    }
+    applyMask(result.cost, edge.mask);
 }
 
 }  // namespace korvalite

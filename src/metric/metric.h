@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 
@@ -34,9 +35,13 @@ struct PlainMetric {
                              std::int32_t a, std::int32_t b, const Quadric& quadric) {
         EvaluateEdgeCost(mesh, rules, result, a, b, quadric);
     }
-    static bool mayCostBeNegative(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
-                                  std::int32_t b) {
-        return korvalite::mayCostBeNegative(mesh, rules, a, b);
+    static EdgeInput gather(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
+                            std::int32_t b) {
+        return gatherEdge(mesh, rules, a, b);
+    }
+    static void evaluate(const MetricRules& rules, const EdgeInput& edge, const Quadric& quadric,
+                         EdgeEvaluation& result) {
+        korvalite::evaluateEdge(rules, edge, quadric, result);
     }
 };
 
@@ -57,15 +62,35 @@ struct ColorMetric {
                              std::int32_t a, std::int32_t b, const Quadric& quadric) {
         EvaluateEdgeCostColor(mesh, rules, result, a, b, quadric);
     }
-    static bool mayCostBeNegative(const DMesh& /*mesh*/, const MetricRules& /*rules*/,
-                                  std::int32_t /*a*/, std::int32_t /*b*/) {
-        return false;
+    static EdgeInput gather(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
+                            std::int32_t b) {
+        return gatherColorEdge(mesh, rules, a, b);
+    }
+    static void evaluate(const MetricRules& rules, const EdgeInput& edge, const Quadric& quadric,
+                         EdgeEvaluation& result) {
+        evaluateColorEdge(rules, edge, quadric, result);
     }
 };
 
+/// What a metric must offer.
+template <typename Metric>
+concept CollapseMetric =
+    requires(const DMesh& mesh, const MetricRules& rules, std::int32_t index, const EdgeInput& edge,
+             typename Metric::Quadric& sum, const typename Metric::Quadric& quadric,
+             EdgeEvaluation& result) {
+        { Metric::kHasColor } -> std::convertible_to<bool>;
+        { Metric::kId } -> std::convertible_to<const char*>;
+        { Metric::triangleQuadric(mesh, rules, index) } -> std::same_as<typename Metric::Quadric>;
+        Metric::addVertexQuadric(mesh, rules, sum, index);  // of the current triangles around it
+        { Metric::gather(mesh, rules, index, index) } -> std::same_as<EdgeInput>;
+        Metric::evaluate(rules, edge, quadric, result);
+        Metric::evaluateEdge(mesh, rules, result, index, index, quadric);  // both steps
+    };
+static_assert(CollapseMetric<PlainMetric> && CollapseMetric<ColorMetric>);
+
 /// Caches the quadrics of the latest kept vertices. Around a hub, hundreds of collapses in a row
 /// are refused, and each needs the quadric of the same vertex.
-template <typename Metric>
+template <CollapseMetric Metric>
 class KeptQuadrics {
 public:
     using Quadric = typename Metric::Quadric;
@@ -100,7 +125,7 @@ private:
 
 /// Evaluates the collapse of `removed` onto `kept` from the current triangles around both. If no
 /// position or colour is found, the kept vertex keeps its own.
-template <typename Metric>
+template <CollapseMetric Metric>
 EdgeEvaluation evaluateCollapse(const DMesh& mesh, const MetricRules& rules, std::int32_t removed,
                                 std::int32_t kept, KeptQuadrics<Metric>& keptQuadrics) {
     typename Metric::Quadric removedQuadric;

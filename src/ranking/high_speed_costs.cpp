@@ -108,12 +108,12 @@ private:
     void rankRingVertex(std::int32_t u) {
         const bool mayRankU = !work_.isSymmetrySlave(u);
         GetVertexNeighbours(mesh_, u, s_.outerRing);
-        EdgeEvaluation edge;
         for (const std::int32_t x : s_.outerRing) {
             const bool isInRing = s_.inRing.Test(x);
             const bool mayRankX = !work_.isSymmetrySlave(x);
             const bool takenFromX = isInRing && x < u;
             if (x == u || takenFromX || (!mayRankU && !mayRankX)) continue;
+            EdgeEvaluation edge;
             evaluateEdge(work_, state_, edge, u, x);
             if (mayRankU) rank(u, x, edge);
             if (mayRankX && (x == kept_ || isInRing)) rank(x, u, edge);

@@ -33,8 +33,7 @@ EdgeVerdict judgeInitialEdge(const WorkingMesh& work, std::int32_t a, std::int32
 template <typename Evaluate, typename Took>
 void rankInitialEdges(WorkingMesh& work, Evaluate evaluate, Took took) {
     DMesh& mesh = work.mesh;
-    EdgeEvaluation edge;
-    const auto rank = [&](std::int32_t end, std::int32_t partner) {
+    const auto rank = [&](std::int32_t end, std::int32_t partner, const EdgeEvaluation& edge) {
         VertexRecord& vertex = mesh.vertices[end];
         if (takeIfLower(vertex.cost, vertex.partner, edge.cost, partner)) took(end, edge);
     };
@@ -47,9 +46,10 @@ void rankInitialEdges(WorkingMesh& work, Evaluate evaluate, Took took) {
         const EdgeVerdict verdict = judgeInitialEdge(work, a, b, ends);
         if (verdict == EdgeVerdict::SkipUnasked) continue;
         if (verdict == EdgeVerdict::Evaluate) {
+            EdgeEvaluation edge;
             evaluate(edge, a, b);
-            if (ends.updateA) rank(a, b);
-            if (ends.updateB) rank(b, a);
+            if (ends.updateA) rank(a, b, edge);
+            if (ends.updateB) rank(b, a, edge);
         }
         if (work.monitor->stopRequested()) return;
     }

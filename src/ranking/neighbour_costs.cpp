@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ranking/neighbour_costs.h"
 
-#include "base/prefetch.h"
 #include "metric/metric.h"
 #include "ranking/initial_edges.h"
 #include "ranking/vertex_cost.h"
@@ -23,22 +22,20 @@ public:
 
     void run(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
         gatherRing(kept, ringCorners, neighbours);
-        fetchRing();
         gatherOuterRing();
         const bool onDemand = isMostlyFree();
         sharing_.beginRing(ring());
-        next_ = sharing_.guessNext();
-        listOuterTriangles();
-        gatherEdges();
-        fetchRingAhead();
+        gatherTriangles();
+        gatherEdges(onDemand);
+        s_.prefetch.nextRing(mesh_);
         if (onDemand) {
-            rankOnDemand();
+            evaluateOnDemand();
         } else {
             sumQuadrics();
             evaluateEdges();
             applyCosts();
         }
-        fetchOuterRingAhead();
+        s_.prefetch.nextOuterRing(mesh_);
         sharing_.endRing(ring());
         resetMarks();
     }
@@ -60,11 +57,7 @@ private:
     void listTriangle(std::int32_t triangle) {
         s_.localTriangles.push_back(triangle);
         marks_.triangleMark.Set(triangle);
-        for (const std::int32_t corner : cornersOf(triangle)) {
-            const std::int32_t vertex = vertexAt(mesh_, corner);
-            prefetch(&mesh_.vertices[vertex]);
-            prefetch(&marks_.vertexSlot[vertex]);
-        }
+        RingPrefetch::triangle(mesh_, marks_, triangle);
     }
 
     void gatherRing(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
@@ -86,13 +79,7 @@ private:
         for (const std::int32_t vertex : *ring)
             giveSlot(vertex);
         ringEnd_ = s_.localVertices.size();
-    }
-
-    /// Prefetches the corner lists of the ring and the queue links of its vertices.
-    void fetchRing() {
-        work_.costQueue.prefetchOwnLinks(ring());
-        warmVertexCorners(mesh_, ring().subspan(1), s_.cursors, &marks_.triangleMark);
-        work_.costQueue.prefetchLinks(ring());
+        s_.prefetch.ring(work_, marks_, this->ring());
     }
 
     void gatherOuterRing() {
@@ -103,65 +90,21 @@ private:
             s_.ringNeighbours.insert(s_.ringNeighbours.end(), s_.neighbours.begin(),
                                      s_.neighbours.end());
             s_.ringNeighboursEnd.push_back(s_.ringNeighbours.size());
-            for (const std::int32_t x : s_.neighbours) {
-                prefetch(&marks_.vertexSlot[x]);
-                prefetch(&mesh_.vertexTriangleHead[x]);
-                mesh_.borderVertices.prefetchBit(x);
-            }
+            for (const std::int32_t x : s_.neighbours)
+                RingPrefetch::outerVertex(mesh_, marks_, x);
         }
         for (const std::int32_t x : s_.ringNeighbours) {
             if (marks_.vertexSlot[x] == NeighbourhoodMarks::kNoSlot) giveSlot(x);
         }
     }
 
-    void listOuterTriangles() {
+    void gatherTriangles() {
         const auto outerRing = std::span(s_.localVertices).subspan(ringEnd_);
-        warmWithNext(outerRing);
+        s_.prefetch.outerRing(mesh_, marks_, outerRing, sharing_.guessNext());
         for (const std::int32_t x : outerRing) {
             forEachCorner(mesh_, x, [&](std::int32_t corner) {
                 if (!marks_.triangleMark.Test(triangleOf(corner))) listTriangle(triangleOf(corner));
             });
-        }
-    }
-
-    // The next vertex to collapse will be in the ring, which is in the cache, or be the current
-    // first in the queue. The memory around the latter is prefetched step by step, one link further
-    // each time, so it has arrived when the next turn starts.
-
-    void warmWithNext(std::span<const std::int32_t> outerRing) {
-        s_.warmed.assign(outerRing.begin(), outerRing.end());
-        s_.nextPair.clear();
-        if (next_ != kNone) {
-            s_.nextPair.push_back(next_);
-            const std::int32_t partner = mesh_.vertices[next_].partner;
-            if (partner != kNone) s_.nextPair.push_back(partner);
-        }
-        s_.warmed.insert(s_.warmed.end(), s_.nextPair.begin(), s_.nextPair.end());
-        warmVertexCorners(mesh_, s_.warmed, s_.cursors, &marks_.triangleMark);
-    }
-
-    void fetchRingAhead() {
-        s_.nextRing.clear();
-        for (const std::int32_t vertex : s_.nextPair) {
-            mesh_.vertexActive.prefetchBit(vertex);
-            mesh_.borderVertices.prefetchBit(vertex);
-            forEachCorner(mesh_, vertex, [&](std::int32_t corner) {
-                const std::int32_t x = vertexAt(mesh_, nextCorner(corner));
-                mesh_.triangleActive.prefetchBit(triangleOf(corner));
-                mesh_.borderVertices.prefetchBit(x);
-                s_.nextRing.push_back(x);
-                prefetch(&mesh_.vertexTriangleHead[x]);
-                prefetch(&mesh_.vertices[x]);
-            });
-        }
-    }
-
-    void fetchOuterRingAhead() {
-        for (const std::int32_t x : s_.nextRing) {
-            const std::int32_t corner = loadRelaxed(mesh_.vertexTriangleHead[x]);
-            if (corner == kNone) continue;
-            prefetch(&mesh_.cornerNext[corner]);
-            prefetch(&mesh_.triangles[corner]);
         }
     }
 
@@ -179,11 +122,19 @@ private:
         }
     }
 
-    void gatherEdges() {
-        if (!work_.m_handleUVs_internal) return listEdges();
+    void gatherEdges(bool onDemand) {
+        if (!work_.m_handleUVs_internal) return gatherEdgesNow(onDemand);
         // One critical section for all edges, since other threads may be moving seam marks.
         const auto guard = sharing_.uvSeams();
+        gatherEdgesNow(onDemand);
+    }
+
+    void gatherEdgesNow(bool onDemand) {
         listEdges();
+        s_.edgeInputs.clear();
+        if (onDemand) return;
+        for (const RingEdge& edge : s_.edges)
+            s_.edgeInputs.push_back(Metric::gather(mesh_, work_, edge.w, edge.x));
     }
 
     void listEdges() {
@@ -209,11 +160,11 @@ private:
 
     void evaluateEdges() {
         s_.edgeCosts.resize(s_.edges.size());
-        EdgeEvaluation result;
         for (std::size_t i = 0; i < s_.edges.size(); ++i) {
             const RingEdge& edge = s_.edges[i];
-            Metric::evaluateEdge(work_.mesh, work_, result, edge.w, edge.x,
-                                 s_.slotQuadrics[edge.slotW] + s_.slotQuadrics[edge.slotX]);
+            EdgeEvaluation result;
+            Metric::evaluate(work_, s_.edgeInputs[i],
+                             s_.slotQuadrics[edge.slotW] + s_.slotQuadrics[edge.slotX], result);
             s_.edgeCosts[i] = result.cost;
         }
     }
@@ -233,22 +184,22 @@ private:
         return 2 * free > ringEnd_ || (free > 0 && s_.localVertices.size() > kLargeNeighbourhood);
     }
 
-    void rankOnDemand() {
+    void evaluateOnDemand() {
         s_.quadrics.prepare(mesh_, s_.localTriangles, marks_, s_.localVertices.size());
-        EdgeEvaluation result;
         for (const RingEdge& edge : s_.edges) {
-            if (!mayLowerACost(edge)) continue;
-            Metric::evaluateEdge(work_.mesh, work_, result, edge.w, edge.x,
-                                 s_.quadrics.of(work_, edge.slotW) +
-                                     s_.quadrics.of(work_, edge.slotX));
+            const EdgeInput input = Metric::gather(mesh_, work_, edge.w, edge.x);
+            if (!mayLowerACost(edge) && !mayCostBeNegative(input)) continue;
+            EdgeEvaluation result;
+            Metric::evaluate(work_, input,
+                             s_.quadrics.of(work_, edge.slotW) + s_.quadrics.of(work_, edge.slotX),
+                             result);
             rank(edge, result.cost);
         }
     }
 
     [[nodiscard]] bool mayLowerACost(const RingEdge& edge) const {
         return (edge.mayRankW && sharing_.best(edge.slotW, edge.w) > 0.0F) ||
-               (edge.mayRankX && sharing_.best(edge.slotX, edge.x) > 0.0F) ||
-               Metric::mayCostBeNegative(work_.mesh, work_, edge.w, edge.x);
+               (edge.mayRankX && sharing_.best(edge.slotX, edge.x) > 0.0F);
     }
 
     void rank(const RingEdge& edge, float cost) {
@@ -275,7 +226,6 @@ private:
     Sharing& sharing_;
     NeighbourhoodMarks& marks_;
     NeighbourhoodScratch<Metric>& s_;
-    std::int32_t next_ = kNone;
     std::size_t ringEnd_ = 0;  // lower slots are the kept vertex and its ring
 };
 

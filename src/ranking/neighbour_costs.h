@@ -2,13 +2,25 @@
 //
 // The cost update after a collapse, for drivers that store no quadrics: rebuilds all quadrics of
 // the kept vertex's 2-ring from the current triangles. Nearly all the time is spent here.
+//
+//        o---o---o         k  the kept vertex
+//       / \ / \ / \        r  its ring, which is ranked again
+//      o---r---r---o       o  the outer ring, which keeps its costs
+//     / \ / \ / \ / \      .
+//    o---r---k---r---o     Every edge from the ring is evaluated once, with the quadrics of both
+//     \ / \ / \ / \ /      ends summed from the triangles that touch k or an o. A triangle whose
+//      o---r---r---o       corners are all ring vertices is not among them.
+//       \ / \ / \ /
+//        o---o---o
 #pragma once
 
 #include "collapse/sharing.h"
 #include "collapse/working_mesh.h"
 #include "mesh/corner_lists.h"
+#include "metric/edge_cost.h"
 #include "ranking/neighbourhood_marks.h"
 #include "ranking/quadrics_on_demand.h"
+#include "ranking/ring_prefetch.h"
 
 #include <cstdint>
 #include <vector>
@@ -36,11 +48,10 @@ struct NeighbourhoodScratch {
     IndexList neighbours;
     IndexList ringNeighbours;                    // of all ring vertices, in order
     std::vector<std::size_t> ringNeighboursEnd;  // the end of each ring vertex's part
-    IndexList warmed;
-    IndexList nextPair;  // the vertex likely to collapse next, and its partner
-    IndexList nextRing;
-    IndexList cursors;  // of warmVertexCorners
+    RingPrefetch prefetch;
+    // Parallel lists.
     std::vector<RingEdge> edges;
+    std::vector<EdgeInput> edgeInputs;  // empty if edges are evaluated on demand
     std::vector<float> edgeCosts;
     QuadricsOnDemand<Metric> quadrics;
 };

@@ -36,10 +36,10 @@ RankedVertex rankAgainstRing(const WorkingMesh& work, std::int32_t vertex, Index
     GetVertexNeighbours(work.mesh, vertex, ring);
 
     RankedVertex best;
-    EdgeEvaluation edge;
     for (const std::int32_t x : ring) {
         if (x == vertex || isHeldBySeam(work, vertex, x)) continue;
         addQuadric(neighbours, x);
+        EdgeEvaluation edge;
         Metric::evaluateEdge(work.mesh, work, edge, vertex, x, own + neighbours);
         takeIfLower(best.cost, best.partner, edge.cost, x);
     }

@@ -95,7 +95,6 @@ template <typename Metric>
 void InitVerticesCostNoMat(WorkingMesh& work) {
     DMesh& mesh = work.mesh;
     IndexList ring;
-    EdgeEvaluation edge;
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
         // Done only now, so this discards the costs that lower vertices have written here.
         forgetCost(mesh.vertices[vertex]);
@@ -106,6 +105,7 @@ void InitVerticesCostNoMat(WorkingMesh& work) {
         for (const std::int32_t x : ring) {
             if (x <= vertex || isHeldBySeam(work, vertex, x)) continue;
             Metric::addVertexQuadric(work.mesh, work, neighbours, x);
+            EdgeEvaluation edge;
             Metric::evaluateEdge(work.mesh, work, edge, vertex, x, own + neighbours);
             VertexRecord& end = mesh.vertices[vertex];
             VertexRecord& other = mesh.vertices[x];
