@@ -7,7 +7,7 @@
 #include "formats/vok_writer.h"
 #include "host/job_paths.h"
 #include "job_settings.h"
-#include "mesh/mesh_check.h"
+#include "mesh/dmesh.h"
 #include "own_process.h"
 #include "progressive/progressive_mesh.h"
 #include "support/scratch_folder.h"

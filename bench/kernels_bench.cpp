@@ -4,7 +4,7 @@
 // their arithmetic.
 #include "bumpy_torus.h"
 #include "geometry/linear_algebra.h"
-#include "mesh/borders.h"
+#include "mesh/borders_and_seams.h"
 #include "mesh/corner_lists.h"
 #include "metric/metric.h"
 #include "progressive/progressive_mesh.h"

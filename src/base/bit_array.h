@@ -7,7 +7,7 @@
 // thread.
 #pragma once
 
-#include "base/prefetch.h"
+#include "base/cache.h"
 #include "base/relaxed.h"
 
 #include <cstddef>

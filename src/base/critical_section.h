@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "base/cache_line.h"
+#include "base/cache.h"
 
 #include <atomic>
 #include <cstdint>

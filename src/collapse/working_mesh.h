@@ -4,7 +4,7 @@
 #pragma once
 
 #include "base/bit_array.h"
-#include "base/cache_line.h"
+#include "base/cache.h"
 #include "base/run_monitor.h"
 #include "mesh/dmesh.h"
 #include "metric/metric_rules.h"

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "collapse/carry_color.h"
+#include "collapse/carry_attributes.h"
 #include "collapse/sharing.h"
-#include "collapse/uv_update.h"
 #include "metric/metric.h"
 #include "progressive/progressive_mesh.h"
 #include "ranking/neighbour_costs.h"

@@ -2,11 +2,10 @@
 #include "drivers/preparation.h"
 
 #include "collapse/symmetric_collapse.h"
-#include "mesh/borders.h"
+#include "mesh/borders_and_seams.h"
 #include "mesh/corner_lists.h"
-#include "mesh/uv_seams.h"
 #include "metric/metric.h"
-#include "metric/symmetry_plane_quadric.h"
+#include "metric/metric_rules.h"
 #include "ranking/vertex_cost_init.h"
 #include "symmetry/compute_symmetry.h"
 

@@ -2,9 +2,8 @@
 #include "drivers/run_decimation.h"
 
 #include "base/debug_log.h"
-#include "drivers/high_speed_driver.h"
+#include "drivers/in_memory_drivers.h"
 #include "drivers/low_memory_driver.h"
-#include "drivers/melax_driver.h"
 #include "drivers/threads/multi_thread_driver.h"
 #include "progressive/progressive_mesh.h"
 #include "progressive/reorder.h"

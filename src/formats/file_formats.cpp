@@ -7,7 +7,7 @@
 #include "formats/obj_writer.h"
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
-#include "mesh/mesh_check.h"
+#include "mesh/dmesh.h"
 #include "progressive/progressive_mesh.h"
 
 namespace korvalite {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "formats/kvm_check.h"
 
-#include "mesh/mesh_check.h"
+#include "mesh/dmesh.h"
 #include "progressive/progressive_mesh.h"
 
 #include <algorithm>

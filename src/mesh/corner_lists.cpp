@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mesh/corner_lists.h"
 
-#include "base/prefetch.h"
+#include "base/cache.h"
 
 #include <bit>
 

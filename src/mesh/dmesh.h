@@ -8,7 +8,7 @@
 #pragma once
 
 #include "base/bit_array.h"
-#include "base/cache_line.h"
+#include "base/cache.h"
 #include "base/indexed_array.h"
 #include "base/relaxed.h"
 #include "geometry/vec3.h"
@@ -154,5 +154,12 @@ void recomputeBoundingBox(DMesh& mesh);
 
 /// An empty box becomes the point; NaN coordinates never widen a box.
 void extendBoundingBox(BoundingBox& box, const FloatVec3& point);
+
+struct DMesh;
+
+/// Whether the drivers can work on the mesh: every triangle index refers to a vertex, and vertices
+/// and corners can each be counted in 31 bits. Readers pass on whatever a file contains, so this
+/// check comes between them and the drivers. Coordinates may be anything.
+bool canBeDecimated(const DMesh& mesh);
 
 }  // namespace korvalite

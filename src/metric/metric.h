@@ -6,9 +6,8 @@
 
 #include "mesh/dmesh.h"
 #include "metric/edge_cost.h"
+#include "metric/mesh_quadrics.h"
 #include "metric/metric_rules.h"
-#include "metric/triangle_quadrics.h"
-#include "metric/vertex_quadrics.h"
 
 #include <algorithm>
 #include <array>
@@ -74,18 +73,17 @@ struct ColorMetric {
 
 /// What a metric must offer.
 template <typename Metric>
-concept CollapseMetric =
-    requires(const DMesh& mesh, const MetricRules& rules, std::int32_t index, const EdgeInput& edge,
-             typename Metric::Quadric& sum, const typename Metric::Quadric& quadric,
-             EdgeEvaluation& result) {
-        { Metric::kHasColor } -> std::convertible_to<bool>;
-        { Metric::kId } -> std::convertible_to<const char*>;
-        { Metric::triangleQuadric(mesh, rules, index) } -> std::same_as<typename Metric::Quadric>;
-        Metric::addVertexQuadric(mesh, rules, sum, index);  // of the current triangles around it
-        { Metric::gather(mesh, rules, index, index) } -> std::same_as<EdgeInput>;
-        Metric::evaluate(rules, edge, quadric, result);
-        Metric::evaluateEdge(mesh, rules, result, index, index, quadric);  // both steps
-    };
+concept CollapseMetric = requires(const DMesh& mesh, const MetricRules& rules, std::int32_t index,
+                                  const EdgeInput& edge, typename Metric::Quadric& sum,
+                                  const typename Metric::Quadric& quadric, EdgeEvaluation& result) {
+    { Metric::kHasColor } -> std::convertible_to<bool>;
+    { Metric::kId } -> std::convertible_to<const char*>;
+    { Metric::triangleQuadric(mesh, rules, index) } -> std::same_as<typename Metric::Quadric>;
+    Metric::addVertexQuadric(mesh, rules, sum, index);  // of the current triangles around it
+    { Metric::gather(mesh, rules, index, index) } -> std::same_as<EdgeInput>;
+    Metric::evaluate(rules, edge, quadric, result);
+    Metric::evaluateEdge(mesh, rules, result, index, index, quadric);  // both steps
+};
 static_assert(CollapseMetric<PlainMetric> && CollapseMetric<ColorMetric>);
 
 /// Caches the quadrics of the latest kept vertices. Around a hub, hundreds of collapses in a row

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "progressive/permute.h"
 
-#include "base/prefetch.h"
+#include "base/cache.h"
 
 #include <algorithm>
 #include <array>

@@ -6,7 +6,7 @@
 // Plain data; every member is owned by value. Built and destroyed on the main thread.
 #pragma once
 
-#include "base/cache_line.h"
+#include "base/cache.h"
 #include "collapse/working_mesh.h"
 #include "ranking/vertex_cost_init.h"
 #include "splits/vsplit_list.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "queue/cost_queue.h"
 
+#include "base/cache.h"
 #include "base/numeric.h"
-#include "base/prefetch.h"
 #include "mesh/dmesh.h"
 
 #include <algorithm>

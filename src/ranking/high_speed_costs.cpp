@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ranking/high_speed_costs.h"
 
-#include "base/prefetch.h"
+#include "base/cache.h"
 #include "metric/edge_cost.h"
-#include "metric/triangle_quadrics.h"
-#include "metric/vertex_quadrics.h"
+#include "metric/mesh_quadrics.h"
 #include "ranking/initial_edges.h"
 #include "ranking/vertex_cost.h"
 

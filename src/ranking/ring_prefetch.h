@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "base/prefetch.h"
+#include "base/cache.h"
 #include "collapse/working_mesh.h"
 #include "mesh/corner_lists.h"
 #include "ranking/neighbourhood_marks.h"

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "collapse/uv_update.h"
+#include "collapse/carry_attributes.h"
 
 #include "collapse/collapse.h"
 #include "collapse/sharing.h"
-#include "mesh/borders.h"
+#include "mesh/borders_and_seams.h"
 #include "mesh/corner_lists.h"
-#include "mesh/uv_seams.h"
 #include "progressive/progressive_mesh.h"
 #include "support/mesh_builder.h"
 

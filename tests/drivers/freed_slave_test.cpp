@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // A slave whose master collapses alone: the high-speed driver ranks it and queues it at once.
-#include "drivers/high_speed_driver.h"
-#include "metric/triangle_quadrics.h"
+#include "drivers/in_memory_drivers.h"
+#include "metric/mesh_quadrics.h"
 #include "ranking/high_speed_costs.h"
 #include "ranking/vertex_cost.h"
 #include "support/decimation_run.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "drivers/high_speed_driver.h"
+#include "drivers/in_memory_drivers.h"
 
 #include "support/decimation_run.h"
 #include "support/host_follower.h"

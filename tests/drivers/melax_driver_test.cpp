@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "drivers/melax_driver.h"
+#include "drivers/in_memory_drivers.h"
 
 #include "support/decimation_run.h"
 #include "support/level_walk.h"

@@ -10,7 +10,7 @@
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
 #include "host/job_paths.h"
-#include "mesh/mesh_check.h"
+#include "mesh/dmesh.h"
 #include "progressive/level_update.h"
 #include "progressive/progressive_mesh.h"
 #include "support/scratch_folder.h"

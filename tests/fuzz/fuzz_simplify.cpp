@@ -7,8 +7,8 @@
 // initial mesh.
 #include "drivers/run_decimation.h"
 #include "fuzz/byte_reader.h"
+#include "mesh/borders_and_seams.h"
 #include "mesh/corner_lists.h"
-#include "mesh/uv_seams.h"
 #include "progressive/progressive_mesh.h"
 #include "support/level_walk.h"
 #include "support/mesh_builder.h"

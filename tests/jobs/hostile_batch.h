@@ -4,7 +4,7 @@
 #pragma once
 
 #include "formats/vok_reader.h"
-#include "mesh/mesh_check.h"
+#include "mesh/dmesh.h"
 #include "shell/batch_driver.h"
 #include "shell/job_config.h"
 #include "support/decimation_run.h"

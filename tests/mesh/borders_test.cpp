@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "mesh/borders.h"
+#include "mesh/borders_and_seams.h"
 
 #include "mesh/corner_lists.h"
 #include "support/mesh_builder.h"

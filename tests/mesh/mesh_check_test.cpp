@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "mesh/mesh_check.h"
-
 #include "mesh/dmesh.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "metric/symmetry_plane_quadric.h"
+#include "metric/metric_rules.h"
 
 #include "progressive/progressive_mesh.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "metric/triangle_quadrics.h"
+#include "metric/mesh_quadrics.h"
 
 #include "progressive/progressive_mesh.h"
 #include "support/mesh_builder.h"

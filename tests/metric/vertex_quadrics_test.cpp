@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "metric/vertex_quadrics.h"
+#include "metric/mesh_quadrics.h"
 
-#include "metric/triangle_quadrics.h"
 #include "support/prepared_mesh.h"
 
 #include <gtest/gtest.h>

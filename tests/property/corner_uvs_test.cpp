@@ -5,8 +5,8 @@
 #include "property/chart_cases.h"
 #include "property/run_cases.h"
 
+#include "mesh/borders_and_seams.h"
 #include "mesh/corner_lists.h"
-#include "mesh/uv_seams.h"
 #include "support/level_walk.h"
 #include "support/mesh_validator.h"
 

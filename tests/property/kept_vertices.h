@@ -3,7 +3,7 @@
 // Vertices that a run must not change.
 #pragma once
 
-#include "mesh/borders.h"
+#include "mesh/borders_and_seams.h"
 #include "mesh/corner_lists.h"
 #include "mesh/dmesh.h"
 #include "progressive/progressive_mesh.h"

@@ -4,8 +4,8 @@
 // triangle for triangle, apart from the renumbering by the reordering.
 #include "property/level_cases.h"
 
+#include "mesh/borders_and_seams.h"
 #include "mesh/corner_lists.h"
-#include "mesh/uv_seams.h"
 #include "support/mesh_validator.h"
 
 #include <gtest/gtest.h>

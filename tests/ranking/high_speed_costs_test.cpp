@@ -2,7 +2,7 @@
 #include "ranking/high_speed_costs.h"
 
 #include "metric/edge_cost.h"
-#include "metric/triangle_quadrics.h"
+#include "metric/mesh_quadrics.h"
 #include "ranking/initial_edges.h"
 #include "support/prepared_mesh.h"
 

@@ -2,12 +2,11 @@
 //
 // The cost update of a thread compared with that of the single-threaded driver: one records what
 // the other writes.
-#include "collapse/carry_color.h"
+#include "collapse/carry_attributes.h"
 #include "ranking/neighbour_costs.h"
 
 #include "collapse/collapse.h"
 #include "collapse/sharing.h"
-#include "collapse/uv_update.h"
 #include "drivers/preparation.h"
 #include "host/progress_channel.h"
 #include "metric/metric.h"

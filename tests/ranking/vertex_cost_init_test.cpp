@@ -2,7 +2,7 @@
 #include "ranking/vertex_cost_init.h"
 
 #include "drivers/preparation.h"
-#include "mesh/borders.h"
+#include "mesh/borders_and_seams.h"
 #include "mesh/corner_lists.h"
 #include "metric/metric.h"
 #include "support/allocation_limit.h"

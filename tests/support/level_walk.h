@@ -4,8 +4,8 @@
 // arrays bit for bit.
 #pragma once
 
+#include "mesh/borders_and_seams.h"
 #include "mesh/corner_lists.h"
-#include "mesh/uv_seams.h"
 #include "progressive/level_update.h"
 #include "progressive/progressive_mesh.h"
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/host_monitor.h"
-#include "mesh/borders.h"
+#include "mesh/borders_and_seams.h"
 #include "mesh/corner_lists.h"
 #include "progressive/progressive_mesh.h"
 #include "ranking/initial_edges.h"

@@ -124,7 +124,6 @@ int doDecimationLaunchThreadLoops_LM_MT(ProgressiveMesh& pm) {
     if (run.outOfMemory) throw std::bad_alloc();
     pm.monitor->step(RunStep::LoopEnded);
     pm.threads->lockedVertices.Free();
-    pm.threads->lockedVertices.Free();
     return 0;
 }
 

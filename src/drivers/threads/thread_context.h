@@ -5,7 +5,7 @@
 #pragma once
 
 #include "base/bit_array.h"
-#include "base/cache_line.h"
+#include "base/cache.h"
 #include "collapse/sharing.h"
 #include "collapse/work_record.h"
 #include "ranking/neighbourhood_marks.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "mesh/uv_seams.h"
+#include "mesh/borders_and_seams.h"
 
 #include "mesh/corner_lists.h"
 
@@ -174,6 +174,17 @@ void compactCoords(DMesh& mesh, const BitArray& duplicates) {
 }
 
 }  // namespace
+
+void ComputeBorderVertices(DMesh& mesh) {
+    mesh.borderVertices.Free();
+    mesh.borderVertices.Resize(mesh.vertexCount(), false);
+    IndexList neighbours;
+    IndexList corners;
+    for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
+        GetVertexCornersAndNeighbours(mesh, vertex, neighbours, corners);
+        if (neighbours.size() != corners.size()) mesh.borderVertices.Set(vertex);
+    }
+}
 
 void WeldCornerUVs(DMesh& mesh) {
     if (!mesh.indicesUV.empty() || mesh.coordsUV.size() != mesh.triangles.size()) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// All routines here add to what `inOut` already holds.
+// The quadrics of triangles and vertices.
 #pragma once
 
 #include "base/indexed_array.h"
@@ -13,6 +13,21 @@ namespace korvalite {
 
 struct DMesh;
 struct MetricRules;
+
+/// The quadric of a triangle's plane at its current position; with UseAreaWeighting, multiplied by
+/// twice the area (a triangle without area has weight 1 and a normal near zero).
+Quadric3D ComputeTriangleQuadric(const DMesh& mesh, const MetricRules& rules,
+                                 std::int32_t triangle);
+
+/// The same in 32-bit floats throughout; a triangle without area has weight 0.
+Quadric3DFloat ComputeTriangleQuadricFloat(const DMesh& mesh, const MetricRules& rules,
+                                           std::int32_t triangle);
+
+/// Plane and linear colour function of a triangle; never weighted by area. If no such function
+/// exists, the quadric has only its plane part.
+/// REQUIRES: one colour per vertex.
+ColorQuadric ComputeTriangleColorQuadric(const DMesh& mesh, const MetricRules& rules,
+                                         std::int32_t triangle);
 
 /// Adds the quadrics around a vertex, from one per triangle, then the border factor and the plane
 /// quadric of addBorderAndPlane.

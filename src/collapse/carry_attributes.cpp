@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "collapse/uv_update.h"
+#include "collapse/carry_attributes.h"
 
 #include <optional>
 

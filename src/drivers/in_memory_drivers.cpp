@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "drivers/high_speed_driver.h"
+#include "drivers/in_memory_drivers.h"
 
 #include "base/names.h"
 #include "drivers/collapse_loop.h"
@@ -7,6 +7,7 @@
 #include "metric/metric.h"
 #include "ranking/high_speed_costs.h"
 #include "ranking/initial_edges.h"
+#include "ranking/melax_costs.h"
 #include "ranking/vertex_cost.h"
 
 namespace korvalite {
@@ -68,6 +69,47 @@ private:
     IndexList ring_;
 };
 
+/// The hooks of PairCollapse and CollapseLoop.
+class MelaxDriver {
+public:
+    using Metric = PlainMetric;  // quadrics place the mirror image
+    static constexpr bool kRecordsSplits = false;
+
+    explicit MelaxDriver(ProgressiveMesh& pm) : pm_(pm) {}
+
+    [[nodiscard]] EdgeEvaluation place(std::int32_t /*removed*/, std::int32_t kept,
+                                       KeptQuadrics<Metric>& /*keptQuadrics*/) const {
+        EdgeEvaluation evaluation;
+        evaluation.position = pm_.mesh.vertices[kept].position();
+        return evaluation;
+    }
+
+    static void carryAttributes(CollapseRecord& /*collapse*/, std::int32_t /*removed*/,
+                                std::int32_t /*kept*/, const EdgeEvaluation& /*evaluation*/) {}
+
+    void updateCosts(std::int32_t kept, const CollapseRecord& collapse) {
+        UpdateRingMelax(pm_, kept, collapse.ringCorners, collapse.neighbours, state_);
+    }
+
+    // This driver leaves the costs around a kept vertex without triangles unchanged.
+    static void refreshCosts(const CollapseRecord& /*collapse*/) {}
+
+    void rankFreedSlave(std::int32_t vertex) {
+        ComputeVertexCostMelax(pm_, vertex, state_);
+        pm_.costQueue.Insert(vertex);
+    }
+    void rankForFinishStep(std::int32_t vertex) { ComputeVertexCostMelax(pm_, vertex, state_); }
+
+    // This driver reports no progress; only an observer can follow its runs.
+    static void showProgress(std::int32_t /*done*/) {}
+
+    MelaxState& state() { return state_; }
+
+private:
+    ProgressiveMesh& pm_;
+    MelaxState state_;
+};
+
 }  // namespace
 
 int doDecimation_HS(ProgressiveMesh& pm) {
@@ -81,6 +123,20 @@ int doDecimation_HS(ProgressiveMesh& pm) {
     openVSplitList(pm);
     Alone alone(pm);
     HighSpeedDriver driver(pm, state, alone);
+    CollapseLoop(pm, driver, alone).run();
+    pm.monitor->EndMainTask();
+    pm.monitor->step(RunStep::LoopEnded);
+    return 0;
+}
+
+int doDecimation_Melax(ProgressiveMesh& pm) {
+    MelaxDriver driver(pm);
+    prepareInMemoryDriver(pm, false);
+    pm.monitor->BeginSubTask("analysing mesh", -1);
+    InitVerticesCostMelax(pm, driver.state());
+    pm.monitor->EndSubTask();
+    openVSplitList(pm);
+    Alone alone(pm);
     CollapseLoop(pm, driver, alone).run();
     pm.monitor->EndMainTask();
     pm.monitor->step(RunStep::LoopEnded);
