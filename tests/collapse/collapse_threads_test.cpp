@@ -303,15 +303,15 @@ private:
         void collapse() {
             for (std::size_t i = 0; i < kOwned; ++i) {
                 records_[i].clear();
-                CollapseEdge_MT(crowd_.pm, removedOn(island(i)), keptOn(island(i)), {1, 0, 0},
-                                records_[i], scratch_, crowd_.sections);
+                CollapseEdge(crowd_.pm, removedOn(island(i)), keptOn(island(i)), {1, 0, 0},
+                             records_[i], scratch_, shared_);
             }
             lookFor(true);
         }
         void undo() {
             for (std::size_t i = 0; i < kOwned; ++i) {
-                UndoCollapse_MT(crowd_.pm, removedOn(island(i)), keptOn(island(i)),
-                                records_[i].split, records_[i].flags, crowd_.sections);
+                UndoCollapse(crowd_.pm.mesh, removedOn(island(i)), keptOn(island(i)), records_[i],
+                             shared_);
             }
             lookFor(false);
         }
@@ -338,6 +338,8 @@ private:
         std::int32_t first_;
         CollapseRecord records_[kOwned];
         CollapseScratch scratch_;
+        ThreadWorkRecord threadRecord_;
+        Shared shared_{crowd_.pm, threadRecord_, crowd_.sections};
     };
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The low-memory driver on several threads, which share one mesh and one queue without partitioning
-// them: see lowmem/thread_loop.h for how they avoid each other.
+// them: see drivers/threads/thread_loop.h for how they avoid each other.
 //
 // The order of the collapses, and therefore the result, depends on timing. A run with more than one
 // thread is not reproducible; a run with one follows the queue's order.
