@@ -26,7 +26,8 @@ endfunction()
 file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/*_test.cpp")
 file(GLOB test_support CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/support/*.cpp")
 
-if(test_sources)
+# The fuzz build is for the fuzz targets alone.
+if(test_sources AND NOT KORVALITE_FUZZ)
     add_executable(korvalite_tests ${test_sources} ${test_support})
     target_include_directories(korvalite_tests PRIVATE "${CMAKE_SOURCE_DIR}/tests")
     target_link_libraries(korvalite_tests PRIVATE

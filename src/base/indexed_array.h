@@ -20,7 +20,8 @@ public:
     using Base::operator[];
 
     IndexedArray() = default;
-    IndexedArray(Base items) : Base(std::move(items)) {}
+    IndexedArray(Base items)  // NOLINT(google-explicit-constructor): it is a vector of the same
+        : Base(std::move(items)) {}
 
     [[nodiscard]] typename Base::reference operator[](std::int32_t index) {
         return Base::operator[](static_cast<std::size_t>(index));

@@ -23,8 +23,8 @@ bool holds(const std::array<std::int32_t, 3>& triangle, std::int32_t vertex) {
 
 /// A collapse of `removed` onto `kept`, which moves both to `position`.
 struct Move {
-    std::int32_t removed;
-    std::int32_t kept;
+    std::int32_t removed = kNone;
+    std::int32_t kept = kNone;
     FloatVec3 position;
 };
 

@@ -21,10 +21,10 @@ public:
 
     template <typename T, std::size_t N>
     void put(const std::array<T, N>& element) {
-        constexpr std::size_t size = sizeof(T) * N;
-        char* const place = room(size);
-        std::memcpy(place, element.data(), size);
-        advanceTo(place + size);
+        constexpr std::size_t kSize = sizeof(T) * N;
+        char* const place = room(kSize);
+        std::memcpy(place, element.data(), kSize);
+        advanceTo(place + kSize);
     }
 
     /// Returns room for up to `byteCount` bytes. A call of advanceTo() with the end of what was

@@ -45,7 +45,7 @@ constexpr std::size_t cornersAfterSplit(bool isTriangle) {
 struct VokWalk {
     platform::File& file;
     DMesh& mesh;
-    std::int64_t bytesBeyondFile;  // the rest of the allowance
+    std::int64_t bytesBeyondFile = 0;  // the rest of the allowance
     BitArray triangleMarkers;      // which faces of the last face list were triangles
     std::int32_t splitTriangleCount = kNotSplit;
 };

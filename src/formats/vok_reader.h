@@ -14,7 +14,7 @@
 
 namespace korvalite {
 
-inline constexpr std::int64_t kVokBytesBeyondFile = 256 * 1024 * 1024;
+inline constexpr std::int64_t kVokBytesBeyondFile = std::int64_t{256} << 20U;
 
 /// Fills an empty mesh and makes every vertex and triangle active. `coordsUV` then holds three
 /// pairs per triangle; `indicesUV` is unchanged.

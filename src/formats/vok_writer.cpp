@@ -55,7 +55,7 @@ bool writePoints(VokExport& out) {
 bool writeTriangles(VokExport& out) {
     if (!beginBlock(out, Vok_TAG_FACE3_LIST, out.triangleCount, 12)) return false;
     forEachActiveTriangle(out.mesh, [&](std::size_t corner) {
-        std::array<std::int32_t, 3> indices;
+        std::array<std::int32_t, 3> indices{};
         for (std::size_t k = 0; k < 3; ++k)
             indices[k] = itemOr(out.newIndices, out.mesh.triangles[corner + k], kNone);
         out.elements.put(indices);

@@ -31,7 +31,7 @@ double colorChannel(std::uint32_t color, unsigned channel) {
 /// Gradient and offset of the linear function that has the values `w` at the corners and is
 /// constant along the normal, from the inverse of the matrix of corners.
 std::array<double, 4> linearFunction(const std::array<double, 16>& inverse, const DoubleVec3& w) {
-    std::array<double, 4> function;
+    std::array<double, 4> function{};
     for (std::size_t j = 0; j < 4; ++j) {
         function[j] =
             w.x * inverse[j] + w.y * inverse[4 + j] + w.z * inverse[8 + j] + 0.0 * inverse[12 + j];
@@ -107,7 +107,7 @@ ColorQuadric ComputeTriangleColorQuadric(const DMesh& mesh, const MetricRules& r
     ColorQuadric quadric(planeQuadric(n.x, n.y, n.z, -dot(n, p)));
     const std::array<double, 16> corners{p.x, q.x, r.x, n.x, p.y, q.y, r.y, n.y,
                                          p.z, q.z, r.z, n.z, 1.0, 1.0, 1.0, 0.0};
-    std::array<double, 16> inverse;
+    std::array<double, 16> inverse{};
     if (!invert4d(inverse.data(), corners.data())) {
         quadric.C = 0.0;
         return quadric;

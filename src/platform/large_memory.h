@@ -45,7 +45,7 @@ void reserveLarge(std::vector<Item, ZeroPagesAllocator<Item>>& items, std::size_
 /// back.
 template <typename Item>
 struct ZeroPagesAllocator {
-    using value_type = Item;
+    using value_type = Item;  // NOLINT(readability-identifier-naming): the standard's name
 
     ZeroPagesAllocator() = default;
     template <typename Other>

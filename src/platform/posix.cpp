@@ -133,6 +133,7 @@ void adviseLargePages([[maybe_unused]] void* begin, [[maybe_unused]] std::size_t
     if (byteCount < kWorthIt) return;
     const auto first = (reinterpret_cast<std::uintptr_t>(begin) + kPage - 1) / kPage * kPage;
     const auto end = (reinterpret_cast<std::uintptr_t>(begin) + byteCount) / kPage * kPage;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): pages are rounded as integers.
     madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
 #endif
 }

@@ -94,7 +94,7 @@ bool VSplitPageStore::writeToFile(std::int64_t offset, std::span<const std::uint
 
 bool VSplitPageStore::fileHolds(std::int64_t offset, std::span<const std::uint32_t> page) {
     if (!file_.seek(offset, SEEK_SET)) return false;
-    std::array<std::uint32_t, 4096> chunk;
+    std::array<std::uint32_t, 4096> chunk{};
     while (!page.empty()) {
         const auto expected = page.first(std::min(page.size(), chunk.size()));
         if (file_.read(chunk.data(), expected.size_bytes()) != expected.size_bytes() ||

@@ -14,9 +14,10 @@ public:
 
     template <typename T>
     void put(const T& value) {
-        static_assert(sizeof(T) % sizeof(std::uint32_t) == 0);
+        static_assert(sizeof(T) % sizeof(std::uint32_t) ==
+                      0);  // NOLINT(bugprone-sizeof-expression)
         std::memcpy(at_, &value, sizeof value);
-        at_ += sizeof value / sizeof(std::uint32_t);
+        at_ += sizeof value / sizeof(std::uint32_t);  // NOLINT(bugprone-sizeof-expression)
     }
 
     // `count` is in words or in items, depending on the list.

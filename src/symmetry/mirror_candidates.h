@@ -56,13 +56,13 @@ public:
 private:
     struct Entry {
         FloatVec3 image;
-        std::int32_t place;
+        std::int32_t place = 0;
     };
     /// The bounding box and highest place of the remaining entries under a node.
     struct Node {
         FloatVec3 low;
         FloatVec3 high;
-        std::int32_t highestPlace;
+        std::int32_t highestPlace = 0;
     };
     /// The nearest candidate so far. Until there is one, its place is above all others, so a
     /// distance equal to the reach is not better.
