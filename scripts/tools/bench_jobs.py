@@ -6,8 +6,8 @@ Usage: scripts/tools/bench_jobs.py TOOL BENCH [--quick] [--repeat N] [--only PAR
 from the root of the repository.
 
 Every measurement is a separate process. With --repeat, each part runs N times and the medians are
-shown. With --write-docs, the results replace the tables in the pages that show them. The exit status
-is 1 if a run fails or misses a goal of the project.
+shown. With --write-docs, the results replace the tables in docs/performance.md and their figures in
+bench/results.csv. The exit status is 1 if a run fails or misses a goal of the project.
 
 A part is a module with measure(tools, folder, quick), which returns rows of values; HEADINGS and
 tables(rows), keyed by the names of the tables; and complaints(rows).
@@ -24,6 +24,7 @@ import bench_hard
 import bench_levels
 import bench_obj
 import bench_report
+import bench_results
 import bench_sizes
 import bench_threads
 import tool_runs
@@ -47,7 +48,8 @@ def arguments_of_command():
     parser.add_argument("--quick", action="store_true", help="small meshes only")
     parser.add_argument("--repeat", type=int, default=1, help="medians of REPEAT rounds")
     parser.add_argument("--only", choices=PARTS, help="only one part")
-    parser.add_argument("--write-docs", action="store_true", help="update the tables in the pages")
+    parser.add_argument("--write-docs", action="store_true",
+                        help="update docs/performance.md and bench/results.csv")
     arguments = parser.parse_args()
     if arguments.write_docs and (arguments.quick or arguments.only):
         parser.error("--write-docs needs all parts in full: leave out --quick and --only")
@@ -70,7 +72,8 @@ def main():
             print(f"\n{part.HEADINGS[table]}\n\n{text}", flush=True)
         complaints += part.complaints(rows)
     if arguments.write_docs:
-        bench_report.write_pages(machine, tables)
+        bench_report.write_page(machine, tables)
+        bench_results.write(machine, tables)
     for text in complaints:
         print(f"bench: {text}", file=sys.stderr)
     return 1 if complaints else 0

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Shared by the parts of scripts/bench: running korvalite_bench, medians, and the pages."""
+"""Shared by the parts of scripts/bench: running korvalite_bench, medians, and the page of tables."""
 import os
 import pathlib
 import re
@@ -8,8 +8,8 @@ import statistics
 import subprocess
 import textwrap
 
-# In a page, a table of the report is between <!-- bench NAME --> and <!-- end -->.
-PAGES = ("README.md", "docs/architecture.md")
+# In the page, a table of the report is between <!-- bench NAME --> and <!-- end -->.
+PAGE = pathlib.Path("docs/performance.md")
 
 
 def values_of(line):
@@ -57,11 +57,10 @@ def machine():
     return ", ".join(words)
 
 
-def write_pages(machine_line, tables):
+def write_page(machine_line, tables):
     parts = {"machine": textwrap.fill(machine_line, 100), **tables}
-    for page in map(pathlib.Path, PAGES):
-        text = page.read_text(encoding="utf-8")
-        for name, part in parts.items():
-            text = re.sub(f"(<!-- bench {name} -->\n).*?(?=<!-- end -->)",
-                          lambda match, part=part: match[1] + part + "\n", text, flags=re.DOTALL)
-        page.write_text(text, encoding="utf-8")
+    text = PAGE.read_text(encoding="utf-8")
+    for name, part in parts.items():
+        text = re.sub(f"(<!-- bench {name} -->\n).*?(?=<!-- end -->)",
+                      lambda match, part=part: match[1] + part + "\n", text, flags=re.DOTALL)
+    PAGE.write_text(text, encoding="utf-8")

@@ -17,7 +17,7 @@ PERCENT = 10
 RUNS = 5  # runs on several threads are never identical
 CORES = (2, 4, 8, 16)
 # Goals for two threads compared with one; a run reports any that it misses. A busy virtual machine
-# misses the first; docs/architecture.md has the measured values.
+# misses the first; docs/performance.md has the measured values.
 TIME_OF_TWO = 0.58
 MORE_BYTES_PER_VERTEX = 5
 WORSE = 1.03
