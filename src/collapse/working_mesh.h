@@ -45,7 +45,7 @@ struct WorkingMesh : MetricRules, CollapseSettings, SymmetryState {
 
     alignas(kCacheLine) CostQueue costQueue{mesh};
 
-    RunMonitor* monitor = &silentMonitor();  // never null; not owned
+    alignas(kCacheLine) RunMonitor* monitor = &silentMonitor();  // never null; not owned
 };
 
 }  // namespace korvalite

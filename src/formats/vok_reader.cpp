@@ -46,7 +46,7 @@ struct VokWalk {
     platform::File& file;
     DMesh& mesh;
     std::int64_t bytesBeyondFile = 0;  // the rest of the allowance
-    BitArray triangleMarkers;      // which faces of the last face list were triangles
+    BitArray triangleMarkers;          // which faces of the last face list were triangles
     std::int32_t splitTriangleCount = kNotSplit;
 };
 

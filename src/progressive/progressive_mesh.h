@@ -55,11 +55,11 @@ struct RunResults {
 };
 
 struct ProgressiveMesh : WorkingMesh, CostFormSettings, RunSettings, RunResults {
-    alignas(kCacheLine) VSplitList vsplitList;
-
     // Of the multi-threaded driver, made by its first run and kept for the next.
     std::shared_ptr<ThreadsState> threads;
     bool measureThreads = false;  // measure the times in their statistics
+
+    alignas(kCacheLine) VSplitList vsplitList;
 
     /// numActiveVertices or numActiveTriangles, depending on targetCountsVertices.
     [[nodiscard]] std::uint32_t activeCount() const {
