@@ -19,16 +19,16 @@ void activateVertex(DMesh& mesh, std::int32_t vertex) {
     ++mesh.numActiveVertices;
 }
 
-void exchangePosition(DMesh& mesh, std::int32_t w, VSplitView& split) {
-    const FloatVec3 live = mesh.vertices[w].position();
-    mesh.vertices[w].setPosition(split.position());
+void exchangePosition(DMesh& mesh, std::int32_t kept, VSplitView& split) {
+    const FloatVec3 live = mesh.vertices[kept].position();
+    mesh.vertices[kept].setPosition(split.position());
     split.setPosition(live);
 }
 
-void exchangeColor(ProgressiveMesh& pm, std::int32_t w, VSplitView& split) {
+void exchangeColor(ProgressiveMesh& pm, std::int32_t kept, VSplitView& split) {
     if (!pm.m_useVertexColors_internal || !pm.mesh.hasColors()) return;
-    const std::uint32_t live = pm.mesh.vertexColors[w];
-    pm.mesh.vertexColors[w] = split.savedColor();
+    const std::uint32_t live = pm.mesh.vertexColors[kept];
+    pm.mesh.vertexColors[kept] = split.savedColor();
     split.setSavedColor(live);
 }
 
@@ -38,9 +38,9 @@ void exchangeUV(DMesh& mesh, std::int32_t uvIndex, std::uint32_t k, VSplitView& 
     split.setSavedUV(k, live);
 }
 
-void restoreCorners(DMesh& mesh, const VSplitView& split, std::int32_t v) {
+void restoreCorners(DMesh& mesh, const VSplitView& split, std::int32_t removed) {
     for (const std::int32_t corner : split.corners()) {
-        mesh.triangles[corner] = static_cast<std::uint32_t>(v);
+        mesh.triangles[corner] = static_cast<std::uint32_t>(removed);
         const std::int32_t triangle = triangleOf(corner);
         if (mesh.triangleActive.Test(triangle)) continue;
         mesh.triangleActive.Set(triangle);
@@ -64,30 +64,30 @@ void restoreUVs(DMesh& mesh, VSplitView& split) {
     }
 }
 
-/// Undoes the record at CurVtxSplitPos - 1: splits v off w again. False, with nothing done, if the
-/// scratch file has lost the record.
+/// Undoes the record at CurVtxSplitPos - 1: splits the removed vertex off again. False, with
+/// nothing done, if the scratch file has lost the record.
 bool applySplit(ProgressiveMesh& pm) {
     DMesh& mesh = pm.mesh;
     VSplitView split = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos - 1);
-    const std::int32_t v = split.vertex();
-    if (v == kNone) return false;
+    const std::int32_t removed = split.vertex();
+    if (removed == kNone) return false;
     pm.vsplitList.markDirty();
     --pm.CurVtxSplitPos;
-    const std::int32_t w = mesh.vertices[v].partner;
-    activateVertex(mesh, v);
-    restoreCorners(mesh, split, v);
-    exchangePosition(mesh, w, split);
-    exchangeColor(pm, w, split);
+    const std::int32_t kept = mesh.vertices[removed].partner;
+    activateVertex(mesh, removed);
+    restoreCorners(mesh, split, removed);
+    exchangePosition(mesh, kept, split);
+    exchangeColor(pm, kept, split);
     if (pm.m_handleUVs_internal) restoreUVs(mesh, split);
     return true;
 }
 
 /// The same for the collapse at CurVtxSplitPos.
 bool applyNextCollapse(ProgressiveMesh& pm) {
-    const std::int32_t v = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos).vertex();
-    if (v == kNone) return false;
+    const std::int32_t removed = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos).vertex();
+    if (removed == kNone) return false;
     ++pm.CurVtxSplitPos;
-    ApplyCollapse(pm, v, pm.mesh.vertices[v].partner);
+    ApplyCollapse(pm, removed, pm.mesh.vertices[removed].partner);
     return true;
 }
 
@@ -117,28 +117,28 @@ void moveToLevel(ProgressiveMesh& pm, std::int64_t target) {
 
 }  // namespace
 
-void ApplyCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w) {
+void ApplyCollapse(ProgressiveMesh& pm, std::int32_t removed, std::int32_t kept) {
     DMesh& mesh = pm.mesh;
     VSplitView split = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos - 1);
     pm.vsplitList.markDirty();
-    mesh.vertexActive.Clear(v);
+    mesh.vertexActive.Clear(removed);
     --mesh.numActiveVertices;
     const auto corners = split.corners();
     for (const std::int32_t corner : corners) {
-        mesh.triangles[corner] = static_cast<std::uint32_t>(w);
+        mesh.triangles[corner] = static_cast<std::uint32_t>(kept);
     }
     for (const std::int32_t corner : corners) {
         const std::int32_t triangle = triangleOf(corner);
         const std::int32_t a = vertexAt(mesh, 3 * triangle);
         const std::int32_t b = vertexAt(mesh, 3 * triangle + 1);
         const std::int32_t c = vertexAt(mesh, 3 * triangle + 2);
-        // A triangle that had v twice comes up twice.
+        // A triangle that had the removed vertex twice comes up twice.
         if ((a != b && b != c && c != a) || !mesh.triangleActive.Test(triangle)) continue;
         mesh.triangleActive.Clear(triangle);
         --mesh.numActiveTriangles;
     }
-    exchangePosition(mesh, w, split);
-    exchangeColor(pm, w, split);
+    exchangePosition(mesh, kept, split);
+    exchangeColor(pm, kept, split);
     if (!pm.m_handleUVs_internal) return;
     const auto pairs = split.uvIndexPairWords();
     for (std::uint32_t k = 0; k < split.savedUVCount(); ++k) {

@@ -15,7 +15,7 @@ namespace korvalite {
 /// update the corner lists.
 int updateMeshAtLevel(ProgressiveMesh& pm, std::int32_t target);
 
-/// Reapplies the record before CurVtxSplitPos: the collapse of v onto w.
-void ApplyCollapse(ProgressiveMesh& pm, std::int32_t v, std::int32_t w);
+/// Reapplies the record before CurVtxSplitPos: the collapse of `removed` onto `kept`.
+void ApplyCollapse(ProgressiveMesh& pm, std::int32_t removed, std::int32_t kept);
 
 }  // namespace korvalite
