@@ -16,6 +16,7 @@ void BitArray::Reset(std::int32_t n) {
 }
 
 void BitArray::Resize(std::int32_t n, bool fill) {
+    // COMPAT: the spare bits of the last byte are filled too; they are bytes of .kvm files.
     const std::uint8_t filler = fill ? 0xFF : 0x00;
     const std::size_t keptBytes = bytesFor(std::min(count_, n));
     if (bytes_.size() < bytesFor(n)) bytes_.resize(bytesFor(n));

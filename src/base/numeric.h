@@ -10,6 +10,7 @@ namespace korvalite {
 /// processor and in every build.
 constexpr std::int32_t truncateToInt32(double value) {
     if (value > -2147483649.0 && value < 2147483648.0) return static_cast<std::int32_t>(value);
+    // COMPAT: a number that is too large becomes the most negative one; old jobs rely on it.
     return std::numeric_limits<std::int32_t>::min();
 }
 

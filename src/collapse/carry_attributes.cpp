@@ -83,7 +83,7 @@ SeamEnds seamEnds(const DMesh& mesh, std::int32_t removed, std::int32_t kept,
 template <SharingPolicy Sharing>
 void moveSeamMarks(DMesh& mesh, std::int32_t removed, std::int32_t kept, bool seamRemoved,
                    const Sharing& sharing) {
-    // Alone, the mark moves even if the kept vertex is not on a seam.
+    // COMPAT: alone, the mark moves even without a seam; later costs depend on it.
     if (Sharing::kIsShared && !seamRemoved) return;
     const auto guard = sharing.uvSeams();
     if (seamRemoved) mesh.uvSeamVertices.Set(kept);

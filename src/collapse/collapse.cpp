@@ -38,6 +38,7 @@ bool turnsOver(const DMesh& mesh, const std::array<std::int32_t, 3>& triangle, c
     }
     const FloatVec3 normalBefore = cross(before[1] - before[0], before[2] - before[0]);
     const FloatVec3 normalAfter = cross(after[1] - after[0], after[2] - after[0]);
+    // COMPAT: a triangle without area, before or after, passes; it decides what collapses.
     return 0.0F > dot(normalAfter, normalBefore);
 }
 
@@ -98,6 +99,7 @@ void pushCorner(DMesh& mesh, std::int32_t vertex, std::int32_t corner) {
 }
 
 /// Hands the corners of the removed vertex over, before those of the kept one.
+// COMPAT: that order of the list decides between equal costs.
 void handOverCorners(DMesh& mesh, const IndexList& cornersOfRemoved, std::int32_t removed,
                      std::int32_t kept) {
     for (const std::int32_t corner : cornersOfRemoved) {
@@ -141,8 +143,8 @@ bool removeTriangle(WorkingMesh& work, std::int32_t triangle, const Sharing& sha
 }
 
 /// Tests that the triangles around the kept vertex form a disc or half-disc: a closed fan has as
-/// many corners as neighbours, an open one has one corner less. Runs after the collapse, when its
-/// own counts are all it needs.
+/// many corners as neighbours, an open one has one corner less. Runs after the collapse.
+// COMPAT: only counts, not the full link condition; it decides what collapses.
 CollapseResult testLink(const WorkingMesh& work, std::int32_t kept, bool removedWasBorder,
                         bool keptWasBorder, CollapseRecord& record) {
     GetVertexCornersAndNeighbours(work.mesh, kept, record.neighbours, record.ringCorners);
@@ -181,6 +183,7 @@ void UndoCollapse(DMesh& mesh, std::int32_t removed, std::int32_t kept,
             pushCorner(mesh, vertex, c);
         }
     }
+    // COMPAT: the lists end up in another order, which decides between equal costs.
     for (const std::int32_t corner : split.corners) {
         storeRelaxed(mesh.triangles[corner], static_cast<std::uint32_t>(removed));
         unlinkCorner(mesh.vertexTriangleHead[kept], mesh.cornerNext, corner);

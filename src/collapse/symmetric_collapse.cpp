@@ -46,6 +46,7 @@ bool checkPairedCollapse(const WorkingMesh& work, std::int32_t removed, std::int
     mirror.doMirror = !(keptOnPlane && removedOnPlane) && !ontoOwnMirror &&
                       mesh.vertexActive.Test(mirror.mirrorRemoved) &&
                       mesh.vertexActive.Test(mirror.mirrorKept);
+    // COMPAT: without a mirror image the collapse goes ahead alone; outputs depend on it.
     if (!AreVerticesAdjacent(mesh, mirror.mirrorRemoved, mirror.mirrorKept)) {
         mirror.doMirror = false;
         return true;
@@ -62,6 +63,7 @@ bool checkPairedCollapse(const WorkingMesh& work, std::int32_t removed, std::int
             return true;
         }
     }
+    // COMPAT: a tiny mesh refuses only collapses that get this far; outputs depend on it.
     return loadRelaxed(mesh.numActiveTriangles) >= kFewestTriangles;
 }
 

@@ -67,7 +67,8 @@ private:
     }
 
     /// Every queued vertex has been refused at least once. The finish step would give them a second
-    /// chance without symmetry, but it requires a flag that no run sets, so the run ends here.
+    /// chance without symmetry.
+    // COMPAT: it requires a flag that no run sets, so the run ends here; outputs depend on it.
     Turn onlyRefusedLeft(float cost) {
         if (!pm_.AllowFinishStep || cost == kNotCollapsible || !pm_.finishStepStarted) {
             return Turn::Stop;

@@ -91,7 +91,7 @@ public:
         UpdateRingMelax(pm_, kept, collapse.ringCorners, collapse.neighbours, state_);
     }
 
-    // This driver leaves the costs around a kept vertex without triangles unchanged.
+    // COMPAT: costs around a kept vertex without triangles stay as they are; outputs depend on it.
     static void refreshCosts(const CollapseRecord& /*collapse*/) {}
 
     void rankFreedSlave(std::int32_t vertex) {

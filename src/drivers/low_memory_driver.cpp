@@ -24,6 +24,7 @@ int doDecimationLoop_LM(ProgressiveMesh& pm) {
     LowMemoryHooks<Metric, Alone> driver(pm, marks, alone);
     CollapseLoop(pm, driver, alone).run();
     pm.monitor->EndSubTask();
+    // COMPAT: before the result is reordered and written; hosts see no task from then on.
     pm.monitor->EndMainTask();
     pm.monitor->step(RunStep::LoopEnded);
     return 0;

@@ -45,7 +45,7 @@ public:
     /// Collapses `removed` onto `kept` together with the mirror image, if required. On refusal
     /// returns false, leaves the mesh as it was and penalizes the refused vertex.
     bool collapse(std::int32_t removed, std::int32_t kept) {
-        // The new evaluation's cost is ignored: the stored cost has already decided.
+        // COMPAT: the new cost is ignored, since the stored one has decided; outputs depend on it.
         if (Sharing::kIsShared) keptQuadrics_.forget();  // others change the mesh
         EdgeEvaluation evaluation = driver_.place(removed, kept, keptQuadrics_);
         mirror_ = {};

@@ -78,7 +78,7 @@ void prepareAdjacency(ProgressiveMesh& pm) {
 void prepareSymmetry(ProgressiveMesh& pm, const SymmetryNeeds& needs) {
     DMesh& mesh = pm.mesh;
     pm.m_handleSymmetry_internal = pm.handleSymmetry;
-    // The first coordinate serves as a check for a mesh without finite coordinates.
+    // COMPAT: only the first coordinate is checked for being finite; outputs depend on it.
     if (!mesh.vertices.empty() && !std::isfinite(mesh.vertices.front().x)) {
         pm.m_handleSymmetry_internal = false;
     }
@@ -101,6 +101,7 @@ void prepareUVs(ProgressiveMesh& pm) {
     if (mesh.indicesUV.empty() && mesh.coordsUV.size() == mesh.triangles.size()) {
         weldAllCorners(mesh);
     }
+    // COMPAT: also true without any triangles; a flag in .kvm files.
     pm.m_handleUVs_internal = mesh.indicesUV.size() == mesh.triangles.size();
     if (!pm.m_handleUVs_internal) return;
     BuildUVCorners(mesh);

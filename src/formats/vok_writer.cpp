@@ -27,7 +27,7 @@ struct VokExport {
 };
 
 bool beginBlock(VokExport& out, VokTag tag, std::uint32_t count, std::uint32_t elementBytes) {
-    // The size wraps above 4 GiB.
+    // COMPAT: wraps above 4 GiB; the field has 32 bits in all files.
     const std::uint32_t size = count * elementBytes + kVokBlockHeaderBytes;
     return writeVokBlockHeader(out.file, {tag, size, count, 0});
 }
@@ -64,7 +64,7 @@ bool writeTriangles(VokExport& out) {
     return out.elements.flush();
 }
 
-// Per corner again, as the host expects them.
+// COMPAT: per corner again, although the mesh shares them; hosts expect it.
 bool writeUVs(VokExport& out) {
     if (out.mesh.indicesUV.size() != out.mesh.triangles.size()) return true;
     if (!beginBlock(out, Vok_TAG_UV3_LIST, out.triangleCount, 24)) return false;
@@ -87,7 +87,7 @@ bool writeMask(VokExport& out) {
     return out.elements.flush();
 }
 
-// Blue, green, red and 0: the mask byte of a colour is not written.
+// COMPAT: blue, green, red and 0, never the mask byte of a colour; hosts read it so.
 std::array<std::uint8_t, 4> fileColorOf(std::uint32_t color) {
     return {static_cast<std::uint8_t>(color >> 16U), static_cast<std::uint8_t>(color >> 8U),
             static_cast<std::uint8_t>(color), 0};

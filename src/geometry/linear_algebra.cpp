@@ -82,7 +82,7 @@ void axisAngleToQuaternion(Quaternion& q, const FloatVec3& axis, double angle) {
 }
 
 void quaternionToMatrix(float m[16], const Quaternion& q) {
-    // Products are rounded to float before they are summed in double.
+    // COMPAT: products are rounded to float, then summed in double; results depend on it.
     const auto product = [](float a, float b) { return static_cast<double>(a * b); };
     const auto diagonal = [&](float e) {
         return static_cast<float>((product(e, e) + product(q.w, q.w)) * 2.0 - 1.0);

@@ -2,9 +2,9 @@
 //
 // Exact inverses of 3x3 and 4x4 matrices by elimination with partial pivoting.
 //
-// Only a pivot of exactly 0 fails. There is no tolerance: a tiny pivot passes, and a NaN pivot
-// passes and gives NaN results. Callers read false as "no solution", so a tolerance would change
-// which edges collapse.
+// COMPAT: only a pivot of exactly 0 fails; a tolerance would change which edges collapse.
+// So a tiny pivot passes, and a NaN pivot passes and gives NaN results. Callers read false as "no
+// solution".
 //
 // Every edge evaluation needs an inverse. The textbook form carries the identity along as the right
 // half of each row. In the order in which rows become pivots, that half is always unit lower

@@ -15,7 +15,7 @@ constexpr double kParallelSquared = 1e-7;
 constexpr double kShortestPerpendicular = 1e-7;
 constexpr int kFirstKindThatScaleKeeps = 5;
 
-// Rounded to float, then passed to sine and cosine as a double.
+// COMPAT: rounded to float, then passed to sine and cosine as a double; results depend on it.
 constexpr double kQuarterTurn = static_cast<double>(1.57079637F);
 
 void markScaledOrMoved(Transform& transform) {

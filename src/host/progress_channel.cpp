@@ -139,6 +139,7 @@ bool ProgressChannel::BeginMainTask(const HeapString& text) {
 }
 
 bool ProgressChannel::EndMainTask() {
+    // COMPAT: without a main task a stop request stays set for the next mesh; hosts see that.
     if (record_.mainActive == 0) return false;
     record_.mainActive = 0;
     record_.subActive = 0;
@@ -193,6 +194,7 @@ bool ProgressChannel::CheckFilePresent() {
         platform::sleepMilliseconds(kPresencePollMs);
         now = platform::clockMilliseconds();
     } while (now < start + kPresenceTimeoutMs);
+    // COMPAT: hosts stop a batch by deleting the file; stop bytes written later are ignored.
     DebugLog("Progress-bar file not found: asks for STOP-ALL");
     record_.stopAll = 1;
     return false;

@@ -48,6 +48,7 @@ void markSeams(DMesh& mesh, IndexList& neighbours, IndexList& corners) {
 }
 
 void markSeamCorners(DMesh& mesh, IndexList& neighbours, IndexList& corners) {
+    // COMPAT: an angle of 0 stands for -0.1, which makes every vertex on a seam a seam corner.
     const double t = mesh.uvSeamAngle == 0.0F ? static_cast<double>(-0.1F)
                                               : static_cast<double>(mesh.uvSeamAngle);
     IndexList onSeam;
@@ -137,6 +138,7 @@ void weldHub(DMesh& mesh, const IndexList& corners, BitArray& duplicates) {
 
 /// Points the unassigned corners of one vertex, in ascending order, at the first record that is
 /// close enough, and marks the records that are no longer needed.
+// COMPAT: the first record is kept as it is, not a mean of the close ones; outputs depend on it.
 void weldVertex(DMesh& mesh, const IndexList& corners, BitArray& duplicates) {
     constexpr std::size_t kMostCompared = 64;
     if (corners.size() > kMostCompared) return weldHub(mesh, corners, duplicates);
@@ -182,6 +184,7 @@ void ComputeBorderVertices(DMesh& mesh) {
     IndexList corners;
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
         GetVertexCornersAndNeighbours(mesh, vertex, neighbours, corners);
+        // COMPAT: a non-manifold vertex may count as border too; the bit decides what collapses.
         if (neighbours.size() != corners.size()) mesh.borderVertices.Set(vertex);
     }
 }

@@ -16,6 +16,7 @@ void buildLists(IndexedArray<std::int32_t>& head, IndexedArray<std::int32_t>& ne
     reserveLarge(next, itemOfCorner.size());
     next.assign(itemOfCorner.size(), kNone);
     for (std::size_t corner = 0; corner < itemOfCorner.size(); ++corner) {
+        // COMPAT: the highest corner comes first; its order decides between equal costs.
         std::int32_t& first = head[itemOfCorner[corner]];
         next[corner] = first;
         first = static_cast<std::int32_t>(corner);

@@ -24,6 +24,7 @@ float BoundingBox::diagonal() const {
     const float dx = max.x - min.x;
     const float dy = max.y - min.y;
     const float dz = max.z - min.z;
+    // COMPAT: y comes first; the scale of colours depends on every bit.
     return std::sqrt(dy * dy + dx * dx + dz * dz);
 }
 

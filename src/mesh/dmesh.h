@@ -63,8 +63,9 @@ inline void storeRanking(VertexRecord& vertex, const RankedVertex& ranked) {
     vertex.partner = ranked.partner;
 }
 
-/// Takes a cost and its partner if the cost is lower than the best so far; among equals the first
-/// stays. Returns whether it was taken.
+/// Takes a cost and its partner if the cost is lower than the best so far. Returns whether it was
+/// taken.
+// COMPAT: among equals the first stays; output bytes depend on it.
 inline bool takeIfLower(float& best, std::int32_t& bestPartner, float cost, std::int32_t partner) {
     if (!(best > cost)) return false;
     best = cost;

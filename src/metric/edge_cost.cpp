@@ -30,7 +30,7 @@ Placement placementBySeam(Placement byBorder, bool seamA, bool seamB) {
     if (seamA && seamB) return byBorder == Placement::Solve ? Placement::Search : byBorder;
     if (seamA) return Placement::KeepFirst;
     if (!seamB) return byBorder;
-    // A border at the first end alone has already chosen that end.
+    // COMPAT: a border at the first end alone has already chosen that end; outputs depend on it.
     return byBorder == Placement::KeepFirst ? Placement::KeepFirst : Placement::KeepSecond;
 }
 
@@ -69,7 +69,7 @@ void searchAlongEdge(const MetricRules& rules, EdgeEvaluation& result, const Flo
     clampToZero(result.cost);
 }
 
-/// Close to the determinant but not the same: the metric has always been tuned with this measure.
+// COMPAT: close to the determinant but not the same; it decides which edges are searched.
 double degeneracy(const Quadric3D& quadric) {
     const auto& q = quadric.q;
     return q[0] * q[3] * q[5] - q[4] * q[4] - q[1] * q[1] * q[5] - q[2] * q[4] +
@@ -97,6 +97,7 @@ bool solve(const MetricRules& rules, EdgeEvaluation& result, const Quadric3D& qu
 }
 
 /// The mask slows the decimation down where its values are low; 0 forbids a collapse.
+// COMPAT: the factors jump below 10 and below 5, computed as written; costs depend on them.
 void applyMask(float& cost, std::uint8_t lower) {
     const float lack = 255.0F - static_cast<float>(lower);
     if (lower == 0) {
@@ -121,6 +122,7 @@ DoubleVec3 columnProduct(const Matrix3& m, const std::array<double, 3>& v) {
 }
 
 /// NaN, as with a colour weight of 0, leaves the channel unchanged.
+// COMPAT: truncated, not rounded; output colours depend on it.
 void takeChannel(std::uint8_t& channel, double value) {
     if (value >= 255.0) {
         channel = 255;
@@ -143,6 +145,7 @@ void solveColor(const MetricRules& rules, EdgeEvaluation& result, const ColorQua
     const DoubleVec3 ps = columnProduct(R, quadric.b1) + rowProduct(T, quadric.b2);
     const DoubleVec3 x{-px.x, -px.y, -px.z};
     const DoubleVec3 s{-ps.x, -ps.y, -ps.z};
+    // COMPAT: at the exact position, while the plain form rounds first; costs depend on it.
     auto cost = static_cast<float>(quadric.Evaluate(x, s));
     clampToZero(cost);
     if (!takeIfFinite(result, cost, toFloat(x))) return;
@@ -173,6 +176,7 @@ void evaluateEdge(const MetricRules& rules, const EdgeInput& edge, const Quadric
     switch (edge.placement) {
     case Placement::Frozen: result.cost = kNotCollapsible; return;
     case Placement::Forbidden: result.cost = kNotCollapsible; break;
+    // COMPAT: not clamped to zero as elsewhere; negative costs come first in the queue.
     case Placement::KeepFirst:
         takeIfFinite(result, errorAt(quadric, edge.first), edge.first);
         break;
@@ -202,6 +206,7 @@ EdgeInput gatherColorEdge(const DMesh& mesh, const MetricRules& rules, std::int3
     if (isFrozen(rules, borderA, borderB)) {
         edge.placement = Placement::Frozen;
     } else if (borderA || borderB || seam) {
+        // COMPAT: with colours, borders and seams never collapse; outputs depend on it.
         edge.placement = Placement::Forbidden;
     }
     return edge;

@@ -19,6 +19,7 @@ FloatVec3 positionOf(const DMesh& mesh, std::int32_t triangle, std::int32_t corn
 /// Divides n by its length, unless that is nearly zero. Returns the weight: the length, or else 1.
 double normalize(DoubleVec3& n) {
     const double length = std::sqrt(dot(n, n));
+    // COMPAT: a triangle without area has weight 1 here and 0 in floats; costs depend on it.
     if (-1e-24 < length && length < 1e-24) return 1.0;
     n = {n.x / length, n.y / length, n.z / length};
     return length;
@@ -33,6 +34,7 @@ double colorChannel(std::uint32_t color, unsigned channel) {
 std::array<double, 4> linearFunction(const std::array<double, 16>& inverse, const DoubleVec3& w) {
     std::array<double, 4> function{};
     for (std::size_t j = 0; j < 4; ++j) {
+        // COMPAT: the last product is NaN if its element is not finite; costs depend on it.
         function[j] =
             w.x * inverse[j] + w.y * inverse[4 + j] + w.z * inverse[8 + j] + 0.0 * inverse[12 + j];
     }
@@ -104,6 +106,7 @@ ColorQuadric ComputeTriangleColorQuadric(const DMesh& mesh, const MetricRules& r
     DoubleVec3 n = cross(q - p, r - p);
     normalize(n);
 
+    // COMPAT: never weighted by area, whatever UseAreaWeighting says; costs depend on it.
     ColorQuadric quadric(planeQuadric(n.x, n.y, n.z, -dot(n, p)));
     const std::array<double, 16> corners{p.x, q.x, r.x, n.x, p.y, q.y, r.y, n.y,
                                          p.z, q.z, r.z, n.z, 1.0, 1.0, 1.0, 0.0};
@@ -129,13 +132,13 @@ template <typename Quadric>
 void addBorderAndPlane(const DMesh& mesh, const MetricRules& rules, Quadric& inOut,
                        std::int32_t vertex) {
     if (mesh.borderVertices.Test(vertex)) {
-        // Frozen borders get the smaller factor; their edges never collapse anyway.
+        // COMPAT: multiplies all of `inOut`, a stored quadric at every update; costs depend on it.
         if (rules.BorderMode == BORDERMODE_FREEZE) inOut *= 50.0F;
         if (rules.BorderMode == BORDERMODE_PROTECT) inOut *= 100.0F;
     }
     const auto& pairing = mesh.symmetryCache.pairing;
     const auto index = static_cast<std::size_t>(vertex);
-    // Depends on the request, not on whether symmetry is actually handled.
+    // COMPAT: asks for the request, not whether the run handles symmetry; costs depend on it.
     if (rules.handleSymmetry && index < pairing.size() && pairing[index] == vertex) {
         inOut += planeTerm(rules.symmetryPlaneQuadric, inOut);
     }
@@ -155,6 +158,7 @@ void AccumulateVertexQuadric(const DMesh& mesh, const MetricRules& rules,
 
 void ComputeVertexQuadricFromTriangles(const DMesh& mesh, const MetricRules& rules,
                                        Quadric3D& inOut, std::int32_t vertex) {
+    // COMPAT: no border factor or plane quadric, unlike in the first ranking; outputs depend on it.
     forEachCorner(mesh, vertex, [&](std::int32_t corner) {
         inOut += ComputeTriangleQuadric(mesh, rules, triangleOf(corner));
     });

@@ -32,6 +32,7 @@ const char* borderModeText(std::int32_t value);
 
 /// Settings of the job that the metric reads.
 struct MetricSettings {
+    // COMPAT: on, while a job has it off; programs that use the library rely on it.
     bool UseAreaWeighting = true;
     std::int32_t BorderMode = BORDERMODE_PROTECT;
     bool useDegeneracySearch = true;      // see EvaluateEdgeCost

@@ -56,7 +56,8 @@ PlaneQuadric<Real> planeQuadric(Real a, Real b, Real c, Real d) {
     return {{a * a, a * b, a * c, b * b, b * c, c * c, a * d, b * d, c * d, d * d}};
 }
 
-/// The error at a point. The order of summation is part of the behaviour.
+/// The error at a point.
+// COMPAT: the order of summation; the last bit of a cost can decide what collapses first.
 inline double evaluateQuadric(const Quadric3D& quadric, const DoubleVec3& p) {
     const auto& q = quadric.q;
     return q[0] * p.x * p.x + 2 * q[1] * p.x * p.y + 2 * q[2] * p.x * p.z + q[3] * p.y * p.y +

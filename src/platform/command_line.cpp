@@ -14,6 +14,7 @@ bool isWhiteSpace(char c) {
 
 }  // namespace
 
+// COMPAT: the tail is neither unquoted nor trimmed; hosts pass a path with blanks as it is.
 std::string_view commandTailOf(std::string_view rawCommandLine) {
     std::size_t at = 0;
     bool quoted = false;

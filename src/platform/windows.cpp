@@ -30,8 +30,8 @@ UINT systemCodePage() {
     return codePage;
 }
 
-// Converts UTF-8 to UTF-16. Text that is not UTF-8 is assumed to come from a host that uses the
-// narrow calls. Empty for null, for "" and for text that cannot be converted.
+// Converts UTF-8 to UTF-16. Empty for null, for "" and for text that cannot be converted.
+// COMPAT: text that is not UTF-8 is in the system's code page; hosts may use the narrow calls.
 std::wstring wide(const char* text, DWORD badBytes) {
     if (text == nullptr || *text == '\0') return {};
     const UINT codePage = isUtf8(text) ? CP_UTF8 : systemCodePage();

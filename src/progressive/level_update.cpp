@@ -121,6 +121,7 @@ void ApplyCollapse(ProgressiveMesh& pm, std::int32_t removed, std::int32_t kept)
     DMesh& mesh = pm.mesh;
     VSplitView split = pm.vsplitList.ensureLoaded(pm.CurVtxSplitPos - 1);
     pm.vsplitList.markDirty();
+    // COMPAT: no other vertex, even without triangles; counts of levels depend on it.
     mesh.vertexActive.Clear(removed);
     --mesh.numActiveVertices;
     const auto corners = split.corners();

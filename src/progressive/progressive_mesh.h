@@ -39,6 +39,7 @@ struct RunSettings {
     float colorWeight = 1.0F;
     bool DoReorder = true;
     bool recordVSplits = false;
+    // COMPAT: two threads, while a job has one; programs that use the library rely on it.
     std::int32_t MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
     std::int32_t NumThread = 2;
 };

@@ -53,6 +53,7 @@ Renumbering numberByLevel(ProgressiveMesh& pm) {
     for (std::int32_t i = 0; i < recordCount; ++i) {
         const VSplitView split = pm.vsplitList.ensureLoaded(i);
         if (split.vertex() == kNone) continue;  // lost with the scratch file
+        // COMPAT: numbered from the end; .kvm files and partial loads rely on that order.
         numbering.vertexMap[split.vertex()] = nextVertex--;
         for (const std::int32_t triangle : split.removedTriangles()) {
             numbering.triangleMap[triangle] = nextTriangle--;

@@ -61,8 +61,8 @@ void CostQueue::fitScale() {
     for (const VertexRecord& vertex : mesh_.vertices) {
         if (vertex.cost != kNotCollapsible) ++histogram[decadeBin(vertex.cost)];
     }
-    // If the loop finds no decade, the last line subtracts the default logRange_, although that is
-    // not the decade of minCost_: the scale has always been like that.
+    // COMPAT: if the loop finds no decade, the last line subtracts the default logRange_, although
+    // that is not the decade of minCost_; the spread over the buckets, and so speed, depends on it.
     std::uint32_t below = 0;
     for (std::size_t bin = 0; bin < kDecadeBins; ++bin) {
         below += histogram[bin];

@@ -28,6 +28,7 @@ namespace korvalite {
 struct DMesh;
 
 /// Costs from here up belong to vertices whose collapse has been refused at least once.
+// COMPAT: a real cost this high counts as refused too, and ends the run; outputs depend on it.
 inline constexpr float kPenalizedCost = 1e10F;
 
 class CostQueue {

@@ -27,6 +27,7 @@ public:
     // others; adding zero turns -0 into +0.
     using Key = std::uint64_t;
     static Key keyOf(std::int32_t vertex, float cost) {
+        // COMPAT: -0 equals +0, and among equals the lower index comes first; outputs depend on it.
         const auto bits = std::bit_cast<std::uint32_t>(cost + 0.0F);
         const std::uint32_t ordered = bits ^ ((bits >> 31U) != 0 ? 0xFFFFFFFFU : 0x80000000U);
         return Key{ordered} << 32U | static_cast<std::uint32_t>(vertex);

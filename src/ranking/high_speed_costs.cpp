@@ -76,6 +76,7 @@ private:
             state_.triangleQuadrics[triangleOf(corner)] =
                 ComputeTriangleQuadric(work_.mesh, work_, triangleOf(corner));
         });
+        // COMPAT: adds to the stored quadrics, which are not rebuilt; costs depend on it.
         for (const std::int32_t u : s_.ring)
             AccumulateVertexQuadric(work_.mesh, work_, state_.triangleQuadrics,
                                     state_.vertexQuadrics[u], u);

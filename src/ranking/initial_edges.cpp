@@ -16,7 +16,7 @@ EdgeVerdict judgeInitialEdge(const WorkingMesh& work, std::int32_t a, std::int32
         const auto& pairing = mesh.symmetryCache.pairing;
         const std::int32_t mirrorA = pairing[a];
         const std::int32_t mirrorB = pairing[b];
-        // The seam rule does not apply to edges on the plane and across it.
+        // COMPAT: the seam rule spares edges on the plane and across it; first costs depend on it.
         if (mirrorA == a && mirrorB == b) return EdgeVerdict::Evaluate;
         ends = {!work.symmetrySlaves.Test(a), !work.symmetrySlaves.Test(b)};
         if (mirrorA == b) return EdgeVerdict::Evaluate;

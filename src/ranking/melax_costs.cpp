@@ -10,7 +10,7 @@ namespace korvalite {
 
 namespace {
 
-/// Computes the length in floats and divides in doubles.
+// COMPAT: computes the length in floats and divides in doubles; costs depend on it.
 FloatVec3 unitNormal(const DMesh& mesh, std::int32_t triangle) {
     const auto corner = [&](std::int32_t k) {
         return mesh.vertices[vertexAt(mesh, 3 * triangle + k)].position();
@@ -22,7 +22,7 @@ FloatVec3 unitNormal(const DMesh& mesh, std::int32_t triangle) {
     return toFloat(DoubleVec3{exact.x / length, exact.y / length, exact.z / length});
 }
 
-/// Summed in the order y, x, z.
+// COMPAT: summed in the order y, x, z; costs depend on it.
 float turn(const FloatVec3& a, const FloatVec3& b) {
     return 1.0F - (a.y * b.y + a.x * b.x + a.z * b.z);
 }
@@ -85,6 +85,7 @@ void InitVerticesCostMelax(WorkingMesh& work, MelaxState& state) {
 
 void UpdateRingMelax(WorkingMesh& work, std::int32_t kept, const IndexList& ringCorners,
                      const IndexList& neighbours, MelaxState& state) {
+    // COMPAT: with ProtectTopology off both lists are empty, and the ring keeps its old costs.
     for (const std::int32_t corner : ringCorners) {
         state.triangleNormals[triangleOf(corner)] = unitNormal(work.mesh, triangleOf(corner));
     }

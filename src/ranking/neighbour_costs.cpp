@@ -108,8 +108,8 @@ private:
         }
     }
 
-    /// Triangles that touch neither the kept vertex nor the outer ring are never listed, so they
-    /// are missing from the quadrics of ring vertices: the costs have always been like that.
+    // COMPAT: triangles that touch neither the kept vertex nor the outer ring are never listed, so
+    // they are missing from the quadrics of ring vertices; costs depend on it.
     void sumQuadrics() {
         s_.slotQuadrics.assign(s_.localVertices.size(), {});
         for (const std::int32_t triangle : s_.localTriangles) {

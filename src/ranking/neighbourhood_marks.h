@@ -13,6 +13,7 @@ namespace korvalite {
 /// and 1 bit per triangle, for each thread.
 struct NeighbourhoodMarks {
     // Slots are only 16 bits wide because this array has an entry per vertex of the mesh.
+    // COMPAT: vertices past the last slot keep their old costs; outputs depend on it.
     static constexpr std::uint16_t kNoSlot = 65535;
 
     IndexedArray<std::uint16_t> vertexSlot;  // all kNoSlot between updates

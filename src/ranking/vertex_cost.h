@@ -24,9 +24,7 @@ inline bool isHeldBySeam(const WorkingMesh& work, std::int32_t a, std::int32_t b
 /// Ranks one vertex against its ring with the quadrics that addQuadric(inOut, vertex) adds to
 /// `inOut`; the first of equally cheap neighbours wins. Does not change the mesh; `ring` is
 /// scratch.
-///
-/// The quadric of the neighbours accumulates over the ring and is not cleared in between, so later
-/// neighbours look costlier than they are.
+// COMPAT: the neighbours' quadric is not cleared between neighbours; costs depend on it.
 template <typename Metric, typename AddQuadric>
 RankedVertex rankAgainstRing(const WorkingMesh& work, std::int32_t vertex, IndexList& ring,
                              AddQuadric addQuadric) {
@@ -57,7 +55,8 @@ void gatherRingOfSplit(const DMesh& mesh, const VSplit& split, IndexList& around
 /// REQUIRES: the vertex is not queued.
 void RecomputeVertexCost(WorkingMesh& work, std::int32_t vertex, IndexList& ring);
 
-/// The metric that ranks a vertex by itself. Alone, that is the plain one even with colours.
+/// The metric that ranks a vertex by itself.
+// COMPAT: alone, that is the plain one even with colours; costs depend on it.
 template <typename Metric, SharingPolicy Sharing>
 using MetricForOne = std::conditional_t<Sharing::kIsShared, Metric, PlainMetric>;
 

@@ -96,7 +96,7 @@ void InitVerticesCostNoMat(WorkingMesh& work) {
     DMesh& mesh = work.mesh;
     IndexList ring;
     for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
-        // Done only now, so this discards the costs that lower vertices have written here.
+        // COMPAT: done only now, so it discards what lower vertices wrote; costs depend on it.
         forgetCost(mesh.vertices[vertex]);
         typename Metric::Quadric own;
         typename Metric::Quadric neighbours;  // accumulates over the ring, see rankVertex

@@ -3,8 +3,8 @@
 // The first `cost` and `partner` of every vertex, and the cost queue filled with them.
 //
 // Drivers that store no quadrics allocate one per vertex for this step only, and fall back on a
-// form without an array if that fails. The forms give different results and are not
-// interchangeable.
+// form without an array if that fails.
+// COMPAT: the forms give different results, so outputs depend on which one fits into memory.
 //
 // A stop request ends the ranking early; the queue is built anyway.
 #pragma once

@@ -20,7 +20,7 @@ void applySymmetry(std::int32_t choice, ProgressiveMesh& pm) {
         pm.mesh.symmetryMode = 1;
         pm.handleSymmetry = true;
     }
-    // "auto" keeps the defaults, which do not handle symmetry.
+    // COMPAT: "auto" keeps the defaults, which do not handle symmetry; outputs depend on it.
 }
 
 }  // namespace
@@ -28,7 +28,7 @@ void applySymmetry(std::int32_t choice, ProgressiveMesh& pm) {
 void applySettings(const BatchSettings& settings, ProgressiveMesh& pm) {
     applySymmetry(settings.Symmetry, pm);
     pm.BorderMode = settings.FreezeBorder ? BORDERMODE_FREEZE : BORDERMODE_PROTECT;
-    // Ignores the job's own MemSpeedTradeOff: only the number of threads counts.
+    // COMPAT: ignores the job's own MemSpeedTradeOff; old jobs set it to anything.
     if (settings.NumThread > 1) {
         pm.MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
         pm.NumThread = settings.NumThread;
@@ -47,14 +47,16 @@ void applySettings(const BatchSettings& settings, ProgressiveMesh& pm) {
 }
 
 std::int32_t targetVertexCount(const BatchSettings& settings, std::uint32_t vertexCount) {
+    // COMPAT: exactly -1 means not set, any other negative percentage counts; old jobs rely on it.
     if (settings.DecimationTargetPourcent == kNoPercent) return settings.DecimationTargetNum;
-    // Computed in single precision, which affects the result.
+    // COMPAT: computed in single precision; counts in outputs depend on it.
     const float count = static_cast<float>(vertexCount);
     const float target = count * (settings.DecimationTargetPourcent / 100.0F);
     return truncateToInt32(double{target});
 }
 
 float colorWeightOf(float coefficient) {
+    // COMPAT: jumps from 0 to 0.01 just above 1; outputs of old jobs depend on it.
     if (!(coefficient > 1.0F)) return 0.0F;
     const double t = (double{coefficient} - 1.0) / 99.0;
     const double exponent = std::log10(0.01) * (1 - t) + std::log10(100.0) * t;

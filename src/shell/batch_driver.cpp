@@ -21,6 +21,7 @@ constexpr int kDone = 0;
 constexpr int kFailed = 1;  // nothing was done: the files do not match the kind
 constexpr int kOutOfMemory = 2;
 
+// COMPAT: also after a failure, and even if it is the new output; hosts rely on it.
 void deleteInputIfAsked(const BatchSettings& settings) {
     if (settings.DeleteInputFile && !settings.InputFile.empty())
         platform::deleteFile(settings.InputFile.c_str());
@@ -31,6 +32,7 @@ void deleteInputIfAsked(const BatchSettings& settings) {
 bool refuseDuplicateInputs(const std::forward_list<BatchEntry>& entries) {
     const std::string lines = duplicateInputLines(entries);
     if (lines.empty()) return false;
+    // COMPAT: inputs are deleted although no entry runs; hosts rely on it.
     for (const BatchEntry& entry : entries)
         deleteInputIfAsked(entry.settings);
     const std::string text =
@@ -42,12 +44,13 @@ bool refuseDuplicateInputs(const std::forward_list<BatchEntry>& entries) {
 
 void nameCurrentMesh(const HeapString& inputFile) {
     HeapString name = inputFile.GetFileBaseName();
+    // COMPAT: hosts show the name without an ".I" at its end.
     if (name.EndsWith(".I")) name.cutAt(name.length() - 2);
     SetCurrentMeshName(name);
 }
 
 int decimate(ProgressiveMesh& pm, std::int32_t target) {
-    // A negative target becomes huge, so nothing is decimated.
+    // COMPAT: a negative target becomes huge, so nothing is decimated; old jobs rely on it.
     pm.TargetNumItem = static_cast<std::uint32_t>(target);
     pm.targetCountsVertices = true;
     pm.recordVSplits = true;
@@ -96,11 +99,12 @@ int work(const BatchEntry& entry, FileContent input, ProgressiveMesh& pm) {
 
 void save(const HeapString& outputFile, ProgressiveMesh& pm, std::int32_t versionCode) {
     progressChannel().BeginSubTask("Writing file to disk", -1);
+    // COMPAT: a failure shows no message box; hosts look for the file.
     fileFormatOf(outputFile).write(outputFile, pm, versionCode);
     progressChannel().EndSubTask();
 }
 
-/// All failures share one text; only its leading dash sets it apart from a real lack of memory.
+// COMPAT: all failures share one text that hosts know; only the dash tells them from a real lack.
 void showFailure(int result, const HeapString& inputFile) {
     const char* reason =
         result == kOutOfMemory ? "Not Enough Memory For " : "- Not Enough Memory For ";

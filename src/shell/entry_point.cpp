@@ -15,7 +15,7 @@ namespace {
 constexpr const char* kJobSuffix = ".kvc";
 constexpr std::int32_t kJobSuffixLength = 4;
 
-/// Compares bytes: "job.KVC" is not a job file.
+// COMPAT: compares bytes: "job.KVC" is not a job file; hosts rely on it.
 bool isJobPath(const HeapString& path) {
     const std::int32_t start = path.length() - kJobSuffixLength;
     return start >= 0 && CompareExact(path.c_str() + start, kJobSuffix) == 0;
@@ -30,7 +30,7 @@ bool readJob(const HeapString& path, JobConfig& job) {
     return true;
 }
 
-/// A path without a separator is returned whole and then is not a folder.
+// COMPAT: a path without a separator is returned whole, and then there is no scratch file.
 HeapString directoryOf(const HeapString& path) {
     HeapString directory = path;
     directory.cutAt(path.FindLastOf("/\\"));
@@ -65,6 +65,7 @@ void runJob(JobConfig& job, const HeapString& jobPath, const HeapString& markerP
 
 }  // namespace
 
+// COMPAT: 0 even if entries failed; hosts look at the output files.
 int runKorvalite(const HeapString& commandTail) {
     DebugLog("CmdLine=%s", commandTail.c_str());
     const HeapString& jobPath = commandTail;

@@ -16,7 +16,7 @@ std::string folded(const HeapString& path) {
     return text;
 }
 
-// Cuts at the last dot, even one in a folder's name: "a.b/c" is shown as "a".
+// COMPAT: cuts at the last dot, even one in a folder's name: "a.b/c" is "a" in the message.
 std::string_view shownName(const HeapString& path) {
     const std::string_view text = path.view().substr(0, path.view().rfind('.'));
     return text.substr(text.find_last_of("/\\") + 1);

@@ -29,6 +29,7 @@ enum SymmetryChoice : std::int32_t {
 inline constexpr float kNoPercent = -1.0F;
 
 /// The settings of a job for one mesh.
+// COMPAT: keys without effect are still read, and "Pourcent" is spelled so; old jobs have them.
 struct BatchSettings {
     HeapString InputFile = "";
     HeapString OutputFile = "";
@@ -55,7 +56,8 @@ struct BatchSettings {
     bool DoReorder = true;
 };
 
-/// One mesh of the batch. It starts from the defaults, not from the job's own settings block.
+/// One mesh of the batch.
+// COMPAT: it starts from the defaults, not from the job's own settings; old jobs rely on it.
 struct BatchEntry {
     std::int32_t kind = kBatchKindUnset;
     BatchSettings settings;

@@ -23,7 +23,7 @@ bool equalsNoCase(const HeapString& left, const char* right) {
     return CompareNoCase(left.c_str(), right) == 0;
 }
 
-/// A value that is not in the list leaves the field unchanged.
+// COMPAT: a value that is not in the list leaves the field unchanged; old jobs rely on it.
 template <typename Field, std::size_t count>
 void storeWord(const HeapString& value, const std::array<Word, count>& words, Field& field) {
     for (const Word& word : words)
@@ -40,7 +40,7 @@ std::optional<float> leadingNumber(const HeapString& text) {
 }
 
 void storeInteger(const HeapString& value, std::int32_t& field) {
-    // Read as a float: above 2^24 an integer is only as exact as a float.
+    // COMPAT: read as a float; above 2^24 an integer in a job is only as exact as a float.
     if (const auto number = leadingNumber(value)) field = truncateToInt32(double{*number});
 }
 
@@ -124,7 +124,7 @@ std::int32_t versionCodeOf(std::int32_t hundredths) {
 }
 
 void fennikVersionKey(const HeapString& value, JobConfig& job) {
-    // The 0.2 corrects floats that are just below their decimal text, such as 3.12.
+    // COMPAT: the 0.2 corrects floats just below their decimal text, such as a host's 3.12.
     if (const auto number = leadingNumber(value))
         job.versionCode = versionCodeOf(truncateToInt32(double{*number} * 100.0 + 0.2));
 }
@@ -193,7 +193,7 @@ std::string_view withoutBlanks(std::string_view line) {
     return line.substr(first, line.find_last_not_of(" \t") - first + 1);
 }
 
-/// A key alone is handled with an empty value; a key followed only by separators is ignored.
+// COMPAT: a key alone has an empty value, one with only separators is ignored; old jobs have both.
 void dispatch(const ConfigKeyEntry& entry, std::string_view behindKey, JobConfig& job) {
     if (behindKey.empty()) {
         entry.handler(HeapString(""), job);
@@ -207,6 +207,7 @@ void dispatch(const ConfigKeyEntry& entry, std::string_view behindKey, JobConfig
 void parseLine(std::string_view line, JobConfig& job) {
     for (auto entry = std::rbegin(kKeys); entry != std::rend(kKeys); ++entry) {
         const std::string_view key = entry->key;
+        // COMPAT: a key need not end at a word boundary; old jobs may say "UseMaskYES".
         if (!startsWithNoCase(line, key)) continue;
         dispatch(*entry, line.substr(key.size()), job);
         return;
@@ -244,6 +245,7 @@ bool LoadJobFile(const HeapString& path, JobConfig& job) {
 }
 
 bool ParseBool(const HeapString& text) {
+    // COMPAT: everything else is true, even an empty text; old jobs rely on it.
     return !(equalsNoCase(text, "No") || equalsNoCase(text, "0") || equalsNoCase(text, "False") ||
              equalsNoCase(text, "#f"));
 }

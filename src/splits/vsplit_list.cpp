@@ -216,6 +216,7 @@ VSplitView VSplitList::blankRecord() {
 }
 
 bool VSplitList::saveTo(platform::File& file) {
+    // COMPAT: newest first, the reverse of the list; .kvm files have it so.
     bool written = file.write(&numVtxSplit_, sizeof numVtxSplit_);
     for (auto i = static_cast<std::int32_t>(numVtxSplit_) - 1; i >= 0 && written; --i) {
         const std::span<const std::uint32_t> words = ensureLoaded(i).words();

@@ -58,6 +58,7 @@ void appendVSplit(std::vector<std::uint32_t>& words, const VSplit& split, VSplit
     if (format.hasUVs) {
         cursor.putList(split.savedUVs, split.savedUVs.size());
         cursor.putList(split.cornerUVIndices, split.cornerUVIndices.size());
+        // COMPAT: this count is in words, all others are in items; .kvm files have it so.
         cursor.putList(split.uvIndexPairs, split.uvIndexPairs.size() * 2);
     }
 }

@@ -66,6 +66,7 @@ DetectedAxis findBestAxis(KRDMeshSymmetryCache& cache, const DMesh& mesh, const 
         if (!pairVertices(pairs, mesh, axis, centre, cache.tolerance)) continue;
         const float ratio = ratioOf(pairs);
         setComponent(cache.axisRatios, axis, ratio);
+        // COMPAT: a later axis is not tried, even if it matches better; programs rely on the axis.
         if (ratio > kAcceptedAtOnce) return {axis, std::move(pairs)};
         if (ratio > kLeastAccepted && ratio > bestRatio) {
             bestRatio = ratio;

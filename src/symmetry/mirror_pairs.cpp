@@ -80,6 +80,7 @@ public:
             firstAbove = std::min(firstAbove, place);
             if (!unpaired) continue;
             // Past the band around the plane: the lower side is done.
+            // COMPAT: unpaired vertices in the band become their own mirrors; pairs depend on it.
             if (key > centre_ + tolerance_) break;
             take(place, place);
         }
@@ -130,6 +131,7 @@ private:
 
     /// The first near-exact candidate wins, else the nearest within tolerance, the first of equals.
     /// Gives up with nullopt if there are too many candidates.
+    // COMPAT: a near-exact candidate wins even if a nearer one follows; pairs depend on it.
     [[nodiscard]] std::optional<std::int32_t> walkToMirror(const FloatVec3& from, float lowest) {
         std::int32_t best = kNone;
         float bestDistance = squaredTolerance_;

@@ -120,6 +120,7 @@ int doDecimationLaunchThreadLoops_LM_MT(ProgressiveMesh& pm) {
         doDecimationLoop_LM_MT<Metric>(pm, mainContext, run);
         workers.waitUntilDone();
     }
+    // COMPAT: the main task stays open until the result is written; hosts see that.
     pm.monitor->EndSubTask();
     if (run.outOfMemory) throw std::bad_alloc();
     pm.monitor->step(RunStep::LoopEnded);

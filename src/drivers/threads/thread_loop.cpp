@@ -94,8 +94,8 @@ private:
         return false;
     }
 
-    /// Whether nothing could be picked, or only a vertex that has been refused before. There is no
-    /// finish step here: whatever the settings, each thread then ends.
+    /// Whether nothing could be picked, or only a vertex that has been refused before.
+    // COMPAT: no finish step here, whatever the settings, so each thread then ends.
     [[nodiscard]] bool endsPass(std::int32_t removed) const {
         if (removed == kNone) return true;
         const VertexRecord& vertex = mesh_.vertices[removed];
