@@ -85,6 +85,8 @@ find_package(Python3 QUIET COMPONENTS Interpreter)
 if(Python3_FOUND)
     add_test(NAME include_layers
         COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/check_layers")
+    add_test(NAME compatibility_tables
+        COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/check_compatibility")
     add_test(NAME documentation_links
         COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/check_readme" --links)
     # The tool's .kvm files, read by a script that follows the page that describes them.

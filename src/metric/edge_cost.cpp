@@ -12,24 +12,33 @@ namespace korvalite {
 
 namespace {
 
-std::uint8_t lowerMask(const DMesh& mesh, std::int32_t a, std::int32_t b) {
-    return mesh.hasMask() ? std::min(mesh.maskValues[a], mesh.maskValues[b]) : std::uint8_t{255};
+/// Where the kept vertex goes, by borders and seams.
+enum class Placement : std::uint8_t {
+    Frozen,      // the edge may not collapse
+    Solve,       // to the quadric's minimum
+    KeepFirst,   // it stays at the first end, which is on a border or seam
+    KeepSecond,  // ... at the second end
+    Search,      // to the best point on the edge
+};
+
+bool isFrozen(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second) {
+    return rules.BorderMode == BORDERMODE_FREEZE && (first.onBorder || second.onBorder);
 }
 
-bool isFrozen(const MetricRules& rules, bool borderA, bool borderB) {
-    return rules.BorderMode == BORDERMODE_FREEZE && (borderA || borderB);
+Placement placementByBorder(const EdgeEnd& first, const EdgeEnd& second) {
+    if (first.onBorder && second.onBorder) return Placement::Search;
+    if (first.onBorder) return Placement::KeepFirst;
+    return second.onBorder ? Placement::KeepSecond : Placement::Solve;
 }
 
-Placement placementByBorder(bool borderA, bool borderB) {
-    if (borderA && borderB) return Placement::Search;
-    if (borderA) return Placement::KeepFirst;
-    return borderB ? Placement::KeepSecond : Placement::Solve;
-}
-
-Placement placementBySeam(Placement byBorder, bool seamA, bool seamB) {
-    if (seamA && seamB) return byBorder == Placement::Solve ? Placement::Search : byBorder;
-    if (seamA) return Placement::KeepFirst;
-    if (!seamB) return byBorder;
+Placement placementOf(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second) {
+    if (isFrozen(rules, first, second)) return Placement::Frozen;
+    const Placement byBorder = placementByBorder(first, second);
+    if (first.onSeam && second.onSeam) {
+        return byBorder == Placement::Solve ? Placement::Search : byBorder;
+    }
+    if (first.onSeam) return Placement::KeepFirst;
+    if (!second.onSeam) return byBorder;
     // COMPAT: a border at the first end alone has already chosen that end; outputs depend on it.
     return byBorder == Placement::KeepFirst ? Placement::KeepFirst : Placement::KeepSecond;
 }
@@ -156,71 +165,52 @@ void solveColor(const MetricRules& rules, EdgeEvaluation& result, const ColorQua
 
 }  // namespace
 
-EdgeInput gatherEdge(const DMesh& mesh, const MetricRules& rules, std::int32_t a, std::int32_t b) {
-    const bool borderA = mesh.borderVertices.Test(a);
-    const bool borderB = mesh.borderVertices.Test(b);
-    Placement placement = Placement::Frozen;
-    if (!isFrozen(rules, borderA, borderB)) {
-        placement = placementByBorder(borderA, borderB);
-        if (rules.m_handleUVs_internal) {
-            placement = placementBySeam(placement, mesh.uvSeamVertices.Test(a),
-                                        mesh.uvSeamVertices.Test(b));
-        }
-    }
-    return {mesh.vertices[a].position(), mesh.vertices[b].position(), placement,
-            lowerMask(mesh, a, b)};
+EdgeEnd gatherEnd(const DMesh& mesh, const MetricRules& rules, std::int32_t vertex) {
+    return {mesh.vertices[vertex].position(),
+            mesh.hasMask() ? mesh.maskValues[vertex] : std::uint8_t{255},
+            mesh.borderVertices.Test(vertex),
+            rules.m_handleUVs_internal && mesh.uvSeamVertices.Test(vertex)};
 }
 
-void evaluateEdge(const MetricRules& rules, const EdgeInput& edge, const Quadric3D& quadric,
-                  EdgeEvaluation& result) {
-    switch (edge.placement) {
+void evaluateEdge(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second,
+                  const Quadric3D& quadric, EdgeEvaluation& result) {
+    switch (placementOf(rules, first, second)) {
     case Placement::Frozen: result.cost = kNotCollapsible; return;
-    case Placement::Forbidden: result.cost = kNotCollapsible; break;
     // COMPAT: not clamped to zero as elsewhere; negative costs come first in the queue.
     case Placement::KeepFirst:
-        takeIfFinite(result, errorAt(quadric, edge.first), edge.first);
+        takeIfFinite(result, errorAt(quadric, first.position), first.position);
         break;
     case Placement::KeepSecond:
-        takeIfFinite(result, errorAt(quadric, edge.second), edge.second);
+        takeIfFinite(result, errorAt(quadric, second.position), second.position);
         break;
     case Placement::Search:
         result.cost = kNotCollapsible;
-        searchAlongEdge(rules, result, edge.first, edge.second, quadric);
+        searchAlongEdge(rules, result, first.position, second.position, quadric);
         break;
     case Placement::Solve:
         if (!solve(rules, result, quadric))
-            searchAlongEdge(rules, result, edge.first, edge.second, quadric);
+            searchAlongEdge(rules, result, first.position, second.position, quadric);
         break;
     }
-    applyMask(result.cost, edge.mask);
+    applyMask(result.cost, std::min(first.mask, second.mask));
 }
 
-EdgeInput gatherColorEdge(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
-                          std::int32_t b) {
-    const bool borderA = mesh.borderVertices.Test(a);
-    const bool borderB = mesh.borderVertices.Test(b);
-    const bool seam =
-        rules.m_handleUVs_internal && (mesh.uvSeamVertices.Test(a) || mesh.uvSeamVertices.Test(b));
-    EdgeInput edge;  // the positions are not needed
-    edge.mask = lowerMask(mesh, a, b);
-    if (isFrozen(rules, borderA, borderB)) {
-        edge.placement = Placement::Frozen;
-    } else if (borderA || borderB || seam) {
-        // COMPAT: with colours, borders and seams never collapse; outputs depend on it.
-        edge.placement = Placement::Forbidden;
-    }
-    return edge;
+bool mayCostBeNegative(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second) {
+    const Placement placement = placementOf(rules, first, second);
+    return placement == Placement::KeepFirst || placement == Placement::KeepSecond;
 }
 
-void evaluateColorEdge(const MetricRules& rules, const EdgeInput& edge, const ColorQuadric& quadric,
-                       EdgeEvaluation& result) {
-    if (edge.placement == Placement::Solve) {
-        solveColor(rules, result, quadric);
-    } else {
+void evaluateColorEdge(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second,
+                       const ColorQuadric& quadric, EdgeEvaluation& result) {
+    // COMPAT: with colours, borders and seams never collapse; outputs depend on it.
+    if (first.onBorder || second.onBorder || first.onSeam || second.onSeam) {
         result.cost = kNotCollapsible;
-        if (edge.placement == Placement::Frozen) return;
+        if (isFrozen(rules, first, second)) return;
+    } else {
+        solveColor(rules, result, quadric);
     }
-    applyMask(result.cost, edge.mask);
+    // COMPAT: the mask scales the cost of a forbidden edge too; outputs depend on it.
+    applyMask(result.cost, std::min(first.mask, second.mask));
 }
 
 }  // namespace korvalite

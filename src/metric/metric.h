@@ -34,13 +34,13 @@ struct PlainMetric {
                              std::int32_t a, std::int32_t b, const Quadric& quadric) {
         EvaluateEdgeCost(mesh, rules, result, a, b, quadric);
     }
-    static EdgeInput gather(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
-                            std::int32_t b) {
-        return gatherEdge(mesh, rules, a, b);
+    static void evaluate(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second,
+                         const Quadric& quadric, EdgeEvaluation& result) {
+        korvalite::evaluateEdge(rules, first, second, quadric, result);
     }
-    static void evaluate(const MetricRules& rules, const EdgeInput& edge, const Quadric& quadric,
-                         EdgeEvaluation& result) {
-        korvalite::evaluateEdge(rules, edge, quadric, result);
+    static bool mayCostBeNegative(const MetricRules& rules, const EdgeEnd& first,
+                                  const EdgeEnd& second) {
+        return korvalite::mayCostBeNegative(rules, first, second);
     }
 };
 
@@ -61,28 +61,28 @@ struct ColorMetric {
                              std::int32_t a, std::int32_t b, const Quadric& quadric) {
         EvaluateEdgeCostColor(mesh, rules, result, a, b, quadric);
     }
-    static EdgeInput gather(const DMesh& mesh, const MetricRules& rules, std::int32_t a,
-                            std::int32_t b) {
-        return gatherColorEdge(mesh, rules, a, b);
+    static void evaluate(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second,
+                         const Quadric& quadric, EdgeEvaluation& result) {
+        evaluateColorEdge(rules, first, second, quadric, result);
     }
-    static void evaluate(const MetricRules& rules, const EdgeInput& edge, const Quadric& quadric,
-                         EdgeEvaluation& result) {
-        evaluateColorEdge(rules, edge, quadric, result);
+    static bool mayCostBeNegative(const MetricRules& /*rules*/, const EdgeEnd& /*first*/,
+                                  const EdgeEnd& /*second*/) {
+        return false;
     }
 };
 
 /// What a metric must offer.
 template <typename Metric>
 concept CollapseMetric = requires(const DMesh& mesh, const MetricRules& rules, std::int32_t index,
-                                  const EdgeInput& edge, typename Metric::Quadric& sum,
+                                  const EdgeEnd& end, typename Metric::Quadric& sum,
                                   const typename Metric::Quadric& quadric, EdgeEvaluation& result) {
     { Metric::kHasColor } -> std::convertible_to<bool>;
     { Metric::kId } -> std::convertible_to<const char*>;
     { Metric::triangleQuadric(mesh, rules, index) } -> std::same_as<typename Metric::Quadric>;
     Metric::addVertexQuadric(mesh, rules, sum, index);  // of the current triangles around it
-    { Metric::gather(mesh, rules, index, index) } -> std::same_as<EdgeInput>;
-    Metric::evaluate(rules, edge, quadric, result);
-    Metric::evaluateEdge(mesh, rules, result, index, index, quadric);  // both steps
+    Metric::evaluate(rules, end, end, quadric, result);
+    { Metric::mayCostBeNegative(rules, end, end) } -> std::same_as<bool>;
+    Metric::evaluateEdge(mesh, rules, result, index, index, quadric);  // gathers both ends first
 };
 static_assert(CollapseMetric<PlainMetric> && CollapseMetric<ColorMetric>);
 

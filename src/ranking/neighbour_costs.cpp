@@ -26,7 +26,7 @@ public:
         const bool onDemand = isMostlyFree();
         sharing_.beginRing(ring());
         gatherTriangles();
-        gatherEdges(onDemand);
+        gatherEdges();
         s_.prefetch.nextRing(mesh_);
         if (onDemand) {
             evaluateOnDemand();
@@ -122,19 +122,18 @@ private:
         }
     }
 
-    void gatherEdges(bool onDemand) {
-        if (!work_.m_handleUVs_internal) return gatherEdgesNow(onDemand);
+    void gatherEdges() {
+        if (!work_.m_handleUVs_internal) return gatherEdgesNow();
         // One critical section for all edges, since other threads may be moving seam marks.
         const auto guard = sharing_.uvSeams();
-        gatherEdgesNow(onDemand);
+        gatherEdgesNow();
     }
 
-    void gatherEdgesNow(bool onDemand) {
+    void gatherEdgesNow() {
+        s_.slotEnds.clear();
+        for (const std::int32_t vertex : s_.localVertices)
+            s_.slotEnds.push_back(gatherEnd(mesh_, work_, vertex));
         listEdges();
-        s_.edgeInputs.clear();
-        if (onDemand) return;
-        for (const RingEdge& edge : s_.edges)
-            s_.edgeInputs.push_back(Metric::gather(mesh_, work_, edge.w, edge.x));
     }
 
     void listEdges() {
@@ -163,7 +162,7 @@ private:
         for (std::size_t i = 0; i < s_.edges.size(); ++i) {
             const RingEdge& edge = s_.edges[i];
             EdgeEvaluation result;
-            Metric::evaluate(work_, s_.edgeInputs[i],
+            Metric::evaluate(work_, s_.slotEnds[edge.slotW], s_.slotEnds[edge.slotX],
                              s_.slotQuadrics[edge.slotW] + s_.slotQuadrics[edge.slotX], result);
             s_.edgeCosts[i] = result.cost;
         }
@@ -187,10 +186,11 @@ private:
     void evaluateOnDemand() {
         s_.quadrics.prepare(mesh_, s_.localTriangles, marks_, s_.localVertices.size());
         for (const RingEdge& edge : s_.edges) {
-            const EdgeInput input = Metric::gather(mesh_, work_, edge.w, edge.x);
-            if (!mayLowerACost(edge) && !mayCostBeNegative(input)) continue;
+            const EdgeEnd& w = s_.slotEnds[edge.slotW];
+            const EdgeEnd& x = s_.slotEnds[edge.slotX];
+            if (!mayLowerACost(edge) && !Metric::mayCostBeNegative(work_, w, x)) continue;
             EdgeEvaluation result;
-            Metric::evaluate(work_, input,
+            Metric::evaluate(work_, w, x,
                              s_.quadrics.of(work_, edge.slotW) + s_.quadrics.of(work_, edge.slotX),
                              result);
             rank(edge, result.cost);

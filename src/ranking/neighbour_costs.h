@@ -42,6 +42,7 @@ template <typename Metric>
 struct NeighbourhoodScratch {
     IndexList localVertices;   // the vertices with a slot, in slot order: kept, ring, outer ring
     IndexList localTriangles;  // in the order listed
+    std::vector<EdgeEnd> slotEnds;
     std::vector<typename Metric::Quadric> slotQuadrics;
     IndexList corners;
     IndexList ring;
@@ -51,7 +52,6 @@ struct NeighbourhoodScratch {
     RingPrefetch prefetch;
     // Parallel lists.
     std::vector<RingEdge> edges;
-    std::vector<EdgeInput> edgeInputs;  // empty if edges are evaluated on demand
     std::vector<float> edgeCosts;
     QuadricsOnDemand<Metric> quadrics;
 };
