@@ -5,7 +5,7 @@
 #include <chrono>
 #include <limits>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 /// The best of several measurements, in wall seconds: the one that other work on the machine
 /// disturbed least.
@@ -24,4 +24,4 @@ private:
     double seconds_ = std::numeric_limits<double>::infinity();
 };
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 namespace {
 
@@ -85,4 +85,4 @@ bool writeBumpyTorus(const char* path, std::int32_t triangles) {
     return exportDMesh(path, mesh);
 }
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

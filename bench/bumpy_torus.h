@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct DMesh;
 
@@ -21,4 +21,4 @@ void makeBumpyTorus(DMesh& mesh, std::int32_t triangles);
 bool writeBumpyTorus(const char* path, std::int32_t triangles);
 
 }  // namespace bench
-}  // namespace korvalite
+}  // namespace korvalite::core

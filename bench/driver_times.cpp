@@ -18,7 +18,7 @@
 #include <cstdio>
 #include <string_view>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 namespace {
 
@@ -104,4 +104,4 @@ bool decimateWith(const char* driver, const char* input, const char* output, flo
     return load(input, pm.mesh) && decimate(*found, pm, percent) && exportDMesh(output, pm.mesh);
 }
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 /// Decimates a mesh to a percentage of its vertices with each driver in turn, each in its own
 /// process and otherwise with a job's default settings. Prints a line of NAME=VALUE for each:
@@ -18,4 +18,4 @@ bool printDriverTime(const char* driver, const char* input, float percent);
 /// or written.
 bool decimateWith(const char* driver, const char* input, const char* output, float percent);
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

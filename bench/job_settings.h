@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 /// Applies the settings of a job without other keys to a mesh that has been read.
 inline void askForPercent(ProgressiveMesh& pm, float percent) {
@@ -17,4 +17,4 @@ inline void askForPercent(ProgressiveMesh& pm, float percent) {
     pm.TargetNumItem = static_cast<std::uint32_t>(targetVertexCount(settings, vertexCount));
 }
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 namespace {
 
@@ -208,4 +208,4 @@ BENCHMARK(CostQueueUpdate)->Arg(1 << 12)->Arg(1 << 20);
 
 }  // namespace
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

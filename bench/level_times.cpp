@@ -12,7 +12,7 @@
 #include <cstdio>
 #include <limits>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 namespace {
 
@@ -52,4 +52,4 @@ bool writeLevelByFullLoad(const char* input, const char* output, float percent) 
     return exportDMesh(output, pm.mesh);
 }
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 /// Loads a .kvm in full and walks it up and down a few times. Prints one line of NAME=VALUE:
 /// vertices, splits, the seconds of the fastest walk from the coarsest to the full level ("up") and
@@ -12,4 +12,4 @@ bool printLevelTimes(const char* input);
 /// running and moves between levels. False if a file cannot be read or written.
 bool writeLevelByFullLoad(const char* input, const char* output, float percent);
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

@@ -48,8 +48,8 @@ float number(const char* text) {
 }
 
 bool writeHardMesh(const char* kind, std::int32_t size, const char* path) {
-    const auto mesh = korvalite::test::hardMesh(kind, size);
-    return mesh && korvalite::exportDMesh(path, *mesh);
+    const auto mesh = korvalite::core::test::hardMesh(kind, size);
+    return mesh && korvalite::core::exportDMesh(path, *mesh);
 }
 
 int runKernels(int argc, char** argv) {
@@ -63,7 +63,7 @@ int runKernels(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    using namespace korvalite::bench;
+    using namespace korvalite::core::bench;
     const std::string_view mode = argc > 1 ? argv[1] : "";
     if (mode == "--write-mesh" && argc == 4)
         return finish(writeBumpyTorus(argv[3], wholeNumber(argv[2])), argv[3]);

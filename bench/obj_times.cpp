@@ -15,7 +15,7 @@
 #include <cstring>
 #include <string>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 namespace {
 
@@ -104,4 +104,4 @@ bool printObjTimes(std::int32_t triangles) {
     return printRow("UVs", mesh, paths) && isPlainGood;
 }
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 /// Writes a synthetic mesh of about `triangles` triangles as OBJ, with and without UVs, alternating
 /// between saveObj and one fprintf per line, into new files in the system's temporary folder.
@@ -12,4 +12,4 @@ namespace korvalite::bench {
 /// the two differ.
 bool printObjTimes(std::int32_t triangles);
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

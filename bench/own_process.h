@@ -7,7 +7,7 @@
 
 #include <cstdio>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 /// Runs work() in its own process, which keeps its memory out of the next measurement. False if it
 /// returns false or the process dies.
@@ -32,4 +32,4 @@ inline long peakBytes() {
     return usage.ru_maxrss * 1024;
 }
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

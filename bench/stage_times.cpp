@@ -13,7 +13,7 @@
 #include <cstdio>
 #include <ctime>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 namespace {
 
@@ -70,4 +70,4 @@ bool printStageTimes(const char* input, const char* output, float percent) {
     return written;
 }
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

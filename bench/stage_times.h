@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 /// Runs the steps of a job on a mesh without colours, with a job's default settings, and prints one
 /// line of NAME=VALUE: vertices, triangles, collapses, and the CPU seconds of each stage. The
@@ -9,4 +9,4 @@ namespace korvalite::bench {
 /// written.
 bool printStageTimes(const char* input, const char* output, float percent);
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

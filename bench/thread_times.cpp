@@ -17,7 +17,7 @@
 #include <array>
 #include <cstdio>
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 namespace {
 
@@ -98,4 +98,4 @@ bool printThreadTimes(const char* input, float percent) {
     });
 }
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-namespace korvalite::bench {
+namespace korvalite::core::bench {
 
 /// Decimates a mesh without colours to a percentage of its vertices on one thread and on several,
 /// each in its own process. Prints a line of NAME=VALUE for each: threads (0 for the
@@ -13,4 +13,4 @@ namespace korvalite::bench {
 /// per reading. False if any of them failed.
 bool printThreadTimes(const char* input, float percent);
 
-}  // namespace korvalite::bench
+}  // namespace korvalite::core::bench

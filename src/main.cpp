@@ -4,6 +4,6 @@
 #include "shell/entry_point.h"
 
 int main(int argc, char** argv) {
-    const std::string tail = korvalite::platform::commandTail(argc, argv);
-    return korvalite::runKorvalite(korvalite::HeapString(tail.c_str()));
+    const std::string tail = korvalite::core::platform::commandTail(argc, argv);
+    return korvalite::core::runKorvalite(korvalite::core::HeapString(tail.c_str()));
 }

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <bit>
 
-namespace korvalite {
+namespace korvalite::core {
 
 void BitArray::Reset(std::int32_t n) {
     if (bytes_.size() < bytesFor(n)) {
@@ -55,4 +55,4 @@ void BitArray::Free() {
     count_ = 0;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

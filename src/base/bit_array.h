@@ -14,7 +14,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 class BitArray {
 public:
@@ -82,4 +82,4 @@ private:
     std::int32_t count_ = 0;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Data that several threads write gets cache lines of its own: a write takes the whole line away
 /// from threads that only read something next to it.
@@ -16,4 +16,4 @@ inline void prefetch([[maybe_unused]] const void* address) {
 #endif
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -6,7 +6,7 @@
 #include <atomic>
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// A mutex for critical sections of about a microsecond. A thread that finds it taken spins for a
 /// while before it sleeps, since sleeping and waking take longer than the section. Spinning only
@@ -50,4 +50,4 @@ private:
     std::atomic<std::uint32_t> state_ = kFree;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

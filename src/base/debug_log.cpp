@@ -4,7 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -39,4 +39,4 @@ void DebugLog(const char* format, ...) {
 }
 #endif
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// A line of the log: the arguments in a printf format.
 [[gnu::format(printf, 1, 2)]] std::string debugLogText(const char* format, ...);
@@ -23,4 +23,4 @@ constexpr const char* trueOrFalse(bool flag) {
     return flag ? "true" : "false";
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

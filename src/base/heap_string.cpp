@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -108,4 +108,4 @@ int CompareExact(const char* left, const char* right, std::int32_t limit) {
     return compare(left, right, limit, [](char c) -> int { return static_cast<signed char>(c); });
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string_view>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// The byte string for all paths and messages: an owned zero-terminated text, or null. Null and the
 /// empty text are different states. A copy is always a deep copy of exactly length + 1 bytes;
@@ -75,4 +75,4 @@ constexpr unsigned char foldCase(char c) {
     return byte >= 'a' && byte <= 'z' ? static_cast<unsigned char>(byte - 'a' + 'A') : byte;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

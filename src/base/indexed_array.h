@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// A std::vector that also takes the 32-bit index of a vertex, triangle or corner, without a cast.
 /// REQUIRES: the index is not negative.
@@ -41,4 +41,4 @@ public:
     }
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

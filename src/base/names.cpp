@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -60,4 +60,4 @@ HeapString FormatCount(std::int32_t count) {
     return text;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

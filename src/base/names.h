@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// A path in `folder` (or just `name`, if that is empty) with no regular file, found by
 /// IncrementFileName. Another process may take it first: create the file exclusively, and on a
@@ -22,4 +22,4 @@ HeapString IncrementFileName(const HeapString& path);
 /// decimal is truncated, not rounded. Not for numbers below -999, which lose their thousands.
 HeapString FormatCount(std::int32_t count);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Rounds toward zero. Values that do not fit, infinities and NaN give INT32_MIN, on every
 /// processor and in every build.
@@ -14,4 +14,4 @@ constexpr std::int32_t truncateToInt32(double value) {
     return std::numeric_limits<std::int32_t>::min();
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

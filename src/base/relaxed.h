@@ -6,7 +6,7 @@
 
 #include <atomic>
 
-namespace korvalite {
+namespace korvalite::core {
 
 template <typename T>
 [[nodiscard]] T loadRelaxed(const T& source) {
@@ -19,4 +19,4 @@ void storeRelaxed(T& target, T value) {
     std::atomic_ref<T>(target).store(value, std::memory_order_relaxed);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

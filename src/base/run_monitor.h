@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// How far a run has come. The drivers for one thread and for many report the same steps, except
 /// that only a loop on one thread reports TurnsTaken.
@@ -56,4 +56,4 @@ inline RunMonitor& silentMonitor() {
     return monitor;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

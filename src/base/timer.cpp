@@ -3,7 +3,7 @@
 
 #include "platform/platform.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -38,4 +38,4 @@ double Timer::elapsedSeconds() const {
     return static_cast<double>(now - startTicks_) * tickClock.secondsPerTick;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Elapsed time from the high-resolution counter. The first Timer queries the length of a tick,
 /// once per process. REQUIRES: the first Timer is created on the main thread.
@@ -21,4 +21,4 @@ private:
     std::int64_t startTicks_ = 0;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

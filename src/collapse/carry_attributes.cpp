@@ -3,7 +3,7 @@
 
 #include <optional>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -124,4 +124,4 @@ template void UpdateUVsAfterCollapse(DMesh&, std::int32_t, std::int32_t, VSplit&
 template void UpdateUVsAfterCollapse(DMesh&, std::int32_t, std::int32_t, VSplit&, IndexList&,
                                      const Shared&);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -11,7 +11,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Sets red, green and blue of the kept vertex and saves the old colour in the split. Does nothing
 /// with a metric without colours.
@@ -38,4 +38,4 @@ template <SharingPolicy Sharing>
 void UpdateUVsAfterCollapse(DMesh& mesh, std::int32_t removed, std::int32_t kept, VSplit& split,
                             IndexList& scratch, const Sharing& sharing);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -251,4 +251,4 @@ template CollapseResult CollapseEdge(WorkingMesh&, std::int32_t, std::int32_t, c
 template void UndoCollapse(DMesh&, std::int32_t, std::int32_t, const CollapseRecord&,
                            const Shared&);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -16,7 +16,7 @@
 #include <cstdint>
 #include <span>
 
-namespace korvalite {
+namespace korvalite::core {
 
 enum class CollapseResult {
     Done,
@@ -67,4 +67,4 @@ template <SharingPolicy Sharing>
 void UndoCollapse(DMesh& mesh, std::int32_t removed, std::int32_t kept,
                   const CollapseRecord& record, const Sharing& sharing);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -21,7 +21,7 @@
 #include <mutex>
 #include <span>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// No thread may ever hold two sections at once, so they need no locking order.
 struct CriticalSections {
@@ -165,4 +165,4 @@ concept SharingPolicy = requires(Sharing& sharing, std::int32_t vertex, const Ra
 };
 static_assert(SharingPolicy<Alone> && SharingPolicy<Shared>);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

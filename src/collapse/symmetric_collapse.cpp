@@ -4,7 +4,7 @@
 #include "mesh/corner_lists.h"
 #include "metric/metric.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -116,4 +116,4 @@ template bool CheckSymmetricCollapse<ColorMetric>(const WorkingMesh&, std::int32
                                                   EdgeEvaluation&, SymmetricCollapse&,
                                                   KeptQuadrics<ColorMetric>&);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Sets `symmetrySlaves`: the paired vertices of the second side that are more than two rings away
 /// from any unpaired vertex. They never start a collapse and stay out of the queue. Other paired
@@ -45,4 +45,4 @@ bool CheckSymmetricCollapse(const WorkingMesh& work, std::int32_t removed, std::
                             EdgeEvaluation& evaluation, SymmetricCollapse& mirror,
                             KeptQuadrics<Metric>& keptQuadrics);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// One collapse and its results. The driver reuses the record, so a collapse allocates nothing once
 /// the lists have grown.
@@ -68,4 +68,4 @@ struct ThreadWorkRecord {
     }
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

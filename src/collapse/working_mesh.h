@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Settings of the job that decide which collapses are allowed.
 struct CollapseSettings {
@@ -48,4 +48,4 @@ struct WorkingMesh : MetricRules, CollapseSettings, SymmetryState {
     alignas(kCacheLine) RunMonitor* monitor = &silentMonitor();  // never null; not owned
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

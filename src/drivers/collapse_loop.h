@@ -16,7 +16,7 @@
 #include <concepts>
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// What a driver adds to the loop, besides the hooks of a turn.
 template <typename Driver>
@@ -118,4 +118,4 @@ private:
     PairCollapse<Driver, Alone> pair_{pm_, driver_, alone_, first_, second_};
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

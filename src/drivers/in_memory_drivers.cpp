@@ -10,7 +10,7 @@
 #include "ranking/melax_costs.h"
 #include "ranking/vertex_cost.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -143,4 +143,4 @@ int doDecimation_Melax(ProgressiveMesh& pm) {
     return 0;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 
 #include "progressive/progressive_mesh.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Quadric edge collapse (M. Garland and P. Heckbert, "Surface Simplification Using Quadric Error
 /// Metrics", 1997) with all quadrics and positions held in memory. It takes about 250 bytes per
@@ -22,4 +22,4 @@ int doDecimation_HS(ProgressiveMesh& pm);
 /// keeps. Less accurate than the quadric drivers. Records no splits, so its result has no levels.
 int doDecimation_Melax(ProgressiveMesh& pm);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

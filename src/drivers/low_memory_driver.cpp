@@ -6,7 +6,7 @@
 #include "drivers/low_memory_hooks.h"
 #include "drivers/preparation.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 template <typename Metric>
 int doDecimationInit_LM(ProgressiveMesh& pm) {
@@ -44,4 +44,4 @@ template int doDecimationInit_LM<ColorMetric>(ProgressiveMesh&);
 template int doDecimationLoop_LM<PlainMetric>(ProgressiveMesh&);
 template int doDecimationLoop_LM<ColorMetric>(ProgressiveMesh&);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

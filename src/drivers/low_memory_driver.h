@@ -14,7 +14,7 @@
 #include "metric/metric.h"
 #include "progressive/progressive_mesh.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Decimates until TargetNumItem is reached, the queue is empty, only refused collapses are left,
 /// or a stop is requested. Always returns 0; throws std::bad_alloc if out of memory, with the mesh
@@ -28,4 +28,4 @@ int doDecimationInit_LM(ProgressiveMesh& pm);
 template <typename Metric>
 int doDecimationLoop_LM(ProgressiveMesh& pm);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

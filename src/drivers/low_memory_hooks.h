@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// What the low-memory drivers, for one thread and for several, add to each turn.
 template <typename LoopMetric, SharingPolicy Sharing>
@@ -64,4 +64,4 @@ private:
     NeighbourhoodScratch<Metric> scratch_;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

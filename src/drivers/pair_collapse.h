@@ -15,7 +15,7 @@
 #include <concepts>
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// What a driver adds to a turn.
 template <typename Driver>
@@ -149,4 +149,4 @@ private:
     KeptQuadrics<typename Driver::Metric> keptQuadrics_;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

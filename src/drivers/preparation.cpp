@@ -12,7 +12,7 @@
 #include <cmath>
 #include <cstdlib>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -153,4 +153,4 @@ void openVSplitList(ProgressiveMesh& pm, std::uint32_t threadCount) {
                        kAppendsPerTurn * threadCount);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Builds the corner lists if they are missing, clears the decimation state and computes the border
 /// bits.
@@ -50,4 +50,4 @@ void prepareLowMemoryRun(ProgressiveMesh& pm, const LowMemoryPreparation& prepar
 /// Opens the list of splits if the run records them.
 void openVSplitList(ProgressiveMesh& pm, std::uint32_t threadCount = 1);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -10,7 +10,7 @@
 
 #include <new>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -67,4 +67,4 @@ int RunDecimation(ProgressiveMesh& pm) {
     }
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct ProgressiveMesh;
 
@@ -9,4 +9,4 @@ struct ProgressiveMesh;
 /// success, 2 if out of memory, with the mesh left in its current state. Main thread only.
 int RunDecimation(ProgressiveMesh& pm);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

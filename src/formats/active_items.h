@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Calls visit(index) for each.
 template <typename Visit>
@@ -46,4 +46,4 @@ T itemOr(const std::vector<T>& items, std::uint32_t index, T otherwise) {
     return index < items.size() ? items[index] : otherwise;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

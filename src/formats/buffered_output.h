@@ -8,7 +8,7 @@
 #include <cstring>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Collects small pieces into large writes to an open file. Remembers failures, so the last flush()
 /// returns whether everything was written. The destructor does not flush. The file must outlive the
@@ -48,4 +48,4 @@ private:
     bool good_ = true;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -10,7 +10,7 @@
 #include "mesh/dmesh.h"
 #include "progressive/progressive_mesh.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -83,4 +83,4 @@ const FileFormat& fileFormatOf(const HeapString& path) {
     return kUnknownFormat;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

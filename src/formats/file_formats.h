@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <functional>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct ProgressiveMesh;
 
@@ -34,4 +34,4 @@ struct FileFormat {
 /// content, reads nothing and writes nothing.
 const FileFormat& fileFormatOf(const HeapString& path);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

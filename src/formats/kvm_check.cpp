@@ -8,7 +8,7 @@
 #include <limits>
 #include <span>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -69,4 +69,4 @@ bool canChangeLevel(ProgressiveMesh& pm) {
     return true;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

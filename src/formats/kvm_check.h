@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct ProgressiveMesh;
 
@@ -21,4 +21,4 @@ bool couldFill(const ProgMeshHeader& header, std::int64_t bytesLeft);
 /// list in memory stays at the same position.
 bool canChangeLevel(ProgressiveMesh& pm);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -5,7 +5,7 @@
 
 #include <bit>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -143,4 +143,4 @@ int readProgMeshHeader(ProgMeshHeader& header, platform::File& file) {
     return 0;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

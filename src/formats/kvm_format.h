@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct ProgressiveMesh;
 
@@ -72,4 +72,4 @@ static_assert(sizeof(KvmVertex) == 16);
 /// The number of vertices in the conversion buffer.
 inline constexpr std::size_t kKvmVerticesAtOnce = 4096;
 
-}  // namespace korvalite
+}  // namespace korvalite::core

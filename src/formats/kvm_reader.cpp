@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -169,4 +169,4 @@ int loadProgressiveMesh(ProgressiveMesh& pm, const HeapString& path, std::int32_
     return kLoaded;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct ProgressiveMesh;
 
@@ -24,4 +24,4 @@ bool readProgMeshFileHeader(const HeapString& path, ProgMeshHeader& header);
 /// a file that ends within its splits, loads the complete ones.
 int loadProgressiveMesh(ProgressiveMesh& pm, const HeapString& path, std::int32_t wantedVertices);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

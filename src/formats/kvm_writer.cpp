@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -71,4 +71,4 @@ int saveProgressiveMesh(ProgressiveMesh& pm, const HeapString& path) {
     return 0;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

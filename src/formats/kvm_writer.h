@@ -3,7 +3,7 @@
 
 #include "base/heap_string.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct ProgressiveMesh;
 
@@ -12,4 +12,4 @@ struct ProgressiveMesh;
 /// not checked: a full disk leaves a short file and still returns 0.
 int saveProgressiveMesh(ProgressiveMesh& pm, const HeapString& path);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -98,4 +98,4 @@ char* appendNineDecimals(char* out, float value) {
     return appendNineDigits(out, decimals);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

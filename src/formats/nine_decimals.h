@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// The longest text: a sign, 39 digits, the decimal point and nine decimals.
 inline constexpr std::size_t kLongestNineDecimals = 50;
@@ -13,4 +13,4 @@ inline constexpr std::size_t kLongestNineDecimals = 50;
 /// REQUIRES: room for kLongestNineDecimals characters at `out`.
 char* appendNineDecimals(char* out, float value);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

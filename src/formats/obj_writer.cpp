@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -206,4 +206,4 @@ bool saveObj(const HeapString& path, const DMesh& mesh, ObjColorMode colorMode) 
     return true;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Where to put colours and mask, which OBJ has no place for.
 enum class ObjColorMode : std::int32_t {
@@ -22,4 +22,4 @@ enum class ObjColorMode : std::int32_t {
 /// opened is skipped, and writes are not checked. Line ends are the platform's own.
 bool saveObj(const HeapString& path, const DMesh& mesh, ObjColorMode colorMode);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

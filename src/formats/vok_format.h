@@ -9,7 +9,7 @@
 #include <bit>
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 static_assert(std::endian::native == std::endian::little,
               "arrays go to and from little-endian files as they stand in memory");
@@ -54,4 +54,4 @@ struct VokBlockHeader {
     std::uint32_t reserved = 0;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

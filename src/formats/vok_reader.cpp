@@ -11,7 +11,7 @@
 #include <limits>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -336,4 +336,4 @@ void dropUniformMask(DMesh& mesh) {
         std::vector<std::uint8_t>().swap(mask);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

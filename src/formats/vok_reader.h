@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 inline constexpr std::int64_t kVokBytesBeyondFile = std::int64_t{256} << 20U;
 
@@ -36,4 +36,4 @@ bool readVokBlockHeader(platform::File& file, VokBlockHeader& header);
 /// Empties `maskValues` if all its bytes are equal: a uniform mask carries no information.
 void dropUniformMask(DMesh& mesh);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

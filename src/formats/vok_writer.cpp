@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -148,4 +148,4 @@ bool writeVokBlockHeader(platform::File& file, const VokBlockHeader& header) {
            file.write(&header.reserved, sizeof header.reserved);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -11,7 +11,7 @@
 #include "mesh/dmesh.h"
 #include "platform/file.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// True when the whole file is on disk and closed. On failure the file is deleted, even if it could
 /// not be opened for writing, so neither a half-written nor an older mesh passes for the new one.
@@ -24,4 +24,4 @@ bool writeVokFileHeader(platform::File& file);
 /// Writes the 16 bytes before a payload. False on a closed file or a short write.
 bool writeVokBlockHeader(platform::File& file, const VokBlockHeader& header);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

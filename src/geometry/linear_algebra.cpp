@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -102,4 +102,4 @@ void quaternionToMatrix(float m[16], const Quaternion& q) {
     std::copy_n(rotation, 16, m);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

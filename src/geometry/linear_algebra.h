@@ -10,7 +10,7 @@
 #include "geometry/matrix_inverse.h"
 #include "geometry/vec3.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct Quaternion {
     float w = 1.0F;
@@ -42,4 +42,4 @@ void axisAngleToQuaternion(Quaternion& q, const FloatVec3& axis, double angle);
 /// A 4x4 rotation without translation. Does not normalise `q`.
 void quaternionToMatrix(float m[16], const Quaternion& q);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

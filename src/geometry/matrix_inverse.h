@@ -17,7 +17,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace detail {
 
@@ -199,4 +199,4 @@ inline Row4From2 eliminateColumn1Of4(const Row4From1& row, const Row4From1& pivo
 /// Like `invert4d`: computes in double and narrows only the result.
 [[nodiscard]] bool invert4f(float out[16], const float in[16]);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

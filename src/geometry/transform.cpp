@@ -7,7 +7,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -166,4 +166,4 @@ void transformPoint(FloatVec3& out, const Transform& transform, const FloatVec3&
     out = toFloat({column(0) / w, column(1) / w, column(2) / w});
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// What is known about a Transform's matrix.
 enum TransformKind : std::int32_t {
@@ -60,4 +60,4 @@ void multiply4(float out[16], const float a[16], const float b[16]);
 /// 0. `out` may be `p`.
 void transformPoint(FloatVec3& out, const Transform& transform, const FloatVec3& p);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct FloatVec3 {
     float x = 0.0F;
@@ -83,4 +83,4 @@ constexpr void setComponent(DoubleVec3& v, int axis, double value) {
     (axis == 0 ? v.x : axis == 1 ? v.y : v.z) = value;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -4,7 +4,7 @@
 #include "host/job_paths.h"
 #include "host/progress_channel.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -32,4 +32,4 @@ RunMonitor& hostMonitor() {
     return monitor;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

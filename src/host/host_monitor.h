@@ -3,10 +3,10 @@
 
 #include "base/run_monitor.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Passes everything but the steps on to the progress channel of this process. Main thread, except
 /// as RunMonitor says.
 RunMonitor& hostMonitor();
 
-}  // namespace korvalite
+}  // namespace korvalite::core

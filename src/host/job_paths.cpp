@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/job_paths.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -28,4 +28,4 @@ const HeapString& CurrentMeshName() {
     return currentMeshName;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -6,7 +6,7 @@
 
 #include "base/heap_string.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// The folder of the job file, for scratch files. Removes one `/` or `\` at the end of `path`.
 void SetJobDirectory(const HeapString& path);
@@ -16,4 +16,4 @@ const HeapString& JobDirectory();
 void SetCurrentMeshName(const HeapString& name);
 const HeapString& CurrentMeshName();
 
-}  // namespace korvalite
+}  // namespace korvalite::core

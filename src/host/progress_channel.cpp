@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -231,4 +231,4 @@ ProgressChannel& progressChannel() {
     return channel;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

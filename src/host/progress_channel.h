@@ -17,7 +17,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct ProgressRecord {
     static constexpr std::size_t kByteCount = 176;
@@ -115,4 +115,4 @@ private:
 /// The channel of this process.
 ProgressChannel& progressChannel();
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -222,4 +222,4 @@ void ComputeUVSeams(DMesh& mesh) {
     markSeamCorners(mesh, neighbours, corners);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -8,7 +8,7 @@
 
 #include "mesh/dmesh.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Recomputes `borderVertices`: a vertex is on a border if its number of distinct neighbours
 /// differs from its number of corners. A closed fan has as many of each, an open fan has one more
@@ -26,4 +26,4 @@ void WeldCornerUVs(DMesh& mesh);
 /// REQUIRES: the UV corner lists; indicesUV complete.
 void ComputeUVSeams(DMesh& mesh);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -5,7 +5,7 @@
 
 #include <bit>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -214,4 +214,4 @@ bool AreVerticesAdjacent(const DMesh& mesh, std::int32_t a, std::int32_t b) {
     return adjacent;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

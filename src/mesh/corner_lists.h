@@ -19,7 +19,7 @@
 #include <span>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 using IndexList = IndexedArray<std::int32_t>;
 
@@ -114,4 +114,4 @@ void forEachCorner(const DMesh& mesh, std::int32_t vertex, Visit visit) {
     }
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

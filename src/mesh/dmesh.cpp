@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -53,4 +53,4 @@ bool canBeDecimated(const DMesh& mesh) {
                        [vertexCount](std::uint32_t index) { return index < vertexCount; });
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

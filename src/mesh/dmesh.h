@@ -19,7 +19,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 
 inline constexpr std::int32_t kNone = -1;
 
@@ -163,4 +163,4 @@ struct DMesh;
 /// check comes between them and the drivers. Coordinates may be anything.
 bool canBeDecimated(const DMesh& mesh);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -3,7 +3,7 @@
 
 #include "mesh/dmesh.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 void KRDMeshSymmetryCache::reset() {
     IndexedArray<std::int32_t>().swap(pairing);
@@ -18,4 +18,4 @@ bool KRDMeshSymmetryCache::isValidFor() const {
     return mesh->vertices.empty() || pairing.size() == mesh->vertices.size();
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

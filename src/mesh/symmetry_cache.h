@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct DMesh;
 
@@ -40,4 +40,4 @@ struct KRDMeshSymmetryCache {
     [[nodiscard]] bool isValidFor() const;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

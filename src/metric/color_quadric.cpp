@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -91,4 +91,4 @@ double ColorQuadric::Evaluate(const DoubleVec3& x, const DoubleVec3& s) const {
            c;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

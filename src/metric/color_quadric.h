@@ -12,7 +12,7 @@
 
 #include <array>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// A 3x3 matrix, row-major.
 using Matrix3 = std::array<double, 9>;
@@ -42,4 +42,4 @@ struct ColorQuadric {
     [[nodiscard]] double Evaluate(const DoubleVec3& x, const DoubleVec3& s) const;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

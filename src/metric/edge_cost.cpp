@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -213,4 +213,4 @@ void evaluateColorEdge(const MetricRules& rules, const EdgeEnd& first, const Edg
     applyMask(result.cost, std::min(first.mask, second.mask));
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -14,7 +14,7 @@
 #include <array>
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct DMesh;
 struct MetricRules;
@@ -67,4 +67,4 @@ inline void EvaluateEdgeCostColor(const DMesh& mesh, const MetricRules& rules,
     evaluateColorEdge(rules, gatherEnd(mesh, rules, a), gatherEnd(mesh, rules, b), quadric, result);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -8,7 +8,7 @@
 #include <array>
 #include <cmath>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -171,4 +171,4 @@ void ComputeVertexColorQuadric(const DMesh& mesh, const MetricRules& rules, Colo
     });
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

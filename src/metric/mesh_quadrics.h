@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct DMesh;
 struct MetricRules;
@@ -49,4 +49,4 @@ template <typename Quadric>
 void addBorderAndPlane(const DMesh& mesh, const MetricRules& rules, Quadric& inOut,
                        std::int32_t vertex);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

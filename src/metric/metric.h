@@ -15,7 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct PlainMetric {
     using Quadric = Quadric3D;
@@ -36,11 +36,11 @@ struct PlainMetric {
     }
     static void evaluate(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second,
                          const Quadric& quadric, EdgeEvaluation& result) {
-        korvalite::evaluateEdge(rules, first, second, quadric, result);
+        core::evaluateEdge(rules, first, second, quadric, result);
     }
     static bool mayCostBeNegative(const MetricRules& rules, const EdgeEnd& first,
                                   const EdgeEnd& second) {
-        return korvalite::mayCostBeNegative(rules, first, second);
+        return core::mayCostBeNegative(rules, first, second);
     }
 };
 
@@ -142,4 +142,4 @@ EdgeEvaluation evaluateCollapse(const DMesh& mesh, const MetricRules& rules, std
     return result;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -3,7 +3,7 @@
 
 #include "mesh/symmetry_cache.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 SymmetryPlaneQuadric BuildSymmetryPlaneQuadric(const KRDMeshSymmetryCache& cache) {
     const FloatVec3& normal = cache.planeNormal;
@@ -25,4 +25,4 @@ const char* borderModeText(std::int32_t value) {
     }
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

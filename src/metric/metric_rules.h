@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct KRDMeshSymmetryCache;
 
@@ -48,4 +48,4 @@ struct MetricRules : MetricSettings {
     SymmetryPlaneQuadric symmetryPlaneQuadric;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

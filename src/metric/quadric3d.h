@@ -9,7 +9,7 @@
 #include <array>
 #include <cstddef>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Ten coefficients in the order a2, ab, ac, b2, bc, c2, ad, bd, cd, d2.
 template <typename Real>
@@ -65,4 +65,4 @@ inline double evaluateQuadric(const Quadric3D& quadric, const DoubleVec3& p) {
            2 * q[8] * p.z + q[9];
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 
 namespace {
 
@@ -27,4 +27,4 @@ std::string_view commandTailOf(std::string_view rawCommandLine) {
     return rawCommandLine.substr(at);
 }
 
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 
 File::~File() {
     close();
@@ -77,4 +77,4 @@ bool File::close() {
     return closed && wasClean;
 }
 
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

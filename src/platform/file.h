@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 
 // Owns one open file and closes it. Every call on a closed File fails and does nothing else. For
 // one thread at a time.
@@ -66,4 +66,4 @@ private:
     bool writeFailed_ = false;
 };
 
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 
 static_assert(std::numeric_limits<float>::is_iec559 && std::numeric_limits<double>::is_iec559,
               "floating point must be IEEE 754");
@@ -29,4 +29,4 @@ static_assert(std::endian::native == std::endian::little,
 static_assert(CHAR_BIT == 8 && sizeof(int) == 4 && sizeof(std::int64_t) == 8);
 static_assert(sizeof(void*) == 8, "meshes of tens of millions of triangles need 64-bit addresses");
 
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

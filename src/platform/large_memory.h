@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 
 // Asks the system for large pages in a range that has not been touched yet: without them, walking a
 // mesh of millions of triangles misses the TLB at nearly every step. A hint, which has no effect on
@@ -20,9 +20,9 @@ void adviseLargePages(void* begin, std::size_t byteCount);
 void* allocateZeroed(std::size_t byteCount);
 void freeZeroed(void* memory);
 
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Reserves room for `count` items, in large pages where available. REQUIRES: `items` is empty.
 template <typename Item>
@@ -68,4 +68,4 @@ struct ZeroPagesAllocator {
     friend bool operator==(const ZeroPagesAllocator&, const ZeroPagesAllocator&) { return true; }
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -13,7 +13,7 @@
 #include <cstdio>
 #include <string>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 
 // Opens a file with a mode of std::fopen. Null on failure. Never opens a folder, in any mode.
 std::FILE* openFile(const char* path, const char* mode);
@@ -60,4 +60,4 @@ void sleepMilliseconds(int milliseconds);
 // the single argument unchanged, or several arguments joined with one blank between them.
 std::string commandTail(int argc, char** argv);
 
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

@@ -13,7 +13,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 
 static_assert(sizeof(off_t) == 8, "build with -D_FILE_OFFSET_BITS=64: offsets are 64-bit");
 
@@ -148,4 +148,4 @@ void freeZeroed(void* memory) {
     std::free(memory);
 }
 
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 
 namespace {
 
@@ -48,4 +48,4 @@ std::string_view cutAtCharacter(std::string_view text, std::size_t byteCount) {
     return text.substr(0, end);
 }
 
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 
 // Whether the bytes are well-formed UTF-8: no overlong forms, surrogates, code points above
 // U+10FFFF or truncated characters.
@@ -14,4 +14,4 @@ bool isUtf8(std::string_view text);
 // not UTF-8 is cut at `byteCount`. The result is a view into the argument.
 std::string_view cutAtCharacter(std::string_view text, std::size_t byteCount);
 
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

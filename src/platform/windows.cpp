@@ -14,7 +14,7 @@
 #include <sys/stat.h>
 #include <windows.h>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 
 namespace {
 
@@ -161,4 +161,4 @@ void freeZeroed(void* memory) {
     std::free(memory);
 }
 
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

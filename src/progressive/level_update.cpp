@@ -6,7 +6,7 @@
 
 #include <cstdlib>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -164,4 +164,4 @@ int updateMeshAtLevel(ProgressiveMesh& pm, std::int32_t target) {
     return 0;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Moves the mesh from its current level, CurVtxSplitPos, until the active count (of vertices or
 /// triangles, depending on targetCountsVertices) reaches `target`, or as near as the splits allow;
@@ -18,4 +18,4 @@ int updateMeshAtLevel(ProgressiveMesh& pm, std::int32_t target);
 /// Reapplies the record before CurVtxSplitPos: the collapse of `removed` onto `kept`.
 void ApplyCollapse(ProgressiveMesh& pm, std::int32_t removed, std::int32_t kept);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 #include <array>
 #include <cstddef>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -142,4 +142,4 @@ void PermuteBytes(IndexedArray<std::uint8_t>& bytes, IndexMap& map) {
     permuteItems(bytes, map);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

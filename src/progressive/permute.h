@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <span>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// The new index of each item. REQUIRES: a permutation. The routines mark moved items by the
 /// bitwise complement of their entries and restore the map before they return.
@@ -25,4 +25,4 @@ void PermuteVertexRecords(VertexRecords& records, IndexMap& map);
 void PermuteWords(IndexedArray<std::uint32_t>& words, IndexMap& map);
 void PermuteBytes(IndexedArray<std::uint8_t>& bytes, IndexMap& map);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

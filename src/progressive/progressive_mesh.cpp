@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "progressive/progressive_mesh.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 const char* memSpeedTradeOffText(std::int32_t value) {
     switch (value) {
@@ -31,4 +31,4 @@ void ClearDecimationState(ProgressiveMesh& pm) {
     pm.vsplitList.close();
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

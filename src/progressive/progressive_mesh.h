@@ -14,7 +14,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct ThreadsState;
 
@@ -75,4 +75,4 @@ void ResetProgressiveMeshSettings(ProgressiveMesh& pm);
 /// symmetry bits and empties the splits.
 void ClearDecimationState(ProgressiveMesh& pm);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

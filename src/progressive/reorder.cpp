@@ -4,7 +4,7 @@
 #include "mesh/corner_lists.h"
 #include "progressive/permute.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -113,4 +113,4 @@ void ReorderAndClean(ProgressiveMesh& pm, bool reorder) {
     renumberSplits(pm.vsplitList, numbering);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

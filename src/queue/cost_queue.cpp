@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <numbers>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -254,4 +254,4 @@ void Penalize(DMesh& mesh, CostQueue& queue, std::int32_t vertex) {
     queue.Insert(vertex);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -23,7 +23,7 @@
 #include <span>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct DMesh;
 
@@ -177,4 +177,4 @@ inline float penalizedCost(float cost) {
 /// Raises the cost of a refused vertex, queued or not, above every real cost.
 void Penalize(DMesh& mesh, CostQueue& queue, std::int32_t vertex);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

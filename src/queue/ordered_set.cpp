@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// The run that holds the key, or that it belongs in.
 OrderedSet::Run& OrderedSet::runOf(Key key) {
@@ -51,4 +51,4 @@ void OrderedSet::erase(std::int32_t vertex, float cost) {
     if (run.count == 0 && runs_.size() > 1) runs_.erase(runs_.begin() + (&run - runs_.data()));
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -17,7 +17,7 @@
 #include <memory>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 class OrderedSet {
 public:
@@ -82,4 +82,4 @@ private:
     std::vector<Run> runs_;  // a run may be empty only if it is the only one
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 #include "ranking/initial_edges.h"
 #include "ranking/vertex_cost.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -164,4 +164,4 @@ void RecomputeVertexCostFromStored(WorkingMesh& work, const HighSpeedState& stat
                  rankAgainstRing<PlainMetric>(work, vertex, ring, addQuadric));
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

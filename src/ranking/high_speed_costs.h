@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// What the high-speed driver holds in memory: quadrics per triangle and per vertex, and the
 /// positions found with the costs.
@@ -45,4 +45,4 @@ void UpdateNeighbourCosts(WorkingMesh& work, HighSpeedState& state, std::int32_t
 void RecomputeVertexCostFromStored(WorkingMesh& work, const HighSpeedState& state,
                                    std::int32_t vertex, IndexList& ring);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -3,7 +3,7 @@
 
 #include "ranking/vertex_cost.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 EdgeVerdict judgeInitialEdge(const WorkingMesh& work, std::int32_t a, std::int32_t b,
                              EdgeEnds& ends) {
@@ -32,4 +32,4 @@ void fillQueue(WorkingMesh& work) {
     }
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

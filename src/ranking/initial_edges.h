@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 enum class EdgeVerdict {
     Evaluate,
@@ -58,4 +58,4 @@ void rankInitialEdges(WorkingMesh& work, Evaluate evaluate, Took took) {
 /// Fits the queue to the costs and inserts every vertex in index order.
 void fillQueue(WorkingMesh& work);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -100,4 +100,4 @@ void UpdateRingMelax(WorkingMesh& work, std::int32_t kept, const IndexList& ring
     work.costQueue.Insert(kept);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// One unit normal per triangle, zero if the triangle has no area.
 IndexedArray<FloatVec3> computeTriangleNormals(const DMesh& mesh);
@@ -41,4 +41,4 @@ void InitVerticesCostMelax(WorkingMesh& work, MelaxState& state);
 void UpdateRingMelax(WorkingMesh& work, std::int32_t kept, const IndexList& ringCorners,
                      const IndexList& neighbours, MelaxState& state);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

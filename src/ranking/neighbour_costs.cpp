@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <span>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -251,4 +251,4 @@ template void UpdateNeighbourCosts_LM(WorkingMesh&, std::int32_t, const IndexLis
                                       const IndexList&, NeighbourhoodMarks&,
                                       NeighbourhoodScratch<ColorMetric>&, Shared&);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

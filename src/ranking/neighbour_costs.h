@@ -25,7 +25,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// An edge from the 1-ring, gathered before it is evaluated.
 struct RingEdge {
@@ -70,4 +70,4 @@ void UpdateNeighbourCosts_LM(WorkingMesh& work, std::int32_t kept, const IndexLi
                              const IndexList& neighbours, NeighbourhoodMarks& marks,
                              NeighbourhoodScratch<Metric>& scratch, Sharing& sharing);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// A thread's marks on vertices and triangles while it updates a neighbourhood: 2 bytes per vertex
 /// and 1 bit per triangle, for each thread.
@@ -28,4 +28,4 @@ struct NeighbourhoodMarks {
     }
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

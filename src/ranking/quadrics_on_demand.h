@@ -11,7 +11,7 @@
 #include <span>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// The quadrics of a neighbourhood's vertices, each summed on first use; in mostly flat areas few
 /// are used. A sum takes the triangles in the order listed, so it has the same bits as when all
@@ -89,4 +89,4 @@ private:
     std::vector<std::uint32_t> places_;  // in triangles_
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

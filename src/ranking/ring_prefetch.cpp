@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ranking/ring_prefetch.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 void RingPrefetch::ring(const WorkingMesh& work, const NeighbourhoodMarks& marks,
                         std::span<const std::int32_t> ring) {
@@ -48,4 +48,4 @@ void RingPrefetch::nextOuterRing(const DMesh& mesh) const {
     }
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

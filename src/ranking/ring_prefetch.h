@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <span>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Brings the memory that a cost update will read into the cache ahead of it. In a large mesh
 /// nearly every access misses, so what counts is that the misses overlap. Changes nothing but the
@@ -55,4 +55,4 @@ private:
     IndexList cursors_;  // of warmVertexCorners
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

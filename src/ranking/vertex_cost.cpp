@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ranking/vertex_cost.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 template <typename Metric>
 RankedVertex rankVertex(const WorkingMesh& work, std::int32_t vertex, IndexList& ring) {
@@ -29,4 +29,4 @@ void RecomputeVertexCost(WorkingMesh& work, std::int32_t vertex, IndexList& ring
     storeRanking(work.mesh.vertices[vertex], rankVertex<PlainMetric>(work, vertex, ring));
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

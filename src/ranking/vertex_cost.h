@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <type_traits>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// The seam rule: between two vertices on a UV seam, a vertex where the seam ends, branches or
 /// bends must not collapse onto the other, nor the other onto it.
@@ -71,4 +71,4 @@ void RefreshRingCosts(WorkingMesh& work, const VSplit& split, Sharing& sharing) 
         sharing.rankAgain(vertex, rankVertex<MetricForOne<Metric, Sharing>>(work, vertex, ring));
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

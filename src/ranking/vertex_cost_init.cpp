@@ -9,7 +9,7 @@
 
 #include <new>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -151,4 +151,4 @@ template void InitVerticesCostNoMat<ColorMetric>(WorkingMesh&);
 template void InitVerticesCost_LM<PlainMetric>(WorkingMesh&, const CostFormSettings&, bool);
 template void InitVerticesCost_LM<ColorMetric>(WorkingMesh&, const CostFormSettings&, bool);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

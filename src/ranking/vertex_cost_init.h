@@ -11,7 +11,7 @@
 
 #include "collapse/working_mesh.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Which forms to try, for direct users of the drivers; each needs an array.
 struct CostFormSettings {
@@ -36,4 +36,4 @@ bool InitVerticesCostFloatMat(WorkingMesh& work);
 template <typename Metric>
 void InitVerticesCostNoMat(WorkingMesh& work);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

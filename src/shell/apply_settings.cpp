@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -63,4 +63,4 @@ float colorWeightOf(float coefficient) {
     return static_cast<float>(std::pow(10.0, exponent));
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

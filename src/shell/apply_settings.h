@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct ProgressiveMesh;
 
@@ -22,4 +22,4 @@ std::int32_t targetVertexCount(const BatchSettings& settings, std::uint32_t vert
 /// then a logarithmic scale from 0.01 just above 1 to 100 at 100 and beyond.
 float colorWeightOf(float coefficient);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -13,7 +13,7 @@
 #include "shell/apply_settings.h"
 #include "shell/input_files.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -145,4 +145,4 @@ void PerformAllBatch(const JobConfig& job) {
     }
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

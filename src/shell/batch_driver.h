@@ -3,7 +3,7 @@
 
 #include "shell/job_config.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Works through the entries of a job in the order of its list, each with its own mesh: loads,
 /// decimates, saves, and deletes the input if the entry says so. If an entry fails, shows a message
@@ -11,4 +11,4 @@ namespace korvalite {
 /// A stop of the whole batch (see ProgressChannel) takes effect before the next entry.
 void PerformAllBatch(const JobConfig& job);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -8,7 +8,7 @@
 #include "shell/batch_driver.h"
 #include "shell/job_file.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -79,4 +79,4 @@ int runKorvalite(const HeapString& commandTail) {
     return 0;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

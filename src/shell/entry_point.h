@@ -3,7 +3,7 @@
 
 #include "base/heap_string.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Executes one whole run. `commandTail` is the path of the job file, unprocessed; a path that does
 /// not end in ".kvc" runs no job. Always returns 0: the host learns the result from the output
@@ -12,4 +12,4 @@ namespace korvalite {
 /// Call once per process, on the main thread.
 int runKorvalite(const HeapString& commandTail);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

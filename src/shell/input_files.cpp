@@ -5,7 +5,7 @@
 
 #include <unordered_set>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -45,4 +45,4 @@ FileContent LoadInputInProgMesh(const BatchSettings& settings, ProgressiveMesh& 
     return loaded ? format.content : FileContent::None;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -9,7 +9,7 @@
 #include <forward_list>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// One line, "   - NAME", for each entry with the same input path as an earlier entry, ignoring
 /// case. Empty if there is none.
@@ -20,4 +20,4 @@ std::string duplicateInputLines(const std::forward_list<BatchEntry>& entries);
 /// load failed.
 FileContent LoadInputInProgMesh(const BatchSettings& settings, ProgressiveMesh& pm);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <forward_list>
 
-namespace korvalite {
+namespace korvalite::core {
 
 enum BatchKind : std::int32_t {
     kBatchKindUnset = 0,  // inferred from the suffixes of the files
@@ -80,4 +80,4 @@ struct JobConfig {
     BatchEntry* currentEntry = nullptr;       // the open entry in batchList
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

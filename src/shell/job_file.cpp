@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -250,4 +250,4 @@ bool ParseBool(const HeapString& text) {
              equalsNoCase(text, "#f"));
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 
 #include <span>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct ConfigKeyEntry {
     const char* key;
@@ -28,4 +28,4 @@ bool LoadJobFile(const HeapString& path, JobConfig& job);
 /// False for "No", "0", "False" and "#f" in any case; true for anything else, even an empty text.
 bool ParseBool(const HeapString& text);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// A UV index of the removed vertex and the UV index it was merged into.
 struct UVIndexPair {
@@ -49,4 +49,4 @@ struct CollapseFlags {
     bool survivorWasBorder = false;  // the kept vertex's bit before it; needed to undo
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -285,4 +285,4 @@ void VSplitList::reverseRecords() {
     std::reverse(recordStarts_.begin(), recordStarts_.end());
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

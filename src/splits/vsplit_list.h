@@ -28,7 +28,7 @@
 #include <limits>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 class VSplitList {
 public:
@@ -152,4 +152,4 @@ private:
     VSplitPageStore store_;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

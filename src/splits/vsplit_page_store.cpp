@@ -10,7 +10,7 @@
 #include <limits>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -105,4 +105,4 @@ bool VSplitPageStore::fileHolds(std::int64_t offset, std::span<const std::uint32
     return true;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -17,7 +17,7 @@
 #include <span>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 class VSplitPageStore {
 public:
@@ -63,4 +63,4 @@ private:
     KeptPages kept_;  // the pages that are not in the file, by offset
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

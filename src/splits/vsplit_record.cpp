@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -92,4 +92,4 @@ VSplitView::VSplitView(std::uint32_t* words, VSplitFormat format)
     pairsAt_ = cornerUVsAt_ + 1 + words[cornerUVsAt_];
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -19,7 +19,7 @@
 #include <span>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 static_assert(std::endian::native == std::endian::little,
               "arrays go to and from little-endian files as they stand in memory");
@@ -119,4 +119,4 @@ private:
     bool hasUVs_;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

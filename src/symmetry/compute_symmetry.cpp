@@ -9,7 +9,7 @@
 #include <cmath>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -164,4 +164,4 @@ void computeSymmetry(DMesh& mesh) {
     }
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

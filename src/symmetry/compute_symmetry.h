@@ -8,7 +8,7 @@
 #include "geometry/vec3.h"
 #include "mesh/symmetry_cache.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct BoundingBox;
 struct DMesh;
@@ -36,4 +36,4 @@ bool computeForAxis(KRDMeshSymmetryCache& cache, int axis, const FloatVec3& cent
 void buildTransforms(Transform& planeProjection, Transform& mirrorTransform,
                      const FloatVec3& normal, const FloatVec3& point);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -208,4 +208,4 @@ void MirrorCandidates::findNearest(std::size_t node, const Search& search, Neare
     findNearest(second, search, best);
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -14,7 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Computed in the arithmetic that decides which candidate is nearest.
 inline float squaredDistance(const FloatVec3& a, const FloatVec3& b) {
@@ -102,4 +102,4 @@ private:
     std::uint64_t lookCount_ = 0;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

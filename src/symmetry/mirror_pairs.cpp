@@ -13,7 +13,7 @@
 #include <cmath>
 #include <optional>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -213,4 +213,4 @@ bool pairVertices(MirrorPairs& pairs, const DMesh& mesh, int axis, const FloatVe
     return true;
 }
 
-}  // namespace korvalite
+}  // namespace korvalite::core

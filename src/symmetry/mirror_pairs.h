@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 struct DMesh;
 
@@ -30,4 +30,4 @@ struct MirrorPairs {
 [[nodiscard]] bool pairVertices(MirrorPairs& pairs, const DMesh& mesh, int axis,
                                 const FloatVec3& centre, float tolerance);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -6,7 +6,7 @@
 #include <numeric>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// A set that starts with all places 0..n-1 and only shrinks. It finds the nearest remaining place
 /// at or below another in nearly constant time, however many have been removed in between.
@@ -37,4 +37,4 @@ private:
     std::vector<std::uint32_t> below_;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
@@ -182,4 +182,4 @@ TEST(BitArray, BehavesLikeAVectorOfBools) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

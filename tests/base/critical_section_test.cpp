@@ -13,7 +13,7 @@
 #include <thread>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 // More than the number of processors on most machines.
@@ -116,4 +116,4 @@ TEST(CriticalSection, DoesNotShareACacheLineWithANeighbour) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

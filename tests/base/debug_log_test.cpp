@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 std::string errorOutputOfTwoLines() {
@@ -55,4 +55,4 @@ TEST(DebugLogText, HasRoomForAnyPath) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 std::string text(const HeapString& string) {
@@ -160,4 +160,4 @@ TEST(CompareExact, ComparesSignedBytesWithCase) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 std::string incremented(const char* path) {
@@ -84,4 +84,4 @@ TEST(FormatCount, ShowsOnlyTheLastThousandOfANegativeNumber) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
@@ -26,4 +26,4 @@ TEST(TruncateToInt32, TurnsWhatDoesNotFitIntoTheLowestNumber) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

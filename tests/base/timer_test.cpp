@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 TEST(Timer, MeasuresSecondsSinceItsStart) {
@@ -29,4 +29,4 @@ TEST(Timer, TimersAreIndependent) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -15,7 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 // A hub, vertex 0, with `rim` vertices around it and a second row of triangles outside: rim vertex
@@ -139,4 +139,4 @@ TEST_F(HubsAndFlatGround, AHubWithDoubledTrianglesRefusesFlips) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

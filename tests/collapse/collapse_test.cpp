@@ -12,7 +12,7 @@
 #include <numbers>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -518,4 +518,4 @@ TEST(CollapseEdge, AnEarlierFlipIsTestedAgainWhereItIsNow) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

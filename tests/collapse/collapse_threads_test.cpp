@@ -19,7 +19,7 @@
 #include <memory>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 std::size_t at(std::int32_t index) {
@@ -513,4 +513,4 @@ TEST_F(CountsAfterARun, WithoutProtectTopologyMatchTheSetBits) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

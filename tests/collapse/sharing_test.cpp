@@ -16,7 +16,7 @@
 
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 std::size_t at(std::int32_t index) {
@@ -286,4 +286,4 @@ TEST(Shared, FreeingSlavesOfOneByteOnSeveralThreadsLosesNone) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -11,7 +11,7 @@
 #include <limits>
 #include <set>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 struct Mirrored : test::MirroredGrid {
@@ -229,4 +229,4 @@ TEST(CheckSymmetricCollapse, WithColoursTheMirrorImageGetsItsOwnColour) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

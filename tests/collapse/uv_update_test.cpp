@@ -13,7 +13,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr std::int32_t kColumns = 4;
@@ -246,4 +246,4 @@ TEST(UpdateUVs, OnThreadsASeamCornerMarkNeedsASeam) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

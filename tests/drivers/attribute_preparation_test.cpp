@@ -9,7 +9,7 @@
 
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::MeshPtr;
@@ -71,4 +71,4 @@ TEST(AttributePreparation, ColorScaleIsTheDiagonalOver20000TimesTheWeight) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::index;
@@ -293,4 +293,4 @@ TEST_F(CollapseLoopTest, ShowsProgressEvery200CollapsesExcludingRefusals) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -11,7 +11,7 @@
 #include <limits>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::MeshPtr;
@@ -133,4 +133,4 @@ TEST(DriverPreparation, KeepsPairsThatFitTheMesh) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 std::size_t at(std::int32_t index) {
@@ -129,4 +129,4 @@ TEST_F(FreedSlave, IsRankedFromStoredQuadrics) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

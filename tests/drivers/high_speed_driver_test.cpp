@@ -14,7 +14,7 @@
 #include <limits>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::MeshPtr;
@@ -305,4 +305,4 @@ TEST_F(HighSpeed, ShowsHowManyVerticesAreLeft) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

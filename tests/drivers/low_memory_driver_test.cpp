@@ -21,7 +21,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::MeshPtr;
@@ -315,4 +315,4 @@ TEST_F(LowMemory, AllocatesSeldomAndOnlyForTheQueueInSteadyState) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -17,7 +17,7 @@
 
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::MeshPtr;
@@ -145,4 +145,4 @@ TEST_F(LowMemoryTurns, IfTheKeptVertexVanishesTheThirdVertexIsRanked) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -11,7 +11,7 @@
 
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::MeshPtr;
@@ -127,4 +127,4 @@ TEST_F(Melax, ReportsAllStepsButTheNinthToAnObserver) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

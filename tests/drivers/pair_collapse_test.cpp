@@ -12,7 +12,7 @@
 
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::index;
@@ -245,4 +245,4 @@ TEST_F(CollapsePairs, ASlaveIsFreedWhenItsMasterCollapsesAlone) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

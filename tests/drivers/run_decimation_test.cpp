@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::MeshPtr;
@@ -111,4 +111,4 @@ TEST_F(RunDecimationTest, HandlesEmptyMeshesAndMeshesWithoutTriangles) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 using Log = std::vector<std::string>;
 
@@ -119,4 +119,4 @@ constexpr std::uint32_t kVertices = 45;
 constexpr std::int32_t kV = MirroredGrid::at(2, 2);
 constexpr std::int32_t kU = MirroredGrid::at(2, 1);
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

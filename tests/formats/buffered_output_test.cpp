@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 TEST(BufferedOutput, PieceThatDoesNotFitFlushesFirst) {
@@ -25,4 +25,4 @@ TEST(BufferedOutput, PieceThatDoesNotFitFlushesFirst) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

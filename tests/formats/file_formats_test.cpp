@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 class FileFormatsTest : public testing::Test {
@@ -112,4 +112,4 @@ TEST(FileFormatOf, GoesByTheSuffixWhateverItsCase) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -12,7 +12,7 @@
 #include <ostream>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::KvmFile;
@@ -179,4 +179,4 @@ TEST_P(KvmOddity, IsLoadedAndStaysInBounds) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 struct KvmFile {
     struct Vertex {
@@ -257,4 +257,4 @@ inline void fillFrom(const KvmFile& file, ProgressiveMesh& pm) {
     }
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::KvmFile;
@@ -180,4 +180,4 @@ TEST_F(KvmHeader, OnlyLowMemoryDriversWriteABody) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

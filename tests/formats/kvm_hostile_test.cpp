@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::KvmFile;
@@ -221,4 +221,4 @@ TEST_F(KvmHostile, SurvivesAnyWordChanged) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -13,7 +13,7 @@
 #include <limits>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::KvmFile;
@@ -263,4 +263,4 @@ TEST_F(KvmReader, APartialLoadOfAHigherLevelCannotMove) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Each test has its own job folder, which holds its .kvm files.
 class KvmTest : public testing::Test {
@@ -87,4 +87,4 @@ inline KvmFile rowOfSplits(std::uint32_t vertexCount, std::uint32_t splitCount) 
     return file;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::KvmFile;
@@ -172,4 +172,4 @@ TEST_F(KvmWriter, AnOlderFileIsReplacedEntirely) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

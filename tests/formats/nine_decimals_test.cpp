@@ -12,7 +12,7 @@
 #include <random>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr std::uint32_t kSign = 0x80000000U;
@@ -148,4 +148,4 @@ TEST(NineDecimals, MatchesPrintfInASweepOverCoordinates) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

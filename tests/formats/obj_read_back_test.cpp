@@ -18,7 +18,7 @@
 #include <cmath>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 // A sample, whether it keeps its UVs, and how its colours are written.
@@ -163,4 +163,4 @@ std::vector<Case> cases() {
 INSTANTIATE_TEST_SUITE_P(Samples, ObjReadBack, testing::ValuesIn(cases()), nameOf);
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

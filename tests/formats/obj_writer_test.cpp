@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::ScratchFolder;
@@ -365,4 +365,4 @@ TEST(ObjWriter, DoesNotNoticeAFullDisk) {
 #endif
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::ScratchFolder;
@@ -575,4 +575,4 @@ TEST(VokReader, ArraysHaveNoSpareCapacity) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::ScratchFolder;
@@ -293,4 +293,4 @@ TEST(VokWriter, AFailingDeviceIsKept) {
 #endif
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

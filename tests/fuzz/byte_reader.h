@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Returns the bytes of a fuzz input one by one; zeros when they are used up.
 class ByteReader {
@@ -28,4 +28,4 @@ private:
     std::size_t left_;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

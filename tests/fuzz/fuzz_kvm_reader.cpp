@@ -24,7 +24,7 @@
 
 namespace {
 
-using namespace korvalite;
+using namespace korvalite::core;
 
 // The bytes of arrays beyond the file that are still tried: enough to reach every path; more would
 // only slow the fuzzer down.

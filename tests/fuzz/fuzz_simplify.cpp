@@ -24,7 +24,7 @@
 
 namespace {
 
-using namespace korvalite;
+using namespace korvalite::core;
 using test::ByteReader;
 
 constexpr std::uint32_t kMostPoints = 40;

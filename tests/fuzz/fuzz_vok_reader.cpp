@@ -16,7 +16,7 @@
 
 namespace {
 
-using namespace korvalite;
+using namespace korvalite::core;
 
 // Enough to reach every path; more would only slow the fuzzer down.
 constexpr std::int64_t kBytesBeyondFile = 1 << 16U;

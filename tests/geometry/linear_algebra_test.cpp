@@ -7,7 +7,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 void expectEqual(const FloatVec3& actual, const FloatVec3& expected) {
@@ -150,4 +150,4 @@ TEST(QuaternionToMatrix, ProductsAreRoundedBeforeTheyAreSummed) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -12,7 +12,7 @@
 #include <random>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -277,4 +277,4 @@ TEST(Invert4f, WorksInDoubleAndNarrowsLast) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

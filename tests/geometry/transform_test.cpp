@@ -12,7 +12,7 @@
 #include <numbers>
 #include <random>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 FloatVec3 apply(const Transform& transform, const FloatVec3& p) {
@@ -254,4 +254,4 @@ TEST(TransformPoint, ResultMayBeTheOperand) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -17,7 +17,7 @@
 #include <string>
 #include <utility>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 // Reads lines "v x y z" and "f a b c", with indices from 0.
@@ -151,4 +151,4 @@ TEST_F(DerivedMeshes, ABoxLosesAMirroredPair) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 struct SampleJob {
@@ -86,4 +86,4 @@ TEST(SampleOutputHashes, BelongToExistingJobs) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 class JobDirectoryTest : public testing::Test {
@@ -36,4 +36,4 @@ TEST(CurrentMeshName, IsTheLastOneSet) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

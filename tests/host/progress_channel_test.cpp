@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::ProgressImage;
@@ -416,4 +416,4 @@ TEST_F(ProgressChannelTest, AFileThatVanishesBeforeTheReadClosesTheChannel) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

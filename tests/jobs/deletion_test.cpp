@@ -3,7 +3,7 @@
 // Which files a run deletes.
 #include "jobs/job_run.h"
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 using Names = std::set<std::string>;
@@ -129,4 +129,4 @@ TEST_F(DeletionTest, AMarkerThatIsAFolderIsKept) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -3,7 +3,7 @@
 // How the entries of a job end: kinds, targets, failures and their message boxes.
 #include "jobs/job_run.h"
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 class EntriesTest : public JobTest {
@@ -217,4 +217,4 @@ TEST_F(EntriesTest, AHundredThousandEntriesFinishInTime) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

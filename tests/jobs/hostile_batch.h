@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 class HostileBatch : public testing::Test {
 protected:
@@ -61,4 +61,4 @@ protected:
     JobFolder job;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -13,7 +13,7 @@
 #include <set>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 class HostileDisk : public HostileBatch {
@@ -109,4 +109,4 @@ TEST_F(HostileDisk, WithoutAScratchFileTheResultIsTheSame) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 // A closed ring of eight triangles around an axis of two points, with its blocks in any order.
@@ -275,4 +275,4 @@ TEST_F(HostileJob, EndsNormallyAndInOrder) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 inline constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 inline constexpr float kInfinity = std::numeric_limits<float>::infinity();
@@ -240,4 +240,4 @@ inline std::vector<HostileSurface> hostileSurfaces() {
     };
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 enum Attributes : unsigned { kColors = 1, kMask = 2, kUVs = 4 };
@@ -129,4 +129,4 @@ TEST_P(HostileSurfaces, GiveLevelsOfAProgressiveMesh) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

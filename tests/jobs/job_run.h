@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // A bumpy square of side * side vertices with an open border: 2 * (side - 1)^2 triangles.
 inline VokBuilder bumpyGrid(std::uint32_t side) {
@@ -114,4 +114,4 @@ protected:
     std::string errors_;  // of the last run
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

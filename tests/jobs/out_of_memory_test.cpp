@@ -11,7 +11,7 @@
 #include <new>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 class OutOfMemory : public HostileBatch {
@@ -64,4 +64,4 @@ TEST_F(OutOfMemory, HasItsOwnBoxAndNoOutput) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

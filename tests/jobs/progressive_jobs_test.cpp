@@ -3,7 +3,7 @@
 // Jobs that build progressive meshes and extract levels from them, with the real executable.
 #include "jobs/job_run.h"
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 constexpr const char* kBuild = "Build progressive mesh";
@@ -256,4 +256,4 @@ TEST_F(ProgressiveJobs, DamagedFilesDoNotStopTheNextEntry) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 class ProtocolTest : public JobTest {
@@ -287,4 +287,4 @@ TEST_F(ProtocolTest, AMainTaskTheHostLeftOpenDoesNoHarm) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -8,7 +8,7 @@
 
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using Vertices = std::vector<std::int32_t>;
@@ -94,4 +94,4 @@ TEST(Borders, AreRecomputedFromTheCurrentLists) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 IndexList cornersOf(const DMesh& mesh, std::int32_t vertex) {
@@ -297,4 +297,4 @@ TEST(CornerLists, WarmingAHubStopsBeforeTheEndOfItsList) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

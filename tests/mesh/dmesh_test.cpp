@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -105,4 +105,4 @@ TEST(BoundingBox, OfAMeshCoversInactiveVerticesToo) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

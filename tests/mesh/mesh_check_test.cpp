@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 DMesh oneTriangle() {
@@ -44,4 +44,4 @@ TEST(CanBeDecimated, AcceptsAnyCoordinatesAndRepeatedIndices) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -11,7 +11,7 @@
 #include <limits>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -415,4 +415,4 @@ TEST(ComputeUVSeams, SeamsOfAnEarlierRunAreForgotten) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

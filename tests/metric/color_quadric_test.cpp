@@ -7,7 +7,7 @@
 
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 ColorQuadric counting() {
@@ -147,4 +147,4 @@ TEST(ColorQuadric, HandlesNaN) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

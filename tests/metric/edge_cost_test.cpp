@@ -11,7 +11,7 @@
 #include <cmath>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -511,4 +511,4 @@ TEST(EvaluateEdgeCostColor, HandlesNaNAndInfinity) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

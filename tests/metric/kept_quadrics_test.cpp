@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 struct CountingMetric : PlainMetric {
@@ -63,4 +63,4 @@ TEST_F(KeptQuadricsTest, StartsEachSumFromZero) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 TEST(Quadric3D, StartsAsZero) {
@@ -73,4 +73,4 @@ TEST(Quadric3D, TheFloatStorageRoundsEachSlot) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -7,7 +7,7 @@
 
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 TEST(SymmetryPlaneQuadric, IsThePlaneTimesTwoHundredInAllThreeForms) {
@@ -51,4 +51,4 @@ TEST(SymmetryPlaneQuadric, WithoutAPlaneIsZero) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -10,7 +10,7 @@
 #include <cmath>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using Doubles = std::array<double, 10>;
@@ -250,4 +250,4 @@ TEST(TriangleColorQuadric, WithoutAreaHasNoColourPart) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

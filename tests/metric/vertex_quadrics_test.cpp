@@ -7,7 +7,7 @@
 
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using Doubles = std::array<double, 10>;
@@ -205,4 +205,4 @@ TEST(VertexQuadrics, HandleCoordinatesThatAreNotFinite) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 namespace {
 
 TEST(CommandLine, TheTailFollowsTheNameAndWhiteSpace) {
@@ -56,4 +56,4 @@ TEST(CommandLine, AfterAnEmptyNameTheTailFollowsTheFirstWhiteSpace) {
 }
 
 }  // namespace
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

@@ -12,7 +12,7 @@
 #include <unistd.h>
 #endif
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 namespace {
 
 using test::readWhole;
@@ -242,4 +242,4 @@ TEST(File, BytesLeftOfAPipeIsUnknown) {
 #endif
 
 }  // namespace
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 namespace {
 
 using test::pathOfUtf8;
@@ -216,4 +216,4 @@ TEST(Platform, WithoutArgumentsTheTailIsEmpty) {
 #endif
 
 }  // namespace
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace korvalite::platform {
+namespace korvalite::core::platform {
 namespace {
 
 using namespace std::string_view_literals;
@@ -88,4 +88,4 @@ TEST(Utf8, CutsOtherTextAtAnyByte) {
 }
 
 }  // namespace
-}  // namespace korvalite::platform
+}  // namespace korvalite::core::platform

@@ -21,7 +21,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::KvmFile;
@@ -297,4 +297,4 @@ TEST_F(LevelUpdate, WithoutReorderingTheWorkingDataIsStillReleased) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -8,7 +8,7 @@
 #include <numeric>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 IndexMap shuffled(std::int32_t count, test::Random& random) {
@@ -104,4 +104,4 @@ TEST(Permute, EveryKindMatchesACopyAndKeepsTheMap) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 void expectDefaultSettings(const ProgressiveMesh& pm) {
@@ -147,4 +147,4 @@ TEST(ProgressiveMesh, NamesItsDriversAndBorderModesForTheLog) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

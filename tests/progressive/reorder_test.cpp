@@ -15,7 +15,7 @@
 #include <filesystem>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::MeshPtr;
@@ -156,4 +156,4 @@ TEST_F(Reorder, RecordsLostFromTheScratchFileAreSkipped) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 constexpr float kPercents[] = {60, 25, 0};
@@ -64,4 +64,4 @@ TEST_P(InMemoryRun, HighSpeedSplitsRestoreTheInputBitForBit) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

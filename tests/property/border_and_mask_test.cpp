@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 constexpr std::uint32_t kSeeds[] = {1, 2, 3};
@@ -145,4 +145,4 @@ TEST_F(BorderAndMask, ARealMaskKeepsMoreVerticesWhereItIsLow) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -13,7 +13,7 @@
 #include <set>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 inline constexpr std::uint32_t kColumns = 24;
 inline constexpr std::uint32_t kRows = 16;
@@ -111,4 +111,4 @@ inline void expectChartsOnTheirSides(const DMesh& mesh) {
     });
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -16,7 +16,7 @@
 #include <cmath>
 #include <cstdint>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 class CornerUVs : public DecimationTest {};
@@ -192,4 +192,4 @@ TEST_F(CornerUVs, OfTheRemovedVertexWinOnASeam) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

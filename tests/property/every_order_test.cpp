@@ -21,7 +21,7 @@
 #include <tuple>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 using Order = std::array<std::int32_t, 4>;
@@ -192,4 +192,4 @@ TEST_P(EveryOrder, LeavesASoundMeshWithReversibleLevels) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -14,7 +14,7 @@
 #include <cstdint>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 class EveryRun : public RunTest {
@@ -113,4 +113,4 @@ TEST_P(EveryRun, ChangesNothingIfTheTargetIsAlreadyReached) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -21,7 +21,7 @@
 #include <tuple>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -188,4 +188,4 @@ TEST_F(FlatAndOfOneColor, StaysFinite) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

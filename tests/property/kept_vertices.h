@@ -14,7 +14,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // The vertex is active, and its position and colour are the same bit for bit.
 inline testing::AssertionResult isUntouched(const DMesh& mesh, const DMesh& original,
@@ -75,4 +75,4 @@ inline void expectMaskedKept(const ProgressiveMesh& pm, const DMesh& original) {
     EXPECT_GT(masked, 30);
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 struct LevelCase {
     const char* name;
@@ -105,4 +105,4 @@ protected:
     JobFolder job;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <map>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 class LevelWalk : public RunTest {
@@ -113,4 +113,4 @@ TEST_P(LevelWalk, CanCountTriangles) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -17,7 +17,7 @@
 #include <memory>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 // A torus, and separate triangles next to it. When one of their vertices collapses, the other two
@@ -147,4 +147,4 @@ TEST_F(DecimationTest, AUVMergedFromTwoIsRestoredAfterThreeRoundTrips) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

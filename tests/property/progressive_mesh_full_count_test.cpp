@@ -15,7 +15,7 @@
 #include <set>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 // The new index for each old one.
@@ -119,4 +119,4 @@ TEST_P(ProgressiveMeshFullCount, HasEveryTriangleOfItsInputWithItsUVs) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 class ProgressiveMeshLevels : public LevelTest {};
@@ -106,4 +106,4 @@ TEST_P(ProgressiveMeshLevels, AFullLoadWithoutReorderingHasTheSameLevels) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

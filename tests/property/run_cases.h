@@ -18,7 +18,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 enum class Surface { Closed, Open };
 // A mask of 0, or colours next to seams, may forbid most of the collapses.
@@ -178,4 +178,4 @@ protected:
     JobFolder job;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -16,7 +16,7 @@
 #include <cstdint>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 constexpr std::int32_t kThreadCounts[] = {2, 3, 4, 8, 16};
@@ -106,4 +106,4 @@ TEST_P(SymmetryOnSeveralThreads, IsIntactAfterARun) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -14,7 +14,7 @@
 #include <cstdint>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 constexpr std::int32_t kThreadCounts[] = {2, 3, 4, 8, 16};
@@ -148,4 +148,4 @@ TEST_P(SeveralThreadsOnASample, ReachTheirTargetAndCanRestoreTheInput) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

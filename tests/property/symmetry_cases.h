@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 struct SymmetryCase {
     std::string name;
@@ -77,4 +77,4 @@ protected:
     }
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

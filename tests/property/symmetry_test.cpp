@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 class SymmetricMesh : public SymmetryTest {};
@@ -108,4 +108,4 @@ TEST_P(AsymmetricMesh, KeepsThePairsFarFromItsUnevenPart) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

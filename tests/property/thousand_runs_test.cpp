@@ -23,7 +23,7 @@
 #include <sstream>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 constexpr std::uint32_t kRunsPerTest = 100;
@@ -258,4 +258,4 @@ TEST_P(ThousandRuns, EndSoundAndLeakNothing) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

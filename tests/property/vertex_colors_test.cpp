@@ -15,7 +15,7 @@
 #include <limits>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 constexpr std::uint32_t kRed = packColor(250, 10, 20);
@@ -136,4 +136,4 @@ TEST_F(VertexColors, ColorsThatDoNotFitTheVerticesAreIgnored) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -15,7 +15,7 @@
 #include <set>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 // Distinct costs over many decades, and a set of vertices that may be picked.
@@ -116,4 +116,4 @@ TEST_F(HeldQueue, AlwaysPicksTheCheapestFreeVertex) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

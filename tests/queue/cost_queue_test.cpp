@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -507,4 +507,4 @@ TEST(CostQueue, OrdersLikeASortedSetWhateverTheCosts) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

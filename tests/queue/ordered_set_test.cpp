@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -133,4 +133,4 @@ TEST(OrderedSet, BehavesLikeAPlainSet) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

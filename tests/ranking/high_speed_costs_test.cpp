@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 std::size_t at(std::int32_t index) {
@@ -258,4 +258,4 @@ TEST(UpdateOnFlatGround, TheFirstOfEqualEdgesWinsFromItsLowerEnd) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 std::ostream& operator<<(std::ostream& out, EdgeVerdict verdict) {
     return out << (verdict == EdgeVerdict::Evaluate ? "evaluate"
@@ -211,4 +211,4 @@ TEST(InitialEdges, TheQueueGetsAllCollapsibleVertices) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

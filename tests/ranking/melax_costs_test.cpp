@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 std::size_t at(std::int32_t index) {
@@ -176,4 +176,4 @@ TEST(UpdateRingMelax, WithoutListsRanksOnlyTheKeptVertexByOldNormals) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

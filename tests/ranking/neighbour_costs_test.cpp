@@ -16,7 +16,7 @@
 #include <numbers>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 std::size_t at(std::int32_t index) {
@@ -322,4 +322,4 @@ TEST(UpdateNeighbourCosts, RanksOnlyTheVerticesThatFitTheSlots) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

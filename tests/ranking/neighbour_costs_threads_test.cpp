@@ -23,7 +23,7 @@
 #include <thread>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::MeshPtr;
@@ -363,4 +363,4 @@ TEST_F(NeighbourCostsOnThreads, DoNotWaitForSeamsWithoutUVs) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

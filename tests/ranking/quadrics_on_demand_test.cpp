@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 struct CountingMetric : PlainMetric {
@@ -87,4 +87,4 @@ TEST_F(QuadricsOnDemandTest, AreSummedAgainForTheNextNeighbourhood) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

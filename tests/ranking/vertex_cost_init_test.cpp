@@ -18,7 +18,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::AllocationLimit;
@@ -349,4 +349,4 @@ TEST(VertexCostInit, TheArraylessFormRanksSlavesToo) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -9,7 +9,7 @@
 
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 const VertexRecord& recompute(ProgressiveMesh& pm, std::int32_t vertex) {
@@ -177,4 +177,4 @@ TEST(RefreshRingCosts, VerticesThatCannotCollapseAnyMoreLeaveTheQueue) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

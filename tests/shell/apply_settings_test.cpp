@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 TEST(ApplySettings, SymmetryChoosesAxisAndMode) {
@@ -136,4 +136,4 @@ TEST(ColorWeightOf, IsLogarithmicFromAHundredthToAHundred) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

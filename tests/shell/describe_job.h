@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Every field as text, so that a failed comparison is readable.
 inline std::string describe(const BatchSettings& s) {
@@ -41,4 +41,4 @@ inline std::string describe(const JobConfig& job) {
     return out.str();
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 #include <initializer_list>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::VokBuilder;
@@ -131,4 +131,4 @@ TEST_F(LoadProgressiveInput, ReadsNoMoreThanTheTargetNeeds) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using Cells = std::vector<std::string>;
@@ -124,4 +124,4 @@ TEST(JobFileDocs, StateTheKindAndPlaceOfEveryKey) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

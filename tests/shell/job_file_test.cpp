@@ -10,7 +10,7 @@
 #include <limits>
 #include <string>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using namespace std::string_literals;
@@ -317,4 +317,4 @@ TEST_F(JobFileTest, ResetGivesTheDefaultsAndNoEntries) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

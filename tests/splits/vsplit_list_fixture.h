@@ -15,7 +15,7 @@
 #include <iterator>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Each test has its own job folder.
 class VSplitListTest : public testing::Test {
@@ -67,4 +67,4 @@ inline std::size_t recordBytes(const std::vector<VSplit>& splits, VSplitFormat f
     return words * 4;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::appendAll;
@@ -192,4 +192,4 @@ TEST_F(VSplitListLoad, ClosedFileGivesAnEmptyList) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

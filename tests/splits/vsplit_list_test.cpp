@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::appendAll;
@@ -552,4 +552,4 @@ TEST_F(VSplitListTest, NoSplitsAreSavedAsFourZeroBytes) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

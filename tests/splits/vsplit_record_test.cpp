@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::kAllFormats;
@@ -144,4 +144,4 @@ TEST(VSplitRecord, HostileCountsAreMeasuredNotFollowed) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 inline constexpr VSplitFormat kAllFormats[] = {
     {false, false}, {true, false}, {false, true}, {true, true}};
@@ -105,4 +105,4 @@ inline std::vector<std::uint32_t> wordsOf(const VSplitView& view) {
     return {view.words().begin(), view.words().end()};
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

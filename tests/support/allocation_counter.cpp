@@ -45,7 +45,7 @@ bool failsElsewhere() {
 
 }  // namespace
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 std::uint64_t AllocationCounter::total() {
     return allocations.load(std::memory_order_relaxed);
@@ -96,7 +96,7 @@ bool FailingAllocationElsewhere::hasFailed() {
     return leftElsewhere.load(std::memory_order_relaxed) == 0;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test
 
 void* operator new(std::size_t size) {
     allocations.fetch_add(1, std::memory_order_relaxed);

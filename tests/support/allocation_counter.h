@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Counts the allocations that the whole process makes through operator new during its lifetime:
 //
@@ -42,4 +42,4 @@ private:
     std::int64_t atStart_;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 TEST(AllocationCounter, CountsTheAllocationsOfVectors) {
@@ -68,4 +68,4 @@ TEST(LiveAllocations, AreThoseNotYetFreed) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

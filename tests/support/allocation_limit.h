@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <functional>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // During its lifetime, operator new refuses every request for more than this number of bytes, as it
 // does when memory is exhausted. Only one may exist at a time.
@@ -46,4 +46,4 @@ public:
     static bool hasFailed();
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

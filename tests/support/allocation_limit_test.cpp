@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 bool canAllocate(std::size_t bytes = 1) {
@@ -75,4 +75,4 @@ TEST(FailingAllocationElsewhere, IsTheNthOfAllOtherThreadsTogether) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -15,7 +15,7 @@
 #include <string>
 #include <utility>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Collects the scratch files made during its lifetime in its own folder.
 class JobFolder {
@@ -105,4 +105,4 @@ inline DMesh sample(const std::string& name) {
     return mesh;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

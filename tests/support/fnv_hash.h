@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // FNV-1a with 64 bits: enough to detect changed bytes.
 constexpr std::uint64_t fnvHash(std::string_view bytes) {
@@ -29,4 +29,4 @@ inline std::string fnvText(std::string_view bytes) {
     return text;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <sys/resource.h>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // During its lifetime, no file of this process grows beyond a number of bytes: writes past that
 // fail, as on a full disk. Do not print or expect anything meanwhile, as standard output may be a
@@ -33,6 +33,6 @@ private:
     void (*oldHandler_)(int) = nullptr;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test
 
 #endif

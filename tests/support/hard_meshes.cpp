@@ -9,7 +9,7 @@
 #include <map>
 #include <numbers>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 namespace {
 
@@ -203,4 +203,4 @@ std::optional<DMesh> hardMesh(std::string_view kind, std::int32_t size) {
     return buildMesh(surface.points, surface.faces);
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -9,7 +9,7 @@
 #include <optional>
 #include <string_view>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // The mesh of a kind, in a size of 3 or more; nothing for any other name or size.
 //
@@ -23,4 +23,4 @@ namespace korvalite::test {
 //            the diagonal allows each vertex many mirror images
 std::optional<DMesh> hardMesh(std::string_view kind, std::int32_t size);
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <iterator>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 // EXPECTs the kind to be known.
@@ -91,4 +91,4 @@ TEST(HardMeshes, PatchesAreNarrowAndOnEitherSideOfTheMirrorPlane) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // The marker file of a host that sees every record the tool writes, however fast the tool is.
 //
@@ -107,4 +107,4 @@ private:
     void (*oldHandler_)(int) = nullptr;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

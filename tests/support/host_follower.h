@@ -3,7 +3,7 @@
 
 #include "host/host_monitor.h"
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Passes everything on to the host's channel, as a job's monitor does. Tests derive from it to see
 // the steps of a run.
@@ -22,4 +22,4 @@ public:
     [[nodiscard]] bool stopRequested() const override { return hostMonitor().stopRequested(); }
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

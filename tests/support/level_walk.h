@@ -18,7 +18,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 using Words = std::vector<std::uint32_t>;
 
@@ -132,4 +132,4 @@ inline DMesh welded(DMesh mesh) {
     return mesh;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

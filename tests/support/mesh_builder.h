@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 using Points = std::vector<FloatVec3>;
 using Faces = std::vector<std::array<std::uint32_t, 3>>;
@@ -301,4 +301,4 @@ inline DMesh colorfulBall() {
     return mesh;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 enum class Degenerate { Refused, Allowed };
 
@@ -166,4 +166,4 @@ inline testing::AssertionResult isClosedManifold(const DMesh& mesh) {
     return testing::AssertionSuccess();
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // 4 x 4 hilly squares to the right of the plane x = 0 and their mirror image, paired and with
 // symmetry handled. Vertex (c, r) of the right half has the index 5 r + c; those of column 0 are on
@@ -45,4 +45,4 @@ struct MirroredGrid {
     void unpair(std::int32_t v) { pair(v, kNone); }
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

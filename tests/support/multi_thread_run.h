@@ -14,7 +14,7 @@
 #include <optional>
 #include <utility>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 inline DMesh bumpyBall(unsigned level = 3) {
     DMesh mesh = sphere(level);
@@ -60,4 +60,4 @@ protected:
     Watchdog watchdog{"MultiThreadTest"};
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -5,7 +5,7 @@
 
 #include <sys/resource.h>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // During its lifetime, this process can open no file, whatever its rights. Open files stay open,
 // and files can be deleted.
@@ -25,6 +25,6 @@ private:
     rlimit oldLimit_{};
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test
 
 #endif

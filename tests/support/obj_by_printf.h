@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // The plain way to write an OBJ, without colours and without checks of the indices: one fprintf for
 // each line. The product must write the same bytes, in less time.
@@ -45,4 +45,4 @@ inline void writeObjByPrintf(std::FILE* file, const DMesh& mesh) {
     }
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // An OBJ as any reader sees it, parsed without any code of the product. Indices are 0-based here.
 struct ObjFile {
@@ -90,4 +90,4 @@ inline ObjFile readObj(const std::string& path) {
     return obj;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -10,7 +10,7 @@
 
 #include <utility>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Takes over a mesh and adds what collapses need: corner lists, border bits and an empty cost
 // queue.
@@ -29,4 +29,4 @@ inline void prepareUnranked(ProgressiveMesh& pm, DMesh mesh) {
         forgetCost(vertex);
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

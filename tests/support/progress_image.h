@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // The 176 bytes of a progress file as a host sees them, written independently, so that a change of
 // the product's own layout is noticed.
@@ -60,4 +60,4 @@ private:
     std::string bytes_;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

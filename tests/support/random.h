@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <random>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Numbers that a seed reproduces on every platform, unlike the distributions of the library.
 class Random {
@@ -29,4 +29,4 @@ private:
     std::mt19937 engine_;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

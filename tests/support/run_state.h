@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 inline void append(Words& words, const BitArray& bits) {
     words.push_back(static_cast<std::uint32_t>(bits.count()));
@@ -42,4 +42,4 @@ inline Words stateOf(const ProgressiveMesh& pm) {
     return words;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

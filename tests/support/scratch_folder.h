@@ -7,7 +7,7 @@
 #include <random>
 #include <string>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // An empty folder for one test, with a name beyond ASCII, removed with all its contents.
 class ScratchFolder {
@@ -56,4 +56,4 @@ inline std::string readWhole(const std::string& path) {
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

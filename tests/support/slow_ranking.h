@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Adds the quadrics of all triangles at a vertex, from the highest corner down, which is the order
 // of fresh corner lists.
@@ -44,4 +44,4 @@ RankedVertex rankSlowly(const ProgressiveMesh& pm, std::int32_t v) {
     return best;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

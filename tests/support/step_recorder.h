@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 class StepRecorder : public HostFollower {
 public:
@@ -13,4 +13,4 @@ public:
     std::vector<int> numbers;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

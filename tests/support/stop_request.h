@@ -5,7 +5,7 @@
 #include "support/progress_image.h"
 #include "support/scratch_folder.h"
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // The process's progress channel with a host, open during the lifetime of this object.
 class HostedProgress {
@@ -49,4 +49,4 @@ private:
     }
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 namespace {
 
@@ -83,4 +83,4 @@ SurfaceDistance surfaceDistance(const DMesh& first, const DMesh& second, std::si
     return {there.rms, std::max(there.maximum, back.maximum)};
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

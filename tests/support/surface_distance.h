@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Points spread over the active triangles in proportion to their area, always the same. About
 // `count` of them; none on a mesh without area.
@@ -24,4 +24,4 @@ struct SurfaceDistance {
 // seconds.
 SurfaceDistance surfaceDistance(const DMesh& first, const DMesh& second, std::size_t samples);
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -11,7 +11,7 @@
 #include <cmath>
 #include <limits>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 namespace {
 
 constexpr std::size_t kSamples = 5000;
@@ -108,4 +108,4 @@ TEST(TriangleGrid, WithoutTrianglesIsInfinitelyFar) {
 }
 
 }  // namespace
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

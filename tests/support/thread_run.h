@@ -18,7 +18,7 @@
 #include <thread>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 inline void askForThreads(ProgressiveMesh& pm, std::int32_t count) {
     pm.MemSpeedTradeOff = MEMSPEED_TRADEOFF_LOW_MEM_MT;
@@ -81,4 +81,4 @@ void runLoops(ProgressiveMesh& pm, SharedRun& run, Meanwhile meanwhile) {
     meanwhile();
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Calls work(0) to work(count - 1), each on its own thread, and waits for all of them. None starts
 // before all threads exist.
@@ -49,4 +49,4 @@ bool staysTheSameInside(Section& section, Look look, Work work) {
     return stays;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -6,7 +6,7 @@
 
 #include <memory>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // The state of the driver on threads, which is made if there was no run yet.
 inline ThreadsState& threadsOf(ProgressiveMesh& pm) {
@@ -18,4 +18,4 @@ inline const ThreadsState& threadsOf(const ProgressiveMesh& pm) {
     return pm.threads ? *pm.threads : none;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -13,7 +13,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // The real executable at work, started with one argument. Its standard output and error are kept.
 class RunningTool {
@@ -69,4 +69,4 @@ private:
     bool ended_ = false;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <limits>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 namespace {
 
@@ -198,4 +198,4 @@ double TriangleGrid::reach(const DoubleVec3& point, const Cell& center, std::int
     return least * cellSize_;
 }
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 using Corners = std::array<DoubleVec3, 3>;
 
@@ -58,4 +58,4 @@ private:
     std::vector<std::uint32_t> items_;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

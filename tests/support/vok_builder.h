@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // Assembles a .Vok file in memory, byte by byte and without any code of the product, valid or not
 // as the test requires.
@@ -104,4 +104,4 @@ private:
     std::string bytes_;
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

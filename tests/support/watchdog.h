@@ -10,7 +10,7 @@
 #include <thread>
 #include <utility>
 
-namespace korvalite::test {
+namespace korvalite::core::test {
 
 // For a test whose threads could wait for each other for ever: ends the process if this object
 // lives for minutes, and says where.
@@ -49,4 +49,4 @@ private:
     std::thread thread_{[this] { watch(); }};
 };
 
-}  // namespace korvalite::test
+}  // namespace korvalite::core::test

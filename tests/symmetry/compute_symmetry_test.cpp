@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <limits>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 /// Pairs of vertices at (+-x, y, z) around a centre that is not the origin, in a box of diagonal 3.
@@ -128,4 +128,4 @@ TEST(ComputeSymmetry, BoxOfNaNOrInfinityIsHarmless) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

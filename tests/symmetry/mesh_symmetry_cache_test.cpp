@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <random>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 void expectEqual(const FloatVec3& actual, const FloatVec3& expected) {
@@ -293,4 +293,4 @@ TEST(BuildTransforms, AnyNormalProjectsOntoItsPlaneAndReflectsAcrossIt) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

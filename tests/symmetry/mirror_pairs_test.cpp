@@ -14,7 +14,7 @@
 #include <random>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -452,4 +452,4 @@ TEST(PairVertices, ManyNaNsTakeLessThanQuadraticTime) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

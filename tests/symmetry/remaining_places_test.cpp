@@ -7,7 +7,7 @@
 #include <random>
 #include <set>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 TEST(RemainingPlaces, EmptySetHasNone) {
@@ -44,4 +44,4 @@ TEST(RemainingPlaces, AgreesWithAnOrderedSetWhateverTheOrderOfRemoval) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

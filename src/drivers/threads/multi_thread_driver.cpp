@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -142,4 +142,4 @@ template void doDecimationInit_LM_MT<ColorMetric>(ProgressiveMesh&);
 template int doDecimationLaunchThreadLoops_LM_MT<PlainMetric>(ProgressiveMesh&);
 template int doDecimationLaunchThreadLoops_LM_MT<ColorMetric>(ProgressiveMesh&);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -10,7 +10,7 @@
 #include "metric/metric.h"
 #include "progressive/progressive_mesh.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Decimates on NumThread threads, including the calling one, until doDecimationLoop_LM_MT has
 /// ended on each. If the system refuses to start more threads, the running ones do all the work.
@@ -26,4 +26,4 @@ void doDecimationInit_LM_MT(ProgressiveMesh& pm);
 template <typename Metric>
 int doDecimationLaunchThreadLoops_LM_MT(ProgressiveMesh& pm);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

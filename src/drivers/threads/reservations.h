@@ -11,7 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// The vertices that one thread holds in `lockedVertices` for its turn: both ends of an edge and
 /// their rings, and those of the mirror image. The holder may read and write all data of these
@@ -156,4 +156,4 @@ private:
     std::uint64_t lookCount_ = 0;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

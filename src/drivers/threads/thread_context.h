@@ -14,7 +14,7 @@
 #include <cstdint>
 #include <deque>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// The turns of one thread and its times, which are measured only if
 /// ProgressiveMesh::measureThreads is set.
@@ -68,4 +68,4 @@ struct SharedRun {
     bool outOfMemory = false;         // a thread has run out of memory, so all must end
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -12,7 +12,7 @@
 #include <optional>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 
 namespace {
 
@@ -215,4 +215,4 @@ void doDecimationLoop_LM_MT(ProgressiveMesh& pm, ThreadContext& context, SharedR
 template void doDecimationLoop_LM_MT<PlainMetric>(ProgressiveMesh&, ThreadContext&, SharedRun&);
 template void doDecimationLoop_LM_MT<ColorMetric>(ProgressiveMesh&, ThreadContext&, SharedRun&);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

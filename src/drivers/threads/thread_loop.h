@@ -15,7 +15,7 @@
 #include "drivers/threads/thread_context.h"
 #include "progressive/progressive_mesh.h"
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// Runs turns until the target is reached, the queue is empty, nothing can be picked, only refused
 /// collapses are left, a stop is requested, or a thread has run out of memory. Never throws:
@@ -23,4 +23,4 @@ namespace korvalite {
 template <typename Metric>
 void doDecimationLoop_LM_MT(ProgressiveMesh& pm, ThreadContext& context, SharedRun& run);
 
-}  // namespace korvalite
+}  // namespace korvalite::core

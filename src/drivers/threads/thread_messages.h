@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <mutex>
 
-namespace korvalite {
+namespace korvalite::core {
 
 /// The messages between the main thread and its workers. To a worker they mean: run the loop, or
 /// end. To the main thread: the worker has started, or its loop has ended.
@@ -51,4 +51,4 @@ private:
     std::size_t dones_ = 0;
 };
 
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -15,7 +15,7 @@
 #include <cstdint>
 #include <utility>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::bumpyBall;
@@ -341,4 +341,4 @@ TEST_F(MultiThread, PagingOutDoesNotChangeTheRecords) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -21,7 +21,7 @@
 #include <thread>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::bumpyBall;
@@ -157,4 +157,4 @@ TEST_F(MultiThreadHost, ShowsTheHostThatItIsProcessingAndTheVertexCount) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

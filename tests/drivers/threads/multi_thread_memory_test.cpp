@@ -26,7 +26,7 @@
 #include <pthread.h>
 #endif
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::MeshPtr;
@@ -280,4 +280,4 @@ TEST_F(MultiThreadMemory, EachThreadAddsTwoBytesPerVertexAndABitPerTriangle) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

@@ -30,7 +30,7 @@
 #include <utility>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using test::bumpyBall;
@@ -522,4 +522,4 @@ TEST_F(MultiThreadTurns, ProgressCountsRefusedTurnsToo) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

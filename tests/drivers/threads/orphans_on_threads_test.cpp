@@ -14,7 +14,7 @@
 
 #include <gtest/gtest.h>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 // 4 x 4 squares, and a triangle v u x that is detached, or attached by its u to vertex 0.
@@ -110,4 +110,4 @@ TEST_F(OrphansOnThreads, AreRefusedAndPenalizedIfTheirPartnerIsStillThere) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

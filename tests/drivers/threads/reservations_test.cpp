@@ -21,7 +21,7 @@
 #include <set>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 using Vertices = std::set<std::int32_t>;
@@ -365,4 +365,4 @@ TEST_F(ReservationsAfterARun, NoneIsLeftWhenAThreadRanOutOfMemory) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

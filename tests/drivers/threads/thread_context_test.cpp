@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 TEST(ThreadWorkRecord, StartsEmptyWithRoomForAnOrdinaryTurn) {
@@ -196,4 +196,4 @@ TEST_F(ThreadContexts, StartOnTheirOwnCacheLines) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core

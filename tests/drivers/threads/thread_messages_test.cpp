@@ -8,7 +8,7 @@
 
 #include <thread>
 
-namespace korvalite {
+namespace korvalite::core {
 namespace {
 
 TEST(ThreadMessageQueue, AReadBlocksUntilAMessageArrives) {
@@ -122,4 +122,4 @@ TEST(ThreadMessageQueue, PostingNeverAllocates) {
 }
 
 }  // namespace
-}  // namespace korvalite
+}  // namespace korvalite::core
