@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// A slave whose master collapses alone: the high-speed driver ranks it and queues it at once.
+// A slave whose master collapses alone: the high-speed driver ranks it and queues it at once, and a
+// thread lists it for the queue.
 #include "drivers/in_memory_drivers.h"
+#include "drivers/low_memory_hooks.h"
+#include "drivers/preparation.h"
 #include "metric/mesh_quadrics.h"
 #include "ranking/high_speed_costs.h"
 #include "ranking/vertex_cost.h"
@@ -126,6 +129,40 @@ TEST_F(FreedSlave, IsRankedFromStoredQuadrics) {
         if (ranked != cost()) ++different;
     }
     EXPECT_GT(different, 0) << "of the stored quadrics some know the plane";
+}
+
+// A thread's hook for a vertex of a ball, and what it lists for the queue.
+class FreedSlaveOfAThread : public test::DecimationTest {
+protected:
+    FreedSlaveOfAThread() : pm(test::prepared(test::sphere(2))) {
+        prepareLowMemoryRun<PlainMetric>(*pm, {});
+        marks.prepare(pm->mesh);
+    }
+    void rank(std::int32_t vertex) {
+        Shared shared(*pm, record, sections);
+        LowMemoryHooks<PlainMetric, Shared>(*pm, marks, shared).rankFreedSlave(vertex);
+    }
+
+    test::MeshPtr pm;
+    NeighbourhoodMarks marks;
+    ThreadWorkRecord record;
+    CriticalSections sections;
+};
+
+TEST_F(FreedSlaveOfAThread, IsListedWithItsCostForTheQueue) {
+    rank(7);
+    ASSERT_EQ(record.updateVertices, IndexList{7});
+    IndexList ring;
+    const RankedVertex expected = rankVertex<PlainMetric>(*pm, 7, ring);
+    EXPECT_EQ(record.updateCosts.front(), expected.cost);
+    EXPECT_EQ(record.updatePartners.front(), expected.partner);
+}
+
+TEST_F(FreedSlaveOfAThread, IsLeftAsItIsIfNothingCanCollapse) {
+    pm->mesh.borderVertices.Set(7);
+    pm->BorderMode = BORDERMODE_FREEZE;
+    rank(7);
+    EXPECT_TRUE(record.updateVertices.empty());
 }
 
 }  // namespace

@@ -92,6 +92,18 @@ TEST_F(FileFormatsTest, AFailingWriterReturnsFalse) {
     EXPECT_FALSE(save(u8"no such folder/a.obj"));
 }
 
+TEST_F(FileFormatsTest, ObjAndStlAreNeverReadWhateverTheyHold) {
+    addVertex();
+    ASSERT_TRUE(save(u8"a.Vok"));
+    const auto all = [](std::uint32_t vertexCount) {
+        return static_cast<std::int32_t>(vertexCount);
+    };
+    ProgressiveMesh fresh;
+    for (const char* suffix : {".obj", ".stl"})
+        EXPECT_FALSE(fileFormatOf(suffix).read(path_.c_str(), fresh, all)) << suffix;
+    EXPECT_TRUE(fileFormatOf(".Vok").read(path_.c_str(), fresh, all));
+}
+
 TEST_F(FileFormatsTest, AnUnknownSuffixReadsAndWritesNothing) {
     EXPECT_TRUE(save(u8"a.ply"));
     EXPECT_FALSE(fileExists());
