@@ -57,17 +57,28 @@ void writeBody(platform::File& file, const ProgMeshHeader& header, ProgressiveMe
     DebugLog("   - vtxSplitlist saved!");
 }
 
+void writeHeaderAndBody(platform::File& file, ProgressiveMesh& pm) {
+    ProgMeshHeader header;
+    fillProgMeshHeader(header, pm);
+    writeProgMeshHeader(header, file);
+    if (hasBody(header)) writeBody(file, header, pm);
+}
+
 }  // namespace
+
+bool writeProgressiveMesh(ProgressiveMesh& pm, const HeapString& path) {
+    platform::File file = platform::File::open(path.c_str(), "wb");
+    if (!file) return false;
+    writeHeaderAndBody(file, pm);
+    return file.close();
+}
 
 int saveProgressiveMesh(ProgressiveMesh& pm, const HeapString& path) {
     DebugLog("Saving ProgressiveMesh %s", path.c_str());
     platform::File file = platform::File::open(path.c_str(), "wb");
     if (!file) return 1;
-    ProgMeshHeader header;
-    fillProgMeshHeader(header, pm);
-    if (const int result = writeProgMeshHeader(header, file); result != 0) return result;
     // COMPAT: writes are not checked; hosts find a short file if the disk is full.
-    if (hasBody(header)) writeBody(file, header, pm);
+    writeHeaderAndBody(file, pm);
     return 0;
 }
 

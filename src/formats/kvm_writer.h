@@ -12,4 +12,7 @@ struct ProgressiveMesh;
 /// not checked: a full disk leaves a short file and still returns 0.
 int saveProgressiveMesh(ProgressiveMesh& pm, const HeapString& path);
 
+/// The same file, but true only if all of it reached the system.
+bool writeProgressiveMesh(ProgressiveMesh& pm, const HeapString& path);
+
 }  // namespace korvalite::core

@@ -279,15 +279,6 @@ WalkStep walkBlock(VokWalk& walk) {
     return readBlock(walk, header);
 }
 
-void activateAll(DMesh& mesh) {
-    mesh.vertexActive.Free();
-    mesh.vertexActive.Resize(mesh.vertexCount(), true);
-    mesh.numActiveVertices = static_cast<std::uint32_t>(mesh.vertexCount());
-    mesh.triangleActive.Free();
-    mesh.triangleActive.Resize(mesh.triangleCount(), true);
-    mesh.numActiveTriangles = static_cast<std::uint32_t>(mesh.triangleCount());
-}
-
 }  // namespace
 
 bool importDMesh(const HeapString& path, DMesh& mesh, std::int64_t bytesBeyondFile) {
@@ -326,14 +317,6 @@ bool readVokBlockHeader(platform::File& file, VokBlockHeader& header) {
     got += file.read(&header.Count, sizeof header.Count);
     got += file.read(&header.reserved, sizeof header.reserved);
     return got == kVokBlockHeaderBytes;
-}
-
-void dropUniformMask(DMesh& mesh) {
-    std::vector<std::uint8_t>& mask = mesh.maskValues;
-    const auto differsFromFirst = [&](std::uint8_t value) { return value != mask.front(); };
-    // COMPAT: even a mask of all zeros is dropped, which would forbid all; outputs depend on it.
-    if (std::none_of(mask.begin(), mask.end(), differsFromFirst))
-        std::vector<std::uint8_t>().swap(mask);
 }
 
 }  // namespace korvalite::core

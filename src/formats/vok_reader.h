@@ -33,7 +33,4 @@ bool readVokFileHeader(platform::File& file);
 /// True if all 16 bytes were read. False on a closed file.
 bool readVokBlockHeader(platform::File& file, VokBlockHeader& header);
 
-/// Empties `maskValues` if all its bytes are equal: a uniform mask carries no information.
-void dropUniformMask(DMesh& mesh);
-
 }  // namespace korvalite::core

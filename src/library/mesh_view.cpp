@@ -19,9 +19,9 @@ std::string countText(std::size_t count, const char* what) {
 }  // namespace
 
 void requireFittingSizes(const MeshView& mesh) {
-    require(mesh.positions.size() % 3 == 0,
-            "positions has " + countText(mesh.positions.size(), "values") +
-                ", but a vertex takes three: x, y and z.");
+    require(mesh.positions.size() % 3 == 0, "positions has " +
+                                                countText(mesh.positions.size(), "values") +
+                                                ", but a vertex takes three: x, y and z.");
     require(mesh.verticesPerFace == 3 || mesh.verticesPerFace == 4,
             "verticesPerFace is " + std::to_string(mesh.verticesPerFace) +
                 ", but a face has 3 vertices or 4; split larger faces first.");

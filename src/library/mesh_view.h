@@ -3,7 +3,7 @@
 // How the arrays of a MeshView are walked, and what their sizes must be.
 #pragma once
 
-#include "korvalite/korvalite.h"
+#include <korvalite/korvalite.h>
 
 #include <array>
 #include <cstddef>
@@ -14,8 +14,8 @@ namespace korvalite {
 /// Throws Error(BadMesh) unless the sizes of the arrays fit each other and the limits of the core.
 void requireFittingSizes(const MeshView& mesh);
 
-/// Calls visit(triangle, corners) for each triangle in order, quads split; the corners are places in
-/// `faces` and `faceUVs`. REQUIRES: requireFittingSizes has passed.
+/// Calls visit(triangle, corners) for each triangle in order, quads split; the corners are places
+/// in `faces` and `faceUVs`. REQUIRES: requireFittingSizes has passed.
 template <typename Visit>
 void forEachTriangle(const MeshView& mesh, Visit visit) {
     using Corners = std::array<std::size_t, 3>;

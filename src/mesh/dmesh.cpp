@@ -38,6 +38,23 @@ void extendBoundingBox(BoundingBox& box, const FloatVec3& point) {
     extendAxis(box.min.z, box.max.z, point.z);
 }
 
+void activateAll(DMesh& mesh) {
+    mesh.vertexActive.Free();
+    mesh.vertexActive.Resize(mesh.vertexCount(), true);
+    mesh.numActiveVertices = static_cast<std::uint32_t>(mesh.vertexCount());
+    mesh.triangleActive.Free();
+    mesh.triangleActive.Resize(mesh.triangleCount(), true);
+    mesh.numActiveTriangles = static_cast<std::uint32_t>(mesh.triangleCount());
+}
+
+void dropUniformMask(DMesh& mesh) {
+    const IndexedArray<std::uint8_t>& mask = mesh.maskValues;
+    const auto differsFromFirst = [&](std::uint8_t value) { return value != mask.front(); };
+    // COMPAT: even a mask of all zeros is dropped, which would forbid all; outputs depend on it.
+    if (std::none_of(mask.begin(), mask.end(), differsFromFirst))
+        IndexedArray<std::uint8_t>().swap(mesh.maskValues);
+}
+
 void recomputeBoundingBox(DMesh& mesh) {
     mesh.boundingBox = BoundingBox{};
     for (const VertexRecord& vertex : mesh.vertices) {

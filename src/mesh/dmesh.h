@@ -150,6 +150,12 @@ struct DMesh {
     }
 };
 
+/// Makes every vertex and triangle active.
+void activateAll(DMesh& mesh);
+
+/// Empties `maskValues` if all its bytes are equal: a uniform mask carries no information.
+void dropUniformMask(DMesh& mesh);
+
 /// Sets the bounding box of all `vertices`, active or not; it is empty if there are none.
 void recomputeBoundingBox(DMesh& mesh);
 
