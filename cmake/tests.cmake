@@ -26,6 +26,16 @@ endfunction()
 file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/*_test.cpp")
 file(GLOB test_support CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/support/*.cpp")
 
+# For the thread sanitizer, the test files that have to do with threads are enough.
+if(KORVALITE_SANITIZE STREQUAL "thread")
+    foreach(test_source IN LISTS test_sources)
+        file(STRINGS "${test_source}" lines_about_threads REGEX "[Tt]hread|Shared|CriticalSection")
+        if(NOT lines_about_threads)
+            list(REMOVE_ITEM test_sources "${test_source}")
+        endif()
+    endforeach()
+endif()
+
 # The fuzz build is for the fuzz targets alone.
 if(test_sources AND NOT KORVALITE_FUZZ)
     add_executable(korvalite_tests ${test_sources} ${test_support})
