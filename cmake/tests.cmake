@@ -26,7 +26,7 @@ endfunction()
 file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/*_test.cpp")
 file(GLOB test_support CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/support/*.cpp")
 
-# For the thread sanitizer, the test files that have to do with threads are enough.
+# The thread sanitizer needs only the test files that mention threads.
 if(KORVALITE_SANITIZE STREQUAL "thread")
     foreach(test_source IN LISTS test_sources)
         file(STRINGS "${test_source}" lines_about_threads REGEX "[Tt]hread|Shared|CriticalSection")

@@ -122,19 +122,19 @@ struct Options {
     /// Keep every vertex on an open border where it is. Otherwise borders are simplified along
     /// themselves.
     bool freezeBorder = false;
-    /// Refuse collapses that would change the topology: close a hole, or join or part surfaces.
+    /// Refuse collapses that would change the topology: close a hole, or join or separate surfaces.
     bool protectTopology = true;
     /// Refuse collapses that would turn a triangle over.
     bool protectNormals = true;
     /// Weight the error by the area of triangles, so that dense regions lose more vertices.
     bool weightByArea = false;
-    /// How much colours count beside shape, from 1 (not at all) to 100, on a logarithmic scale.
+    /// The weight of colours relative to shape, from 1 (none) to 100, on a logarithmic scale.
     float colorWeight = 50;
     /// More threads are faster, but then the result differs a little from run to run. From 1 to
     /// 1024.
     int threads = 1;
-    /// Where a scratch file may grow to some 60 bytes for each collapsed vertex; the system's
-    /// folder for temporary files if empty. It is deleted in the end.
+    /// Where to keep a scratch file of about 60 bytes for each collapsed vertex; the system's
+    /// folder for temporary files if empty. The run deletes the file.
     std::filesystem::path scratchFolder;
 };
 
@@ -195,14 +195,15 @@ public:
     /// Reads a `.kvm` file, as written by save or by the tool.
     [[nodiscard]] static ProgressiveMesh load(const std::filesystem::path& path);
 
-    /// Writes a `.kvm` file at the current level. On failure the file is deleted.
+    /// Writes a `.kvm` file at the current level. An incomplete file is deleted; if the file cannot
+    /// be opened, an older one of that name stays.
     void save(const std::filesystem::path& path);
 
     ProgressiveMesh(ProgressiveMesh&& other) noexcept;
     ProgressiveMesh& operator=(ProgressiveMesh&& other) noexcept;
     ~ProgressiveMesh();
 
-    /// What build has to say; empty after load.
+    /// The report of build; empty after load.
     [[nodiscard]] const Report& report() const;
 
     /// The finest level, and the current one. The current level after build is the coarsest.
@@ -218,7 +219,7 @@ private:
     std::unique_ptr<State> state_;
 };
 
-/// What is wrong with a mesh, or may surprise. Any view is fine, also one that simplify refuses.
+/// Faults and oddities of a mesh. Any view can be checked, even one that simplify refuses.
 ///
 /// A triangle with a vertex index out of range counts only as bad and uses no vertices; with only a
 /// UV index out of range, it counts everywhere else too. A triangle that has a vertex twice counts
@@ -273,7 +274,7 @@ struct MeshCheck {
     [[nodiscard]] bool isClosed() const { return borderEdges == 0; }
 };
 
-/// Looks at a mesh without changing it. Throws an Error only if the sizes of its arrays do not fit
+/// Checks a mesh. Throws an Error only if the sizes of its arrays do not fit
 /// each other. Takes about 36 bytes per triangle, 48 with UVs, and 8 per vertex; or 16 per vertex
 /// if that is more.
 [[nodiscard]] MeshCheck check(const MeshView& mesh);

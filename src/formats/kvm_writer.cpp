@@ -3,6 +3,7 @@
 
 #include "base/debug_log.h"
 #include "formats/kvm_format.h"
+#include "platform/platform.h"
 #include "progressive/progressive_mesh.h"
 
 #include <algorithm>
@@ -70,7 +71,9 @@ bool writeProgressiveMesh(ProgressiveMesh& pm, const HeapString& path) {
     platform::File file = platform::File::open(path.c_str(), "wb");
     if (!file) return false;
     writeHeaderAndBody(file, pm);
-    return file.close();
+    if (file.close()) return true;
+    if (platform::isRegularFile(path.c_str())) platform::deleteFile(path.c_str());
+    return false;
 }
 
 int saveProgressiveMesh(ProgressiveMesh& pm, const HeapString& path) {

@@ -12,7 +12,8 @@ struct ProgressiveMesh;
 /// not checked: a full disk leaves a short file and still returns 0.
 int saveProgressiveMesh(ProgressiveMesh& pm, const HeapString& path);
 
-/// The same file, but true only if all of it reached the system.
+/// The same file, but true only if all of it reached the system. An incomplete file is deleted; if
+/// the file cannot be opened, an older one of that name stays.
 bool writeProgressiveMesh(ProgressiveMesh& pm, const HeapString& path);
 
 }  // namespace korvalite::core

@@ -4,7 +4,6 @@
 #include "collapse/collapse.h"
 #include "collapse/sharing.h"
 #include "collapse/symmetric_collapse.h"
-#include "formats/active_items.h"
 #include "mesh/corner_lists.h"
 #include "metric/metric.h"
 #include "ranking/vertex_cost.h"
@@ -95,49 +94,31 @@ private:
     core::CollapseRecord record_;
 };
 
+/// The rest of the sentence that begins with "Most of the edges that are left".
 struct Advice {
     EdgeCount rule;
-    const char* sentence;
-    const char* withColors;
+    const char* text;
+    const char* withColors = nullptr;  // where colours are the reason
 };
-
-constexpr const char* kBorderOfColors =
-    "Most of the edges that are left touch a border, which stays as it is in a mesh with colours; "
-    "without the colours it could be simplified.";
-constexpr const char* kSeamOfColors =
-    "Most of the edges that are left touch a UV seam, which stays as it is in a mesh with colours; "
-    "without the colours or the UVs it could be simplified.";
-
-constexpr const char* kSameColors =
-    "Most of the edges that are left have no best place for position and colour together, as where "
-    "neighbours have the same colour; leave the colours out.";
 
 constexpr std::array kAdvice{
     Advice{&BlockedEdges::mask,
-           "Most of the edges that are left have an end with mask 0; a mask "
-           "of 1 or more would let them go, slowly.",
-           nullptr},
-    Advice{&BlockedEdges::border,
-           "Most of the edges that are left touch a frozen border; do not freeze borders.",
-           kBorderOfColors},
+           "have an end with mask 0; a mask of 1 or more would let them collapse, slowly."},
+    Advice{&BlockedEdges::border, "touch a frozen border; do not freeze borders.",
+           "touch a border, which does not change in a mesh with colours; without the colours they "
+           "could collapse."},
     Advice{&BlockedEdges::seam,
-           "Most of the edges that are left end at a corner of a UV seam; without the UVs they "
-           "could go.",
-           kSeamOfColors},
+           "end at a corner of a UV seam; without the UVs they could collapse.",
+           "touch a UV seam, which does not change in a mesh with colours; without the colours or "
+           "the UVs they could collapse."},
     Advice{&BlockedEdges::symmetry,
-           "Most of the edges that are left have no mirror image that could follow; do not ask for "
-           "symmetry.",
-           nullptr},
+           "have no mirror image that could follow; do not ask for symmetry."},
     Advice{&BlockedEdges::noCost,
-           "Most of the edges that are left have no finite error; bring the mesh to a smaller "
-           "scale, nearer to the origin.",
-           kSameColors},
-    Advice{&BlockedEdges::flip,
-           "Most of the edges that are left would turn a triangle over; do not protect normals.",
-           nullptr},
-    Advice{&BlockedEdges::topology,
-           "Most of the edges that are left would change the topology; do not protect it.",
-           nullptr},
+           "have no finite error; bring the mesh to a smaller scale, nearer to the origin.",
+           "have no best place for position and colour together, as where neighbours have the same "
+           "colour; leave the colours out."},
+    Advice{&BlockedEdges::flip, "would turn a triangle over; do not protect normals."},
+    Advice{&BlockedEdges::topology, "would change the topology; do not protect it."},
 };
 
 }  // namespace
@@ -154,7 +135,8 @@ std::string adviceFor(const BlockedEdges& blocked, const core::ProgressiveMesh& 
     const bool frozen = pm.BorderMode == core::BORDERMODE_FREEZE;
     const bool byColor = pm.m_useVertexColors_internal && most->withColors != nullptr &&
                          !(frozen && most->rule == &BlockedEdges::border);
-    return byColor ? most->withColors : most->sentence;
+    return std::string("Most of the edges that are left ") +
+           (byColor ? most->withColors : most->text);
 }
 
 }  // namespace korvalite

@@ -3,7 +3,6 @@
 
 #include "formats/active_items.h"
 #include "library/mesh_view.h"
-#include "mesh/corner_lists.h"
 
 #include <cmath>
 #include <string>

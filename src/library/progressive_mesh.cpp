@@ -27,8 +27,8 @@ namespace {
 
 constexpr std::int32_t kWholeFile = -1;
 
-/// A move can pass a target in triangles by one: an edge of a closed surface has two. The second
-/// move goes back below it, so that a level does not depend on the one before.
+/// On the way up, a move can end one triangle above its target, because most collapses remove two.
+/// The second move goes back below it, so that a level does not depend on the previous one.
 void moveTo(core::ProgressiveMesh& pm, std::uint32_t wanted) {
     constexpr std::uint32_t kMost = std::numeric_limits<std::int32_t>::max();
     const auto target = static_cast<std::int32_t>(std::min(wanted, kMost));
@@ -54,7 +54,7 @@ ProgressiveMesh ProgressiveMesh::load(const std::filesystem::path& path) {
     auto state = std::make_unique<State>();
     const core::HeapString text = pathText(path);
     const bool loaded = core::loadProgressiveMesh(state->pm, text, kWholeFile) == 0;
-    // The format has no mark of its own, and the core takes almost nothing as a mesh without
+    // The format has no magic number, so the core reads almost any short file as a mesh without
     // vertices.
     if (!loaded || state->pm.mesh.vertices.empty()) {
         const bool isThere = core::platform::isRegularFile(text.c_str());
@@ -68,7 +68,6 @@ ProgressiveMesh ProgressiveMesh::load(const std::filesystem::path& path) {
 void ProgressiveMesh::save(const std::filesystem::path& path) {
     const core::HeapString text = pathText(path);
     if (core::writeProgressiveMesh(state_->pm, text)) return;
-    if (core::platform::isRegularFile(text.c_str())) core::platform::deleteFile(text.c_str());
     throw Error(ErrorCode::CannotWrite, std::string("Cannot write ") + text.c_str() +
                                             ": the folder may be missing or read-only, or the "
                                             "disk full.");

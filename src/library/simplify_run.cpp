@@ -8,7 +8,7 @@
 #include "library/watched_run.h"
 #include "shell/apply_settings.h"
 
-#include <algorithm>
+#include <locale>
 #include <new>
 #include <sstream>
 #include <string>
@@ -51,7 +51,8 @@ core::HeapString scratchFolderOf(const Options& options) {
 }
 
 void decimate(core::ProgressiveMesh& pm, const Monitor& monitor, Report& report) {
-    // The threads count vertices alone, of which a mesh has half as many as triangles.
+    // Several threads report their progress in vertices, and a mesh has about half as many vertices
+    // as triangles.
     const bool countsTriangles = !pm.targetCountsVertices;
     const std::uint32_t left =
         countsTriangles && pm.NumThread > 1 ? report.asked / 2 : report.asked;

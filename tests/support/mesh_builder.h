@@ -22,12 +22,7 @@ using Faces = std::vector<std::array<std::uint32_t, 3>>;
 
 // Sets bits, counts and box for the existing vertices and triangles.
 inline void completeMesh(DMesh& mesh) {
-    mesh.vertexActive.Free();
-    mesh.vertexActive.Resize(mesh.vertexCount(), true);
-    mesh.numActiveVertices = static_cast<std::uint32_t>(mesh.vertexCount());
-    mesh.triangleActive.Free();
-    mesh.triangleActive.Resize(mesh.triangleCount(), true);
-    mesh.numActiveTriangles = static_cast<std::uint32_t>(mesh.triangleCount());
+    activateAll(mesh);
     recomputeBoundingBox(mesh);
 }
 
