@@ -23,6 +23,18 @@ function(build_quickly target)
     endif()
 endfunction()
 
+# A sanitizer makes the start of a process slow: a process for each test would spend more time there
+# than in the tests.
+function(add_sharded_tests target count)
+    math(EXPR last "${count} - 1")
+    foreach(index RANGE ${last})
+        add_test(NAME ${target}_${index} COMMAND ${target} --gtest_brief=1)
+        set_tests_properties(${target}_${index} PROPERTIES
+            TIMEOUT 1800
+            ENVIRONMENT "GTEST_TOTAL_SHARDS=${count};GTEST_SHARD_INDEX=${index}")
+    endforeach()
+endfunction()
+
 file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/*_test.cpp")
 file(GLOB test_support CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/support/*.cpp")
 
@@ -49,10 +61,14 @@ if(test_sources AND NOT KORVALITE_FUZZ)
         "KORVALITE_SOURCE_DIR=\"${CMAKE_SOURCE_DIR}\"")
     # Tests of whole jobs run the executable.
     add_dependencies(korvalite_tests korvalite)
-    gtest_discover_tests(korvalite_tests
-        DISCOVERY_MODE PRE_TEST
-        DISCOVERY_TIMEOUT 60
-        PROPERTIES TIMEOUT 900)
+    if(KORVALITE_SANITIZE)
+        add_sharded_tests(korvalite_tests 24)
+    else()
+        gtest_discover_tests(korvalite_tests
+            DISCOVERY_MODE PRE_TEST
+            DISCOVERY_TIMEOUT 60
+            PROPERTIES TIMEOUT 900)
+    endif()
 endif()
 
 # tests/fuzz/fuzz_NAME.cpp: replay_NAME runs the target over tests/fuzz/corpus/NAME in every build;
