@@ -37,6 +37,12 @@ endfunction()
 
 file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/*_test.cpp")
 file(GLOB test_support CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/support/*.cpp")
+if(TARGET korva)
+    set(korva_library korva_app)
+else()
+    set(korva_library "")
+    list(FILTER test_sources EXCLUDE REGEX "/tests/korva/")
+endif()
 
 # The thread sanitizer needs only the test files that mention threads.
 if(KORVALITE_SANITIZE STREQUAL "thread")
@@ -53,14 +59,25 @@ if(test_sources AND NOT KORVALITE_FUZZ)
     add_executable(korvalite_tests ${test_sources} ${test_support})
     target_include_directories(korvalite_tests PRIVATE "${CMAKE_SOURCE_DIR}/tests")
     target_link_libraries(korvalite_tests PRIVATE
-        korvalite_core project_warnings GTest::gtest_main)
+        korvalite_core ${korva_library} project_warnings GTest::gtest_main)
+    # Only a test compares with CGAL; without it, that test is skipped.
+    find_package(CGAL QUIET)
+    if(CGAL_FOUND)
+        target_link_libraries(korvalite_tests PRIVATE CGAL::CGAL)
+        set_source_files_properties("${CMAKE_SOURCE_DIR}/tests/library/measure_against_cgal_test.cpp"
+            PROPERTIES COMPILE_DEFINITIONS KORVALITE_HAS_CGAL)
+    endif()
     build_quickly(korvalite_tests)
     target_precompile_headers(korvalite_tests PRIVATE <gtest/gtest.h>)
     target_compile_definitions(korvalite_tests PRIVATE
         "KORVALITE_TOOL_PATH=\"$<TARGET_FILE:korvalite>\""
         "KORVALITE_SOURCE_DIR=\"${CMAKE_SOURCE_DIR}\"")
-    # Tests of whole jobs run the executable.
+    # Tests of whole jobs run the executables.
     add_dependencies(korvalite_tests korvalite)
+    if(TARGET korva)
+        target_compile_definitions(korvalite_tests PRIVATE "KORVA_PATH=\"$<TARGET_FILE:korva>\"")
+        add_dependencies(korvalite_tests korva)
+    endif()
     if(KORVALITE_SANITIZE)
         add_sharded_tests(korvalite_tests 24)
     else()
@@ -74,6 +91,9 @@ endif()
 # tests/fuzz/fuzz_NAME.cpp: replay_NAME runs the target over tests/fuzz/corpus/NAME in every build;
 # the fuzz build also makes fuzz_NAME, which looks for new inputs.
 file(GLOB fuzz_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/fuzz/fuzz_*.cpp")
+if(NOT TARGET korva)
+    list(FILTER fuzz_sources EXCLUDE REGEX "/fuzz_korva_")
+endif()
 foreach(fuzz_source IN LISTS fuzz_sources)
     get_filename_component(fuzz_target "${fuzz_source}" NAME_WE)
     string(REGEX REPLACE "^fuzz_" "" fuzz_name "${fuzz_target}")
@@ -82,7 +102,8 @@ foreach(fuzz_source IN LISTS fuzz_sources)
     if(KORVALITE_FUZZ)
         add_executable(${fuzz_target} "${fuzz_source}")
         target_include_directories(${fuzz_target} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
-        target_link_libraries(${fuzz_target} PRIVATE korvalite_core project_warnings)
+        target_link_libraries(${fuzz_target} PRIVATE
+            korvalite_core ${korva_library} project_warnings)
         target_link_options(${fuzz_target} PRIVATE -fsanitize=fuzzer)
         # libFuzzer writes its findings into the first folder, so that one is in the build tree.
         set(findings "${CMAKE_BINARY_DIR}/findings/${fuzz_name}")
@@ -98,7 +119,8 @@ foreach(fuzz_source IN LISTS fuzz_sources)
         add_executable(replay_${fuzz_name} "${fuzz_source}"
             "${CMAKE_SOURCE_DIR}/tests/fuzz/replay_main.cpp")
         target_include_directories(replay_${fuzz_name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
-        target_link_libraries(replay_${fuzz_name} PRIVATE korvalite_core project_warnings)
+        target_link_libraries(replay_${fuzz_name} PRIVATE
+            korvalite_core ${korva_library} project_warnings)
         build_quickly(replay_${fuzz_name})
         if(IS_DIRECTORY "${corpus}")
             add_test(NAME replay_${fuzz_name} COMMAND replay_${fuzz_name} "${corpus}")

@@ -3,6 +3,7 @@
 // Takes 36 bytes for each triangle, 12 more with UVs, and 8 for each vertex plus a few bits; and
 // before that, 16 for each vertex. Nothing is allocated for single vertices or triangles.
 #include "library/check_parts.h"
+#include "library/memory_estimate.h"
 #include "library/mesh_view.h"
 
 #include <array>
@@ -40,22 +41,13 @@ void checkPositions(const MeshView& mesh, MeshCheck& check) {
     }
 }
 
-/// The peak is the first ranking, which keeps a quadric for each vertex. The output comes later,
-/// but added to it, it makes up for the lists of corners where vertices have many triangles.
-std::uint64_t estimateBytes(const MeshView& mesh, std::uint64_t triangles) {
-    constexpr std::uint64_t kFixed = 1'000'000;  // records of collapses that wait for the disk
-    // The record of a vertex, its quadric, its mirror image, bits; and its position in the output.
-    std::uint64_t perVertex = 20 + 80 + 4 + 1 + 12;
-    std::uint64_t perTriangle = 12 + 1 + 12;
-    if (!mesh.colors.empty()) perVertex += 4 + 104 + 4;  // 104: a quadric with colours is larger
-    if (!mesh.mask.empty()) perVertex += 1 + 1;
-    std::uint64_t bytes = kFixed;
-    if (!mesh.faceUVs.empty()) {
-        // For each corner u, v, the index and the lists of corners; and the index in the output.
-        perTriangle += std::uint64_t{3} * (8 + 4 + 8 + 4);
-        bytes += 4 * std::uint64_t{mesh.uvs.size()};
-    }
-    return bytes + perVertex * mesh.vertexCount() + perTriangle * triangles;
+MeshSize sizeOf(const MeshView& mesh, std::uint64_t triangles) {
+    return {.vertices = mesh.vertexCount(),
+            .triangles = triangles,
+            .uvPoints = mesh.uvs.size() / 2,
+            .hasColors = !mesh.colors.empty(),
+            .hasMask = !mesh.mask.empty(),
+            .hasUVs = !mesh.faceUVs.empty()};
 }
 
 }  // namespace
@@ -70,7 +62,7 @@ MeshCheck check(const MeshView& mesh) {
     checkDuplicates(triangles, mesh.vertexCount(), result);
     checkComponents(triangles, mesh.vertexCount(), result);
     checkEdges(mesh, triangles, result);
-    result.memoryBytes = estimateBytes(mesh, result.triangles);
+    result.memoryBytes = estimateSimplifyBytes(sizeOf(mesh, result.triangles));
     return result;
 }
 

@@ -4,37 +4,22 @@
 #include "formats/active_items.h"
 #include "library/mesh_view.h"
 
-#include <cmath>
-#include <string>
 #include <vector>
 
 namespace korvalite {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& sentence) {
-    throw Error(ErrorCode::BadMesh, sentence);
-}
-
 void copyVertices(const MeshView& view, core::DMesh& mesh) {
     core::reserveLarge(mesh.vertices, view.vertexCount());
     mesh.vertices.resize(view.vertexCount());
     for (std::size_t i = 0; i < view.vertexCount(); ++i) {
+        requireFinite(view, i);
         const float x = view.positions[3 * i];
         const float y = view.positions[3 * i + 1];
         const float z = view.positions[3 * i + 2];
-        if (!std::isfinite(x) || !std::isfinite(y) || !std::isfinite(z)) {
-            refuse("Vertex " + std::to_string(i) +
-                   " has a coordinate that is not finite; remove it or give it a place.");
-        }
         mesh.vertices[i] = {.x = x, .y = y, .z = z};
     }
-}
-
-[[noreturn]] void refuseIndex(std::size_t triangle, const char* what, std::uint32_t index,
-                              std::size_t count) {
-    refuse("Triangle " + std::to_string(triangle) + " refers to " + what + ' ' +
-           std::to_string(index) + ", but there are only " + std::to_string(count) + '.');
 }
 
 void copyTriangles(const MeshView& view, std::size_t triangles, core::DMesh& mesh) {

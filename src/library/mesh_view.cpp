@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "library/mesh_view.h"
 
+#include <cmath>
 #include <limits>
 #include <string>
 
@@ -51,6 +52,19 @@ std::size_t countTriangles(const MeshView& mesh) {
     std::size_t count = 0;
     forEachTriangle(mesh, [&](std::size_t, const auto&) { ++count; });
     return count;
+}
+
+void requireFinite(const MeshView& mesh, std::size_t vertex) {
+    const auto place = mesh.positions.subspan(3 * vertex, 3);
+    if (std::isfinite(place[0]) && std::isfinite(place[1]) && std::isfinite(place[2])) return;
+    require(false, "Vertex " + std::to_string(vertex) +
+                       " has a coordinate that is not finite; remove it or give it a place.");
+}
+
+void refuseIndex(std::size_t triangle, const char* what, std::uint32_t index, std::size_t count) {
+    throw Error(ErrorCode::BadMesh, "Triangle " + std::to_string(triangle) + " refers to " + what +
+                                        ' ' + std::to_string(index) + ", but there are only " +
+                                        std::to_string(count) + '.');
 }
 
 }  // namespace korvalite

@@ -85,6 +85,14 @@ std::uint32_t ProgressiveMesh::vertexCount() const {
     return state_->pm.mesh.numActiveVertices;
 }
 
+std::uint32_t ProgressiveMesh::finestTriangleCount() const {
+    return static_cast<std::uint32_t>(state_->pm.mesh.triangleCount());
+}
+
+std::uint32_t ProgressiveMesh::triangleCount() const {
+    return state_->pm.mesh.numActiveTriangles;
+}
+
 Mesh ProgressiveMesh::level(const Target& target, const Monitor& monitor) {
     core::ProgressiveMesh& pm = state_->pm;
     const std::uint32_t wanted = applyTarget(pm, target);
@@ -92,6 +100,13 @@ Mesh ProgressiveMesh::level(const Target& target, const Monitor& monitor) {
     moveTo(pm, wanted);
     watched.finish();
     return copyOut(pm.mesh);
+}
+
+Measurement ProgressiveMesh::measureLevel(const Target& target, const MeasureOptions& options,
+                                          const Monitor& monitor) {
+    const Mesh finest = level(Target::percent(100), monitor);
+    const Mesh coarse = level(target, monitor);
+    return measure(finest.view(), coarse.view(), options, monitor);
 }
 
 }  // namespace korvalite

@@ -55,6 +55,9 @@ std::int64_t clockMilliseconds();
 // Sleeps for at least the given time; returns at once for zero or less.
 void sleepMilliseconds(int milliseconds);
 
+// The bytes of memory that programs can take now without swapping; 0 if the system does not say.
+std::uint64_t availableMemory();
+
 // What the user typed after the program's name. On Windows this ignores the arguments and cuts the
 // raw command line (see command_line.h), which keeps blanks and quotes as typed; elsewhere it is
 // the single argument unchanged, or several arguments joined with one blank between them.

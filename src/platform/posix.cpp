@@ -117,6 +117,26 @@ void sleepMilliseconds(int milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
+std::uint64_t availableMemory() {
+    // Unlike the count of free pages, this includes what the system would give up from its caches.
+    if (std::FILE* file = std::fopen("/proc/meminfo", "r"); file != nullptr) {
+        char line[128];
+        unsigned long long kilobytes = 0;
+        bool isFound = false;
+        while (!isFound && std::fgets(line, sizeof line, file) != nullptr)
+            isFound = std::sscanf(line, "MemAvailable: %llu kB", &kilobytes) == 1;
+        std::fclose(file);
+        if (isFound) return std::uint64_t{kilobytes} * 1024;
+    }
+#if defined(_SC_PHYS_PAGES)
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageBytes = sysconf(_SC_PAGESIZE);
+    if (pages > 0 && pageBytes > 0)
+        return static_cast<std::uint64_t>(pages) / 2 * static_cast<std::uint64_t>(pageBytes);
+#endif
+    return 0;
+}
+
 std::string commandTail(int argc, char** argv) {
     std::string tail;
     for (int i = 1; i < argc; ++i) {

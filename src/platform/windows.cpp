@@ -145,6 +145,12 @@ void sleepMilliseconds(int milliseconds) {
     if (milliseconds > 0) Sleep(static_cast<DWORD>(milliseconds));
 }
 
+std::uint64_t availableMemory() {
+    MEMORYSTATUSEX status{};
+    status.dwLength = sizeof status;
+    return GlobalMemoryStatusEx(&status) != 0 ? status.ullAvailPhys : 0;
+}
+
 std::string commandTail(int, char**) {
     const std::string commandLine = utf8(GetCommandLineW());
     return std::string(commandTailOf(commandLine));

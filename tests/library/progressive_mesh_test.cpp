@@ -28,6 +28,8 @@ TEST(ProgressiveMesh, StartsAtItsCoarsestLevel) {
     ProgressiveMesh progressive = ProgressiveMesh::build(mesh.view(), downTo(50));
     EXPECT_EQ(progressive.vertexCount(), 50U);
     EXPECT_EQ(progressive.finestVertexCount(), mesh.vertexCount());
+    EXPECT_EQ(progressive.finestTriangleCount(), mesh.triangleCount());
+    EXPECT_EQ(progressive.triangleCount(), 100U);  // a torus has two for each vertex
     EXPECT_EQ(progressive.report().reached, 50U);
     expectSame(progressive.level(Target::vertices(50)), simplify(mesh.view(), downTo(50)).mesh);
 }

@@ -174,6 +174,11 @@ TEST(Platform, SleepingForZeroOrLessReturnsAtOnce) {
     EXPECT_LT(clockMilliseconds() - before, 60000);
 }
 
+TEST(Platform, SomeMemoryIsAvailableAndNoMoreThanAMachineHas) {
+    EXPECT_GT(availableMemory(), std::uint64_t{1} << 20U);
+    EXPECT_LT(availableMemory(), std::uint64_t{1} << 50U);
+}
+
 #ifndef _WIN32
 
 TEST(Platform, ABoxIsOneLineWithItsNewlinesEscaped) {
