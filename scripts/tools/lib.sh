@@ -60,7 +60,13 @@ build_tools=(
     "ninja ninja-build runs the build"
     "g++ g++ compiles"
 )
+korva_tools=(
+    "/usr/include/CLI/CLI.hpp libcli11-dev korva reads its options with CLI11"
+    "/usr/include/nlohmann/json.hpp nlohmann-json3-dev korva writes JSON"
+    "/usr/include/stb/stb_image_write.h libstb-dev korva writes pictures with stb"
+)
 test_tools=(
+    "${korva_tools[@]}"
     "/usr/include/gtest/gtest.h libgtest-dev the tests use GoogleTest"
     "python3 python3 checks the include layers"
 )

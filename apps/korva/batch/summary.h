@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+//
+// What became of each mesh of a batch, as korva-batch.json and korva-batch.csv in the folder of the
+// outputs. The JSON is also the memory of what is done already.
+#pragma once
+
+#include "korva/exit_code.h"
+
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace korva {
+
+enum class MeshStatus { Done, Skipped, Missed, Failed };
+
+[[nodiscard]] const char* nameOf(MeshStatus status);
+
+struct MeshRecord {
+    std::string input;  // absolute, in UTF-8, as is the output
+    std::string output;
+    std::uint64_t bytes = 0;    // of the input
+    std::int64_t modified = 0;  // the input, in a unit of the system
+    MeshStatus status = MeshStatus::Failed;
+    bool missedTarget = false;
+    ExitCode code = ExitCode::Done;  // of the mesh alone, without --strict
+    std::uint64_t verticesBefore = 0;
+    std::uint64_t trianglesBefore = 0;
+    std::uint64_t verticesAfter = 0;
+    std::uint64_t trianglesAfter = 0;
+    std::uint64_t asked = 0;  // in vertices, or triangles if the target counts them
+    double seconds = 0;
+    std::uint64_t memoryBytes = 0;  // the estimate
+    std::string sentence;           // why it failed or missed the target
+    std::vector<std::string> notes;
+};
+
+/// A line without its end, with quotes as RFC 4180 wants them.
+[[nodiscard]] std::string csvLine(const std::vector<std::string>& fields);
+
+/// The records of an earlier run. Nothing if there are none.
+struct EarlierRun {
+    std::string settings;
+    std::vector<MeshRecord> records;
+    bool isDamaged = false;  // then all else is empty
+};
+[[nodiscard]] EarlierRun readEarlierRun(const std::filesystem::path& outFolder);
+
+/// Not for several threads at once.
+class Summary {
+public:
+    Summary(std::filesystem::path outFolder, std::string settings, std::size_t meshCount);
+
+    void set(std::size_t mesh, MeshRecord record) { records_[mesh] = std::move(record); }
+    [[nodiscard]] const std::optional<MeshRecord>& of(std::size_t mesh) const {
+        return records_[mesh];
+    }
+
+    /// Writes the JSON after a mesh. A file that has grown so long that this takes a notable share
+    /// of the time is not written each time.
+    void saveNowAndThen();
+    /// Writes both files.
+    void save();
+
+    [[nodiscard]] nlohmann::json json() const;
+    [[nodiscard]] std::string jsonText() const;
+    [[nodiscard]] std::size_t count(MeshStatus status) const;
+    /// The meshes that have not ended.
+    [[nodiscard]] std::size_t left() const;
+
+    /// The code of the first mesh that failed, or, if `isStrict`, missed its target.
+    [[nodiscard]] ExitCode exitCode(bool isStrict) const;
+
+private:
+    void saveJson();
+
+    std::filesystem::path outFolder_;
+    std::string settings_;
+    std::vector<std::optional<MeshRecord>> records_;  // nothing for a mesh that has not ended
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point nextSave_ = start_;
+};
+
+}  // namespace korva

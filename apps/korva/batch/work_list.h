@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace korva {
+
+struct WorkItem {
+    std::filesystem::path input;
+    std::filesystem::path output;
+    std::uint64_t bytes = 0;    // of the input
+    std::int64_t modified = 0;  // a time in a unit of the system
+};
+
+struct WorkListOptions {
+    std::filesystem::path outFolder;
+    std::string format;  // the suffix of all outputs, without a point; empty keeps that of inputs
+    bool isRecursive = false;
+
+    /// Absolute paths, as text, of what is not an input even if it is in the folder.
+    std::set<std::string> earlierOutputs;
+};
+
+/// The meshes of a folder, sorted by name, or of a list with one path per line. An output keeps the
+/// folders of its input below the folder of all; an input elsewhere goes directly into outFolder.
+/// A missing file in a list is an item like others.
+///
+/// Throws Error(CannotRead) if `source` cannot be read or has no meshes; and Error(BadOption) if
+/// two outputs have the same name, or if one would overwrite an input.
+[[nodiscard]] std::vector<WorkItem> makeWorkList(const std::filesystem::path& source,
+                                                 const WorkListOptions& options);
+
+/// The path as absolute text in UTF-8, without points.
+[[nodiscard]] std::string absoluteText(const std::filesystem::path& path);
+
+}  // namespace korva

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "korva/exit_code.h"
+
+#include <string>
+#include <vector>
+
+namespace korva {
+
+/// Runs the program: `words` are what comes after its name. Results go to standard output, failures
+/// to standard error. Throws nothing.
+[[nodiscard]] ExitCode runCommandLine(const std::vector<std::string>& words);
+
+}  // namespace korva

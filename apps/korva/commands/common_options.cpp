@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include "korva/commands/command.h"
+#include "korva/interrupt.h"
+#include "korva/work_fraction.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace korva {
+
+void addConsoleOptions(CLI::App& command, Console& console) {
+    command.add_flag("--json", console.json, "Print the result as one JSON object");
+    command.add_flag("-q,--quiet", console.quiet, "Show no progress and no remarks");
+}
+
+void addInputOptions(CLI::App& command, InputOptions& input) {
+    const auto* group = "Input";
+    command.add_flag("--weld", input.weld, "Join vertices at exactly the same place")->group(group);
+    command
+        .add_flag("!--no-repair", input.repair,
+                  "Keep unused vertices and triangles that are there twice or have a vertex twice")
+        ->group(group);
+    command.add_flag("!--no-colors", input.colors, "Leave the colours out")->group(group);
+    command.add_flag("!--no-mask", input.mask, "Leave the mask out")->group(group);
+    command.add_flag("!--no-uvs", input.uvs, "Leave the UVs out")->group(group);
+}
+
+void addEngineOptions(CLI::App& command, EngineOptions& engine) {
+    const auto* group = "Simplification";
+    korvalite::Options& options = engine.options;
+    command
+        .add_option("--symmetry", engine.symmetry,
+                    "Keep the mesh symmetric across the plane through the origin that mirrors this "
+                    "axis: x, y, z or none")
+        ->check(CLI::IsMember({"none", "x", "y", "z"}, CLI::ignore_case))
+        ->capture_default_str()
+        ->group(group);
+    command
+        .add_flag("--freeze-border", options.freezeBorder, "Keep open borders exactly as they are")
+        ->group(group);
+    command
+        .add_flag("!--no-protect-topology", options.protectTopology,
+                  "Let holes close, and parts join or come apart")
+        ->group(group);
+    command.add_flag("!--no-protect-normals", options.protectNormals, "Let triangles turn over")
+        ->group(group);
+    command
+        .add_flag("--weight-by-area", options.weightByArea,
+                  "Count an error by the area of its triangles")
+        ->group(group);
+    command
+        .add_option("--colors-weight", options.colorWeight,
+                    "How much colours count beside shape, from 1 (not at all) to 100")
+        ->check(CLI::Range(1.0F, 100.0F))
+        ->capture_default_str()
+        ->group(group);
+    command
+        .add_option("--threads", engine.threads,
+                    "How many threads to use, from 1 to 1024; 0 uses all processors. With one "
+                    "thread the same input always gives the same output")
+        ->check(CLI::Range(0, 1024))
+        ->capture_default_str()
+        ->group(group);
+}
+
+korvalite::Options EngineOptions::with(const korvalite::Target& target) const {
+    korvalite::Options result = options;
+    result.target = target;
+    const char axis = static_cast<char>(symmetry.front() | 0x20);
+    if (axis == 'x') result.symmetry = korvalite::Symmetry::X;
+    if (axis == 'y') result.symmetry = korvalite::Symmetry::Y;
+    if (axis == 'z') result.symmetry = korvalite::Symmetry::Z;
+    const auto processors = static_cast<int>(std::thread::hardware_concurrency());
+    result.threads = threads > 0 ? threads : std::clamp(processors, 1, 1024);
+    return result;
+}
+
+ByteProgress followReading(ProgressBar& bar, std::size_t part) {
+    return [&bar, part](std::uint64_t done, std::uint64_t total) {
+        throwIfInterrupted();
+        bar.show(part, done, total);
+    };
+}
+
+korvalite::Monitor followWork(ProgressBar& bar, std::size_t part, double from, double to) {
+    return [=, &bar](const korvalite::Progress& progress) {
+        constexpr double kSteps = 10000;
+        const double fraction = from + (to - from) * std::min(fractionOf(progress), 1.0);
+        bar.show(part, static_cast<std::uint64_t>(fraction * kSteps),
+                 static_cast<std::uint64_t>(kSteps));
+        return !isInterrupted();
+    };
+}
+
+}  // namespace korva

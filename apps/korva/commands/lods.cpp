@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+#include "korva/commands/command.h"
+#include "korva/files/file_table.h"
+#include "korva/io/output_file.h"
+#include "korva/level_list.h"
+#include "korva/measured_levels.h"
+#include "korva/numbers.h"
+#include "korva/report_text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <system_error>
+#include <utility>
+
+namespace korva {
+
+namespace {
+
+using korvalite::Target;
+
+struct Arguments {
+    std::string input;
+    std::string folder;
+    std::string levels = "50%,25%,10%";
+    int halve = 0;       // 0 takes `levels`
+    std::string format;  // empty for that of the input
+    bool asGlb = false;
+    InputOptions inputOptions;
+    EngineOptions engine;
+};
+
+/// The levels of detail of a scene: those of its meshes.
+class SceneLevels {
+public:
+    SceneLevels(Scene scene, const korvalite::Options& options, const MonitorMaker& monitorFor)
+        : hadNormals_(scene.hadNormals) {
+        const auto whole = static_cast<double>(scene.triangleCount());
+        TargetShares shares(options.target, scene);
+        for (auto& [name, mesh] : scene.meshes) {
+            shape_.meshes.push_back({name, {}});
+            korvalite::Options own = options;
+            own.target = shares.next(mesh);
+            const double from = passed_ / whole;
+            passed_ += static_cast<double>(mesh.triangleCount());
+            meshes_.emplace_back(std::move(mesh), own, monitorFor(from, passed_ / whole));
+        }
+    }
+
+    /// `targets` has one for each mesh.
+    Scene level(const std::vector<Target>& targets, const korvalite::Monitor& monitor,
+                MeasuredError& error) {
+        Scene scene;
+        scene.hadNormals = hadNormals_;
+        for (std::size_t i = 0; i < meshes_.size(); ++i) {
+            MeasuredLevels::Level level = meshes_[i].level(targets[i], monitor);
+            error.add(level.measurement);
+            scene.meshes.push_back({shape_.meshes[i].name, std::move(level.mesh)});
+        }
+        return scene;
+    }
+
+private:
+    bool hadNormals_;
+    Scene shape_;  // the names
+    double passed_ = 0;
+    std::vector<MeasuredLevels> meshes_;
+};
+
+/// What each mesh gets of each level.
+std::vector<std::vector<Target>> sharesOf(const std::vector<Target>& levels, const Scene& scene) {
+    std::vector<std::vector<Target>> shares;
+    for (const Target& level : levels) {
+        TargetShares own(level, scene);
+        shares.emplace_back();
+        for (const NamedMesh& named : scene.meshes)
+            shares.back().push_back(own.next(named.mesh));
+    }
+    return shares;
+}
+
+/// Where the files go and what the index says of them.
+struct Output {
+    std::filesystem::path folder;
+    std::string stem;
+    std::string suffix;
+    nlohmann::json index = nlohmann::json::array();
+    std::vector<std::string> lines;
+    std::vector<std::string> notes;
+    Scene all;  // for the GLB with all levels
+
+    [[nodiscard]] std::filesystem::path path(const std::string& ending) const {
+        return folder / pathOf(stem + ending);
+    }
+};
+
+void describe(Output& output, const std::string& name, const Scene& scene,
+              const MeasuredError& error) {
+    output.index.push_back({{"file", name},
+                            {"vertices", scene.vertexCount()},
+                            {"triangles", scene.triangleCount()},
+                            {"error", jsonOf(error)}});
+    output.lines.push_back(name + ": " + withCommas(scene.vertexCount()) + " vertices, " +
+                           withCommas(scene.triangleCount()) + " triangles, at most " +
+                           withDigits(error.atMost) + " from the input.");
+}
+
+void save(Output& output, Scene scene, int number, const MeasuredError& error, bool asGlb) {
+    const std::string ending = "-lod" + std::to_string(number) + output.suffix;
+    describe(output, output.stem + ending, scene, error);
+    if (asGlb)
+        for (const NamedMesh& named : scene.meshes)
+            output.all.meshes.push_back(
+                {(named.name.empty() ? output.stem : named.name) + " LOD" + std::to_string(number),
+                 named.mesh});
+    const std::string loss = saveScene(output.path(ending), scene);
+    if (!loss.empty() && number == 1) output.notes.push_back(loss);
+}
+
+void makeFolder(const std::filesystem::path& folder) {
+    std::error_code failure;
+    std::filesystem::create_directories(folder, failure);
+    if (failure)
+        throw korvalite::Error(korvalite::ErrorCode::CannotWrite,
+                               "Cannot create " + textOf(folder) + "; is the folder protected?");
+}
+
+void writeIndex(const Output& output, const std::filesystem::path& input) {
+    OutputFile file(output.path("-lods.json"));
+    const nlohmann::json index = {{"input", textOf(input)}, {"levels", output.index}};
+    file.write(index.dump(2) + "\n");
+    file.commit();
+}
+
+Output startOutput(const Arguments& arguments) {
+    Output output;
+    const std::filesystem::path input = pathOf(arguments.input);
+    output.folder = pathOf(arguments.folder);
+    output.stem = textOf(input.stem());
+    output.suffix = arguments.format.empty() ? textOf(input.extension()) : "." + arguments.format;
+    static_cast<void>(fileKindOf(output.path(output.suffix)));
+    return output;
+}
+
+ExitCode lods(const Arguments& arguments, const Console& console) {
+    const std::vector<Target> levels =
+        arguments.halve > 0 ? halvedLevels(arguments.halve) : parseLevels(arguments.levels);
+    const std::filesystem::path input = pathOf(arguments.input);
+    Output output = startOutput(arguments);
+    {
+        ProgressBar bar = console.progress({{"reading", 1}, {"simplifying", 10}, {"levels", 8}});
+        Scene scene = loadScene(input, arguments.inputOptions, followReading(bar, 0));
+        requireTriangles(scene, input);
+        output.notes = std::move(scene.notes);
+        output.all.hadNormals = scene.hadNormals;
+        const auto shares = sharesOf(levels, scene);
+        SceneLevels all(std::move(scene), arguments.engine.with(levels.back()),
+                        [&bar](double from, double to) { return followWork(bar, 1, from, to); });
+        makeFolder(output.folder);
+        for (std::size_t i = 0; i < levels.size(); ++i) {
+            const auto count = static_cast<double>(levels.size());
+            const auto done = static_cast<double>(i);
+            MeasuredError error;
+            Scene level =
+                all.level(shares[i], followWork(bar, 2, done / count, (done + 1) / count), error);
+            save(output, std::move(level), static_cast<int>(i) + 1, error, arguments.asGlb);
+        }
+        if (arguments.asGlb) saveScene(output.path("-lods.glb"), output.all);
+        writeIndex(output, input);
+    }
+    for (const std::string& note : output.notes)
+        console.say(note);
+    if (console.json)
+        std::printf("%s\n", nlohmann::json({{"input", textOf(input)},
+                                            {"levels", output.index},
+                                            {"notes", output.notes}})
+                                .dump(2)
+                                .c_str());
+    else
+        for (const std::string& line : output.lines)
+            std::printf("%s\n", line.c_str());
+    return ExitCode::Done;
+}
+
+}  // namespace
+
+void addLods(CLI::App& app, Chosen& chosen) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = app.add_subcommand("lods", "Make a chain of levels of detail");
+    command->add_option("IN", arguments->input, "The mesh")->required();
+    command
+        ->add_option("OUTDIR", arguments->folder,
+                     "The folder for the levels, NAME-lod1 and so on, and their index")
+        ->required();
+    CLI::Option* levels = command
+                              ->add_option("--levels", arguments->levels,
+                                           "The levels, all in %, v (vertices) or t (triangles)")
+                              ->capture_default_str();
+    command
+        ->add_option("--halve", arguments->halve,
+                     "So many levels, from 1 to 30, each with half of the vertices of the one "
+                     "before")
+        ->check(CLI::Range(1, 30))
+        ->excludes(levels);
+    command->add_option("--format", arguments->format,
+                        "The format of the levels, for example glb; by default that of the input");
+    command->add_flag("--glb", arguments->asGlb,
+                      "Also write all levels into one GLB, as meshes NAME LOD1 and so on");
+    addEngineOptions(*command, arguments->engine);
+    addInputOptions(*command, arguments->inputOptions);
+    addConsoleOptions(*command, chosen.console);
+    command->footer("Example: korva lods statue.obj levels --halve 5 --glb");
+    command->callback([arguments, &chosen] {
+        chosen.run = [arguments, &chosen] { return lods(*arguments, chosen.console); };
+    });
+}
+
+}  // namespace korva

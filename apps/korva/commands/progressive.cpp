@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+#include "korva/commands/command.h"
+#include "korva/files/file_table.h"
+#include "korva/goal.h"
+#include "korva/report_text.h"
+
+#include <chrono>
+#include <memory>
+
+namespace korva {
+
+namespace {
+
+struct Arguments {
+    std::string input;
+    std::string output;
+    std::string target;
+    InputOptions inputOptions;
+    EngineOptions engine;
+};
+
+void requireKvm(const std::filesystem::path& path) {
+    const std::string suffix = textOf(path.extension());
+    if (suffix == ".kvm" || suffix == ".KVM") return;
+    throw korvalite::Error(korvalite::ErrorCode::BadOption,
+                           "A progressive mesh is a .kvm file, but this is " + textOf(path) + ".");
+}
+
+korvalite::ProgressiveMesh build(Scene& scene, const korvalite::Options& options,
+                                 const korvalite::Monitor& monitor) {
+    const korvalite::Mesh mesh = joinMeshes(scene.meshes);
+    return korvalite::ProgressiveMesh::build(mesh.view(), options, monitor);
+}
+
+ExitCode progressive(const Arguments& arguments, const Console& console) {
+    const auto start = std::chrono::steady_clock::now();
+    Outcome outcome;
+    outcome.input = pathOf(arguments.input);
+    outcome.output = pathOf(arguments.output);
+    requireKvm(outcome.output);
+    const korvalite::Options options = arguments.engine.with(parseTarget(arguments.target));
+    {
+        ProgressBar bar = console.progress({{"reading", 1}, {"simplifying", 10}, {"writing", 1}});
+        Scene scene = loadScene(outcome.input, arguments.inputOptions, followReading(bar, 0));
+        requireTriangles(scene, outcome.input);
+        outcome.notes = std::move(scene.notes);
+        korvalite::ProgressiveMesh mesh = build(scene, options, followWork(bar, 1));
+        bar.show(2, 0, 1);
+        mesh.save(outcome.output);
+        outcome.report = mesh.report();
+        outcome.vertices = mesh.vertexCount();
+        outcome.triangles = mesh.triangleCount();
+    }
+    outcome.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    show(console, outcome);
+    return ExitCode::Done;
+}
+
+ExitCode level(const Arguments& arguments, const Console& console) {
+    const std::filesystem::path input = pathOf(arguments.input);
+    requireKvm(input);
+    Outcome outcome;
+    outcome.input = input;
+    outcome.output = pathOf(arguments.output);
+    static_cast<void>(fileKindOf(outcome.output));
+    const korvalite::Target target = parseTarget(arguments.target);
+    outcome.countsTriangles = target.unit() == korvalite::Target::Unit::Triangles;
+    {
+        ProgressBar bar = console.progress({{"level", 2}, {"writing", 1}});
+        korvalite::ProgressiveMesh progressive = korvalite::ProgressiveMesh::load(input);
+        Scene scene;
+        scene.meshes.push_back({"", progressive.level(target, followWork(bar, 0))});
+        outcome.report.inputVertices = progressive.finestVertexCount();
+        outcome.report.inputTriangles = progressive.finestTriangleCount();
+        outcome.vertices = scene.vertexCount();
+        outcome.triangles = scene.triangleCount();
+        bar.show(1, 0, 1);
+        const std::string loss = saveScene(outcome.output, scene);
+        if (!loss.empty()) outcome.notes.push_back(loss);
+    }
+    show(console, outcome);
+    return ExitCode::Done;
+}
+
+}  // namespace
+
+void addProgressive(CLI::App& app, Chosen& chosen) {
+    auto arguments = std::make_shared<Arguments>();
+    arguments->target = "100v";
+    CLI::App* command = app.add_subcommand(
+        "progressive", "Store a mesh with all its levels of detail in a .kvm file");
+    command->add_option("IN", arguments->input, "The mesh")->required();
+    command->add_option("OUT", arguments->output, "The .kvm file")->required();
+    command->add_option("--to", arguments->target, "The coarsest level: 1%, 100v or 200t")
+        ->capture_default_str();
+    addEngineOptions(*command, arguments->engine);
+    addInputOptions(*command, arguments->inputOptions);
+    addConsoleOptions(*command, chosen.console);
+    command->footer("Example: korva progressive scan.ply scan.kvm");
+    command->callback([arguments, &chosen] {
+        chosen.run = [arguments, &chosen] { return progressive(*arguments, chosen.console); };
+    });
+}
+
+void addLevel(CLI::App& app, Chosen& chosen) {
+    auto arguments = std::make_shared<Arguments>();
+    arguments->target = "50%";
+    CLI::App* command = app.add_subcommand("level", "Take a level of detail from a .kvm file");
+    command->add_option("IN", arguments->input, "The .kvm file")->required();
+    command
+        ->add_option("OUT", arguments->output,
+                     "Where the level goes; its suffix decides the format")
+        ->required();
+    command->add_option("--to", arguments->target, "The level: 10%, 50000v or 100000t")
+        ->capture_default_str();
+    addConsoleOptions(*command, chosen.console);
+    command->footer("Example: korva level scan.kvm scan-1000.obj --to 1000v");
+    command->callback([arguments, &chosen] {
+        chosen.run = [arguments, &chosen] { return level(*arguments, chosen.console); };
+    });
+}
+
+}  // namespace korva

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "korva/files/gltf/gltf_item.h"
+#include "korva/io/input_file.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace korva {
+
+/// A glTF 2.0 file, as JSON or GLB: its first bytes decide. Throws korvalite::Error(CannotRead) if
+/// it or one of its buffers is not in order.
+class GltfFile {
+public:
+    explicit GltfFile(const std::filesystem::path& path, ByteProgress progress = {});
+    GltfFile(const GltfFile&) = delete;
+    GltfFile& operator=(const GltfFile&) = delete;
+
+    [[nodiscard]] GltfItem root() const { return {json_, path_, "the JSON"}; }
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+    /// The bytes of a buffer, which is read at its first use and stays where it is.
+    [[nodiscard]] std::span<const char> buffer(std::uint64_t index);
+
+    /// Lets the user cancel. To be called many times a second.
+    void pulse() const;
+
+    [[nodiscard]] const std::vector<std::string>& notes() const { return notes_; }
+
+private:
+    struct Buffer {
+        std::unique_ptr<char[]> bytes;
+        std::size_t size = 0;
+    };
+
+    void readGlb(InputFile& file);
+    [[nodiscard]] std::size_t readChunk(InputFile& file, std::uint64_t& left, std::uint32_t& kind);
+    void parse(Buffer text);
+    void checkVersion() const;
+    void loadBuffer(const GltfItem& item, std::size_t index);
+    void loadDataUri(const GltfItem& item, std::size_t index);
+    void loadBeside(const GltfItem& item, std::size_t index);
+    [[nodiscard]] Buffer take(InputFile& file, std::size_t byteCount) const;
+    [[noreturn]] void fail(const std::string& reason) const;
+
+    std::filesystem::path path_;
+    ByteProgress progress_;
+    nlohmann::json json_;
+    Buffer binary_;  // the BIN chunk
+    std::vector<Buffer> buffers_;
+    std::vector<std::string> notes_;
+    std::uint64_t fileSize_ = 0;
+};
+
+}  // namespace korva

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korva {
+
+/// An object in the JSON of a glTF file. Every function throws korvalite::Error(CannotRead) that
+/// says which object it is if a value has another type than asked for. A view: the JSON and the
+/// path must outlive it.
+class GltfItem {
+public:
+    /// `place` is its name in messages: "accessor 3".
+    GltfItem(const nlohmann::json& json, const std::filesystem::path& file, std::string place);
+
+    [[nodiscard]] const std::string& place() const { return place_; }
+    /// "Cannot read FILE: PLACE: REASON"
+    [[noreturn]] void fail(const std::string& reason) const;
+
+    [[nodiscard]] bool has(const char* key) const { return find(key) != nullptr; }
+    /// A whole number from 0 to 2^53, if there is one.
+    [[nodiscard]] std::optional<std::uint64_t> whole(const char* key) const;
+    [[nodiscard]] std::uint64_t wholeNeeded(const char* key) const;
+    [[nodiscard]] bool flag(const char* key) const;
+    /// Empty if there is none.
+    [[nodiscard]] std::string text(const char* key) const;
+    /// So many numbers, or none.
+    [[nodiscard]] std::vector<double> numbers(const char* key, std::size_t count) const;
+    [[nodiscard]] std::vector<std::uint64_t> wholes(const char* key) const;
+    [[nodiscard]] std::vector<std::string> texts(const char* key) const;
+    [[nodiscard]] std::optional<GltfItem> object(const char* key) const;
+    [[nodiscard]] std::vector<std::string> keys() const;
+
+    /// The elements of an array; 0 if there is none.
+    [[nodiscard]] std::size_t length(const char* key) const;
+    /// An element, whose place is `kind` and its index.
+    [[nodiscard]] GltfItem element(const char* key, std::uint64_t index, const char* kind) const;
+
+private:
+    [[nodiscard]] const nlohmann::json* find(const char* key) const;
+    [[nodiscard]] const nlohmann::json* findArray(const char* key) const;
+    [[nodiscard]] std::uint64_t wholeOf(const nlohmann::json& value, const char* key) const;
+
+    const nlohmann::json* json_;
+    const std::filesystem::path* file_;
+    std::string place_;
+};
+
+}  // namespace korva

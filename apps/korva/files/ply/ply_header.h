@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+//
+// The header of a PLY file: which elements follow, how many of each, and what their rows hold.
+#pragma once
+
+#include "korva/io/input_file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korva {
+
+enum class PlyEncoding { Ascii, LittleEndian, BigEndian };
+
+enum class PlyType { Int8, UInt8, Int16, UInt16, Int32, UInt32, Float32, Float64 };
+
+/// In a binary file.
+[[nodiscard]] constexpr std::size_t byteSizeOf(PlyType type) {
+    constexpr std::size_t kSizes[] = {1, 1, 2, 2, 4, 4, 4, 8};
+    return kSizes[static_cast<std::size_t>(type)];
+}
+
+[[nodiscard]] constexpr bool isFloat(PlyType type) {
+    return type == PlyType::Float32 || type == PlyType::Float64;
+}
+
+struct PlyProperty {
+    std::string name;
+    PlyType type = PlyType::Int8;
+    bool isList = false;
+    PlyType countType = PlyType::Int8;  // of a list
+};
+
+struct PlyElement {
+    std::string name;
+    std::uint64_t count = 0;
+    std::vector<PlyProperty> properties;
+};
+
+struct PlyHeader {
+    PlyEncoding encoding = PlyEncoding::Ascii;
+    std::vector<PlyElement> elements;
+    std::uint64_t lineCount = 0;
+    std::uint64_t textureCount = 0;  // comments that name a texture
+};
+
+/// Reads up to the end of the header. Throws korvalite::Error(CannotRead) if something is wrong
+/// with it, or if the file is too short for the rows it announces.
+[[nodiscard]] PlyHeader readPlyHeader(InputFile& file);
+
+/// The fewest bytes that a row of the element can take; 0 if it has no properties.
+[[nodiscard]] std::uint64_t fewestRowBytes(const PlyElement& element, PlyEncoding encoding);
+
+/// A name from a file, fit for a message: short and without control characters.
+[[nodiscard]] std::string printable(std::string_view name);
+
+}  // namespace korva

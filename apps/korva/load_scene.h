@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "korva/files/scene.h"
+#include "korva/io/input_file.h"
+
+#include <filesystem>
+#include <string>
+
+namespace korva {
+
+/// What is done to a mesh between reading and work.
+struct InputOptions {
+    bool weld = false;   // join vertices at the same place
+    bool repair = true;  // remove what cannot be simplified, or has no effect
+    bool colors = true;  // false leaves them out
+    bool mask = true;
+    bool uvs = true;
+};
+
+/// Reads a file by its suffix and prepares its meshes. What was changed or lost is in `notes`, a
+/// sentence each. Throws Error(CannotRead) or, for an unknown suffix, Error(BadOption).
+[[nodiscard]] Scene loadScene(const std::filesystem::path& path, const InputOptions& options,
+                              const ByteProgress& progress = {});
+
+/// Throws Error(BadMesh) if there is nothing to simplify.
+void requireTriangles(const Scene& scene, const std::filesystem::path& path);
+
+/// Writes a file by its suffix, and leaves the scene in any state. Returns what the format cannot
+/// carry, as a sentence, or nothing.
+std::string saveScene(const std::filesystem::path& path, Scene& scene);
+
+}  // namespace korva

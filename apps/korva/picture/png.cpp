@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include "korva/picture/png.h"
+
+#include "korva/interrupt.h"
+#include "korva/io/output_file.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <unordered_set>
+
+namespace korva {
+
+namespace {
+
+/// The memory of one call of the PNG writer. It does not expect failures, so they leave it as
+/// exceptions, and the arena frees what it had.
+class Arena {
+public:
+    Arena() = default;
+    ~Arena() {
+        for (void* block : blocks_)
+            std::free(block);
+    }
+    Arena(const Arena&) = delete;
+    Arena& operator=(const Arena&) = delete;
+
+    void* resize(void* block, std::size_t byteCount) {
+        blocks_.reserve(blocks_.size() + 1);
+        void* moved = std::realloc(block, byteCount);
+        if (moved == nullptr) throw std::bad_alloc();
+        if (moved != block) {
+            blocks_.erase(block);
+            blocks_.insert(moved);
+        }
+        return moved;
+    }
+    void release(void* block) {
+        blocks_.erase(block);
+        std::free(block);
+    }
+
+private:
+    std::unordered_set<void*> blocks_;
+};
+
+thread_local Arena* arena = nullptr;
+
+/// The writer moves memory all the time, so this is where it can be stopped.
+void moveUnlessInterrupted(void* to, const void* from, std::size_t byteCount) {
+    throwIfInterrupted();
+    std::memmove(to, from, byteCount);
+}
+
+}  // namespace
+
+}  // namespace korva
+
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#define STB_IMAGE_WRITE_STATIC
+#define STBI_WRITE_NO_STDIO
+#define STBIW_MALLOC(byteCount) korva::arena->resize(nullptr, static_cast<std::size_t>(byteCount))
+#define STBIW_REALLOC(block, byteCount)                                                            \
+    korva::arena->resize(block, static_cast<std::size_t>(byteCount))
+#define STBIW_FREE(block) korva::arena->release(block)
+#define STBIW_MEMMOVE(to, from, byteCount)                                                         \
+    korva::moveUnlessInterrupted(to, from, static_cast<std::size_t>(byteCount))
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpragmas"
+#pragma GCC diagnostic ignored "-Wunknown-warning-option"
+#pragma GCC diagnostic ignored "-Wconversion"
+#pragma GCC diagnostic ignored "-Wsign-conversion"
+#pragma GCC diagnostic ignored "-Wsign-compare"
+#pragma GCC diagnostic ignored "-Wold-style-cast"
+#pragma GCC diagnostic ignored "-Wshadow"
+#pragma GCC diagnostic ignored "-Wunused-function"
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+#pragma GCC diagnostic ignored "-Wcast-qual"
+#pragma GCC diagnostic ignored "-Wuseless-cast"
+#pragma GCC diagnostic ignored "-Wdouble-promotion"
+#endif
+#include <stb/stb_image_write.h>
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+
+namespace korva {
+
+void writePng(const std::filesystem::path& path, const Image& image) {
+    OutputFile file(path);
+    Arena memory;
+    arena = &memory;
+    const auto write = [](void* context, void* bytes, int byteCount) {
+        static_cast<OutputFile*>(context)->write(bytes, static_cast<std::size_t>(byteCount));
+    };
+    const auto width = static_cast<int>(image.width);
+    const auto channels = static_cast<int>(image.channels);
+    stbi_write_png_to_func(write, &file, width, static_cast<int>(image.height), channels,
+                           image.pixels.data(), width * channels);
+    file.commit();
+}
+
+}  // namespace korva

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+namespace korva {
+
+/// Calls `work` for each index below `count`, from several threads at once; fewer if the system has
+/// no more. Rethrows the first exception, after which no further index is begun.
+void shareWork(std::size_t count, int threads, const std::function<void(std::size_t)>& work);
+
+}  // namespace korva
