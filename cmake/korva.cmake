@@ -34,6 +34,12 @@ target_link_libraries(korva_app
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     target_compile_options(korva_app PRIVATE -Wno-restrict)
 endif()
+# Commands only parse options and call others, but the parser's templates take long to optimise.
+if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    file(GLOB korva_commands "${CMAKE_SOURCE_DIR}/apps/korva/commands/*.cpp")
+    set_source_files_properties(${korva_commands} "${CMAKE_SOURCE_DIR}/apps/korva/command_line.cpp"
+        PROPERTIES COMPILE_OPTIONS -O1)
+endif()
 
 add_executable(korva apps/korva/main.cpp)
 target_link_libraries(korva PRIVATE korva_app project_warnings)

@@ -33,7 +33,8 @@ struct Arguments {
 /// The levels of detail of a scene: those of its meshes.
 class SceneLevels {
 public:
-    SceneLevels(Scene scene, const korvalite::Options& options, const MonitorMaker& monitorFor)
+    /// Takes the meshes out of the scene.
+    SceneLevels(Scene& scene, const korvalite::Options& options, const MonitorMaker& monitorFor)
         : hadNormals_(scene.hadNormals) {
         const auto whole = static_cast<double>(scene.triangleCount());
         TargetShares shares(options.target, scene);
@@ -154,7 +155,7 @@ ExitCode lods(const Arguments& arguments, const Console& console) {
         output.notes = std::move(scene.notes);
         output.all.hadNormals = scene.hadNormals;
         const auto shares = sharesOf(levels, scene);
-        SceneLevels all(std::move(scene), arguments.engine.with(levels.back()),
+        SceneLevels all(scene, arguments.engine.with(levels.back()),
                         [&bar](double from, double to) { return followWork(bar, 1, from, to); });
         makeFolder(output.folder);
         for (std::size_t i = 0; i < levels.size(); ++i) {
