@@ -3,6 +3,7 @@
 
 #include "korva/files/file_table.h"
 #include "korva/files/weld.h"
+#include "korva/mask_source.h"
 #include "korva/numbers.h"
 
 #include <cmath>
@@ -90,6 +91,7 @@ void noteRepairs(Scene& scene, const Repairs& repairs) {
 Scene loadScene(const std::filesystem::path& path, const InputOptions& options,
                 const ByteProgress& progress) {
     Scene scene = fileKindOf(path).read(path, progress);
+    if (!options.maskSource.empty()) setMask(scene, options.maskSource);
     Repairs repairs;
     for (auto& [name, mesh] : scene.meshes) {
         leaveOut(mesh, options);

@@ -16,6 +16,7 @@ struct InputOptions {
     bool colors = true;  // false leaves them out
     bool mask = true;
     bool uvs = true;
+    std::string maskSource;  // see setMask; empty for that of the file
 };
 
 /// Reads a file by its suffix and prepares its meshes. What was changed or lost is in `notes`, a

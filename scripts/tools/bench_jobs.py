@@ -21,6 +21,7 @@ from collections import namedtuple
 
 import bench_drivers
 import bench_hard
+import bench_korva
 import bench_levels
 import bench_obj
 import bench_report
@@ -30,7 +31,7 @@ import bench_threads
 import tool_runs
 
 PARTS = {"sizes": bench_sizes, "threads": bench_threads, "levels": bench_levels, "obj": bench_obj,
-         "drivers": bench_drivers, "hard": bench_hard}
+         "drivers": bench_drivers, "hard": bench_hard, "korva": bench_korva}
 Tools = namedtuple("Tools", "tool bench")
 
 

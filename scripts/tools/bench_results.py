@@ -39,6 +39,8 @@ TABLES = {
                 "peak memory per vertex|B", "RMS distance|diagonal", "maximum distance|diagonal"),
     "hard": ("=mesh", "=vertices", "processor time|s", "processor time per collapse|µs",
              "time per collapse over first row|ratio"),
+    "korva": ("=triangles", "=form", "processor time|s", "processor time over simplify|%",
+              "peak memory|MB"),
 }
 # Meshes of the tables that do not name theirs.
 MESHES = {"levels": "torus 4000000 triangles", "threads": "torus 1000000 triangles",

@@ -163,6 +163,39 @@ TEST_F(Korva, RepairsWhatItReadsAndSaysSo) {
     EXPECT_EQ(read(in("b.obj")).vertexCount(), 3U);
 }
 
+TEST_F(Korva, TakesTheMaskFromAChannel) {
+    ASSERT_EQ(run({"convert", sample("spot-colored.Vok"), in("a.ply"), "--mask", "green"}),
+              ExitCode::Done);
+    const korvalite::Mesh mesh = read(in("a.ply"));
+    ASSERT_EQ(mesh.mask.size(), mesh.vertexCount());
+    for (std::size_t i = 0; i < mesh.mask.size(); ++i)
+        ASSERT_EQ(mesh.mask[i], mesh.colors[4 * i + 1]);
+    ASSERT_EQ(
+        run({"convert", sample("spot-colored.Vok"), in("b.ply"), "--mask", "red", "--no-colors"}),
+        ExitCode::Done);
+    EXPECT_FALSE(read(in("b.ply")).mask.empty());
+    EXPECT_EQ(run({"convert", sample("spot.Vok"), in("c.ply"), "--mask", "red"}), ExitCode::Usage);
+    EXPECT_NE(err_.find("needs a mesh with colours"), std::string::npos) << err_;
+}
+
+TEST_F(Korva, TakesTheMaskFromAFile) {
+    test::writeWhole(in("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    const std::vector<std::string> words{"convert", in("a.obj"), in("b.ply"), "--mask",
+                                         in("m.txt")};
+    test::writeWhole(in("m.txt"), "0 127.6\n255\n");
+    ASSERT_EQ(run(words), ExitCode::Done) << err_;
+    EXPECT_EQ(read(in("b.ply")).mask, (std::vector<std::uint8_t>{0, 128, 255}));
+    for (const auto& [text, fault] : std::vector<std::pair<std::string, std::string>>{
+             {"0 1\n", "line 1: the file ends, but vertex 3 needs a number."},
+             {"0 1\n256", "line 2: '256' is not a number from 0 to 255."},
+             {"0 x 1", "line 1: 'x' is not a number from 0 to 255."},
+             {"0 1 2\n3", "line 2: there are more numbers than the 3 vertices."}}) {
+        test::writeWhole(in("m.txt"), text);
+        EXPECT_EQ(run(words), ExitCode::BadInput) << text;
+        EXPECT_NE(err_.find(fault), std::string::npos) << err_;
+    }
+}
+
 TEST_F(Korva, WritesNewNormalsWhereTheInputHadSome) {
     ASSERT_EQ(run({"convert", sample("spot.Vok"), in("without.obj")}), ExitCode::Done);
     EXPECT_EQ(test::readWhole(in("without.obj")).find("vn "), std::string::npos);

@@ -46,6 +46,7 @@ std::string settingsText(const BatchOptions& options) {
     add(!input.colors, " --no-colors");
     add(!input.mask, " --no-mask");
     add(!input.uvs, " --no-uvs");
+    if (!input.maskSource.empty()) text += " --mask " + input.maskSource;
     return text;
 }
 

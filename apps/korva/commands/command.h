@@ -58,9 +58,4 @@ void addEngineOptions(CLI::App& command, EngineOptions& engine);
 [[nodiscard]] korvalite::Monitor followWork(ProgressBar& bar, std::size_t part, double from = 0,
                                             double to = 1);
 
-/// A path from the command line, which is UTF-8.
-[[nodiscard]] inline std::filesystem::path pathOf(const std::string& text) {
-    return {std::u8string(text.begin(), text.end())};
-}
-
 }  // namespace korva

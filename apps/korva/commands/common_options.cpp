@@ -21,7 +21,15 @@ void addInputOptions(CLI::App& command, InputOptions& input) {
                   "Keep unused vertices and triangles that are there twice or have a vertex twice")
         ->group(group);
     command.add_flag("!--no-colors", input.colors, "Leave the colours out")->group(group);
-    command.add_flag("!--no-mask", input.mask, "Leave the mask out")->group(group);
+    CLI::Option* noMask =
+        command.add_flag("!--no-mask", input.mask, "Leave the mask out")->group(group);
+    command
+        .add_option("--mask", input.maskSource,
+                    "Take the mask from a channel of the colours (red, green, blue or alpha), or "
+                    "from a text file with a number for each vertex: 255 simplifies freely, lower "
+                    "numbers less, 0 not at all")
+        ->excludes(noMask)
+        ->group(group);
     command.add_flag("!--no-uvs", input.uvs, "Leave the UVs out")->group(group);
 }
 

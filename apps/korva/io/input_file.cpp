@@ -34,6 +34,10 @@ std::string textOf(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
+std::filesystem::path pathOf(const std::string& text) {
+    return {std::u8string(text.begin(), text.end())};
+}
+
 void failToRead(const std::filesystem::path& path, const std::string& reason) {
     throw korvalite::Error(korvalite::ErrorCode::CannotRead,
                            "Cannot read " + textOf(path) + ": " + reason);

@@ -63,7 +63,8 @@ private:
 /// Throws korvalite::Error(CannotRead): "Cannot read NAME: REASON".
 [[noreturn]] void failToRead(const std::filesystem::path& path, const std::string& reason);
 
-/// A path as text for people, in UTF-8.
+/// A path as text for people, in UTF-8, and back.
 [[nodiscard]] std::string textOf(const std::filesystem::path& path);
+[[nodiscard]] std::filesystem::path pathOf(const std::string& text);
 
 }  // namespace korva
