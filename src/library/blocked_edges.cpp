@@ -96,8 +96,8 @@ private:
 
 /// The rest of the sentence that begins with "Most of the edges that are left".
 struct Advice {
-    EdgeCount rule;
-    const char* text;
+    EdgeCount rule = nullptr;
+    const char* text = "";
     const char* withColors = nullptr;  // where colours are the reason
 };
 

@@ -88,7 +88,7 @@ struct Bins {
 /// The last bin before the best cut.
 std::size_t bestCut(Items items, const Bins& bins) {
     std::array<std::size_t, kBins> counts{};
-    std::array<Box, kBins> boxes;
+    std::array<Box, kBins> boxes{};
     boxes.fill(emptyBox());
     for (const Item& item : items) {
         const std::size_t bin = bins.of(item);

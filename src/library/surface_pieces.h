@@ -13,7 +13,7 @@ namespace korvalite {
 
 struct Piece {
     TriangleCorners corners;
-    double area;
+    double area = 0;
 };
 
 /// The square of the longest edge, and the corner that it is opposite to.
@@ -77,7 +77,7 @@ private:
     };
     struct Patch {
         Piece piece;
-        double spacing;
+        double spacing = 0;
     };
     static constexpr double kPatchWidth = 16;
 

@@ -46,9 +46,9 @@ public:
     SurfaceTree(std::span<const float> positions, TreeParts parts);
 
     struct Hit {
-        core::DoubleVec3 offset;  // from the point
-        double square;            // of the distance
-        std::uint32_t triangle;   // its place among triangles()
+        core::DoubleVec3 offset;     // from the point
+        double square = 0;           // of the distance
+        std::uint32_t triangle = 0;  // its place among triangles()
     };
 
     /// The nearest place on the surface. The square is that of the nearest triangle to the last

@@ -161,8 +161,8 @@ TEST_F(PictureCommand, OptionsOutOfRangeAreUsageErrors) {
 TEST_F(PictureCommand, ShowsWhereTwoMeshesDiffer) {
     test::writeWhole(in("a.obj"), "v 0 0 0\nv 4 0 0\nv 0 4 0\nf 1 2 3\n");
     test::writeWhole(in("b.obj"), "v 0 0 0\nv 4 0 0\nv 0 4 2\nf 1 2 3\n");
-    ASSERT_EQ(run({"picture", in("a.obj"), in("b.obj"), in("a.png"), "--errors", "--json",
-                   "--view", "front", "--size", "128x64"}),
+    ASSERT_EQ(run({"picture", in("a.obj"), in("b.obj"), in("a.png"), "--errors", "--json", "--view",
+                   "front", "--size", "128x64"}),
               ExitCode::Done)
         << err_;
     EXPECT_DOUBLE_EQ(nlohmann::json::parse(out_)["largestError"], 2);
