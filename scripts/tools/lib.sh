@@ -68,6 +68,7 @@ korva_tools=(
 test_tools=(
     "${korva_tools[@]}"
     "/usr/include/gtest/gtest.h libgtest-dev the tests use GoogleTest"
+    "/usr/include/CGAL/version.h libcgal-dev a test compares distances with CGAL"
     "python3 python3 checks the include layers"
 )
 

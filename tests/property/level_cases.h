@@ -48,7 +48,7 @@ inline const std::vector<LevelCase>& levelCases() {
         {"Plain", [] { return sample("synth-torus.Vok"); }, asTheyCome},
         {"Seams", [] { return sample("synth-seams.Vok"); }, asTheyCome},
         {"Masked", [] { return sample("fish-masked.Vok"); }, asTheyCome},
-        {"Colored", [] { return sample("spot-colored.Vok"); }, asTheyCome},
+        {"Colored", coloredTorus, asTheyCome},
         {"Everything", [] { return sample("spot-everything.Vok"); }, asTheyCome},
         {"Symmetric", [] { return sample("synth-symmetric.Vok"); }, mirroredAcrossX},
         {"SymmetricEverything", [] { return sample("spot-everything.Vok"); }, mirroredAcrossX},

@@ -88,13 +88,13 @@ inline std::vector<RunCase> runCases() {
     const auto mirrored = [](int axis) {
         return [axis](ProgressiveMesh& pm) { askForSymmetry(pm, axis); };
     };
-    const auto asTold = [](ProgressiveMesh&) {};
+    const auto unchanged = [](ProgressiveMesh&) {};
     const auto from = [](const char* file) { return [file] { return sample(file); }; };
     std::vector<RunCase> cases{
         {"Torus", Surface::Closed, from("synth-torus.Vok")},
         {"Seams", Surface::Closed, from("synth-seams.Vok")},
-        {"Colored", Surface::Closed, from("spot-colored.Vok")},
-        {"Everything", Surface::Closed, from("spot-everything.Vok"), asTold, Hindrance::Strong},
+        {"Colored", Surface::Closed, coloredTorus},
+        {"Everything", Surface::Closed, from("spot-everything.Vok"), unchanged, Hindrance::Strong},
         {"Symmetric", Surface::Closed, from("synth-symmetric.Vok"), mirrored(0)},
         {"SymmetricEverything", Surface::Closed, from("spot-everything.Vok"), mirrored(0),
          Hindrance::Strong},

@@ -6,10 +6,12 @@
 #include "host/host_monitor.h"
 #include "host/job_paths.h"
 #include "progressive/progressive_mesh.h"
+#include "support/mesh_builder.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -102,6 +104,18 @@ inline DMesh sample(const std::string& name) {
     EXPECT_TRUE(importDMesh((std::string(KORVALITE_SOURCE_DIR "/samples/") + name).c_str(), mesh));
     EXPECT_FALSE(mesh.triangles.empty());
     dropUniformMask(mesh);
+    return mesh;
+}
+
+// A small sample whose colours change gently from place to place.
+inline DMesh coloredTorus() {
+    DMesh mesh = sample("synth-torus.Vok");
+    const auto channel = [](float at) {
+        return static_cast<std::uint32_t>(127.5F + 100 * std::sin(3 * at));
+    };
+    addColors(mesh, [&](const FloatVec3& p) {
+        return packColor(channel(p.x), channel(p.y), channel(p.x + p.z));
+    });
     return mesh;
 }
 

@@ -29,11 +29,7 @@ public:
     Watchdog& operator=(const Watchdog&) = delete;
 
 private:
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-    static constexpr std::chrono::seconds kPatience{600};
-#else
-    static constexpr std::chrono::seconds kPatience{120};
-#endif
+    static constexpr std::chrono::seconds kPatience{600};  // sanitizers are slow
 
     void watch() {
         std::unique_lock lock(mutex_);
