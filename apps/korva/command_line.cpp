@@ -2,7 +2,6 @@
 #include "korva/command_line.h"
 
 #include "korva/commands/command.h"
-#include "korva/interrupt.h"
 #include "korva/nearest_name.h"
 
 #include <CLI/CLI.hpp>
@@ -69,7 +68,6 @@ ExitCode parseAndRun(const std::vector<std::string>& words) {
     } catch (const CLI::ParseError& error) {
         return explain(app, words, error);
     }
-    catchInterrupts();
     return chosen.run();
 }
 

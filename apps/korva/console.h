@@ -21,6 +21,11 @@ struct Console {
         if (!quiet) std::fprintf(stderr, "%s\n", sentence.c_str());
     }
 
+    void say(const std::vector<std::string>& sentences) const {
+        for (const std::string& sentence : sentences)
+            say(sentence);
+    }
+
     [[nodiscard]] ProgressBar progress(std::vector<ProgressBar::Part> parts) const {
         return {quiet ? ProgressBar::Style::None : ProgressBar::styleFor(stderr), std::move(parts)};
     }

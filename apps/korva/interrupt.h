@@ -3,8 +3,9 @@
 
 namespace korva {
 
-/// From now on Ctrl-C, and a request to end, only set a flag; a second one ends the process at
-/// once.
+/// Call it once, from main: from now on Ctrl-C, and a request to end, set a flag; a second one ends
+/// the process at once. Work that does not see the flag within most of a second is cut off: its
+/// unfinished files are deleted, and the process ends with ExitCode::Cancelled.
 void catchInterrupts();
 
 [[nodiscard]] bool isInterrupted();

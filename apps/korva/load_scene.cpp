@@ -86,6 +86,11 @@ void noteRepairs(Scene& scene, const Repairs& repairs) {
          "vertices without triangles were removed.");
 }
 
+/// Roughly the size of its file: a progress bar need not be exact.
+std::uint64_t aboutBytesOf(const Scene& scene) {
+    return 24 * std::uint64_t{scene.vertexCount()} + 16 * std::uint64_t{scene.triangleCount()} + 1;
+}
+
 }  // namespace
 
 Scene loadScene(const std::filesystem::path& path, const InputOptions& options,
@@ -108,10 +113,14 @@ void requireTriangles(const Scene& scene, const std::filesystem::path& path) {
                            textOf(path) + " has no triangles to simplify.");
 }
 
-std::string saveScene(const std::filesystem::path& path, Scene& scene) {
+std::string saveScene(const std::filesystem::path& path, Scene& scene,
+                      const ByteProgress& progress) {
     const FileKind& kind = fileKindOf(path);
     const std::string loss = lossOf(kind, scene);
-    kind.write(path, scene);
+    const std::uint64_t expected = aboutBytesOf(scene);
+    kind.write(path, scene, [&](std::uint64_t done, std::uint64_t) {
+        if (progress) progress(std::min(done, expected), expected);
+    });
     return loss;
 }
 

@@ -29,6 +29,7 @@ void requireTriangles(const Scene& scene, const std::filesystem::path& path);
 
 /// Writes a file by its suffix, and leaves the scene in any state. Returns what the format cannot
 /// carry, as a sentence, or nothing.
-std::string saveScene(const std::filesystem::path& path, Scene& scene);
+std::string saveScene(const std::filesystem::path& path, Scene& scene,
+                      const ByteProgress& progress = {});
 
 }  // namespace korva

@@ -6,11 +6,9 @@
 #include "korva/interrupt.h"
 #include "platform/platform.h"
 
-#include <algorithm>
 #include <charconv>
 #include <memory>
 #include <string_view>
-#include <thread>
 
 namespace korva {
 
@@ -75,9 +73,7 @@ ExitCode batch(const Arguments& arguments, const Console& console) {
     options.list.isRecursive = arguments.isRecursive;
     options.engine = arguments.engine.with(parseTarget(arguments.target));
     options.input = arguments.inputOptions;
-    const auto processors = static_cast<int>(std::thread::hardware_concurrency());
-    options.mostAtOnce = static_cast<std::size_t>(
-        arguments.jobs > 0 ? arguments.jobs : std::clamp(processors, 1, 1024));
+    options.mostAtOnce = static_cast<std::size_t>(threadCount(arguments.jobs));
     options.memoryBytes = budgetIn(arguments.memory);
     options.doAgain = arguments.doAgain;
     options.isStrict = arguments.isStrict;
@@ -123,11 +119,8 @@ void addBatch(CLI::App& app, Chosen& chosen) {
     addBatchOptions(*command, *arguments);
     addEngineOptions(*command, arguments->engine);
     addInputOptions(*command, arguments->inputOptions);
-    addConsoleOptions(*command, chosen.console);
-    command->footer("Example: korva batch scans small --to 10% --format ply");
-    command->callback([arguments, &chosen] {
-        chosen.run = [arguments, &chosen] { return batch(*arguments, chosen.console); };
-    });
+    finishCommand(*command, chosen, arguments, batch,
+                  "korva batch scans small --to 10% --format ply");
 }
 
 }  // namespace korva

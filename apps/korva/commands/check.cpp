@@ -85,13 +85,13 @@ void printText(const std::string& input, const MeshCheck& check) {
                 suggestionFor(input, check).c_str());
 }
 
-void printJson(const std::string& input, const MeshCheck& check) {
+nlohmann::json jsonOf(const std::string& input, const MeshCheck& check) {
     nlohmann::json faults;
     for (const Row& row : kRows) {
         faults[row.key]["count"] = check.*row.count;
         if (row.places != nullptr) faults[row.key]["first"] = check.places.*row.places;
     }
-    const nlohmann::json result = {
+    return {
         {"path", input},
         {"vertices", check.vertices},
         {"triangles", check.triangles},
@@ -102,25 +102,20 @@ void printJson(const std::string& input, const MeshCheck& check) {
         {"faults", faults},
         {"suggestion", suggestionFor(input, check)},
     };
-    std::printf("%s\n", result.dump(2).c_str());
 }
 
 ExitCode checkMesh(const Arguments& arguments, const Console& console) {
-    InputOptions asItIs;
-    asItIs.repair = false;
-    Scene scene;
+    std::vector<std::string> notes;
     MeshCheck check;
     {
         ProgressBar bar = console.progress({{"reading", 1}, {"checking", 1}});
-        scene = loadScene(pathOf(arguments.input), asItIs, followReading(bar, 0));
+        const korvalite::Mesh mesh = loadAsItIs(arguments.input, {}, notes, followBytes(bar, 0));
         bar.show(1, 0, 1);
-        const korvalite::Mesh mesh = joinMeshes(scene.meshes);
         check = korvalite::check(mesh.view());
     }
-    for (const std::string& note : scene.notes)
-        console.say(note);
+    console.say(notes);
     if (console.json)
-        printJson(arguments.input, check);
+        printJson(jsonOf(arguments.input, check));
     else
         printText(arguments.input, check);
     return ExitCode::Done;
@@ -132,11 +127,7 @@ void addCheck(CLI::App& app, Chosen& chosen) {
     auto arguments = std::make_shared<Arguments>();
     CLI::App* command = app.add_subcommand("check", "Say what is wrong with a mesh, and where");
     command->add_option("IN", arguments->input, "The mesh to check")->required();
-    addConsoleOptions(*command, chosen.console);
-    command->footer("Example: korva check scan.ply");
-    command->callback([arguments, &chosen] {
-        chosen.run = [arguments, &chosen] { return checkMesh(*arguments, chosen.console); };
-    });
+    finishCommand(*command, chosen, arguments, checkMesh, "korva check scan.ply");
 }
 
 }  // namespace korva

@@ -9,10 +9,14 @@
 
 #include <CLI/CLI.hpp>
 #include <korvalite/korvalite.h>
+#include <nlohmann/json_fwd.hpp>
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace korva {
 
@@ -41,6 +45,33 @@ void addCommands(CLI::App& app, Chosen& chosen);
 /// The options of every command that talks.
 void addConsoleOptions(CLI::App& command, Console& console);
 void addInputOptions(CLI::App& command, InputOptions& input);
+/// --threads; `remark` says what depends on it.
+CLI::Option* addThreads(CLI::App& command, int& threads, std::string_view remark);
+/// What --threads asks for, or one thread for each processor if that is 0.
+[[nodiscard]] int threadCount(int asked);
+
+/// Ends the definition of a command that talks: if it is chosen, `run` gets its arguments.
+template <typename Arguments>
+void finishCommand(CLI::App& command, Chosen& chosen, const std::shared_ptr<Arguments>& arguments,
+                   ExitCode (*run)(const Arguments&, const Console&), std::string_view example) {
+    addConsoleOptions(command, chosen.console);
+    command.footer("Example: " + std::string(example));
+    command.callback([arguments, run, &chosen] {
+        chosen.run = [arguments, run, &chosen] { return run(*arguments, chosen.console); };
+    });
+}
+
+/// Throws Error(BadOption) with "`rule`, but this is PATH." unless the path has the suffix, in
+/// either case.
+void requireSuffix(const std::filesystem::path& path, std::string_view suffix,
+                   std::string_view rule);
+
+/// A file as one mesh, without repairs. What was lost is added to the notes.
+[[nodiscard]] korvalite::Mesh loadAsItIs(const std::string& path, InputOptions options,
+                                         std::vector<std::string>& notes,
+                                         const ByteProgress& progress);
+
+void printJson(const nlohmann::json& result);
 
 /// The options of a simplification, except the target.
 struct EngineOptions {
@@ -52,9 +83,9 @@ struct EngineOptions {
 };
 void addEngineOptions(CLI::App& command, EngineOptions& engine);
 
-/// What a reader and a call of the library report to: shows a part of the progress, and lets Ctrl-C
-/// end the work. The call is the share of its part from `from` to `to`.
-[[nodiscard]] ByteProgress followReading(ProgressBar& bar, std::size_t part);
+/// What a reader or writer and a call of the library report to: shows a part of the progress, and
+/// lets Ctrl-C end the work. The call is the share of its part from `from` to `to`.
+[[nodiscard]] ByteProgress followBytes(ProgressBar& bar, std::size_t part);
 [[nodiscard]] korvalite::Monitor followWork(ProgressBar& bar, std::size_t part, double from = 0,
                                             double to = 1);
 

@@ -1,9 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "korva/commands/command.h"
+#include "korva/files/file_table.h"
 #include "korva/interrupt.h"
+#include "korva/json_text.h"
 #include "korva/work_fraction.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
+#include <cstdio>
+#include <iterator>
 #include <thread>
 
 namespace korva {
@@ -62,13 +68,23 @@ void addEngineOptions(CLI::App& command, EngineOptions& engine) {
         ->check(CLI::Range(1.0F, 100.0F))
         ->capture_default_str()
         ->group(group);
-    command
-        .add_option("--threads", engine.threads,
-                    "How many threads to use, from 1 to 1024; 0 uses all processors. With one "
-                    "thread the same input always gives the same output")
-        ->check(CLI::Range(0, 1024))
-        ->capture_default_str()
+    addThreads(command, engine.threads,
+               "With one thread the same input always gives the same output")
         ->group(group);
+}
+
+CLI::Option* addThreads(CLI::App& command, int& threads, std::string_view remark) {
+    return command
+        .add_option("--threads", threads,
+                    "How many threads to use, from 1 to 1024; 0 uses all processors. " +
+                        std::string(remark))
+        ->check(CLI::Range(0, 1024))
+        ->capture_default_str();
+}
+
+int threadCount(int asked) {
+    const auto processors = static_cast<int>(std::thread::hardware_concurrency());
+    return asked > 0 ? asked : std::clamp(processors, 1, 1024);
 }
 
 korvalite::Options EngineOptions::with(const korvalite::Target& target) const {
@@ -78,12 +94,31 @@ korvalite::Options EngineOptions::with(const korvalite::Target& target) const {
     if (axis == 'x') result.symmetry = korvalite::Symmetry::X;
     if (axis == 'y') result.symmetry = korvalite::Symmetry::Y;
     if (axis == 'z') result.symmetry = korvalite::Symmetry::Z;
-    const auto processors = static_cast<int>(std::thread::hardware_concurrency());
-    result.threads = threads > 0 ? threads : std::clamp(processors, 1, 1024);
+    result.threads = threadCount(threads);
     return result;
 }
 
-ByteProgress followReading(ProgressBar& bar, std::size_t part) {
+void requireSuffix(const std::filesystem::path& path, std::string_view suffix,
+                   std::string_view rule) {
+    if (lowerSuffixOf(path) == suffix) return;
+    std::string sentence(rule);
+    sentence += ", but this is " + textOf(path) + ".";
+    throw korvalite::Error(korvalite::ErrorCode::BadOption, sentence);
+}
+
+korvalite::Mesh loadAsItIs(const std::string& path, InputOptions options,
+                           std::vector<std::string>& notes, const ByteProgress& progress) {
+    options.repair = false;
+    Scene scene = loadScene(pathOf(path), options, progress);
+    std::ranges::move(scene.notes, std::back_inserter(notes));
+    return joinMeshes(scene.meshes);
+}
+
+void printJson(const nlohmann::json& result) {
+    std::printf("%s\n", jsonText(result).c_str());
+}
+
+ByteProgress followBytes(ProgressBar& bar, std::size_t part) {
     return [&bar, part](std::uint64_t done, std::uint64_t total) {
         throwIfInterrupted();
         bar.show(part, done, total);

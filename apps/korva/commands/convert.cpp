@@ -25,22 +25,17 @@ ExitCode convert(const Arguments& arguments, const Console& console) {
     std::size_t triangles = 0;
     {
         ProgressBar bar = console.progress({{"reading", 2}, {"writing", 1}});
-        scene = loadScene(pathOf(arguments.input), arguments.inputOptions, followReading(bar, 0));
+        scene = loadScene(pathOf(arguments.input), arguments.inputOptions, followBytes(bar, 0));
         vertices = scene.vertexCount();
         triangles = scene.triangleCount();
-        bar.show(1, 0, 1);
-        const std::string loss = saveScene(output, scene);
+        const std::string loss = saveScene(output, scene, followBytes(bar, 1));
         if (!loss.empty()) scene.notes.push_back(loss);
     }
-    for (const std::string& note : scene.notes)
-        console.say(note);
+    console.say(scene.notes);
     if (console.json) {
-        const nlohmann::json result = {
-            {"output",
-             {{"path", arguments.output}, {"vertices", vertices}, {"triangles", triangles}}},
-            {"notes", scene.notes},
-        };
-        std::printf("%s\n", result.dump(2).c_str());
+        printJson({{"output",
+                    {{"path", arguments.output}, {"vertices", vertices}, {"triangles", triangles}}},
+                   {"notes", scene.notes}});
     } else {
         std::printf("%s: %s vertices, %s triangles.\n", arguments.output.c_str(),
                     withCommas(vertices).c_str(), withCommas(triangles).c_str());
@@ -57,11 +52,7 @@ void addConvert(CLI::App& app, Chosen& chosen) {
     command->add_option("OUT", arguments->output, "Where it goes; its suffix decides the format")
         ->required();
     addInputOptions(*command, arguments->inputOptions);
-    addConsoleOptions(*command, chosen.console);
-    command->footer("Example: korva convert part.stl part.ply");
-    command->callback([arguments, &chosen] {
-        chosen.run = [arguments, &chosen] { return convert(*arguments, chosen.console); };
-    });
+    finishCommand(*command, chosen, arguments, convert, "korva convert part.stl part.ply");
 }
 
 }  // namespace korva

@@ -2,6 +2,7 @@
 #include "korva/commands/command.h"
 #include "korva/files/file_table.h"
 #include "korva/io/output_file.h"
+#include "korva/json_text.h"
 #include "korva/level_list.h"
 #include "korva/measured_levels.h"
 #include "korva/numbers.h"
@@ -129,7 +130,7 @@ void makeFolder(const std::filesystem::path& folder) {
 void writeIndex(const Output& output, const std::filesystem::path& input) {
     OutputFile file(output.path("-lods.json"));
     const nlohmann::json index = {{"input", textOf(input)}, {"levels", output.index}};
-    file.write(index.dump(2) + "\n");
+    file.write(jsonText(index) + "\n");
     file.commit();
 }
 
@@ -150,7 +151,7 @@ ExitCode lods(const Arguments& arguments, const Console& console) {
     Output output = startOutput(arguments);
     {
         ProgressBar bar = console.progress({{"reading", 1}, {"simplifying", 10}, {"levels", 8}});
-        Scene scene = loadScene(input, arguments.inputOptions, followReading(bar, 0));
+        Scene scene = loadScene(input, arguments.inputOptions, followBytes(bar, 0));
         requireTriangles(scene, input);
         output.notes = std::move(scene.notes);
         output.all.hadNormals = scene.hadNormals;
@@ -169,14 +170,9 @@ ExitCode lods(const Arguments& arguments, const Console& console) {
         if (arguments.asGlb) saveScene(output.path("-lods.glb"), output.all);
         writeIndex(output, input);
     }
-    for (const std::string& note : output.notes)
-        console.say(note);
+    console.say(output.notes);
     if (console.json)
-        std::printf("%s\n", nlohmann::json({{"input", textOf(input)},
-                                            {"levels", output.index},
-                                            {"notes", output.notes}})
-                                .dump(2)
-                                .c_str());
+        printJson({{"input", textOf(input)}, {"levels", output.index}, {"notes", output.notes}});
     else
         for (const std::string& line : output.lines)
             std::printf("%s\n", line.c_str());
@@ -199,8 +195,8 @@ void addLods(CLI::App& app, Chosen& chosen) {
                               ->capture_default_str();
     command
         ->add_option("--halve", arguments->halve,
-                     "So many levels, from 1 to 30, each with half of the vertices of the one "
-                     "before")
+                     "How many levels to write, from 1 to 30, each with half of the vertices of "
+                     "the one before")
         ->check(CLI::Range(1, 30))
         ->excludes(levels);
     command->add_option("--format", arguments->format,
@@ -209,11 +205,8 @@ void addLods(CLI::App& app, Chosen& chosen) {
                       "Also write all levels into one GLB, as meshes NAME LOD1 and so on");
     addEngineOptions(*command, arguments->engine);
     addInputOptions(*command, arguments->inputOptions);
-    addConsoleOptions(*command, chosen.console);
-    command->footer("Example: korva lods statue.obj levels --halve 5 --glb");
-    command->callback([arguments, &chosen] {
-        chosen.run = [arguments, &chosen] { return lods(*arguments, chosen.console); };
-    });
+    finishCommand(*command, chosen, arguments, lods,
+                  "korva lods statue.obj levels --halve 5 --glb");
 }
 
 }  // namespace korva

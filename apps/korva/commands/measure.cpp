@@ -4,9 +4,9 @@
 #include "korva/heat_colors.h"
 #include "korva/measurement_text.h"
 
-#include <algorithm>
+#include <nlohmann/json.hpp>
+
 #include <memory>
-#include <thread>
 #include <utility>
 
 namespace korva {
@@ -30,10 +30,7 @@ struct Result {
 };
 
 korvalite::MeasureOptions optionsOf(const Arguments& arguments) {
-    const auto processors = static_cast<int>(std::thread::hardware_concurrency());
-    const int all = std::clamp(processors, 1, 1024);
-    return {.samples = arguments.samples,
-            .threads = arguments.threads > 0 ? arguments.threads : all};
+    return {.samples = arguments.samples, .threads = threadCount(arguments.threads)};
 }
 
 void requireColors(const std::filesystem::path& path) {
@@ -42,14 +39,6 @@ void requireColors(const std::filesystem::path& path) {
     throw korvalite::Error(korvalite::ErrorCode::BadOption,
                            std::string(kind.name) +
                                " cannot hold colours; write the heat map to .ply, for example.");
-}
-
-korvalite::Mesh readWhole(const std::string& path, Result& result, const ByteProgress& progress) {
-    InputOptions asItIs;
-    asItIs.repair = false;
-    Scene scene = loadScene(pathOf(path), asItIs, progress);
-    std::ranges::move(scene.notes, std::back_inserter(result.notes));
-    return joinMeshes(scene.meshes);
 }
 
 void writeHeat(const Arguments& arguments, korvalite::Mesh mesh,
@@ -70,8 +59,8 @@ Result measureFiles(const Arguments& arguments, const Console& console) {
                                         {"preparing B", 1},
                                         {"measuring", 8},
                                         {"colouring", 1}});
-    korvalite::Mesh a = readWhole(arguments.a, result, followReading(bar, 0));
-    const korvalite::Mesh b = readWhole(arguments.b, result, followReading(bar, 1));
+    korvalite::Mesh a = loadAsItIs(arguments.a, {}, result.notes, followBytes(bar, 0));
+    const korvalite::Mesh b = loadAsItIs(arguments.b, {}, result.notes, followBytes(bar, 1));
     const korvalite::MeasureOptions options = optionsOf(arguments);
     const korvalite::Surface surfaceB(b.view(), followWork(bar, 3));
     {
@@ -100,15 +89,14 @@ void print(const Arguments& arguments, const Result& result, const Console& cons
     if (!arguments.heat.empty())
         object["heat"] = {{"path", arguments.heat}, {"max", result.heatMax}};
     object["notes"] = result.notes;
-    std::printf("%s\n", object.dump(2).c_str());
+    printJson(object);
 }
 
 ExitCode measure(const Arguments& arguments, const Console& console) {
     // A suffix that is not possible should not show only at the end.
     if (!arguments.heat.empty()) requireColors(pathOf(arguments.heat));
     const Result result = measureFiles(arguments, console);
-    for (const std::string& note : result.notes)
-        console.say(note);
+    console.say(result.notes);
     print(arguments, result, console);
     return ExitCode::Done;
 }
@@ -133,17 +121,9 @@ void addMeasure(CLI::App& app, Chosen& chosen) {
                      "triangle has at least one")
         ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}))
         ->capture_default_str();
-    command
-        ->add_option("--threads", arguments->threads,
-                     "How many threads to use, from 1 to 1024; 0 uses all processors. The result "
-                     "does not depend on it")
-        ->check(CLI::Range(0, 1024))
-        ->capture_default_str();
-    addConsoleOptions(*command, chosen.console);
-    command->footer("Example: korva measure scan.ply scan-small.ply --heat heat.ply");
-    command->callback([arguments, &chosen] {
-        chosen.run = [arguments, &chosen] { return measure(*arguments, chosen.console); };
-    });
+    addThreads(*command, arguments->threads, "The result does not depend on it");
+    finishCommand(*command, chosen, arguments, measure,
+                  "korva measure scan.ply scan-small.ply --heat heat.ply");
 }
 
 }  // namespace korva

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <map>
 #include <memory>
-#include <thread>
 
 namespace korva {
 
@@ -48,29 +47,8 @@ PictureSettings settingsOf(const Arguments& arguments) {
     settings.background = kBackgrounds.at(arguments.background);
     settings.smooth = arguments.smooth;
     settings.wireframe = arguments.wireframe;
-    const auto processors = static_cast<int>(std::thread::hardware_concurrency());
-    settings.threads = arguments.threads > 0 ? arguments.threads : std::clamp(processors, 1, 1024);
+    settings.threads = threadCount(arguments.threads);
     return settings;
-}
-
-void requirePng(const std::filesystem::path& path) {
-    const std::string suffix = textOf(path.extension());
-    if (suffix == ".png" || suffix == ".PNG") return;
-    throw korvalite::Error(korvalite::ErrorCode::BadOption,
-                           "A picture is a .png file, but this is " + textOf(path) + ".");
-}
-
-/// A mesh as it is in the file, without what a picture does not show.
-korvalite::Mesh load(const std::string& path, bool colors, std::vector<std::string>& notes,
-                     const ByteProgress& progress) {
-    InputOptions options;
-    options.repair = false;
-    options.colors = colors;
-    options.mask = false;
-    options.uvs = false;
-    Scene scene = loadScene(pathOf(path), options, progress);
-    notes.insert(notes.end(), scene.notes.begin(), scene.notes.end());
-    return joinMeshes(scene.meshes);
 }
 
 struct Drawn {
@@ -99,8 +77,7 @@ void paintErrors(Drawn& drawn, const korvalite::Monitor& monitor) {
 }
 
 void print(const Arguments& arguments, const Console& console, const Drawn& drawn) {
-    for (const std::string& note : drawn.notes)
-        console.say(note);
+    console.say(drawn.notes);
     if (!console.json) {
         std::printf("%s: %zu x %zu pixels.\n", drawn.path.c_str(), drawn.settings.width,
                     drawn.settings.height);
@@ -122,20 +99,24 @@ void print(const Arguments& arguments, const Console& console, const Drawn& draw
         {"notes", drawn.notes},
     };
     if (arguments.errors) result["largestError"] = drawn.largestError;
-    std::printf("%s\n", result.dump(2).c_str());
+    printJson(result);
 }
 
 ExitCode picture(const Arguments& arguments, const Console& console) {
     Drawn drawn{arguments.files.back(), settingsOf(arguments), {}, {}};
-    requirePng(pathOf(drawn.path));
+    requireSuffix(pathOf(drawn.path), ".png", "A picture is a .png file");
+    InputOptions shown;
+    shown.colors = arguments.colors;
+    shown.mask = false;
+    shown.uvs = false;
     {
         ProgressBar bar = console.progress(
             {{"reading", 1}, {"reading", 1}, {"measuring", 1}, {"drawing", 1}, {"writing", 1}});
         for (std::size_t i = 0; i + 1 < arguments.files.size(); ++i)
             drawn.meshes.push_back(
-                load(arguments.files[i], arguments.colors, drawn.notes, followReading(bar, i)));
+                loadAsItIs(arguments.files[i], shown, drawn.notes, followBytes(bar, i)));
         if (arguments.errors) paintErrors(drawn, followWork(bar, 2));
-        const Image image = drawPicture(drawn.meshes, drawn.settings, followReading(bar, 3));
+        const Image image = drawPicture(drawn.meshes, drawn.settings, followBytes(bar, 3));
         bar.show(4, 0, 1);
         writePng(pathOf(drawn.path), image);
     }
@@ -181,17 +162,9 @@ void addPicture(CLI::App& app, Chosen& chosen) {
         ->add_option("--size", arguments->size, "Width and height in pixels, each from 16 to 16384")
         ->capture_default_str();
     addLookOptions(*command, *arguments);
-    command
-        ->add_option("--threads", arguments->threads,
-                     "How many threads to use, from 1 to 1024; 0 uses all processors. The picture "
-                     "does not depend on it")
-        ->check(CLI::Range(0, 1024))
-        ->capture_default_str();
-    addConsoleOptions(*command, chosen.console);
-    command->footer("Example: korva picture scan.ply scan-small.ply before-after.png");
-    command->callback([arguments, &chosen] {
-        chosen.run = [arguments, &chosen] { return picture(*arguments, chosen.console); };
-    });
+    addThreads(*command, arguments->threads, "The picture does not depend on it");
+    finishCommand(*command, chosen, arguments, picture,
+                  "korva picture scan.ply scan-small.ply before-after.png");
 }
 
 }  // namespace korva

@@ -2,6 +2,7 @@
 #include "korva/commands/command.h"
 #include "korva/files/file_table.h"
 #include "korva/goal.h"
+#include "korva/io/partial_file.h"
 #include "korva/report_text.h"
 
 #include <chrono>
@@ -20,10 +21,7 @@ struct Arguments {
 };
 
 void requireKvm(const std::filesystem::path& path) {
-    const std::string suffix = textOf(path.extension());
-    if (suffix == ".kvm" || suffix == ".KVM") return;
-    throw korvalite::Error(korvalite::ErrorCode::BadOption,
-                           "A progressive mesh is a .kvm file, but this is " + textOf(path) + ".");
+    requireSuffix(path, ".kvm", "A progressive mesh is a .kvm file");
 }
 
 korvalite::ProgressiveMesh build(Scene& scene, const korvalite::Options& options,
@@ -41,12 +39,14 @@ ExitCode progressive(const Arguments& arguments, const Console& console) {
     const korvalite::Options options = arguments.engine.with(parseTarget(arguments.target));
     {
         ProgressBar bar = console.progress({{"reading", 1}, {"simplifying", 10}, {"writing", 1}});
-        Scene scene = loadScene(outcome.input, arguments.inputOptions, followReading(bar, 0));
+        Scene scene = loadScene(outcome.input, arguments.inputOptions, followBytes(bar, 0));
         requireTriangles(scene, outcome.input);
         outcome.notes = std::move(scene.notes);
         korvalite::ProgressiveMesh mesh = build(scene, options, followWork(bar, 1));
         bar.show(2, 0, 1);
-        mesh.save(outcome.output);
+        PartialFile file(outcome.output);
+        mesh.save(file.partialPath());
+        file.commit();
         outcome.report = mesh.report();
         outcome.vertices = mesh.vertexCount();
         outcome.triangles = mesh.triangleCount();
@@ -75,8 +75,7 @@ ExitCode level(const Arguments& arguments, const Console& console) {
         outcome.report.inputTriangles = progressive.finestTriangleCount();
         outcome.vertices = scene.vertexCount();
         outcome.triangles = scene.triangleCount();
-        bar.show(1, 0, 1);
-        const std::string loss = saveScene(outcome.output, scene);
+        const std::string loss = saveScene(outcome.output, scene, followBytes(bar, 1));
         if (!loss.empty()) outcome.notes.push_back(loss);
     }
     show(console, outcome);
@@ -96,11 +95,7 @@ void addProgressive(CLI::App& app, Chosen& chosen) {
         ->capture_default_str();
     addEngineOptions(*command, arguments->engine);
     addInputOptions(*command, arguments->inputOptions);
-    addConsoleOptions(*command, chosen.console);
-    command->footer("Example: korva progressive scan.ply scan.kvm");
-    command->callback([arguments, &chosen] {
-        chosen.run = [arguments, &chosen] { return progressive(*arguments, chosen.console); };
-    });
+    finishCommand(*command, chosen, arguments, progressive, "korva progressive scan.ply scan.kvm");
 }
 
 void addLevel(CLI::App& app, Chosen& chosen) {
@@ -114,11 +109,8 @@ void addLevel(CLI::App& app, Chosen& chosen) {
         ->required();
     command->add_option("--to", arguments->target, "The level: 10%, 50000v or 100000t")
         ->capture_default_str();
-    addConsoleOptions(*command, chosen.console);
-    command->footer("Example: korva level scan.kvm scan-1000.obj --to 1000v");
-    command->callback([arguments, &chosen] {
-        chosen.run = [arguments, &chosen] { return level(*arguments, chosen.console); };
-    });
+    finishCommand(*command, chosen, arguments, level,
+                  "korva level scan.kvm scan-1000.obj --to 1000v");
 }
 
 }  // namespace korva

@@ -59,15 +59,14 @@ ExitCode simplify(const Arguments& arguments, const Console& console) {
     static_cast<void>(fileKindOf(outcome.output));
     {
         ProgressBar bar = console.progress({{"reading", 1}, {"simplifying", 10}, {"writing", 1}});
-        Scene scene = loadScene(outcome.input, arguments.inputOptions, followReading(bar, 0));
+        Scene scene = loadScene(outcome.input, arguments.inputOptions, followBytes(bar, 0));
         requireTriangles(scene, outcome.input);
         outcome.notes = std::move(scene.notes);
         const auto monitorFor = [&bar](double from, double to) {
             return followWork(bar, 1, from, to);
         };
         run(scene, goal, arguments, monitorFor, outcome);
-        bar.show(2, 0, 1);
-        const std::string loss = saveScene(outcome.output, scene);
+        const std::string loss = saveScene(outcome.output, scene, followBytes(bar, 2));
         if (!loss.empty()) outcome.notes.push_back(loss);
     }
     outcome.seconds =
@@ -103,11 +102,8 @@ void addSimplify(CLI::App& app, Chosen& chosen) {
     command->add_flag("--strict", arguments->strict, "Exit with 3 if the target is not reached");
     addEngineOptions(*command, arguments->engine);
     addInputOptions(*command, arguments->inputOptions);
-    addConsoleOptions(*command, chosen.console);
-    command->footer("Example: korva simplify scan.ply scan-small.obj --to 10%");
-    command->callback([arguments, &chosen] {
-        chosen.run = [arguments, &chosen] { return simplify(*arguments, chosen.console); };
-    });
+    finishCommand(*command, chosen, arguments, simplify,
+                  "korva simplify scan.ply scan-small.obj --to 10%");
 }
 
 }  // namespace korva

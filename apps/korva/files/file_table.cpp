@@ -35,14 +35,15 @@ Scene readOne(const std::filesystem::path& path, const ByteProgress& progress) {
 }
 
 template <auto write>
-void writeOne(const std::filesystem::path& path, Scene& scene) {
-    write(path, joinMeshes(scene.meshes));
+void writeOne(const std::filesystem::path& path, Scene& scene, const ByteProgress& progress) {
+    write(path, joinMeshes(scene.meshes), progress);
 }
 
 template <auto write>
-void writeWithNormals(const std::filesystem::path& path, Scene& scene) {
+void writeWithNormals(const std::filesystem::path& path, Scene& scene,
+                      const ByteProgress& progress) {
     const korvalite::Mesh mesh = joinMeshes(scene.meshes);
-    write(path, mesh, scene.hadNormals ? vertexNormals(mesh) : std::vector<float>());
+    write(path, mesh, scene.hadNormals ? vertexNormals(mesh) : std::vector<float>(), progress);
 }
 
 // Suffix, name, whether it carries colours, a mask, UVs and several meshes, and a millimetre.
@@ -58,6 +59,8 @@ constexpr std::array kKinds{
     FileKind{".vok", "Vok", true, true, true, false, 1, readOne<readVok>, writeOne<writeVok>},
 };
 
+}  // namespace
+
 std::string lowerSuffixOf(const std::filesystem::path& path) {
     std::string suffix = textOf(path.extension());
     std::ranges::transform(suffix, suffix.begin(), [](char c) {
@@ -65,8 +68,6 @@ std::string lowerSuffixOf(const std::filesystem::path& path) {
     });
     return suffix;
 }
-
-}  // namespace
 
 std::span<const FileKind> fileKinds() {
     return kKinds;

@@ -23,7 +23,7 @@ struct FileKind {
     Scene (*read)(const std::filesystem::path& path, const ByteProgress& progress);
     /// Leaves `scene` in any state, to save memory. Normals are computed and written if hadNormals
     /// is set and the format has them.
-    void (*write)(const std::filesystem::path& path, Scene& scene);
+    void (*write)(const std::filesystem::path& path, Scene& scene, const ByteProgress& progress);
 };
 
 [[nodiscard]] std::span<const FileKind> fileKinds();
@@ -31,6 +31,9 @@ struct FileKind {
 /// The kind for the suffix of a path, in either case. Throws Error(BadOption) that lists the
 /// suffixes if there is none.
 [[nodiscard]] const FileKind& fileKindOf(const std::filesystem::path& path);
+
+/// The suffix of a path with its point, in lower case.
+[[nodiscard]] std::string lowerSuffixOf(const std::filesystem::path& path);
 
 /// What the format cannot carry of a scene, as a sentence; empty if it can carry everything.
 [[nodiscard]] std::string lossOf(const FileKind& kind, const Scene& scene);

@@ -3,11 +3,11 @@
 
 #include "formats/vok_reader.h"
 #include "formats/vok_writer.h"
+#include "korva/io/partial_file.h"
 #include "library/mesh_copy.h"
 #include "library/paths.h"
 
 #include <numeric>
-#include <system_error>
 
 namespace korva {
 
@@ -47,23 +47,18 @@ ImportedMesh readVok(const std::filesystem::path& path, const ByteProgress& prog
     return imported;
 }
 
-void writeVok(const std::filesystem::path& path, const korvalite::Mesh& mesh) {
+void writeVok(const std::filesystem::path& path, const korvalite::Mesh& mesh,
+              const ByteProgress& progress) {
     core::DMesh out;
     korvalite::MeshView view = mesh.view();
     view.faceUVs = {};
     korvalite::copyIn(view, out);
     copyUVsIn(mesh, out);
-    std::filesystem::path partial = path;
-    partial += ".part";
-    std::error_code failure;
-    if (core::exportDMesh(korvalite::pathText(partial), out)) {
-        std::filesystem::rename(partial, path, failure);
-        if (!failure) return;
-    }
-    std::filesystem::remove(partial, failure);
-    throw korvalite::Error(korvalite::ErrorCode::CannotWrite,
-                           "Cannot write " + textOf(path) +
-                               ": the folder may be missing or protected, or the disk full.");
+    PartialFile file(path);
+    if (!core::exportDMesh(korvalite::pathText(file.partialPath()), out))
+        file.fail("the folder may be missing or protected, or the disk full.");
+    if (progress) progress(1, 1);
+    file.commit();
 }
 
 }  // namespace korva

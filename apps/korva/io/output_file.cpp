@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "korva/io/output_file.h"
 
-#include "korva/io/input_file.h"
-
-#include <korvalite/korvalite.h>
-
-#include <string>
-#include <system_error>
+#include <utility>
 
 namespace korva {
 
@@ -14,42 +9,22 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 20U;
 
-/// A name that nothing has yet. Two processes that write the same file at once get the same one at
-/// worst, and then one of the files.
-std::filesystem::path partialNameFor(const std::filesystem::path& path) {
-    std::error_code ignored;
-    for (int i = 0;; ++i) {
-        std::filesystem::path name = path;
-        name += ".part" + (i == 0 ? std::string() : std::to_string(i));
-        if (!std::filesystem::exists(name, ignored)) return name;
-    }
-}
-
 }  // namespace
 
-OutputFile::OutputFile(const std::filesystem::path& path)
-    : path_(path), partialPath_(partialNameFor(path)) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored)) fail("it is a folder.");
-    stream_.open(partialPath_, std::ios::binary | std::ios::trunc);
-    if (!stream_) fail("the folder does not exist or is protected.");
+OutputFile::OutputFile(const std::filesystem::path& path, ByteProgress progress)
+    : file_(path), progress_(std::move(progress)) {
+    stream_.open(file_.partialPath(), std::ios::binary | std::ios::trunc);
+    if (!stream_) file_.fail("the folder does not exist or is protected.");
     buffer_.reserve(kBlock);
-}
-
-OutputFile::~OutputFile() {
-    if (isCommitted_) return;
-    stream_.close();
-    std::error_code ignored;
-    std::filesystem::remove(partialPath_, ignored);
 }
 
 void OutputFile::write(const void* bytes, std::size_t byteCount) {
     const char* from = static_cast<const char*>(bytes);
     if (buffer_.size() + byteCount > kBlock) flush();
-    if (byteCount > kBlock) {
-        if (!stream_.write(from, static_cast<std::streamsize>(byteCount)))
-            fail("the disk is full.");
-        return;
+    while (byteCount > kBlock) {
+        writeOut(from, kBlock);
+        from += kBlock;
+        byteCount -= kBlock;
     }
     buffer_.insert(buffer_.end(), from, from + byteCount);
 }
@@ -58,27 +33,25 @@ void OutputFile::finish() {
     if (isFinished_) return;
     flush();
     stream_.close();
-    if (!stream_) fail("the disk is full.");
+    if (!stream_) file_.fail("the disk is full.");
     isFinished_ = true;
 }
 
 void OutputFile::commit() {
     finish();
-    std::error_code failure;
-    std::filesystem::rename(partialPath_, path_, failure);
-    if (failure) fail("a file of that name is there, and is protected or in use.");
-    isCommitted_ = true;
+    file_.commit();
 }
 
 void OutputFile::flush() {
-    if (!stream_.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size())))
-        fail("the disk is full.");
+    writeOut(buffer_.data(), buffer_.size());
     buffer_.clear();
 }
 
-void OutputFile::fail(const char* reason) const {
-    throw korvalite::Error(korvalite::ErrorCode::CannotWrite,
-                           "Cannot write " + textOf(path_) + ": " + reason);
+void OutputFile::writeOut(const char* bytes, std::size_t byteCount) {
+    if (!stream_.write(bytes, static_cast<std::streamsize>(byteCount)))
+        file_.fail("the disk is full.");
+    written_ += byteCount;
+    if (progress_) progress_(written_, 0);
 }
 
 }  // namespace korva

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "korva/io/input_file.h"
+#include "korva/io/partial_file.h"
+
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
@@ -9,15 +13,13 @@
 
 namespace korva {
 
-/// A file that appears only when it is complete: it is written under another name in the same
-/// folder and takes its own name at the end, so a file that was there before survives a failure.
-/// Throws korvalite::Error(CannotWrite) if anything fails; then nothing is left.
+/// A file that appears only when it is complete, written from its start to its end through a
+/// buffer. Throws korvalite::Error(CannotWrite) if anything fails; then nothing is left.
 class OutputFile {
 public:
-    explicit OutputFile(const std::filesystem::path& path);
-    ~OutputFile();
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
+    /// Calls `progress`, if there is one, for every block with the bytes so far, and 0 for the
+    /// total.
+    explicit OutputFile(const std::filesystem::path& path, ByteProgress progress = {});
 
     void write(const void* bytes, std::size_t byteCount);
     void write(std::string_view text) { write(text.data(), text.size()); }
@@ -37,14 +39,14 @@ public:
 
 private:
     void flush();
-    [[noreturn]] void fail(const char* reason) const;
+    void writeOut(const char* bytes, std::size_t byteCount);
 
-    std::filesystem::path path_;
-    std::filesystem::path partialPath_;
-    std::ofstream stream_;
+    PartialFile file_;
+    std::ofstream stream_;  // closed before file_ deletes the file
     std::vector<char> buffer_;
+    ByteProgress progress_;
+    std::uint64_t written_ = 0;
     bool isFinished_ = false;
-    bool isCommitted_ = false;
 };
 
 }  // namespace korva

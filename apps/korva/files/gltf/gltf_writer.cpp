@@ -89,12 +89,12 @@ std::uint32_t glbBytes(const std::filesystem::path& path, std::uint64_t jsonByte
     return static_cast<std::uint32_t>(bytes);
 }
 
-void writeGlb(const std::filesystem::path& path, Scene& scene) {
+void writeGlb(const std::filesystem::path& path, Scene& scene, const ByteProgress& progress) {
     const std::vector<GltfPart> parts = partsOf(scene);
     GltfLayout layout = layOutGltf(parts, {});
     const std::uint32_t bytes = glbBytes(path, layout.json.size(), layout.binaryBytes);
     layout.json.resize((layout.json.size() + 3) / 4 * 4, ' ');
-    OutputFile file(path);
+    OutputFile file(path, progress);
     file.writeValue(kGlbMagic);
     file.writeValue(GlbHeader{kGlbVersion, bytes});
     file.writeValue(GlbChunk{static_cast<std::uint32_t>(layout.json.size()), kGlbJsonChunk});
@@ -106,7 +106,7 @@ void writeGlb(const std::filesystem::path& path, Scene& scene) {
     file.commit();
 }
 
-void writeGltf(const std::filesystem::path& path, Scene& scene) {
+void writeGltf(const std::filesystem::path& path, Scene& scene, const ByteProgress& progress) {
     const std::vector<GltfPart> parts = partsOf(scene);
     const std::filesystem::path binaryPath = std::filesystem::path(path).replace_extension(".bin");
     const GltfLayout layout = layOutGltf(parts, gltfUriOf(binaryPath.filename()));
@@ -116,7 +116,7 @@ void writeGltf(const std::filesystem::path& path, Scene& scene) {
         file.commit();
         return;
     }
-    OutputFile binary(binaryPath);
+    OutputFile binary(binaryPath, progress);
     writeParts(binary, parts);
     // Both are on the disk before the first gets its name.
     file.finish();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "korva/files/scene.h"
+#include "korva/io/input_file.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -13,10 +14,10 @@ namespace korva {
 /// and the triangles of the scene are changed. Throws korvalite::Error(CannotWrite).
 
 /// With the data beside the file, under its name with the suffix ".bin".
-void writeGltf(const std::filesystem::path& path, Scene& scene);
+void writeGltf(const std::filesystem::path& path, Scene& scene, const ByteProgress& progress = {});
 
 /// In one file, of at most 4 GiB.
-void writeGlb(const std::filesystem::path& path, Scene& scene);
+void writeGlb(const std::filesystem::path& path, Scene& scene, const ByteProgress& progress = {});
 
 /// The size of a GLB file with these contents, before they are padded. Throws
 /// korvalite::Error(CannotWrite) if it is too large for the format.

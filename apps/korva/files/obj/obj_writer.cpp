@@ -86,8 +86,8 @@ void writeTriangles(OutputFile& file, const korvalite::Mesh& mesh, bool hasNorma
 }  // namespace
 
 void writeObj(const std::filesystem::path& path, const korvalite::Mesh& mesh,
-              std::span<const float> normals) {
-    OutputFile file(path);
+              std::span<const float> normals, const ByteProgress& progress) {
+    OutputFile file(path, progress);
     writeVertices(file, mesh);
     if (!mesh.triangleUVs.empty()) writeUVs(file, mesh);
     writeNormals(file, normals);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "korva/io/input_file.h"
+
 #include <korvalite/korvalite.h>
 
 #include <filesystem>
@@ -15,6 +17,6 @@ namespace korva {
 ///
 /// Throws korvalite::Error(CannotWrite).
 void writeObj(const std::filesystem::path& path, const korvalite::Mesh& mesh,
-              std::span<const float> normals = {});
+              std::span<const float> normals = {}, const ByteProgress& progress = {});
 
 }  // namespace korva

@@ -34,8 +34,9 @@ private:
 
 }  // namespace
 
-void writeOff(const std::filesystem::path& path, const korvalite::Mesh& mesh) {
-    OutputFile file(path);
+void writeOff(const std::filesystem::path& path, const korvalite::Mesh& mesh,
+              const ByteProgress& progress) {
+    OutputFile file(path, progress);
     const bool hasColors = !mesh.colors.empty();
     // Whole numbers of which none is above 1 mean 0 and 1, not 0 and 1/255.
     const bool areDark =

@@ -96,8 +96,8 @@ void addFaces(Rows& rows, const korvalite::Mesh& mesh) {
 }  // namespace
 
 void writePly(const std::filesystem::path& path, const korvalite::Mesh& mesh,
-              std::span<const float> normals) {
-    OutputFile file(path);
+              std::span<const float> normals, const ByteProgress& progress) {
+    OutputFile file(path, progress);
     file.write(headerOf(mesh, !normals.empty()));
     Rows rows(file);
     addVertices(rows, mesh, normals);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "korva/io/input_file.h"
+
 #include <korvalite/korvalite.h>
 
 #include <filesystem>
@@ -12,6 +14,6 @@ namespace korva {
 /// "texcoord" of each face. Normals, if there are any, are one per vertex. The mesh must be
 /// consistent. Throws korvalite::Error(CannotWrite).
 void writePly(const std::filesystem::path& path, const korvalite::Mesh& mesh,
-              std::span<const float> normals = {});
+              std::span<const float> normals = {}, const ByteProgress& progress = {});
 
 }  // namespace korva

@@ -28,8 +28,9 @@ void setNormal(StlFacet& facet) {
 
 }  // namespace
 
-void writeStl(const std::filesystem::path& path, const korvalite::Mesh& mesh) {
-    OutputFile file(path);
+void writeStl(const std::filesystem::path& path, const korvalite::Mesh& mesh,
+              const ByteProgress& progress) {
+    OutputFile file(path, progress);
     // Must not begin with "solid", as text does.
     char note[kStlNoteBytes] = "Binary STL by Korvalite";
     file.write(note, sizeof note);
