@@ -2,8 +2,7 @@
 #include "korva/files/gltf/gltf_uri.h"
 
 #include "korva/io/input_file.h"
-
-#include <nlohmann/json.hpp>
+#include "platform/utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -39,15 +38,6 @@ std::optional<std::string> withoutPercents(std::string_view uri) {
     return text;
 }
 
-bool isUtf8(const std::string& text) {
-    try {
-        (void)nlohmann::json(text).dump();
-    } catch (const nlohmann::json::exception&) {
-        return false;
-    }
-    return true;
-}
-
 bool isControl(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
 }
@@ -75,10 +65,11 @@ std::optional<std::filesystem::path> pathOfGltfUri(std::string_view uri) {
     // A colon ends a scheme or the name of a drive.
     if (uri.empty() || uri.find(':') != std::string_view::npos) return std::nullopt;
     const std::optional<std::string> text = withoutPercents(uri);
-    if (!text || std::ranges::any_of(*text, isControl) || !isUtf8(*text)) return std::nullopt;
+    if (!text || std::ranges::any_of(*text, isControl)) return std::nullopt;
+    if (!korvalite::core::platform::isUtf8(*text)) return std::nullopt;
     // A backslash separates folders on some systems, so it is refused on all.
     if (text->find('\\') != std::string::npos) return std::nullopt;
-    const std::filesystem::path path(std::u8string(text->begin(), text->end()));
+    const std::filesystem::path path = pathOf(*text);
     if (path.has_root_path() || !path.has_filename()) return std::nullopt;
     if (std::ranges::find(path, std::filesystem::path("..")) != path.end()) return std::nullopt;
     return path;
