@@ -4,6 +4,8 @@
 #include "korva/files/gltf/glb_format.h"
 #include "korva/files/gltf/gltf_uri.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <cstring>
 #include <optional>
@@ -34,6 +36,8 @@ GltfFile::GltfFile(const std::filesystem::path& path, ByteProgress progress)
     checkVersion();
     buffers_.resize(root().length("buffers"));
 }
+
+GltfFile::~GltfFile() = default;
 
 void GltfFile::readGlb(InputFile& file) {
     GlbHeader header{};
@@ -77,7 +81,8 @@ void GltfFile::parse(Buffer text) {
         return true;
     };
     try {
-        json_ = nlohmann::json::parse(text.bytes.get(), text.bytes.get() + text.size, limitDepth);
+        json_ = std::make_unique<nlohmann::json>(
+            nlohmann::json::parse(text.bytes.get(), text.bytes.get() + text.size, limitDepth));
     } catch (const nlohmann::json::parse_error& error) {
         fail("its JSON has a fault at byte " + std::to_string(error.byte) +
              ". It is damaged, cut off or not glTF.");
@@ -104,8 +109,8 @@ std::span<const char> GltfFile::buffer(std::uint64_t index) {
 void GltfFile::loadBuffer(const GltfItem& item, std::size_t index) {
     const std::uint64_t size = item.wholeNeeded("byteLength");
     if (item.has("uri")) {
-        if (json_["buffers"][index]["uri"].is_string() &&
-            json_["buffers"][index]["uri"].get_ref<const std::string&>().starts_with("data:"))
+        const nlohmann::json& uri = (*json_)["buffers"][index]["uri"];
+        if (uri.is_string() && uri.get_ref<const std::string&>().starts_with("data:"))
             loadDataUri(item, index);
         else
             loadBeside(item, index);
@@ -120,7 +125,7 @@ void GltfFile::loadBuffer(const GltfItem& item, std::size_t index) {
 
 void GltfFile::loadDataUri(const GltfItem& item, std::size_t index) {
     const std::uint64_t size = item.wholeNeeded("byteLength");
-    const std::string uri = std::move(json_["buffers"][index]["uri"].get_ref<std::string&>());
+    const std::string uri = std::move((*json_)["buffers"][index]["uri"].get_ref<std::string&>());
     const std::optional<std::string_view> text = base64Of(uri);
     if (!text) item.fail("its data are not in base64.");
     if (size > text->size()) item.fail("its data are shorter than its \"byteLength\".");

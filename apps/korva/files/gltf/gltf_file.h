@@ -4,7 +4,7 @@
 #include "korva/files/gltf/gltf_item.h"
 #include "korva/io/input_file.h"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <cstddef>
 #include <cstdint>
@@ -21,10 +21,11 @@ namespace korva {
 class GltfFile {
 public:
     explicit GltfFile(const std::filesystem::path& path, ByteProgress progress = {});
+    ~GltfFile();
     GltfFile(const GltfFile&) = delete;
     GltfFile& operator=(const GltfFile&) = delete;
 
-    [[nodiscard]] GltfItem root() const { return {json_, path_, "the JSON"}; }
+    [[nodiscard]] GltfItem root() const { return {*json_, path_, "the JSON"}; }
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
     /// The bytes of a buffer, which is read at its first use and stays where it is.
@@ -53,8 +54,8 @@ private:
 
     std::filesystem::path path_;
     ByteProgress progress_;
-    nlohmann::json json_;
-    Buffer binary_;  // the BIN chunk
+    std::unique_ptr<nlohmann::json> json_;  // its header takes long to compile
+    Buffer binary_;                         // the BIN chunk
     std::vector<Buffer> buffers_;
     std::vector<std::string> notes_;
     std::uint64_t fileSize_ = 0;

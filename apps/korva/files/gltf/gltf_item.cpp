@@ -3,6 +3,8 @@
 
 #include "korva/io/input_file.h"
 
+#include <nlohmann/json.hpp>
+
 #include <cmath>
 #include <utility>
 
