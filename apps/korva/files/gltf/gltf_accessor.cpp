@@ -16,29 +16,11 @@ constexpr std::uint64_t kMostStride = 252;
 // Rows without data cost the file nothing, but take memory.
 constexpr std::uint64_t kMostRowsWithoutData = std::uint64_t{1} << 20U;
 
-/// Calls the action with a zero of the type.
-template <typename Action>
-auto withTypeOf(GltfType type, Action action) {
-    switch (type) {
-    case GltfType::Int8: return action(std::int8_t{});
-    case GltfType::UInt8: return action(std::uint8_t{});
-    case GltfType::Int16: return action(std::int16_t{});
-    case GltfType::UInt16: return action(std::uint16_t{});
-    case GltfType::UInt32: return action(std::uint32_t{});
-    case GltfType::Float32: break;
-    }
-    return action(float{});
-}
-
-std::size_t byteSizeOf(GltfType type) {
-    return withTypeOf(type, [](auto zero) { return sizeof zero; });
-}
-
-GltfType typeOf(const GltfItem& item) {
+NumberType typeOf(const GltfItem& item) {
     const std::uint64_t number = item.wholeNeeded("componentType");
-    for (const GltfType type : {GltfType::Int8, GltfType::UInt8, GltfType::Int16, GltfType::UInt16,
-                                GltfType::UInt32, GltfType::Float32})
-        if (number == static_cast<std::uint32_t>(type)) return type;
+    for (const NumberType type : {NumberType::Int8, NumberType::UInt8, NumberType::Int16,
+                                  NumberType::UInt16, NumberType::UInt32, NumberType::Float32})
+        if (number == gltfCodeOf(type)) return type;
     item.fail("its \"componentType\" " + std::to_string(number) + " is unknown.");
 }
 
@@ -74,9 +56,8 @@ void locate(GltfFile& file, const GltfItem& item, std::uint64_t viewIndex, GltfR
 
 std::uint32_t indexAt(const GltfRows& indices, std::size_t row) {
     return withTypeOf(indices.type, [&](auto zero) {
-        auto value = zero;
-        std::memcpy(&value, indices.bytes + row * indices.stride, sizeof value);
-        return static_cast<std::uint32_t>(value);
+        return static_cast<std::uint32_t>(
+            loadNumber<decltype(zero)>(indices.bytes + row * indices.stride));
     });
 }
 
@@ -98,7 +79,8 @@ void openSparse(GltfFile& file, const GltfItem& sparse, GltfAccessor& accessor) 
     accessor.changes.count = accessor.changed.count = static_cast<std::size_t>(count);
     accessor.changed.columns = 1;
     accessor.changed.type = typeOf(*indices);
-    if (accessor.changed.type == GltfType::Float32) indices->fail("they should be whole numbers.");
+    if (accessor.changed.type == NumberType::Float32)
+        indices->fail("they should be whole numbers.");
     locate(file, *indices, indices->wholeNeeded("bufferView"), accessor.changed);
     locate(file, *values, values->wholeNeeded("bufferView"), accessor.changes);
     requireAscending(sparse, accessor);
@@ -122,11 +104,8 @@ void readPlain(const GltfRows& rows, std::size_t begin, std::size_t count, To* t
         return;
     }
     for (; count > 0; --count, from += rows.stride) {
-        for (std::size_t column = 0; column < rows.columns; ++column) {
-            Value value{};
-            std::memcpy(&value, from + column * sizeof value, sizeof value);
-            *to++ = converted<To, isNormalised>(value);
-        }
+        for (std::size_t column = 0; column < rows.columns; ++column)
+            *to++ = converted<To, isNormalised>(loadNumber<Value>(from + column * sizeof(Value)));
     }
 }
 

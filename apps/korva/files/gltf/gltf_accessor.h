@@ -2,6 +2,7 @@
 #pragma once
 
 #include "korva/files/gltf/gltf_file.h"
+#include "korva/files/number_type.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,15 +10,10 @@
 
 namespace korva {
 
-/// The types of numbers, as in the file.
-enum class GltfType : std::uint32_t {
-    Int8 = 5120,
-    UInt8 = 5121,
-    Int16 = 5122,
-    UInt16 = 5123,
-    UInt32 = 5125,
-    Float32 = 5126
-};
+/// The number that means a type in a file. glTF has neither Int32 nor Float64.
+[[nodiscard]] constexpr std::uint32_t gltfCodeOf(NumberType type) {
+    return 5120 + static_cast<std::uint32_t>(type);
+}
 
 /// Rows of numbers in a buffer, in range of it.
 struct GltfRows {
@@ -25,7 +21,7 @@ struct GltfRows {
     std::size_t stride = 0;
     std::size_t count = 0;
     std::size_t columns = 0;
-    GltfType type = GltfType::Float32;
+    NumberType type = NumberType::Float32;
     bool isNormalised = false;
 };
 

@@ -43,24 +43,24 @@ public:
         const std::uint64_t vertices = part.vertexCount();
         Json attributes;
         attributes["POSITION"] =
-            addAccessor(vertices, "VEC3", GltfType::Float32, 12 * vertices, kVertexData);
+            addAccessor(vertices, "VEC3", NumberType::Float32, 12 * vertices, kVertexData);
         const auto [least, most] = boundsOf(part.mesh().positions);
         accessors_.back()["min"] = least;
         accessors_.back()["max"] = most;
         if (!part.normals.empty())
             attributes["NORMAL"] =
-                addAccessor(vertices, "VEC3", GltfType::Float32, 12 * vertices, kVertexData);
+                addAccessor(vertices, "VEC3", NumberType::Float32, 12 * vertices, kVertexData);
         if (!part.splits.uvPoints.empty())
             attributes["TEXCOORD_0"] =
-                addAccessor(vertices, "VEC2", GltfType::Float32, 8 * vertices, kVertexData);
+                addAccessor(vertices, "VEC2", NumberType::Float32, 8 * vertices, kVertexData);
         if (!part.mesh().colors.empty()) {
             attributes["COLOR_0"] =
-                addAccessor(vertices, "VEC4", GltfType::UInt8, 4 * vertices, kVertexData);
+                addAccessor(vertices, "VEC4", NumberType::UInt8, 4 * vertices, kVertexData);
             accessors_.back()["normalized"] = true;
         }
         const std::size_t indices =
             addAccessor(part.mesh().triangles.size(), "SCALAR",
-                        part.hasShortIndices() ? GltfType::UInt16 : GltfType::UInt32,
+                        part.hasShortIndices() ? NumberType::UInt16 : NumberType::UInt32,
                         part.indexBytes(), kIndexData);
         addMesh(part.named->name, attributes, indices);
     }
@@ -86,13 +86,13 @@ public:
     }
 
 private:
-    std::size_t addAccessor(std::uint64_t count, const char* columns, GltfType type,
+    std::size_t addAccessor(std::uint64_t count, const char* columns, NumberType type,
                             std::uint64_t bytes, int use) {
         views_.push_back(
             {{"buffer", 0}, {"byteOffset", bytes_}, {"byteLength", bytes}, {"target", use}});
         bytes_ += bytes;
         accessors_.push_back({{"bufferView", views_.size() - 1},
-                              {"componentType", static_cast<std::uint32_t>(type)},
+                              {"componentType", gltfCodeOf(type)},
                               {"count", count},
                               {"type", columns}});
         return accessors_.size() - 1;

@@ -68,8 +68,8 @@ private:
     GltfAccessor openIndices(const GltfItem& item, std::uint64_t index) const {
         GltfAccessor indices = openGltfAccessor(file_, index);
         requireColumns(indices, item, "indices", {1});
-        const GltfType type = indices.rows.type;
-        if (type != GltfType::UInt8 && type != GltfType::UInt16 && type != GltfType::UInt32)
+        const NumberType type = indices.rows.type;
+        if (type != NumberType::UInt8 && type != NumberType::UInt16 && type != NumberType::UInt32)
             item.fail(indices.place + " has the wrong \"componentType\" for indices.");
         return indices;
     }

@@ -15,53 +15,6 @@ namespace {
 constexpr std::size_t kBlock = std::size_t{1} << 18U;
 constexpr std::int64_t kLongList = 1000;
 
-// Compilers turn these into single instructions.
-constexpr std::uint16_t swapped(std::uint16_t word) {
-    return static_cast<std::uint16_t>((word >> 8) | (word << 8));
-}
-
-constexpr std::uint32_t swapped(std::uint32_t word) {
-    return (word >> 24U) | ((word >> 8U) & 0xFF00U) | ((word << 8U) & 0xFF0000U) | (word << 24U);
-}
-
-constexpr std::uint64_t swapped(std::uint64_t word) {
-    return (std::uint64_t{swapped(static_cast<std::uint32_t>(word))} << 32U) |
-           swapped(static_cast<std::uint32_t>(word >> 32U));
-}
-
-template <std::size_t Size>
-using WordOf = std::conditional_t<Size == 2, std::uint16_t,
-                                  std::conditional_t<Size == 4, std::uint32_t, std::uint64_t>>;
-
-template <bool isSwapped, typename Value>
-Value load(const char* from) {
-    if constexpr (isSwapped && sizeof(Value) > 1) {
-        WordOf<sizeof(Value)> word = 0;
-        std::memcpy(&word, from, sizeof word);
-        return std::bit_cast<Value>(swapped(word));
-    } else {
-        Value value{};
-        std::memcpy(&value, from, sizeof value);
-        return value;
-    }
-}
-
-/// Calls the action with a zero of the type.
-template <typename Action>
-auto withTypeOf(PlyType type, Action action) {
-    switch (type) {
-    case PlyType::Int8: return action(std::int8_t{});
-    case PlyType::UInt8: return action(std::uint8_t{});
-    case PlyType::Int16: return action(std::int16_t{});
-    case PlyType::UInt16: return action(std::uint16_t{});
-    case PlyType::Int32: return action(std::int32_t{});
-    case PlyType::UInt32: return action(std::uint32_t{});
-    case PlyType::Float32: return action(float{});
-    case PlyType::Float64: break;
-    }
-    return action(double{});
-}
-
 template <typename To, typename Value>
 To converted(Value value) {
     if constexpr (std::is_same_v<To, float>)
@@ -74,8 +27,9 @@ To converted(Value value) {
 
 template <bool isSwapped, typename To>
 To loadAs(PlyType type, const char* from) {
-    return withTypeOf(
-        type, [&](auto zero) { return converted<To>(load<isSwapped, decltype(zero)>(from)); });
+    return withTypeOf(type, [&](auto zero) {
+        return converted<To>(loadNumber<decltype(zero), isSwapped>(from));
+    });
 }
 
 template <bool isSwapped, typename To>
@@ -84,7 +38,7 @@ void loadList(PlyType type, const char* from, std::size_t count, std::vector<To>
     withTypeOf(type, [&](auto zero) {
         using Value = decltype(zero);
         for (std::size_t i = 0; i < count; ++i)
-            to[i] = converted<To>(load<isSwapped, Value>(from + i * sizeof(Value)));
+            to[i] = converted<To>(loadNumber<Value, isSwapped>(from + i * sizeof(Value)));
     });
 }
 

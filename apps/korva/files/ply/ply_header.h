@@ -3,6 +3,7 @@
 // The header of a PLY file: which elements follow, how many of each, and what their rows hold.
 #pragma once
 
+#include "korva/files/number_type.h"
 #include "korva/io/input_file.h"
 
 #include <cstddef>
@@ -15,13 +16,7 @@ namespace korva {
 
 enum class PlyEncoding { Ascii, LittleEndian, BigEndian };
 
-enum class PlyType { Int8, UInt8, Int16, UInt16, Int32, UInt32, Float32, Float64 };
-
-/// In a binary file.
-[[nodiscard]] constexpr std::size_t byteSizeOf(PlyType type) {
-    constexpr std::size_t kSizes[] = {1, 1, 2, 2, 4, 4, 4, 8};
-    return kSizes[static_cast<std::size_t>(type)];
-}
+using PlyType = NumberType;
 
 [[nodiscard]] constexpr bool isFloat(PlyType type) {
     return type == PlyType::Float32 || type == PlyType::Float64;
