@@ -97,6 +97,18 @@ inline GltfDraft triangleDraft() {
     return draft;
 }
 
+/// The triangle (5, 6, 7), (1, 0, 0), (8, 9, 10): two positions of triangleDraft() are replaced.
+inline GltfDraft sparseDraft() {
+    GltfDraft draft = triangleDraft();
+    const std::size_t indices = draft.addView<std::uint8_t>({0, 2});
+    const std::size_t values = draft.addView<float>({5, 6, 7, 8, 9, 10});
+    draft.root["accessors"][0]["sparse"] = {
+        {"count", 2},
+        {"indices", {{"bufferView", indices}, {"componentType", 5121}}},
+        {"values", {{"bufferView", values}}}};
+    return draft;
+}
+
 /// Two triangles that meet in a seam: four positions, six vertices.
 inline GltfDraft seamDraft() {
     GltfDraft draft;
