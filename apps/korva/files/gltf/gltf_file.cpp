@@ -109,11 +109,14 @@ std::span<const char> GltfFile::buffer(std::uint64_t index) {
 void GltfFile::loadBuffer(const GltfItem& item, std::size_t index) {
     const std::uint64_t size = item.wholeNeeded("byteLength");
     if (item.has("uri")) {
-        const nlohmann::json& uri = (*json_)["buffers"][index]["uri"];
-        if (uri.is_string() && uri.get_ref<const std::string&>().starts_with("data:"))
-            loadDataUri(item, index);
-        else
-            loadBeside(item, index);
+        nlohmann::json& uri = (*json_)["buffers"][index]["uri"];
+        if (uri.is_string() && uri.get_ref<const std::string&>().starts_with("data:")) {
+            // Moved, because it can be most of the file.
+            const std::string text = std::move(uri.get_ref<std::string&>());
+            buffers_[index] = loadDataUri(item, text, size);
+        } else {
+            buffers_[index] = loadBeside(item, size);
+        }
         return;
     }
     if (index != 0 || !binary_.bytes) item.fail("it has no data.");
@@ -123,9 +126,8 @@ void GltfFile::loadBuffer(const GltfItem& item, std::size_t index) {
     buffers_[index] = {std::move(binary_.bytes), static_cast<std::size_t>(size)};
 }
 
-void GltfFile::loadDataUri(const GltfItem& item, std::size_t index) {
-    const std::uint64_t size = item.wholeNeeded("byteLength");
-    const std::string uri = std::move((*json_)["buffers"][index]["uri"].get_ref<std::string&>());
+GltfFile::Buffer GltfFile::loadDataUri(const GltfItem& item, const std::string& uri,
+                                       std::uint64_t size) {
     const std::optional<std::string_view> text = base64Of(uri);
     if (!text) item.fail("its data are not in base64.");
     if (size > text->size()) item.fail("its data are shorter than its \"byteLength\".");
@@ -133,11 +135,10 @@ void GltfFile::loadDataUri(const GltfItem& item, std::size_t index) {
     Buffer buffer{std::make_unique_for_overwrite<char[]>(byteCount), byteCount};
     if (!decodeBase64(*text, buffer.bytes.get(), byteCount))
         item.fail("its data are no base64, or shorter than its \"byteLength\".");
-    buffers_[index] = std::move(buffer);
+    return buffer;
 }
 
-void GltfFile::loadBeside(const GltfItem& item, std::size_t index) {
-    const std::uint64_t size = item.wholeNeeded("byteLength");
+GltfFile::Buffer GltfFile::loadBeside(const GltfItem& item, std::uint64_t size) const {
     const std::optional<std::filesystem::path> name = pathOfGltfUri(item.text("uri"));
     if (!name)
         item.fail("its \"uri\" is no path to a file in the folder of the glTF file; put the file "
@@ -150,13 +151,13 @@ void GltfFile::loadBeside(const GltfItem& item, std::size_t index) {
     if (size > file.size())
         item.fail("its file " + textOf(path) + " should have " + std::to_string(size) +
                   " bytes, but has " + std::to_string(file.size()) + "; is it cut off?");
-    buffers_[index] = take(file, static_cast<std::size_t>(size));
+    return take(file, static_cast<std::size_t>(size));
 }
 
-GltfFile::Buffer GltfFile::take(InputFile& file, std::size_t byteCount) const {
+GltfFile::Buffer GltfFile::take(InputFile& file, std::size_t byteCount) {
     Buffer buffer{std::make_unique_for_overwrite<char[]>(byteCount), byteCount};
     if (file.read(buffer.bytes.get(), byteCount) < byteCount)
-        fail("it became shorter while it was read.");
+        failToRead(file.path(), "it became shorter while it was read.");
     return buffer;
 }
 

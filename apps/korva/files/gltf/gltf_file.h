@@ -47,9 +47,10 @@ private:
     void parse(Buffer text);
     void checkVersion() const;
     void loadBuffer(const GltfItem& item, std::size_t index);
-    void loadDataUri(const GltfItem& item, std::size_t index);
-    void loadBeside(const GltfItem& item, std::size_t index);
-    [[nodiscard]] Buffer take(InputFile& file, std::size_t byteCount) const;
+    [[nodiscard]] static Buffer loadDataUri(const GltfItem& item, const std::string& uri,
+                                            std::uint64_t size);
+    [[nodiscard]] Buffer loadBeside(const GltfItem& item, std::uint64_t size) const;
+    [[nodiscard]] static Buffer take(InputFile& file, std::size_t byteCount);
     [[noreturn]] void fail(const std::string& reason) const;
 
     std::filesystem::path path_;
