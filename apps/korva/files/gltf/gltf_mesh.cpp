@@ -31,14 +31,22 @@ public:
           sharedUVs_(static_cast<std::size_t>(source.vertexCount)) {}
 
     korvalite::Mesh read() {
+        readVertices();
+        readTriangles();
+        if (isMirroring(transform_)) turnOver();
+        return std::move(result_);
+    }
+
+private:
+    void readVertices() {
         const auto vertices = static_cast<std::size_t>(source_.vertexCount);
         newIndex_.resize(vertices);
         result_.positions.reserve(3 * vertices);
         if (source_.hasColors) result_.colors.reserve(4 * vertices);
         reserveTable(vertices);
         if (source_.hasUVs) uvPoint_.resize(vertices);
-        for (const GltfVertices& some : source_.vertices)
-            addVertices(some);
+        for (const GltfVertices& group : source_.vertices)
+            addVertices(group);
         counts_.joined += vertices - table_.size();
         result_.positions.resize(std::size_t{3} * table_.size());
         // Not always, because it takes a copy.
@@ -47,16 +55,16 @@ public:
         if (source_.hasUVs) result_.uvs = sharedUVs_.takeUVs();
         table_ = PointTable();
         sharedUVs_ = SharedUVs(0);
+    }
+
+    void readTriangles() {
         const auto corners = static_cast<std::size_t>(3 * source_.triangleCount);
         result_.triangles.reserve(corners);
         if (source_.hasUVs) result_.triangleUVs.reserve(corners);
         for (const GltfPrimitive& primitive : source_.primitives)
             addTriangles(primitive);
-        if (isMirroring(transform_)) turnOver();
-        return std::move(result_);
     }
 
-private:
     void reserveTable(std::size_t vertices) {
         // A closed surface has half as many different vertices as triangles.
         const auto triangles = static_cast<std::size_t>(source_.triangleCount);
@@ -114,9 +122,9 @@ private:
     }
 
     void addTriangles(const GltfPrimitive& primitive) {
-        const std::size_t used = primitive.mode == GltfMode::Triangles ? 3 * primitive.triangles
-                                 : primitive.triangles > 0             ? primitive.corners
-                                                                       : 0;
+        if (primitive.triangles == 0) return;
+        const std::size_t used =
+            primitive.mode == GltfMode::Triangles ? 3 * primitive.triangles : primitive.corners;
         std::array<std::uint32_t, 3 * kBatch> corners{};
         std::array<std::uint32_t, 2> previous{};
         for (std::size_t begin = 0; begin < used; begin += corners.size()) {

@@ -54,7 +54,6 @@ private:
     /// No node has two parents, so what cannot be reached from a top node is in a cycle.
     void refuseCycles() const {
         std::vector<std::uint64_t> waiting = nodesWithoutParent();
-        std::size_t count = waiting.size();
         std::vector<bool> isReached(nodes_.size());
         while (!waiting.empty()) {
             const std::uint64_t node = waiting.back();
@@ -62,10 +61,9 @@ private:
             isReached[static_cast<std::size_t>(node)] = true;
             const std::vector<std::uint64_t> children = nodeAt(node).wholes("children");
             waiting.insert(waiting.end(), children.begin(), children.end());
-            count += children.size();
         }
-        if (count == nodes_.size()) return;
-        const auto lost = std::find(isReached.begin(), isReached.end(), false);
+        const auto lost = std::ranges::find(isReached, false);
+        if (lost == isReached.end()) return;
         nodeAt(static_cast<std::uint64_t>(lost - isReached.begin()))
             .fail("it is its own descendant, or that of such a node.");
     }

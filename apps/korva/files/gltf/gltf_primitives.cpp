@@ -42,7 +42,7 @@ private:
         }
         const std::optional<GltfItem> attributes = item.object("attributes");
         if (!attributes || !attributes->has("POSITION")) item.fail("it has no positions.");
-        refuseCompressed(item);
+        refuseCompressed(item, *attributes);
         GltfPrimitive primitive;
         primitive.mode = static_cast<GltfMode>(mode);
         primitive.vertices = verticesOf(item, *attributes);
@@ -57,10 +57,10 @@ private:
     }
 
     /// An extension may replace the accessors without being required.
-    void refuseCompressed(const GltfItem& item) const {
+    void refuseCompressed(const GltfItem& item, const GltfItem& attributes) const {
         const std::optional<GltfItem> extensions = item.object("extensions");
         if (!extensions || !extensions->has("KHR_draco_mesh_compression")) return;
-        const std::uint64_t positions = item.object("attributes")->wholeNeeded("POSITION");
+        const std::uint64_t positions = attributes.wholeNeeded("POSITION");
         if (!file_.root().element("accessors", positions, "accessor").has("bufferView"))
             item.fail("it is compressed by KHR_draco_mesh_compression; export it without.");
     }

@@ -118,12 +118,12 @@ void readMeshes(const GltfFile& file, const OpenMeshes& meshes,
 
 Scene readGltf(const std::filesystem::path& path, const ByteProgress& progress) {
     GltfFile file(path, progress);
-    refuseGltfExtensions(file.root());
+    const GltfItem root = file.root();
+    refuseGltfExtensions(root);
     Scene scene;
     scene.notes = file.notes();
-    for (std::string& note : gltfLosses(file.root()))
+    for (std::string& note : gltfLosses(root))
         scene.notes.push_back(std::move(note));
-    const GltfItem root = file.root();
     const GltfInstances found = gltfInstances(root);
     if (found.elsewhere > 0)
         scene.notes.push_back(

@@ -80,7 +80,7 @@ std::uint32_t glbBytes(const std::filesystem::path& path, std::uint64_t jsonByte
     constexpr std::uint64_t kMost = 0xFFFFFFFF;
     std::uint64_t bytes = kGlbHeaderBytes + sizeof(GlbChunk) + (jsonBytes + 3) / 4 * 4;
     if (binaryBytes > 0) bytes += sizeof(GlbChunk) + binaryBytes;
-    if (binaryBytes > kMost || bytes > kMost)
+    if (bytes > kMost)
         throw korvalite::Error(korvalite::ErrorCode::CannotWrite,
                                "Cannot write " + textOf(path) + ": it would have " +
                                    std::to_string(bytes) +
