@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Files that are damaged, or made to do harm.
+// Damaged and malicious files.
 #include "korva/files/gltf/gltf_reader.h"
 
 #include "korva/damaged_files.h"
@@ -14,7 +14,7 @@ namespace korva::test {
 
 namespace {
 
-/// What the Error says about a triangle after a change.
+/// The message of the Error for a triangle after this change.
 std::string faultAfter(const std::function<void(GltfDraft&)>& change) {
     GltfDraft draft = triangleDraft();
     change(draft);
@@ -33,7 +33,8 @@ void expectFault(const std::string& fault, const std::string& part) {
     EXPECT_TRUE(contains(fault, part)) << fault;
 }
 
-/// A .gltf file with this URI; "m.bin" and "sub/ä b.bin" hold its buffer.
+/// The message of the Error for a .gltf file with this URI. "m.bin" and "sub/ä b.bin" hold its
+/// buffer.
 std::string faultWithUri(const std::string& uri) {
     const ScratchFolder folder;
     GltfDraft draft = triangleDraft();
@@ -61,7 +62,7 @@ ImportedMesh readJoined(const std::filesystem::path& path) {
 
 }  // namespace
 
-TEST(GltfDamage, EveryByteOfAGlb) {
+TEST(GltfDamage, EveryByteOfAGlbCanBeDamaged) {
     GltfDraft draft = seamDraft();
     draft.primitive()["attributes"]["COLOR_0"] =
         draft.addAccessor(std::vector<std::uint8_t>(24, 9), "VEC4", true);
@@ -69,7 +70,7 @@ TEST(GltfDamage, EveryByteOfAGlb) {
     expectToSurviveDamage(readJoined, draft.glb());
 }
 
-TEST(GltfDamage, EveryByteOfASparseFile) {
+TEST(GltfDamage, EveryByteOfASparseFileCanBeDamaged) {
     expectToSurviveDamage(readJoined, sparseDraft().glb());
 }
 
@@ -84,22 +85,22 @@ TEST(GltfDamage, BytesAfterTheEndAreNoted) {
                         "5 bytes after the end of the GLB data are ignored."));
 }
 
-TEST(GltfDamage, OfTheWholeFile) {
+TEST(GltfDamage, FaultsOfTheWholeFileAreNamed) {
     expectFault(faultOfBytes(""), "it is empty.");
-    expectFault(faultOfBytes("solid x"), "its JSON has a fault at byte 1.");
+    expectFault(faultOfBytes("solid x"), "its JSON has an error at byte 1.");
     expectFault(faultOfBytes("{}"), "no \"asset\"");
     expectFault(faultOfBytes("[1]"), "it should be a JSON object.");
-    expectFault(faultOfBytes(R"({"asset":{"version":"1.0"}})"), "another version than 2");
+    expectFault(faultOfBytes(R"({"asset":{"version":"1.0"}})"), "its glTF version is not 2;");
     expectFault(faultOfBytes(R"({"asset":{"version":"2.0"},"x":1e999})"), "too large");
     expectFault(faultOfBytes(R"({"asset":{"version":"2.0"}})"), "no triangles");
-    expectFault(faultOfBytes("glTF" + wordOf(1) + wordOf(12)), "GLB of version 1");
+    expectFault(faultOfBytes("glTF" + wordOf(1) + wordOf(12)), "GLB version 1;");
     expectFault(faultOfBytes(std::string(1000000, '[')), "nested too deeply");
     std::string glb = triangleDraft().glb();
     glb[16] = 'X';
     expectFault(faultOfBytes(glb), "its first chunk is not JSON.");
 }
 
-TEST(GltfDamage, OfAccessors) {
+TEST(GltfDamage, FaultsOfAccessorsAreNamed) {
     expectFault(faultWithAccessor("count", 4), "accessor 0: it goes beyond the end");
     expectFault(faultWithAccessor("count", 0x80000000U), "more than 2147483647 elements");
     expectFault(faultWithAccessor("count", 0x7FFFFFFF), "beyond the end");
@@ -121,18 +122,18 @@ TEST(GltfDamage, OfAccessors) {
                 "has 1048577 elements, but no data");
 }
 
-TEST(GltfDamage, OfBufferViewsAndBuffers) {
+TEST(GltfDamage, FaultsOfBufferViewsAndBuffersAreNamed) {
     expectFault(faultWithView("byteLength", 37), "buffer view 0: it goes beyond the end");
     expectFault(faultWithView("byteOffset", 9007199254740991), "beyond the end of its buffer.");
     expectFault(faultWithView("byteStride", 8), "\"byteStride\" does not fit accessor 0.");
     expectFault(faultWithView("byteStride", 4294967296), "\"byteStride\" does not fit");
-    expectFault(faultWithView("buffer", 1), "buffer 1 is referred to, but does not exist.");
+    expectFault(faultWithView("buffer", 1), "buffer 1 is referred to but does not exist.");
     const auto withBuffer = [](const Json& buffer) {
         return faultAfter([&](GltfDraft& draft) { draft.root["buffers"] = Json::array({buffer}); });
     };
     expectFault(withBuffer({{"byteLength", 37}}), "should have 37 bytes, but the file holds 36.");
     expectFault(withBuffer(Json::object()), "buffer 0: \"byteLength\" is missing.");
-    expectFault(withBuffer({{"byteLength", 36}, {"uri", 5}}), "should be a text");
+    expectFault(withBuffer({{"byteLength", 36}, {"uri", 5}}), "should be a string");
     expectFault(faultAfter([](GltfDraft& draft) {
                     draft.root["buffers"] = {{{"byteLength", 0}}, {{"byteLength", 36}}};
                     draft.root["bufferViews"][0]["buffer"] = 1;
@@ -140,7 +141,7 @@ TEST(GltfDamage, OfBufferViewsAndBuffers) {
                 "buffer 1: it has no data.");
 }
 
-TEST(GltfDamage, OfPrimitives) {
+TEST(GltfDamage, FaultsOfPrimitivesAreNamed) {
     const auto withPrimitive = [](const Json& change) {
         return faultAfter([&](GltfDraft& draft) { draft.primitive().update(change); });
     };
@@ -163,12 +164,13 @@ TEST(GltfDamage, OfPrimitives) {
                 "accessor 1 has 1 elements, but there are 3 positions.");
 }
 
-TEST(GltfDamage, ExtensionsThatAreNeededAreNamed) {
+TEST(GltfDamage, UnsupportedExtensionsAreNamed) {
     for (const std::string name : {"KHR_draco_mesh_compression", "EXT_meshopt_compression", "x"})
         expectFault(faultAfter([&](GltfDraft& draft) {
                         draft.root["extensionsRequired"] = {"KHR_texture_transform", name};
                     }),
-                    "needs the extension " + name + ", which is not supported; export it without.");
+                    "needs the extension " + name +
+                        ", which is not supported; export it without this extension.");
     EXPECT_EQ(
         faultAfter([](GltfDraft& draft) {
             draft.root["extensionsRequired"] = {"KHR_texture_transform", "KHR_materials_unlit"};
@@ -190,7 +192,7 @@ TEST(GltfDamage, UrisStayInTheFolder) {
          {"../outside.bin", "sub/../m.bin", "%2e%2e/outside.bin", "/etc/passwd", "%2Fetc/passwd",
           "file:m.bin", "http://example.com/m.bin", "C:/m.bin", "..\\outside.bin", "m%2",
           "m%zz.bin", "m.bin%00", "%ff.bin", "", "sub/", "\\\\host\\m.bin", "..%5Coutside.bin"})
-        expectFault(faultWithUri(uri), "no path to a file in the folder");
+        expectFault(faultWithUri(uri), "not a path to a file in the folder");
     expectFault(faultWithUri("none.bin"), "none.bin is missing.");
     expectFault(faultWithUri("sub"), "sub is missing.");
     expectFault(faultWithUri("short.bin"), "should have 36 bytes, but has 3; is it cut off?");
@@ -202,12 +204,12 @@ TEST(GltfDamage, DataUrisAreDecoded) {
     EXPECT_EQ(faultWithUri("data:application/octet-stream;base64," + text), "no fault");
     EXPECT_EQ(faultWithUri("data:;base64," + text + "AA=="), "no fault");
     expectFault(faultWithUri("data:;base64," + text.substr(0, 44)), "its data are");
-    expectFault(faultWithUri("data:;base64,!" + text.substr(1)), "its data are no base64");
+    expectFault(faultWithUri("data:;base64,!" + text.substr(1)), "its data are not valid base64");
     expectFault(faultWithUri("data:text/plain," + text), "not in base64");
     expectFault(faultWithUri("data:"), "not in base64");
 }
 
-TEST(GltfDamage, UrisOfNamesComeBack) {
+TEST(GltfDamage, NamesSurviveConversionToUris) {
     const std::filesystem::path name(u8"ä日本 a+b#%20?.bin");
     EXPECT_EQ(gltfUriOf(u8"ä b.bin"), "%C3%A4%20b.bin");
     EXPECT_EQ(pathOfGltfUri(gltfUriOf(name)), name);

@@ -64,7 +64,7 @@ struct GltfDraft {
         return root["accessors"].size() - 1;
     }
 
-    /// A mesh of one primitive, and a node that has it.
+    /// Adds a mesh of one primitive, and a node with it. Returns the primitive.
     Json& addMesh(const Json& attributes) {
         root["meshes"].push_back({{"primitives", Json::array({{{"attributes", attributes}}})}});
         root["nodes"].push_back({{"mesh", root["meshes"].size() - 1}});
@@ -131,7 +131,7 @@ inline Scene read(const GltfDraft& draft) {
     return readBytes(draft.glb());
 }
 
-/// What the Error says.
+/// The message of the Error.
 inline std::string faultOfBytes(const std::string& bytes) {
     try {
         (void)readBytes(bytes);

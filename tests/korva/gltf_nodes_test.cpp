@@ -89,7 +89,7 @@ TEST(GltfNodes, OnlyTheDefaultSceneCounts) {
     draft.root["scene"] = 1;
     const Scene scene = read(draft);
     EXPECT_EQ(namesIn(scene), (std::vector<std::string>{"b"}));
-    EXPECT_TRUE(hasNote(scene, "1 node with a mesh is not in the scene and left out."));
+    EXPECT_TRUE(hasNote(scene, "1 node with a mesh outside the scene is left out."));
 }
 
 TEST(GltfNodes, MeshesWithoutNodesAreRead) {
@@ -118,10 +118,10 @@ TEST(GltfNodes, MustBeAForest) {
                          "node 2: it has two parents."));
     EXPECT_TRUE(contains(faultWithNodes({with({1, 1}), {{"mesh", 0}}}), "two parents"));
     EXPECT_TRUE(contains(faultWithNodes(Json::array({with({7})})),
-                         "node 7 is referred to, but does not exist"));
+                         "node 7 is referred to but does not exist"));
     EXPECT_TRUE(contains(faultWithNodes(Json::array({{{"mesh", 9}}})), "mesh 9 is referred to"));
     EXPECT_TRUE(contains(faultWithNodes({{{"mesh", 0}}}, {0, 0}), "it is in the scene twice."));
-    EXPECT_TRUE(contains(faultWithNodes({with({1}), {{"mesh", 0}}}, {1}), "has a parent, too."));
+    EXPECT_TRUE(contains(faultWithNodes({with({1}), {{"mesh", 0}}}, {1}), "but has a parent."));
 }
 
 TEST(GltfNodes, MustNotBeTooDeep) {

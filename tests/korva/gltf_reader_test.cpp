@@ -179,7 +179,7 @@ TEST(GltfReader, JoinsPrimitivesAndCompletesThem) {
         draft.addAccessor<std::uint8_t>(std::vector<std::uint8_t>(18, 7), "VEC3", true);
     const std::size_t plain = draft.addAccessor<float>({0, 0, 5, 1, 0, 5, 0, 1, 5}, "VEC3");
     draft.root["meshes"][0]["primitives"].push_back({{"attributes", {{"POSITION", plain}}}});
-    // Shares all vertices of the first one.
+    // This one has the same vertices as the first.
     draft.root["meshes"][0]["primitives"].push_back(draft.primitive());
     const korvalite::Mesh mesh = read(draft).meshes.at(0).mesh;
     EXPECT_EQ(mesh.vertexCount(), 7U);

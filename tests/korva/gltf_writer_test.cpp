@@ -30,7 +30,7 @@ Scene sceneOf(korvalite::Mesh mesh, const std::string& name = "") {
     return scene;
 }
 
-/// What is read back from both forms of a file, which must be the same.
+/// What is read back from a .glb and a .gltf file, which must agree.
 Scene throughFiles(const Scene& scene) {
     const ScratchFolder folder;
     Scene copy = scene;
@@ -111,7 +111,7 @@ TEST(GltfWriter, SplitsVerticesOnlyWhereUVsDiffer) {
     EXPECT_EQ(jsonIn(bytesOf(sceneOf(mesh)))["accessors"][0]["count"], 4);
 }
 
-TEST(GltfWriter, LaysTheFileOutAsTheFormatAsks) {
+TEST(GltfWriter, LaysTheFileOutAsTheFormatRequires) {
     korvalite::Mesh mesh = square();
     addEverything(mesh);
     mesh.triangles.resize(3);
@@ -156,12 +156,12 @@ TEST(GltfWriter, WritesNormalsThatDoNotShowSeams) {
     std::vector<float> normals(15);
     std::memcpy(normals.data(), glb.data() + begin, 60);
     for (std::size_t axis = 0; axis < 3; ++axis)
-        EXPECT_EQ(normals[axis], normals[12 + axis]);  // vertex 0 and its repetition
+        EXPECT_EQ(normals[axis], normals[12 + axis]);  // vertex 0 and its copy
     EXPECT_NEAR(std::hypot(normals[0], normals[1], normals[2]), 1, 1e-6);
     EXPECT_TRUE(throughFiles(scene).hadNormals);
 }
 
-TEST(GltfWriter, TakesWideIndicesFromWhereShortOnesEnd) {
+TEST(GltfWriter, UsesWideIndicesWhereShortOnesEnd) {
     for (const std::size_t vertices : {65534U, 65535U, 65536U}) {
         korvalite::Mesh mesh;
         for (std::size_t i = 0; i < vertices; ++i)

@@ -6,14 +6,14 @@
 
 namespace korva {
 
-static_assert(std::endian::native == std::endian::little, "GLB is read and written as it is.");
+static_assert(std::endian::native == std::endian::little, "GLB is little-endian");
 
 inline constexpr std::uint32_t kGlbMagic = 0x46546C67;  // "glTF"
 inline constexpr std::uint32_t kGlbVersion = 2;
 inline constexpr std::uint32_t kGlbJsonChunk = 0x4E4F534A;    // "JSON"
 inline constexpr std::uint32_t kGlbBinaryChunk = 0x004E4942;  // "BIN"
 
-/// What follows the magic number. The length is that of the whole file.
+/// Follows the magic number. The length is that of the whole file.
 struct GlbHeader {
     std::uint32_t version;
     std::uint32_t length;

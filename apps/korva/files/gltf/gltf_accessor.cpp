@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::uint64_t kMostRows = 0x7FFFFFFF;
 constexpr std::uint64_t kMostStride = 252;
-// Rows without data cost the file nothing, but take memory.
+// Rows without data take memory, but no space in the file.
 constexpr std::uint64_t kMostRowsWithoutData = std::uint64_t{1} << 20U;
 
 NumberType typeOf(const GltfItem& item) {
@@ -33,7 +33,7 @@ std::size_t columnsOf(const GltfItem& item) {
     item.fail("its \"type\" should be SCALAR, VEC2, VEC3 or VEC4.");
 }
 
-/// Points the rows at a buffer view, from the "byteOffset" of the item in it.
+/// Points the rows at a buffer view, starting at the "byteOffset" of the item.
 void locate(GltfFile& file, const GltfItem& item, std::uint64_t viewIndex, GltfRows& rows) {
     const GltfItem view = file.root().element("bufferViews", viewIndex, "buffer view");
     const std::span<const char> buffer = file.buffer(view.wholeNeeded("buffer"));
@@ -74,7 +74,8 @@ void openSparse(GltfFile& file, const GltfItem& sparse, GltfAccessor& accessor) 
     const std::optional<GltfItem> values = sparse.object("values");
     const std::uint64_t count = sparse.wholeNeeded("count");
     if (!indices || !values || count > accessor.rows.count)
-        sparse.fail("it should have indices and values, no more than the accessor itself.");
+        sparse.fail(
+            "it should have indices and values, and no more of them than the accessor has rows.");
     accessor.changes = accessor.rows;
     accessor.changes.count = accessor.changed.count = static_cast<std::size_t>(count);
     accessor.changed.columns = 1;
@@ -123,13 +124,13 @@ void readRows(const GltfRows& rows, std::size_t begin, std::size_t count, To* to
                 return;
             }
         }
-        // Indices are never floats, and a cast of one would be undefined.
+        // Indices are never floats, and casting a float to an index can be undefined.
         if constexpr (std::is_same_v<To, float> || std::is_integral_v<Value>)
             readPlain<To, false, Value>(rows, begin, count, to);
     });
 }
 
-/// The first sparse index that is not below the row.
+/// The position of the first sparse index that is at or past the row.
 std::size_t firstChanged(const GltfRows& changed, std::size_t row) {
     std::size_t low = 0;
     std::size_t high = changed.count;

@@ -43,11 +43,12 @@ void GltfFile::readGlb(InputFile& file) {
     GlbHeader header{};
     if (file.read(&header, sizeof header) < sizeof header) fail("it is cut off in its header.");
     if (header.version != kGlbVersion)
-        fail("it is GLB of version " + std::to_string(header.version) + "; export it as glTF 2.0.");
+        fail("it is GLB version " + std::to_string(header.version) + "; export it as glTF 2.0.");
     if (header.length > fileSize_)
         fail("its header announces " + std::to_string(header.length) + " bytes, but it has " +
              std::to_string(fileSize_) + ". It is cut off or damaged.");
-    if (header.length < kGlbHeaderBytes) fail("its header announces less than a header.");
+    if (header.length < kGlbHeaderBytes)
+        fail("its header announces fewer bytes than a header has.");
     if (header.length < fileSize_)
         notes_.push_back(std::to_string(fileSize_ - header.length) +
                          " bytes after the end of the GLB data are ignored.");
@@ -84,7 +85,7 @@ void GltfFile::parse(Buffer text) {
         json_ = std::make_unique<nlohmann::json>(
             nlohmann::json::parse(text.bytes.get(), text.bytes.get() + text.size, limitDepth));
     } catch (const nlohmann::json::parse_error& error) {
-        fail("its JSON has a fault at byte " + std::to_string(error.byte) +
+        fail("its JSON has an error at byte " + std::to_string(error.byte) +
              ". It is damaged, cut off or not glTF.");
     } catch (const nlohmann::json::exception&) {
         fail("a number in its JSON is too large.");
@@ -96,7 +97,7 @@ void GltfFile::checkVersion() const {
     if (!asset) fail("it is not glTF: its JSON has no \"asset\".");
     const std::string version = asset->text("version");
     if (version != "2" && !version.starts_with("2."))
-        fail("it is glTF of another version than 2; export it as glTF 2.0.");
+        fail("its glTF version is not 2; export it as glTF 2.0.");
 }
 
 std::span<const char> GltfFile::buffer(std::uint64_t index) {
@@ -134,15 +135,16 @@ GltfFile::Buffer GltfFile::loadDataUri(const GltfItem& item, const std::string& 
     const auto byteCount = static_cast<std::size_t>(size);
     Buffer buffer{std::make_unique_for_overwrite<char[]>(byteCount), byteCount};
     if (!decodeBase64(*text, buffer.bytes.get(), byteCount))
-        item.fail("its data are no base64, or shorter than its \"byteLength\".");
+        item.fail("its data are not valid base64, or shorter than its \"byteLength\".");
     return buffer;
 }
 
 GltfFile::Buffer GltfFile::loadBeside(const GltfItem& item, std::uint64_t size) const {
     const std::optional<std::filesystem::path> name = pathOfGltfUri(item.text("uri"));
     if (!name)
-        item.fail("its \"uri\" is no path to a file in the folder of the glTF file; put the file "
-                  "there and correct it.");
+        item.fail(
+            "its \"uri\" is not a path to a file in the folder of the glTF file; put the file "
+            "there and correct the path.");
     const std::filesystem::path path = path_.parent_path() / *name;
     std::error_code failure;
     if (!std::filesystem::is_regular_file(path, failure))

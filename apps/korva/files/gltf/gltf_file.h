@@ -16,8 +16,8 @@
 
 namespace korva {
 
-/// A glTF 2.0 file, as JSON or GLB: its first bytes decide. Throws korvalite::Error(CannotRead) if
-/// it or one of its buffers is not in order.
+/// A glTF 2.0 file, which is JSON or GLB, as its first bytes say. Throws
+/// korvalite::Error(CannotRead) if the file or one of its buffers is invalid.
 class GltfFile {
 public:
     explicit GltfFile(const std::filesystem::path& path, ByteProgress progress = {});
@@ -28,10 +28,10 @@ public:
     [[nodiscard]] GltfItem root() const { return {*json_, path_, "the JSON"}; }
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
-    /// The bytes of a buffer, which is read at its first use and stays where it is.
+    /// The bytes of a buffer. It is read when it is first used, and then stays where it is.
     [[nodiscard]] std::span<const char> buffer(std::uint64_t index);
 
-    /// Lets the user cancel. To be called many times a second.
+    /// Lets the user cancel. Call it many times a second.
     void pulse() const;
 
     [[nodiscard]] const std::vector<std::string>& notes() const { return notes_; }
@@ -55,7 +55,7 @@ private:
 
     std::filesystem::path path_;
     ByteProgress progress_;
-    std::unique_ptr<nlohmann::json> json_;  // its header takes long to compile
+    std::unique_ptr<nlohmann::json> json_;  // a pointer, because its header is slow to compile
     Buffer binary_;                         // the BIN chunk
     std::vector<Buffer> buffers_;
     std::vector<std::string> notes_;

@@ -37,7 +37,7 @@ std::uint64_t GltfItem::wholeOf(const Json& value, const char* key) const {
     constexpr double kMost = 9007199254740992.0;
     const double number = value.is_number() ? value.get<double>() : -1;
     if (!(number >= 0 && number <= kMost) || std::floor(number) != number)
-        fail("\"" + std::string(key) + "\" should be a whole number, not negative.");
+        fail("\"" + std::string(key) + "\" should be a whole number and not negative.");
     return static_cast<std::uint64_t>(number);
 }
 
@@ -63,7 +63,7 @@ bool GltfItem::flag(const char* key) const {
 std::string GltfItem::text(const char* key) const {
     const Json* value = find(key);
     if (value == nullptr) return {};
-    if (!value->is_string()) fail("\"" + std::string(key) + "\" should be a text.");
+    if (!value->is_string()) fail("\"" + std::string(key) + "\" should be a string.");
     return value->get<std::string>();
 }
 
@@ -94,7 +94,7 @@ std::vector<std::string> GltfItem::texts(const char* key) const {
     const Json* values = findArray(key);
     if (values == nullptr) return texts;
     for (const Json& value : *values) {
-        if (!value.is_string()) fail("\"" + std::string(key) + "\" should hold texts.");
+        if (!value.is_string()) fail("\"" + std::string(key) + "\" should be an array of strings.");
         texts.push_back(value.get<std::string>());
     }
     return texts;
@@ -122,7 +122,7 @@ GltfItem GltfItem::element(const char* key, std::uint64_t index, const char* kin
     const Json* values = findArray(key);
     const std::string place = std::string(kind) + ' ' + std::to_string(index);
     if (values == nullptr || index >= values->size())
-        failToRead(*file_, place + " is referred to, but does not exist.");
+        failToRead(*file_, place + " is referred to but does not exist.");
     return {(*values)[static_cast<std::size_t>(index)], *file_, place};
 }
 

@@ -12,8 +12,8 @@
 
 namespace korva {
 
-/// An object in the JSON of a glTF file. Every function throws korvalite::Error(CannotRead) that
-/// says which object it is if a value has another type than asked for. A view: the JSON and the
+/// An object in the JSON of a glTF file. If a value does not have the type asked for, every
+/// function throws a korvalite::Error(CannotRead) that names the object. A view: the JSON and the
 /// path must outlive it.
 class GltfItem {
 public:
@@ -31,16 +31,16 @@ public:
     [[nodiscard]] bool flag(const char* key) const;
     /// Empty if there is none.
     [[nodiscard]] std::string text(const char* key) const;
-    /// So many numbers, or none.
+    /// Exactly `count` numbers; empty if there are none.
     [[nodiscard]] std::vector<double> numbers(const char* key, std::size_t count) const;
     [[nodiscard]] std::vector<std::uint64_t> wholes(const char* key) const;
     [[nodiscard]] std::vector<std::string> texts(const char* key) const;
     [[nodiscard]] std::optional<GltfItem> object(const char* key) const;
     [[nodiscard]] std::vector<std::string> keys() const;
 
-    /// The elements of an array; 0 if there is none.
+    /// The length of an array; 0 if there is none.
     [[nodiscard]] std::size_t length(const char* key) const;
-    /// An element, whose place is `kind` and its index.
+    /// An element of an array. Its place is `kind` followed by the index.
     [[nodiscard]] GltfItem element(const char* key, std::uint64_t index, const char* kind) const;
 
 private:

@@ -15,7 +15,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kVertexData = 34962;  // what a buffer view is for
+constexpr int kVertexData = 34962;  // the "target" of a buffer view
 constexpr int kIndexData = 34963;
 
 /// The lowest and highest coordinates of the finite points.
@@ -69,7 +69,7 @@ public:
         Json root;
         root["asset"] = {{"version", "2.0"},
                          {"generator", "Korvalite " + std::string(korvalite::version())}};
-        // Empty arrays are not allowed.
+        // glTF does not allow empty arrays.
         if (!meshes_.empty()) {
             root["scene"] = 0;
             root["scenes"] = Json::array({{{"nodes", nodeIndices_}}});

@@ -10,9 +10,9 @@
 
 namespace korva {
 
-/// A mesh as it is written.
+/// A mesh, ready to be written.
 struct GltfPart {
-    const NamedMesh* named = nullptr;  // its triangles are indices of the vertices in `splits`
+    const NamedMesh* named = nullptr;  // its triangles refer to the vertices in `splits`
     GltfSplits splits;
     std::vector<float> normals;  // of the vertices of the mesh, or empty
 
@@ -32,8 +32,8 @@ struct GltfLayout {
     std::uint64_t binaryBytes = 0;
 };
 
-/// The JSON for these parts, whose positions, normals, UVs, colours and indices follow each other
-/// in the buffer. `uri` is empty in a GLB file.
+/// The JSON for these parts. In the buffer, each has its positions, normals, UVs, colours and
+/// indices, in this order. `uri` is empty in a GLB file.
 [[nodiscard]] GltfLayout layOutGltf(const std::vector<GltfPart>& parts, const std::string& uri);
 
 }  // namespace korva

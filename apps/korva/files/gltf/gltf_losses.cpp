@@ -10,7 +10,7 @@ namespace korva {
 
 namespace {
 
-/// Extensions that leave the shape of the meshes as it is, or are supported. A star is for any end.
+/// Extensions that are supported or do not change the shape of meshes. A star matches any ending.
 constexpr std::array<std::string_view, 11> kHarmless{
     "KHR_mesh_quantization", "KHR_materials_*", "KHR_texture_*",
     "EXT_texture_*",         "MSFT_texture_*",  "KHR_lights_*",
@@ -34,7 +34,7 @@ void noteIgnored(std::vector<std::string>& notes, std::size_t count, const std::
         notes.push_back(counted(count, thing) + (count == 1 ? " is" : " are") + " ignored.");
 }
 
-/// What primitives have that is not carried over.
+/// Contents of primitives that are not carried over.
 struct Unused {
     bool furtherUVs = false;
     bool furtherColors = false;
@@ -88,7 +88,7 @@ void refuseGltfExtensions(const GltfItem& root) {
     for (const std::string& name : root.texts("extensionsRequired")) {
         if (!isHarmless(name))
             root.fail("the file needs the extension " + name +
-                      ", which is not supported; export it without.");
+                      ", which is not supported; export it without this extension.");
     }
 }
 

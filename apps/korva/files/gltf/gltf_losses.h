@@ -8,11 +8,10 @@
 
 namespace korva {
 
-/// What of a file is not carried over, a sentence each.
+/// A sentence for each kind of content that is not carried over.
 [[nodiscard]] std::vector<std::string> gltfLosses(const GltfItem& root);
 
-/// Throws korvalite::Error(CannotRead) if the file cannot be understood without an extension that
-/// is unknown here.
+/// Throws korvalite::Error(CannotRead) if the file requires an extension that is not supported.
 void refuseGltfExtensions(const GltfItem& root);
 
 }  // namespace korva

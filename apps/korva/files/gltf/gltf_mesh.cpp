@@ -49,7 +49,7 @@ private:
             addVertices(group);
         counts_.joined += vertices - table_.size();
         result_.positions.resize(std::size_t{3} * table_.size());
-        // Not always, because it takes a copy.
+        // Only if it saves much, because it makes a copy.
         if (result_.positions.capacity() > 2 * result_.positions.size())
             result_.positions.shrink_to_fit();
         if (source_.hasUVs) result_.uvs = sharedUVs_.takeUVs();
@@ -66,7 +66,7 @@ private:
     }
 
     void reserveTable(std::size_t vertices) {
-        // A closed surface has half as many different vertices as triangles.
+        // A closed surface has about half as many different vertices as triangles.
         const auto triangles = static_cast<std::size_t>(source_.triangleCount);
         table_.reserve(std::min(vertices, triangles / 2 + triangles / 32 + kBatch));
     }
@@ -115,7 +115,7 @@ private:
         std::array<float, 2 * kBatch> uvs{};
         if (vertices.uvs) readGltfFloats(*vertices.uvs, begin, count, uvs.data());
         for (std::size_t i = 0; i < count; ++i) {
-            // The origin of textures is at the top in glTF, at the bottom elsewhere.
+            // The origin of textures is at the top in glTF and at the bottom elsewhere.
             const float v = vertices.uvs ? 1 - uvs[2 * i + 1] : 0;
             uvPoint_[done_ + i] = sharedUVs_.pointFor(newIndex_[done_ + i], uvs[2 * i], v);
         }
@@ -140,7 +140,7 @@ private:
         }
     }
 
-    /// The vertices of some corners, among all of the mesh.
+    /// Reads the vertices of some corners, as indices into all vertices of the mesh.
     void readCorners(const GltfPrimitive& primitive, std::size_t begin, std::size_t count,
                      std::uint32_t* to) const {
         const auto first = static_cast<std::uint32_t>(firstVertex_[primitive.vertices]);
@@ -178,7 +178,7 @@ private:
         if (source_.hasUVs) result_.triangleUVs.push_back(uvPoint_[vertex]);
     }
 
-    /// A corner of a strip or a fan makes a triangle with two earlier ones.
+    /// Each corner of a strip or a fan makes a triangle with two earlier ones.
     void addConnected(GltfMode mode, std::size_t corner, std::uint32_t vertex,
                       std::array<std::uint32_t, 2>& previous) {
         if (corner < 2) {

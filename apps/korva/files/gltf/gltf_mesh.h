@@ -14,7 +14,7 @@
 
 namespace korva {
 
-/// Vertices of a mesh. Primitives often share theirs.
+/// Vertices of a mesh, which several primitives can share.
 struct GltfVertices {
     GltfAccessor positions;
     std::optional<GltfAccessor> uvs;
@@ -31,7 +31,7 @@ struct GltfPrimitive {
     std::size_t triangles = 0;
 };
 
-/// A mesh of a file that was checked, except for the indices of its triangles.
+/// A mesh of a file. Everything but the indices of its triangles has been checked.
 struct GltfMesh {
     std::vector<GltfVertices> vertices;
     std::vector<GltfPrimitive> primitives;
@@ -48,11 +48,11 @@ struct GltfMesh {
 
 struct GltfWeldCounts {
     std::uint64_t joined = 0;
-    std::uint64_t differing = 0;  // of these, had another colour
+    std::uint64_t differing = 0;  // joined vertices whose colour is lost
 };
 
-/// The triangles of all primitives. Vertices at equal positions become one. At most 2^31 - 1
-/// vertices and corners.
+/// Reads the triangles of all primitives, and joins vertices at equal positions. The mesh must not
+/// have more than 2^31 - 1 vertices or corners.
 [[nodiscard]] korvalite::Mesh readGltfMesh(const GltfFile& file, const GltfMesh& mesh,
                                            const GltfTransform& transform, GltfWeldCounts& counts);
 

@@ -51,7 +51,7 @@ private:
         refuseCycles();
     }
 
-    /// No node has two parents, so what cannot be reached from a top node is in a cycle.
+    /// No node has two parents, so a node that no top node leads to is in or below a cycle.
     void refuseCycles() const {
         std::vector<std::uint64_t> waiting = nodesWithoutParent();
         std::vector<bool> isReached(nodes_.size());
@@ -65,7 +65,7 @@ private:
         const auto lost = std::ranges::find(isReached, false);
         if (lost == isReached.end()) return;
         nodeAt(static_cast<std::uint64_t>(lost - isReached.begin()))
-            .fail("it is its own descendant, or that of such a node.");
+            .fail("it is its own descendant, or a descendant of such a node.");
     }
 
     [[nodiscard]] std::vector<std::uint64_t> nodesWithoutParent() const {
@@ -84,7 +84,7 @@ private:
     void walkFrom(std::uint64_t top) {
         const GltfItem item = nodeAt(top);
         if (nodes_[static_cast<std::size_t>(top)].hasParent)
-            item.fail("it is a top node of the scene, but has a parent, too.");
+            item.fail("it is a root of the scene but has a parent.");
         std::vector<Step> waiting{{top, 1, {}}};
         while (!waiting.empty()) {
             const Step step = waiting.back();
@@ -97,7 +97,7 @@ private:
         const GltfItem item = nodeAt(step.node);
         Node& node = nodes_[static_cast<std::size_t>(step.node)];
         if (node.isReached) item.fail("it is in the scene twice.");
-        if (step.depth > kDeepest) item.fail("its parents are nested too deeply.");
+        if (step.depth > kDeepest) item.fail("it is nested too deeply.");
         node.isReached = true;
         const GltfTransform transform = step.parent * transformOf(item);
         if (const std::optional<std::uint64_t> mesh = item.whole("mesh"))

@@ -23,8 +23,8 @@ struct GltfInstances {
     std::size_t elsewhere = 0;            // nodes with meshes that are not in the scene
 };
 
-/// The meshes of the default scene, else of the first one, else of all nodes; of all meshes if
-/// there are no nodes. Throws korvalite::Error(CannotRead) if the nodes are no forest.
+/// The meshes of the default scene, or else of the first scene, or else of all nodes. Without
+/// nodes, all meshes. Throws korvalite::Error(CannotRead) if the nodes do not form a forest.
 [[nodiscard]] GltfInstances gltfInstances(const GltfItem& root);
 
 }  // namespace korva

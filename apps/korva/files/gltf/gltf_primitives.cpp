@@ -56,13 +56,13 @@ private:
         mesh_.primitives.push_back(std::move(primitive));
     }
 
-    /// An extension may replace the accessors without being required.
+    /// An extension can replace the accessors even if it is not required.
     void refuseCompressed(const GltfItem& item, const GltfItem& attributes) const {
         const std::optional<GltfItem> extensions = item.object("extensions");
         if (!extensions || !extensions->has("KHR_draco_mesh_compression")) return;
         const std::uint64_t positions = attributes.wholeNeeded("POSITION");
         if (!file_.root().element("accessors", positions, "accessor").has("bufferView"))
-            item.fail("it is compressed by KHR_draco_mesh_compression; export it without.");
+            item.fail("it is compressed by KHR_draco_mesh_compression; export it uncompressed.");
     }
 
     GltfAccessor openIndices(const GltfItem& item, std::uint64_t index) const {
@@ -87,7 +87,7 @@ private:
         if (vertices.uvs) requireColumns(*vertices.uvs, item, "TEXCOORD_0", {2});
         vertices.colors = openAttribute(item, key[2], vertices);
         if (vertices.colors) requireColumns(*vertices.colors, item, "COLOR_0", {3, 4});
-        // Whole numbers are shares of 1, whatever the file says.
+        // Integer colours are always normalised, whatever the file says.
         if (vertices.colors)
             vertices.colors->rows.isNormalised = vertices.colors->changes.isNormalised = true;
         mesh_.hasUVs = mesh_.hasUVs || vertices.uvs;

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::uint64_t kMost = 0x7FFFFFFF;
 
-/// Makes names differ: "a", "a 2", "a 3".
+/// Makes names unique: "a", "a 2", "a 3".
 class UniqueNames {
 public:
     std::string of(const std::string& name) {
@@ -49,8 +49,8 @@ OpenMeshes openMeshes(GltfFile& file, const std::vector<GltfInstance>& instances
         vertices += found->second.vertexCount;
         corners += 3 * found->second.triangleCount;
         if (vertices > kMost || corners > kMost)
-            failToRead(file.path(), "its scene has more than 2147483647 vertices or corners of "
-                                    "triangles.");
+            failToRead(file.path(), "its scene has more than 2147483647 vertices or triangle "
+                                    "corners.");
     }
     return meshes;
 }
@@ -126,10 +126,10 @@ Scene readGltf(const std::filesystem::path& path, const ByteProgress& progress) 
         scene.notes.push_back(std::move(note));
     const GltfInstances found = gltfInstances(root);
     if (found.elsewhere > 0)
-        scene.notes.push_back(
-            std::to_string(found.elsewhere) +
-            (found.elsewhere == 1 ? " node with a mesh is" : " nodes with meshes are") +
-            " not in the scene and left out.");
+        scene.notes.push_back(std::to_string(found.elsewhere) +
+                              (found.elsewhere == 1 ? " node with a mesh outside the scene is"
+                                                    : " nodes with meshes outside the scene are") +
+                              " left out.");
     const OpenMeshes meshes = openMeshes(file, found.instances);
     noteShapes(meshes, scene);
     readMeshes(file, meshes, found.instances, scene);

@@ -10,8 +10,8 @@ namespace korva {
 
 /// Reads a glTF 2.0 file, as JSON or GLB. Each node with a mesh becomes a mesh of its own, at its
 /// place in the scene. Vertices of a mesh that are at equal positions are joined, since glTF needs
-/// several where UVs or normals differ. Takes the memory of the buffers and of the meshes, and 8 to
-/// 20 bytes per vertex. Throws korvalite::Error(CannotRead).
+/// several where UVs or normals differ. Takes memory for the buffers and the meshes, and 8 to 20
+/// bytes more per vertex. Throws korvalite::Error(CannotRead).
 [[nodiscard]] Scene readGltf(const std::filesystem::path& path, const ByteProgress& progress = {});
 
 }  // namespace korva

@@ -7,7 +7,7 @@ namespace korva {
 
 namespace {
 
-/// Of a rotation by a quaternion, then nothing else.
+/// Makes the transform a rotation alone.
 void setRotation(const std::vector<double>& quaternion, GltfTransform& transform) {
     const double x = quaternion[0];
     const double y = quaternion[1];

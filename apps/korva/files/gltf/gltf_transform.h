@@ -18,13 +18,13 @@ struct GltfTransform {
 /// The transform of a node relative to its parent.
 [[nodiscard]] GltfTransform transformOf(const GltfItem& node);
 
-/// The second one, then the first.
+/// Applies `second`, then `first`.
 [[nodiscard]] GltfTransform operator*(const GltfTransform& first, const GltfTransform& second);
 
-/// Whether it turns a surface inside out.
+/// Whether the transform turns a surface inside out.
 [[nodiscard]] bool isMirroring(const GltfTransform& transform);
 
-/// Moves points of three floats each. Unity changes no bit.
+/// Moves points of three floats each. The identity changes no bits.
 void applyTransform(const GltfTransform& transform, float* points, std::size_t count);
 
 }  // namespace korva

@@ -33,7 +33,7 @@ std::vector<GltfPart> partsOf(Scene& scene) {
     return parts;
 }
 
-/// Some values for each vertex of the mesh, then those of the vertices that are repeated.
+/// Writes the values of all vertices of the mesh, then again those of the repeated ones.
 template <typename Value>
 void writeAttribute(OutputFile& file, const std::vector<Value>& values, std::size_t columns,
                     const GltfSplits& splits) {
@@ -46,7 +46,7 @@ void writeAttribute(OutputFile& file, const std::vector<Value>& values, std::siz
 void writeUVs(OutputFile& file, const GltfSplits& splits) {
     for (const std::uint32_t point : splits.uvPoints) {
         const float* uv = &splits.uvs[2 * std::size_t{point}];
-        // The origin of textures is at the top in glTF, at the bottom elsewhere.
+        // The origin of textures is at the top in glTF and at the bottom elsewhere.
         file.writeValue(std::array{uv[0], 1 - uv[1]});
     }
 }
@@ -81,11 +81,11 @@ std::uint32_t glbBytes(const std::filesystem::path& path, std::uint64_t jsonByte
     std::uint64_t bytes = kGlbHeaderBytes + sizeof(GlbChunk) + (jsonBytes + 3) / 4 * 4;
     if (binaryBytes > 0) bytes += sizeof(GlbChunk) + binaryBytes;
     if (bytes > kMost)
-        throw korvalite::Error(korvalite::ErrorCode::CannotWrite,
-                               "Cannot write " + textOf(path) + ": it would have " +
-                                   std::to_string(bytes) +
-                                   " bytes, but GLB ends at 4294967295; write .gltf or .ply "
-                                   "instead.");
+        throw korvalite::Error(
+            korvalite::ErrorCode::CannotWrite,
+            "Cannot write " + textOf(path) + ": it would have " + std::to_string(bytes) +
+                " bytes, but a GLB file can have at most 4294967295; write .gltf or .ply "
+                "instead.");
     return static_cast<std::uint32_t>(bytes);
 }
 
@@ -118,7 +118,7 @@ void writeGltf(const std::filesystem::path& path, Scene& scene, const ByteProgre
     }
     OutputFile binary(binaryPath, progress);
     writeParts(binary, parts);
-    // Both are on the disk before the first gets its name.
+    // Both files are on the disk before either gets its name.
     file.finish();
     binary.finish();
     binary.commit();

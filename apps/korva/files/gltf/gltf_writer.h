@@ -9,17 +9,18 @@
 
 namespace korva {
 
-/// Writes glTF 2.0: a mesh and a node for each mesh of the scene that has triangles, with a vertex
-/// for each UV. Normals are computed and written if the input had them. Takes a copy of the UVs,
-/// and the triangles of the scene are changed. Throws korvalite::Error(CannotWrite).
+// Both functions write glTF 2.0: a mesh and a node for each mesh of the scene that has triangles,
+// with a vertex for each UV. If the input had normals, new ones are computed and written. The scene
+// is changed: its triangles then refer to the vertices in the file, and its UVs are gone. Takes
+// memory for a copy of the UVs. Throws korvalite::Error(CannotWrite).
 
-/// With the data beside the file, under its name with the suffix ".bin".
+/// Writes the data into a second file of the same name with the suffix ".bin".
 void writeGltf(const std::filesystem::path& path, Scene& scene, const ByteProgress& progress = {});
 
-/// In one file, of at most 4 GiB.
+/// Writes one file of at most 4 GiB.
 void writeGlb(const std::filesystem::path& path, Scene& scene, const ByteProgress& progress = {});
 
-/// The size of a GLB file with these contents, before they are padded. Throws
+/// The size of a GLB file with this much JSON, not yet padded, and binary data. Throws
 /// korvalite::Error(CannotWrite) if it is too large for the format.
 [[nodiscard]] std::uint32_t glbBytes(const std::filesystem::path& path, std::uint64_t jsonBytes,
                                      std::uint64_t binaryBytes);
