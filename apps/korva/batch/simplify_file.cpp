@@ -56,6 +56,7 @@ Outcome simplifyFile(const WorkItem& item, const BatchOptions& options,
             const double part = static_cast<double>(done) / static_cast<double>(total + 1);
             report(monitor, kRead * part);
         });
+    requireTriangles(scene, item.input);
     outcome.notes = std::move(scene.notes);
     outcome.report = simplifyScene(scene, options.engine, monitorsFor(monitor)).report;
     outcome.vertices = scene.vertexCount();
