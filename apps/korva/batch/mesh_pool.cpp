@@ -4,7 +4,6 @@
 #include <korvalite/korvalite.h>
 
 #include <new>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -45,8 +44,8 @@ void MeshPool::startWorkers(std::size_t count, const Calls& calls,
     try {
         while (workers.size() + 1 < count)
             workers.emplace_back([&] { workThrough(calls); });
-    } catch (const std::system_error&) {
-        return;  // the system has no more threads, and fewer do as well
+    } catch (const std::exception&) {
+        return;  // the system has no more threads or memory for them, and fewer do as well
     }
 }
 
@@ -84,7 +83,7 @@ std::optional<std::size_t> MeshPool::take(const Calls& calls) {
                 return std::nullopt;
             }
         }
-        // What runs notices an interrupt, and then wakes those that wait.
+        // After an interrupt, a running mesh ends and wakes the threads that wait.
         changed_.wait(lock);
     }
 }

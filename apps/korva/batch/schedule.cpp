@@ -8,7 +8,10 @@ namespace korva {
 
 Schedule::Schedule(std::vector<std::uint64_t> needs, std::uint64_t budget, std::size_t mostAtOnce)
     : needs_(std::move(needs)), budget_(budget), mostAtOnce_(std::max<std::size_t>(mostAtOnce, 1)),
-      hadCompany_(needs_.size()) {}
+      hadCompany_(needs_.size()) {
+    again_.reserve(needs_.size());
+    running_.reserve(needs_.size());
+}
 
 std::optional<std::size_t> Schedule::next() {
     if (isOneAlone_) return std::nullopt;

@@ -9,12 +9,11 @@
 namespace korva {
 
 /// Decides which mesh of a list starts next, so that what runs fits a budget of memory. Strictly in
-/// the order of the list: a large mesh that waits for memory is not overtaken by small ones. Not
-/// for several threads at once.
+/// the order of the list: a large mesh that waits for memory is not overtaken by small ones. Once
+/// constructed, it never fails, even if there is no memory left. Not for several threads at once.
 class Schedule {
 public:
-    /// `needs` is the memory of each mesh, in any unit that `budget` has too. At least one may run
-    /// at once.
+    /// `needs` is the memory of each mesh, in the unit of `budget`. At least one may run at once.
     Schedule(std::vector<std::uint64_t> needs, std::uint64_t budget, std::size_t mostAtOnce);
 
     /// The mesh to start now, which counts as running from here on. Nothing if it must wait until
