@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "korva/batch/summary.h"
 
-#include "korva/batch/record_json.h"
 #include "korva/io/input_file.h"
 #include "korva/io/output_file.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
@@ -51,11 +52,6 @@ std::string csvLineOf(const MeshRecord& record) {
 
 }  // namespace
 
-const char* nameOf(MeshStatus status) {
-    constexpr std::array kNames{"done", "skipped", "missed", "failed"};
-    return kNames[static_cast<std::size_t>(status)];
-}
-
 std::string csvLine(const std::vector<std::string>& fields) {
     std::string line;
     for (const std::string& field : fields)
@@ -75,7 +71,7 @@ EarlierRun readEarlierRun(const std::filesystem::path& outFolder) {
         EarlierRun run;
         json.at("settings").get_to(run.settings);
         for (const nlohmann::json& mesh : json.at("meshes"))
-            run.records.push_back(recordOf(mesh));
+            run.records.push_back(mesh.get<MeshRecord>());
         return run;
     } catch (const nlohmann::json::exception&) {
     } catch (const korvalite::Error&) {
@@ -115,7 +111,7 @@ void Summary::saveJson() {
 nlohmann::json Summary::json() const {
     nlohmann::json meshes = nlohmann::json::array();
     for (const std::optional<MeshRecord>& record : records_) {
-        if (record) meshes.push_back(jsonOf(*record));
+        if (record) meshes.push_back(*record);
     }
     const std::chrono::duration<double> seconds = Clock::now() - start_;
     return {{"settings", settings_},

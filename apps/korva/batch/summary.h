@@ -4,9 +4,10 @@
 // outputs. The JSON is also the memory of what is done already.
 #pragma once
 
+#include "korva/batch/mesh_record.h"
 #include "korva/exit_code.h"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <chrono>
 #include <cstddef>
@@ -18,29 +19,6 @@
 #include <vector>
 
 namespace korva {
-
-enum class MeshStatus { Done, Skipped, Missed, Failed };
-
-[[nodiscard]] const char* nameOf(MeshStatus status);
-
-struct MeshRecord {
-    std::string input;  // absolute, in UTF-8, as is the output
-    std::string output;
-    std::uint64_t bytes = 0;    // of the input
-    std::int64_t modified = 0;  // the input, in a unit of the system
-    MeshStatus status = MeshStatus::Failed;
-    bool missedTarget = false;
-    ExitCode code = ExitCode::Done;  // of the mesh alone, without --strict
-    std::uint64_t verticesBefore = 0;
-    std::uint64_t trianglesBefore = 0;
-    std::uint64_t verticesAfter = 0;
-    std::uint64_t trianglesAfter = 0;
-    std::uint64_t asked = 0;  // in vertices, or triangles if the target counts them
-    double seconds = 0;
-    std::uint64_t memoryBytes = 0;  // the estimate
-    std::string sentence;           // why it failed or missed the target
-    std::vector<std::string> notes;
-};
 
 /// A line without its end, with quotes as RFC 4180 wants them.
 [[nodiscard]] std::string csvLine(const std::vector<std::string>& fields);
