@@ -55,7 +55,8 @@ std::int64_t clockMilliseconds();
 // Sleeps for at least the given time; returns at once for zero or less.
 void sleepMilliseconds(int milliseconds);
 
-// The bytes of memory that programs can take now without swapping; 0 if the system does not say.
+// The bytes of memory that programs can take now without swapping, within the limit of a container
+// on Linux; 0 if the system does not say.
 std::uint64_t availableMemory();
 
 // What the user typed after the program's name. On Windows this ignores the arguments and cuts the

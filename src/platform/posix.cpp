@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "platform/cgroup.h"
 #include "platform/large_memory.h"
 #include "platform/platform.h"
 
@@ -30,6 +31,27 @@ void appendOnOneLine(std::string& line, const char* text) {
         else
             line += c;
     }
+}
+
+// 0 if the system does not say.
+std::uint64_t availableInSystem() {
+    // Unlike the count of free pages, this includes what the system would give up from its caches.
+    if (std::FILE* file = std::fopen("/proc/meminfo", "r"); file != nullptr) {
+        char line[128];
+        unsigned long long kilobytes = 0;
+        bool isFound = false;
+        while (!isFound && std::fgets(line, sizeof line, file) != nullptr)
+            isFound = std::sscanf(line, "MemAvailable: %llu kB", &kilobytes) == 1;
+        std::fclose(file);
+        if (isFound) return std::uint64_t{kilobytes} * 1024;
+    }
+#if defined(_SC_PHYS_PAGES)
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageBytes = sysconf(_SC_PAGESIZE);
+    if (pages > 0 && pageBytes > 0)
+        return static_cast<std::uint64_t>(pages) / 2 * static_cast<std::uint64_t>(pageBytes);
+#endif
+    return 0;
 }
 
 }  // namespace
@@ -118,23 +140,11 @@ void sleepMilliseconds(int milliseconds) {
 }
 
 std::uint64_t availableMemory() {
-    // Unlike the count of free pages, this includes what the system would give up from its caches.
-    if (std::FILE* file = std::fopen("/proc/meminfo", "r"); file != nullptr) {
-        char line[128];
-        unsigned long long kilobytes = 0;
-        bool isFound = false;
-        while (!isFound && std::fgets(line, sizeof line, file) != nullptr)
-            isFound = std::sscanf(line, "MemAvailable: %llu kB", &kilobytes) == 1;
-        std::fclose(file);
-        if (isFound) return std::uint64_t{kilobytes} * 1024;
-    }
-#if defined(_SC_PHYS_PAGES)
-    const long pages = sysconf(_SC_PHYS_PAGES);
-    const long pageBytes = sysconf(_SC_PAGESIZE);
-    if (pages > 0 && pageBytes > 0)
-        return static_cast<std::uint64_t>(pages) / 2 * static_cast<std::uint64_t>(pageBytes);
-#endif
-    return 0;
+    const std::uint64_t inSystem = availableInSystem();
+    const std::uint64_t inGroups = memoryLeftInGroups();
+    if (inGroups == kNoMemoryLimit) return inSystem;
+    // 0 would mean that nobody knows.
+    return std::max<std::uint64_t>(inSystem == 0 ? inGroups : std::min(inSystem, inGroups), 1);
 }
 
 std::string commandTail(int argc, char** argv) {
