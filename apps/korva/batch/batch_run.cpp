@@ -2,6 +2,7 @@
 #include "korva/batch/batch_run.h"
 
 #include "korva/batch/batch_progress.h"
+#include "korva/batch/earlier_run.h"
 #include "korva/batch/memory_need.h"
 #include "korva/batch/mesh_pool.h"
 #include "korva/batch/simplify_file.h"
@@ -9,8 +10,8 @@
 #include "korva/numbers.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <exception>
-#include <map>
 #include <memory>
 #include <new>
 #include <system_error>
@@ -108,7 +109,7 @@ Batch::Batch(const BatchOptions& options, const Console& console,
 
 WorkListOptions Batch::listOptions(const BatchOptions& options, const EarlierRun& earlier) {
     WorkListOptions list = options.list;
-    for (const MeshRecord& record : earlier.records)
+    for (const auto& [input, record] : earlier.records)
         list.earlierOutputs.insert(record.output);
     return list;
 }
@@ -135,26 +136,17 @@ ExitCode Batch::run() {
 }
 
 void Batch::skipWhatIsDone() {
-    std::map<std::string, const MeshRecord*> known;
-    if (!options_.doAgain && earlier_.settings == settingsText(options_)) {
-        for (const MeshRecord& record : earlier_.records)
-            known[record.input] = &record;
-    }
+    const bool mayBeDone = !options_.doAgain && earlier_.settings == settingsText(options_);
     for (std::size_t i = 0; i < items_.size(); ++i) {
-        const WorkItem& item = items_[i];
-        const auto found = known.find(absoluteText(item.input));
-        std::error_code ignored;
-        if (found == known.end() || found->second->status == MeshStatus::Failed ||
-            found->second->bytes != item.bytes || found->second->modified != item.modified ||
-            found->second->output != absoluteText(item.output) ||
-            !fs::is_regular_file(item.output, ignored)) {
+        const MeshRecord* finished = mayBeDone ? finishedRecord(earlier_, items_[i]) : nullptr;
+        if (finished == nullptr) {
             toDo_.push_back(i);
             continue;
         }
-        MeshRecord record = *found->second;
+        MeshRecord record = *finished;
         record.status = MeshStatus::Skipped;
         summary_.set(i, std::move(record));
-        if (!console_.json) std::printf("%s: done already.\n", textOf(item.output).c_str());
+        if (!console_.json) std::printf("%s: done already.\n", textOf(items_[i].output).c_str());
     }
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "korva/batch/summary.h"
 
-#include "korva/io/input_file.h"
 #include "korva/io/output_file.h"
 
 #include <nlohmann/json.hpp>
@@ -17,7 +16,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* kJsonName = "korva-batch.json";
 constexpr const char* kCsvName = "korva-batch.csv";
 
 void writeFile(const std::filesystem::path& path, const std::string& text) {
@@ -59,26 +57,6 @@ std::string csvLine(const std::vector<std::string>& fields) {
     return line;
 }
 
-EarlierRun readEarlierRun(const std::filesystem::path& outFolder) {
-    const std::filesystem::path path = outFolder / kJsonName;
-    std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored)) return {};
-    try {
-        InputFile file(path);
-        std::string text(file.size(), '\0');
-        text.resize(file.read(text.data(), text.size()));
-        const nlohmann::json json = nlohmann::json::parse(text);
-        EarlierRun run;
-        json.at("settings").get_to(run.settings);
-        for (const nlohmann::json& mesh : json.at("meshes"))
-            run.records.push_back(mesh.get<MeshRecord>());
-        return run;
-    } catch (const nlohmann::json::exception&) {
-    } catch (const korvalite::Error&) {
-    }
-    return {.settings = {}, .records = {}, .isDamaged = true};
-}
-
 Summary::Summary(std::filesystem::path outFolder, std::string settings, std::size_t meshCount)
     : outFolder_(std::move(outFolder)), settings_(std::move(settings)), records_(meshCount) {}
 
@@ -105,7 +83,7 @@ void Summary::save() {
 }
 
 void Summary::saveJson() {
-    writeFile(outFolder_ / kJsonName, jsonText() + '\n');
+    writeFile(outFolder_ / kSummaryName, jsonText() + '\n');
 }
 
 nlohmann::json Summary::json() const {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // What became of each mesh of a batch, as korva-batch.json and korva-batch.csv in the folder of the
-// outputs. The JSON is also the memory of what is done already.
+// outputs. The next run reads the JSON to see what is done already.
 #pragma once
 
 #include "korva/batch/mesh_record.h"
@@ -20,16 +20,11 @@
 
 namespace korva {
 
+/// The name of the JSON.
+inline constexpr const char* kSummaryName = "korva-batch.json";
+
 /// A line without its end, with quotes as RFC 4180 wants them.
 [[nodiscard]] std::string csvLine(const std::vector<std::string>& fields);
-
-/// The records of an earlier run. Nothing if there are none.
-struct EarlierRun {
-    std::string settings;
-    std::vector<MeshRecord> records;
-    bool isDamaged = false;  // then all else is empty
-};
-[[nodiscard]] EarlierRun readEarlierRun(const std::filesystem::path& outFolder);
 
 /// Not for several threads at once.
 class Summary {
