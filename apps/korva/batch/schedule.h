@@ -28,8 +28,6 @@ public:
     /// false if it has just been alone.
     bool finishForLackOfMemory(std::size_t mesh);
 
-    [[nodiscard]] bool exceedsBudget(std::size_t mesh) const { return needs_[mesh] > budget_; }
-
     /// Whether next() has nothing left to return. Meshes may still be running.
     [[nodiscard]] bool allStarted() const { return next_ == needs_.size() && again_.empty(); }
 

@@ -86,27 +86,24 @@ void Summary::saveJson() {
     writeFile(outFolder_ / kSummaryName, jsonText() + '\n');
 }
 
-nlohmann::json Summary::json() const {
+std::string Summary::jsonText() const {
     nlohmann::json meshes = nlohmann::json::array();
     for (const std::optional<MeshRecord>& record : records_) {
         if (record) meshes.push_back(*record);
     }
     const std::chrono::duration<double> seconds = Clock::now() - start_;
-    return {{"settings", settings_},
-            {"meshes", std::move(meshes)},
-            {"totals",
-             {{"meshes", records_.size()},
-              {"done", count(MeshStatus::Done)},
-              {"skipped", count(MeshStatus::Skipped)},
-              {"missed", count(MeshStatus::Missed)},
-              {"failed", count(MeshStatus::Failed)},
-              {"left", left()},
-              {"seconds", seconds.count()}}}};
-}
-
-std::string Summary::jsonText() const {
+    const nlohmann::json json = {{"settings", settings_},
+                                 {"meshes", std::move(meshes)},
+                                 {"totals",
+                                  {{"meshes", records_.size()},
+                                   {"done", count(MeshStatus::Done)},
+                                   {"skipped", count(MeshStatus::Skipped)},
+                                   {"missed", count(MeshStatus::Missed)},
+                                   {"failed", count(MeshStatus::Failed)},
+                                   {"left", left()},
+                                   {"seconds", seconds.count()}}}};
     // Names of files need not be valid UTF-8 everywhere.
-    return json().dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
+    return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 std::size_t Summary::count(MeshStatus status) const {

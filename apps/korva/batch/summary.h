@@ -7,8 +7,6 @@
 #include "korva/batch/mesh_record.h"
 #include "korva/exit_code.h"
 
-#include <nlohmann/json_fwd.hpp>
-
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -32,9 +30,6 @@ public:
     Summary(std::filesystem::path outFolder, std::string settings, std::size_t meshCount);
 
     void set(std::size_t mesh, MeshRecord record) { records_[mesh] = std::move(record); }
-    [[nodiscard]] const std::optional<MeshRecord>& of(std::size_t mesh) const {
-        return records_[mesh];
-    }
 
     /// Writes the JSON after a mesh. A file that has grown so long that this takes a notable share
     /// of the time is not written each time.
@@ -42,7 +37,6 @@ public:
     /// Writes both files.
     void save();
 
-    [[nodiscard]] nlohmann::json json() const;
     [[nodiscard]] std::string jsonText() const;
     [[nodiscard]] std::size_t count(MeshStatus status) const;
     /// The meshes that have not ended.

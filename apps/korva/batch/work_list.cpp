@@ -2,6 +2,7 @@
 #include "korva/batch/work_list.h"
 
 #include "korva/files/file_table.h"
+#include "korva/files/words.h"
 #include "korva/io/input_file.h"
 
 #include <algorithm>
@@ -20,13 +21,9 @@ namespace fs = std::filesystem;
 }
 
 bool hasKnownSuffix(const fs::path& path) {
-    const std::string text = textOf(path.extension());
-    return std::ranges::any_of(fileKinds(), [&](const FileKind& kind) {
-        const std::string_view suffix = kind.suffix;
-        return std::ranges::equal(text, suffix, {}, [](char c) {
-            return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-        });
-    });
+    const std::string suffix = textOf(path.extension());
+    return std::ranges::any_of(fileKinds(),
+                               [&](const FileKind& kind) { return isWord(suffix, kind.suffix); });
 }
 
 bool isSame(const fs::path& a, const fs::path& b) {
@@ -45,7 +42,6 @@ std::vector<fs::path> meshesIn(const fs::path& folder, const WorkListOptions& op
     fs::recursive_directory_iterator place(folder, failure);
     checkFolder(folder, failure);
     for (; place != fs::recursive_directory_iterator(); place.increment(failure)) {
-        checkFolder(folder, failure);
         std::error_code ignored;
         if (place->is_directory(ignored)) {
             if (!options.isRecursive || isSame(place->path(), options.outFolder))
