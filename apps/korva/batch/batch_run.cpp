@@ -151,8 +151,11 @@ void Batch::skipWhatIsDone() {
 }
 
 void Batch::estimate() {
-    for (const std::size_t i : toDo_)
-        needs_.push_back(memoryNeedOf(items_[i].input, options_.engine.threads));
+    for (const std::size_t i : toDo_) {
+        // After an interrupt nothing starts, so it does not matter what it needs.
+        needs_.push_back(isInterrupted_() ? 0
+                                          : memoryNeedOf(items_[i].input, options_.engine.threads));
+    }
 }
 
 std::vector<std::uint64_t> Batch::bytesToDo() const {

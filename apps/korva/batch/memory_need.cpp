@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <exception>
 #include <optional>
 #include <string_view>
 
@@ -114,7 +115,7 @@ MeshSize sizeOf(const std::filesystem::path& path) {
 std::uint64_t memoryNeedOf(const std::filesystem::path& path, int threads) {
     try {
         return needOf(sizeOf(path), threads);
-    } catch (const korvalite::Error&) {
+    } catch (const std::exception&) {
         return kBuffers;
     }
 }

@@ -3,6 +3,7 @@
 
 #include "korva/files/file_table.h"
 #include "korva/files/words.h"
+#include "korva/interrupt.h"
 #include "korva/io/input_file.h"
 
 #include <algorithm>
@@ -42,6 +43,7 @@ std::vector<fs::path> meshesIn(const fs::path& folder, const WorkListOptions& op
     fs::recursive_directory_iterator place(folder, failure);
     checkFolder(folder, failure);
     for (; place != fs::recursive_directory_iterator(); place.increment(failure)) {
+        throwIfInterrupted();
         std::error_code ignored;
         if (place->is_directory(ignored)) {
             if (!options.isRecursive || isSame(place->path(), options.outFolder))
@@ -117,10 +119,13 @@ std::string keyOf(const fs::path& path) {
 
 void checkClashes(const std::vector<WorkItem>& items) {
     std::map<std::string, const WorkItem*> inputs;
-    for (const WorkItem& item : items)
+    for (const WorkItem& item : items) {
+        throwIfInterrupted();
         inputs.emplace(keyOf(item.input), &item);
+    }
     std::map<std::string, const WorkItem*> outputs;
     for (const WorkItem& item : items) {
+        throwIfInterrupted();
         const std::string key = keyOf(item.output);
         const auto [other, isNew] = outputs.emplace(key, &item);
         if (!isNew)
@@ -146,8 +151,10 @@ std::vector<WorkItem> makeWorkList(const fs::path& source, const WorkListOptions
     const bool isFolder = fs::is_directory(source, ignored);
     const fs::path folder = isFolder ? source : source.parent_path();
     std::vector<WorkItem> items;
-    for (const fs::path& written : isFolder ? meshesIn(source, options) : pathsIn(source))
+    for (const fs::path& written : isFolder ? meshesIn(source, options) : pathsIn(source)) {
+        throwIfInterrupted();
         items.push_back(itemFor(folder, written, options));
+    }
     checkClashes(items);
     return items;
 }

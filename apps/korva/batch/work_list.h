@@ -29,8 +29,9 @@ struct WorkListOptions {
 /// folders of its input below the folder of all; an input elsewhere goes directly into outFolder.
 /// A missing file in a list is an item like others.
 ///
-/// Throws Error(CannotRead) if `source` cannot be read or has no meshes; and Error(BadOption) if
-/// two outputs have the same name, or if one would overwrite an input.
+/// Throws Error(CannotRead) if `source` cannot be read or has no meshes; Error(BadOption) if two
+/// outputs have the same name, or if one would overwrite an input; and Error(Cancelled) if the
+/// process is interrupted.
 [[nodiscard]] std::vector<WorkItem> makeWorkList(const std::filesystem::path& source,
                                                  const WorkListOptions& options);
 
