@@ -14,6 +14,7 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -78,6 +79,7 @@ public:
 
 private:
     static WorkListOptions listOptions(const BatchOptions& options, const EarlierRun& earlier);
+    [[nodiscard]] std::set<std::string> allOutputs() const;
     void skipWhatIsDone();
     void estimate();
     void work(MeshPool& pool, std::size_t index);
@@ -105,13 +107,24 @@ Batch::Batch(const BatchOptions& options, const Console& console,
     : options_(options), console_(console), isInterrupted_(std::move(isInterrupted)),
       earlier_(readEarlierRun(options.list.outFolder)),
       items_(makeWorkList(options.source, listOptions(options, earlier_))),
-      summary_(options.list.outFolder, settingsText(options), items_.size()) {}
+      summary_(options.list.outFolder, settingsText(options), allOutputs(), items_.size()) {}
 
 WorkListOptions Batch::listOptions(const BatchOptions& options, const EarlierRun& earlier) {
     WorkListOptions list = options.list;
-    for (const auto& [input, record] : earlier.records)
-        list.earlierOutputs.insert(record.output);
+    list.earlierOutputs = earlier.outputs;
     return list;
+}
+
+/// Those of this run, whether it ends or not, and of earlier runs if they are still there.
+std::set<std::string> Batch::allOutputs() const {
+    std::set<std::string> outputs;
+    for (const std::string& output : earlier_.outputs) {
+        std::error_code ignored;
+        if (fs::exists(pathOf(output), ignored)) outputs.insert(output);
+    }
+    for (const WorkItem& item : items_)
+        outputs.insert(absoluteText(item.output));
+    return outputs;
 }
 
 ExitCode Batch::run() {

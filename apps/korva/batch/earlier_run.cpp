@@ -22,6 +22,7 @@ EarlierRun readEarlierRun(const std::filesystem::path& outFolder) {
         const nlohmann::json json = nlohmann::json::parse(text);
         EarlierRun run;
         json.at("settings").get_to(run.settings);
+        json.at("outputs").get_to(run.outputs);
         for (const nlohmann::json& mesh : json.at("meshes")) {
             auto record = mesh.get<MeshRecord>();
             std::string input = record.input;

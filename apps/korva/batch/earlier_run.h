@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 
 namespace korva {
@@ -14,7 +15,8 @@ namespace korva {
 struct EarlierRun {
     std::string settings;
     std::map<std::string, MeshRecord> records;  // by input
-    bool isDamaged = false;                     // then all else is empty
+    std::set<std::string> outputs;  // of this run and those before it, even if they did not end
+    bool isDamaged = false;         // then all else is empty
 };
 
 /// Empty if there is no summary.

@@ -57,8 +57,10 @@ std::string csvLine(const std::vector<std::string>& fields) {
     return line;
 }
 
-Summary::Summary(std::filesystem::path outFolder, std::string settings, std::size_t meshCount)
-    : outFolder_(std::move(outFolder)), settings_(std::move(settings)), records_(meshCount) {}
+Summary::Summary(std::filesystem::path outFolder, std::string settings,
+                 std::set<std::string> outputs, std::size_t meshCount)
+    : outFolder_(std::move(outFolder)), settings_(std::move(settings)),
+      outputs_(std::move(outputs)), records_(meshCount) {}
 
 void Summary::saveNowAndThen() {
     const Clock::time_point before = Clock::now();
@@ -93,6 +95,7 @@ std::string Summary::jsonText() const {
     }
     const std::chrono::duration<double> seconds = Clock::now() - start_;
     const nlohmann::json json = {{"settings", settings_},
+                                 {"outputs", outputs_},
                                  {"meshes", std::move(meshes)},
                                  {"totals",
                                   {{"meshes", records_.size()},

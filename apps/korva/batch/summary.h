@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,7 +28,9 @@ inline constexpr const char* kSummaryName = "korva-batch.json";
 /// Not for several threads at once.
 class Summary {
 public:
-    Summary(std::filesystem::path outFolder, std::string settings, std::size_t meshCount);
+    /// `outputs` are the files in the folder that no run should take as inputs.
+    Summary(std::filesystem::path outFolder, std::string settings, std::set<std::string> outputs,
+            std::size_t meshCount);
 
     void set(std::size_t mesh, MeshRecord record) { records_[mesh] = std::move(record); }
 
@@ -50,6 +53,7 @@ private:
 
     std::filesystem::path outFolder_;
     std::string settings_;
+    std::set<std::string> outputs_;
     std::vector<std::optional<MeshRecord>> records_;  // nothing for a mesh that has not ended
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     std::chrono::steady_clock::time_point nextSave_ = start_;
