@@ -10,9 +10,8 @@
 
 #include <filesystem>
 #include <functional>
-#include <optional>
+#include <iterator>
 #include <string>
-#include <vector>
 
 namespace korva {
 namespace {
@@ -70,6 +69,82 @@ TEST_F(BatchTrouble, AMeshWithoutTrianglesFails) {
     EXPECT_EQ(summary()["meshes"][0]["status"], "done");
     EXPECT_EQ(summary()["meshes"][1]["status"], "failed");
     EXPECT_FALSE(fs::exists(path("out/points.obj")));
+}
+
+TEST_F(BatchTrouble, AnInterruptDoesNotTurnEarlierOutputsIntoInputs) {
+    addMeshes(2);
+    options_.list.outFolder = path("in");
+    options_.list.format = "ply";
+    EXPECT_EQ(run(), ExitCode::Done) << error_;
+    options_.doAgain = true;
+    EXPECT_EQ(run([] { return true; }), ExitCode::Cancelled);
+    EXPECT_EQ(summary("in")["totals"]["left"], 2);
+    options_.doAgain = false;
+    options_.list.format = "obj";
+    EXPECT_EQ(run(), ExitCode::Done) << error_;
+    EXPECT_EQ(summary("in")["totals"]["done"], 2);
+    options_.list.format = "ply";
+    EXPECT_EQ(run(), ExitCode::Done) << error_;
+    EXPECT_EQ(summary("in")["totals"]["meshes"], 2);
+}
+
+TEST_F(BatchTrouble, AnInterruptBeforeTheFirstMeshLeavesOnlyTheSummary) {
+    addMeshes(3);
+    EXPECT_EQ(run([] { return true; }), ExitCode::Cancelled);
+    EXPECT_NE(error_.find("3 of 3 meshes are left"), std::string::npos) << error_;
+    EXPECT_EQ(std::distance(fs::directory_iterator(path("out")), {}), 2);
+}
+
+TEST_F(BatchTrouble, ASummaryThatCannotBeWrittenEndsTheBatchBeforeItStarts) {
+    addMeshes(2);
+    fs::create_directories(path("out/korva-batch.json"));
+    EXPECT_EQ(run(), ExitCode::CannotWrite);
+    EXPECT_NE(error_.find("korva-batch.json"), std::string::npos) << error_;
+    EXPECT_EQ(std::distance(fs::directory_iterator(path("out")), {}), 1);
+}
+
+TEST_F(BatchTrouble, ASummaryThatCanNoLongerBeWrittenEndsTheBatch) {
+    addMeshes(4);
+    // The question whether to stop is also a moment to put a folder in the way.
+    const auto block = [&] {
+        if (fs::exists(path("out/1.vok")) && fs::is_regular_file(path("out/korva-batch.json"))) {
+            fs::remove(path("out/korva-batch.json"));
+            fs::create_directory(path("out/korva-batch.json"));
+        }
+        return false;
+    };
+    EXPECT_EQ(run(block), ExitCode::CannotWrite);
+    EXPECT_NE(error_.find("korva-batch.json"), std::string::npos) << error_;
+    EXPECT_FALSE(fs::exists(path("out/3.vok")));
+    for (const auto& entry : fs::directory_iterator(path("out")))
+        EXPECT_EQ(textOf(entry.path()).find(".part"), std::string::npos) << entry.path();
+}
+
+TEST_F(BatchTrouble, ASummaryCutAnywhereMeansThatNothingIsDone) {
+    addMeshes(1);
+    ASSERT_EQ(run(), ExitCode::Done);
+    const std::string name = textOf(path("out/korva-batch.json"));
+    const std::string whole = test::readWhole(name);
+    for (std::size_t length = 0; length + 2 < whole.size(); length += 97) {
+        test::writeWhole(name, whole.substr(0, length));
+        ASSERT_EQ(run(), ExitCode::Done) << length;
+        EXPECT_EQ(summary()["meshes"][0]["status"], "done") << length;
+    }
+    EXPECT_EQ(run(), ExitCode::Done);
+    EXPECT_EQ(summary()["meshes"][0]["status"], "skipped");
+}
+
+TEST_F(BatchTrouble, TwoEntriesOfAListWithOneOutputAreRefused) {
+    addMeshes(1);
+    fs::create_directory(path("other"));
+    fs::copy_file(path("in/0.vok"), path("other/0.vok"));
+    options_.source = path("in/list.txt");
+    for (const char* list : {"0.vok\n0.vok\n", "0.vok\n./0.vok\n", "0.vok\n../other/0.vok\n"}) {
+        test::writeWhole(textOf(options_.source), list);
+        EXPECT_EQ(run(), ExitCode::Usage) << list;
+        EXPECT_NE(error_.find("would both become"), std::string::npos) << error_;
+        EXPECT_FALSE(fs::exists(path("out")));
+    }
 }
 
 }  // namespace
