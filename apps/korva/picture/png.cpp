@@ -65,25 +65,7 @@ void moveUnlessInterrupted(void* to, const void* from, std::size_t byteCount) {
 #define STBIW_FREE(block) korva::arena->release(block)
 #define STBIW_MEMMOVE(to, from, byteCount)                                                         \
     korva::moveUnlessInterrupted(to, from, static_cast<std::size_t>(byteCount))
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wpragmas"
-#pragma GCC diagnostic ignored "-Wunknown-warning-option"
-#pragma GCC diagnostic ignored "-Wconversion"
-#pragma GCC diagnostic ignored "-Wsign-conversion"
-#pragma GCC diagnostic ignored "-Wsign-compare"
-#pragma GCC diagnostic ignored "-Wold-style-cast"
-#pragma GCC diagnostic ignored "-Wshadow"
-#pragma GCC diagnostic ignored "-Wunused-function"
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
-#pragma GCC diagnostic ignored "-Wcast-qual"
-#pragma GCC diagnostic ignored "-Wuseless-cast"
-#pragma GCC diagnostic ignored "-Wdouble-promotion"
-#endif
-#include <stb/stb_image_write.h>
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
+#include "korva/picture/quiet_stb.h"
 
 namespace korva {
 
