@@ -6,15 +6,17 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <unordered_set>
+#include <utility>
 
 namespace korva {
 
 namespace {
 
-/// The memory of one call of the PNG writer. It does not expect failures, so they leave it as
-/// exceptions, and the arena frees what it had.
+/// The memory of one call of the PNG writer, which does not expect failures: they leave it as
+/// exceptions, and the arena frees what it had allocated.
 class Arena {
 public:
     Arena() = default;
@@ -25,14 +27,19 @@ public:
     Arena(const Arena&) = delete;
     Arena& operator=(const Arena&) = delete;
 
+    void* allocate(std::size_t byteCount) {
+        std::unique_ptr<void, decltype(&std::free)> block(std::malloc(byteCount), &std::free);
+        if (!block) throw std::bad_alloc();
+        blocks_.insert(block.get());
+        return block.release();
+    }
     void* resize(void* block, std::size_t byteCount) {
-        blocks_.reserve(blocks_.size() + 1);
+        if (block == nullptr) return allocate(byteCount);
+        auto known = blocks_.extract(block);
         void* moved = std::realloc(block, byteCount);
+        if (moved != nullptr) known.value() = moved;
+        blocks_.insert(std::move(known));
         if (moved == nullptr) throw std::bad_alloc();
-        if (moved != block) {
-            blocks_.erase(block);
-            blocks_.insert(moved);
-        }
         return moved;
     }
     void release(void* block) {
@@ -59,7 +66,7 @@ void moveUnlessInterrupted(void* to, const void* from, std::size_t byteCount) {
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
 #define STBI_WRITE_NO_STDIO
-#define STBIW_MALLOC(byteCount) korva::arena->resize(nullptr, static_cast<std::size_t>(byteCount))
+#define STBIW_MALLOC(byteCount) korva::arena->allocate(static_cast<std::size_t>(byteCount))
 #define STBIW_REALLOC(block, byteCount)                                                            \
     korva::arena->resize(block, static_cast<std::size_t>(byteCount))
 #define STBIW_FREE(block) korva::arena->release(block)
