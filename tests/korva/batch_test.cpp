@@ -201,7 +201,7 @@ TEST_F(Batch, RefusesToOverwriteAnInput) {
 
 TEST_F(Batch, RefusesWhatItCannotRead) {
     EXPECT_EQ(run({}), ExitCode::BadInput);
-    EXPECT_NE(err_.find("it has no meshes with a suffix that is known."), std::string::npos);
+    EXPECT_NE(err_.find("it has no meshes with a known suffix."), std::string::npos);
     EXPECT_EQ(run({}, "missing"), ExitCode::BadInput);
     EXPECT_NE(err_.find("there is no such file."), std::string::npos) << err_;
     test::writeWhole(in("list.txt"), "# nothing\n\n \n");

@@ -12,7 +12,8 @@
 
 namespace korva {
 
-/// One bar for many meshes, each with the share of its bytes. For several threads at once.
+/// One bar for many meshes, each with a share in proportion to its bytes. Several threads may call
+/// it at once.
 class BatchProgress {
 public:
     BatchProgress(const Console& console, std::vector<std::uint64_t> bytesOfMeshes);
@@ -20,7 +21,7 @@ public:
     /// A mesh is done to `fraction`, from 0 to 1.
     void show(std::size_t mesh, double fraction);
 
-    /// Prints a line without damage to the bar.
+    /// Prints a line without spoiling the bar.
     void print(std::FILE* stream, const std::string& line);
 
 private:

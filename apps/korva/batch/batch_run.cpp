@@ -33,7 +33,7 @@ void makeFolder(const fs::path& folder) {
                                    ": it cannot be created; is it protected, or a file?");
 }
 
-/// The sentence and the code of what the work for a mesh threw.
+/// Fills in the sentence and the code for what the work on a mesh threw.
 void describe(const std::exception_ptr& failure, MeshRecord& record) {
     record.status = MeshStatus::Failed;
     try {
@@ -131,7 +131,7 @@ ExitCode Batch::run() {
     makeFolder(options_.list.outFolder);
     if (earlier_.isDamaged)
         console_.say("The summary in " + textOf(options_.list.outFolder) +
-                     " is damaged; everything is done anew.");
+                     " is damaged; every mesh is done again.");
     skipWhatIsDone();
     // From here on, an output may be newer than what the old summary says about it.
     summary_.save();
@@ -224,7 +224,7 @@ void Batch::finish() {
     if (left == 0) return;
     throw korvalite::Error(korvalite::ErrorCode::Cancelled,
                            "Cancelled; " + withCommas(left) + " of " + withCommas(items_.size()) +
-                               " meshes are left. The same command goes on with them.");
+                               " meshes are left. Run the same command again to do them.");
 }
 
 std::string Batch::totals() const {

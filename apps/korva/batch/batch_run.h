@@ -23,18 +23,17 @@ struct BatchOptions {
     InputOptions input;
     std::uint64_t memoryBytes = 0;  // the budget
     std::size_t mostAtOnce = 1;
-    bool doAgain = false;  // what was done already, too
+    bool doAgain = false;  // also simplify what is done already
     bool isStrict = false;
 };
 
-/// Everything that decides what the outputs hold, as text: what is done already counts only if it
-/// is the same.
+/// Every setting that affects what the outputs hold, as text. What an earlier run did counts as
+/// done only if this text is the same.
 [[nodiscard]] std::string settingsText(const BatchOptions& options);
 
 /// Simplifies many meshes. Failures of single meshes are reported, and their code is returned at
-/// the end. Throws Error for what concerns them all: one of makeWorkList, CannotWrite if the
-/// summary cannot be written, and Cancelled if `isInterrupted`, which several threads may call at
-/// once, returns true.
+/// the end. Throws what makeWorkList throws, Error(CannotWrite) if the summary cannot be written,
+/// and Error(Cancelled) if `isInterrupted`, which several threads may call at once, returns true.
 ExitCode runBatch(const BatchOptions& options, const Console& console,
                   const std::function<bool()>& isInterrupted);
 

@@ -37,7 +37,8 @@ bool hasProperty(const PlyElement& element, std::string_view name) {
                                [&](const PlyProperty& p) { return p.name == name; });
 }
 
-/// Rows of polygons or strips that take `bytes`, as if everything in their lists were corners.
+/// The triangles of polygons or strips whose rows take `bytes`, as if their lists held only
+/// corners.
 std::uint64_t trianglesIn(const PlyElement& element, PlyEncoding encoding, std::uint64_t bytes) {
     // As text, most polygons have three or four corners; a strip is one long row.
     if (encoding == PlyEncoding::Ascii) return std::max(2 * element.count, bytes / 24);
@@ -92,8 +93,8 @@ std::optional<MeshSize> binaryStlSize(const std::filesystem::path& path) {
 }
 
 /// What the size of a file says. The bytes for a vertex with its two triangles are those of a mesh
-/// with short numbers and without anything else, because everything else lengthens the file more
-/// than the work.
+/// with short numbers and without anything else, because anything else adds more to the file
+/// than to the work.
 MeshSize sizeFromBytes(std::uint64_t bytes, std::string_view suffix) {
     if (suffix == ".stl") return stlSize(bytes / 100);  // text
     const bool isText = suffix == ".obj" || suffix == ".off";

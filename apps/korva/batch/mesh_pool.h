@@ -21,8 +21,8 @@ public:
     struct Calls {
         /// Does the work for a mesh, on one of the pool's threads. Throws if it fails.
         std::function<void(std::size_t mesh)> work;
-        /// Never called for two meshes at once. The first says that one starts; the second that it
-        /// has ended, with what its work threw, if anything. What they throw ends everything.
+        /// Never called for two meshes at once: before the work for one starts, and after it has
+        /// ended, with what it threw, if anything. An exception from either ends everything.
         std::function<void(std::size_t mesh)> starts;
         std::function<void(std::size_t mesh, std::exception_ptr failure)> ended;
     };
@@ -30,8 +30,8 @@ public:
     /// `isInterrupted` may be called from several threads at once.
     MeshPool(Schedule schedule, std::function<bool()> isInterrupted);
 
-    /// Returns when all meshes have ended or, after an interrupt, the running ones. Throws what
-    /// `ended` or `starts` has thrown first. May be called once.
+    /// Returns when all meshes have ended or, after an interrupt, the running ones. Throws the
+    /// first exception from `starts` or `ended`. May be called once.
     void run(std::size_t threads, const Calls& calls);
 
     /// Whether running meshes should end at once. They then throw Error(Cancelled), which is not
@@ -50,7 +50,7 @@ private:
 
     Schedule schedule_;
     std::function<bool()> isInterrupted_;
-    std::mutex mutex_;  // of the schedule and the calls
+    std::mutex mutex_;  // held for the schedule and the calls
     std::condition_variable changed_;
     std::exception_ptr failure_;
     std::atomic<bool> isStopping_ = false;

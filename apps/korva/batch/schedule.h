@@ -24,8 +24,8 @@ public:
     /// A mesh that was running has ended.
     void finish(std::size_t mesh);
 
-    /// It has ended because memory ran out. True if next() will return it once more, to run alone;
-    /// false if it has just been alone.
+    /// A mesh that was running has ended because memory ran out. True if next() will return it once
+    /// more, to run alone; false if it has just been alone.
     bool finishForLackOfMemory(std::size_t mesh);
 
     /// Whether next() has nothing left to return. Meshes may still be running.

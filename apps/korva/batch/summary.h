@@ -22,7 +22,7 @@ namespace korva {
 /// The name of the JSON.
 inline constexpr const char* kSummaryName = "korva-batch.json";
 
-/// A line without its end, with quotes as RFC 4180 wants them.
+/// A line without its end, quoted as RFC 4180 requires.
 [[nodiscard]] std::string csvLine(const std::vector<std::string>& fields);
 
 /// Not for several threads at once.
@@ -34,8 +34,8 @@ public:
 
     void set(std::size_t mesh, MeshRecord record) { records_[mesh] = std::move(record); }
 
-    /// Writes the JSON after a mesh. A file that has grown so long that this takes a notable share
-    /// of the time is not written each time.
+    /// Writes the JSON after a mesh, but not each time once it is so long that writing it would
+    /// take a notable share of the run.
     void saveNowAndThen();
     /// Writes both files.
     void save();

@@ -56,8 +56,10 @@ std::vector<fs::path> meshesIn(const fs::path& folder, const WorkListOptions& op
     checkFolder(folder, failure);
     std::ranges::sort(found, {}, [](const fs::path& path) { return path.generic_u8string(); });
     if (found.empty())
-        failToRead(folder, std::string("it has no meshes with a suffix that is known.") +
-                               (options.isRecursive ? "" : " For folders in it, add --recursive."));
+        failToRead(
+            folder,
+            std::string("it has no meshes with a known suffix.") +
+                (options.isRecursive ? "" : " To include the folders in it, add --recursive."));
     return found;
 }
 
@@ -74,7 +76,7 @@ std::vector<fs::path> pathsIn(const fs::path& list) {
         if (line.starts_with('#') || line.find_first_not_of(" \t") == std::string_view::npos)
             continue;
         if (line.find('\0') != std::string_view::npos)
-            failToRead(list, "it is no text file with one path per line.");
+            failToRead(list, "it is not a text file with one path per line.");
         found.emplace_back(std::u8string(line.begin(), line.end()));
     }
     if (found.empty()) failToRead(list, "it lists no meshes.");
@@ -131,7 +133,7 @@ void checkClashes(const std::vector<WorkItem>& items) {
         if (!isNew)
             refuse(textOf(other->second->input) + " and " + textOf(item.input) +
                    " would both become " + textOf(item.output) +
-                   ". Rename one, or process them apart.");
+                   ". Rename one, or process them separately.");
         if (const auto input = inputs.find(key); input != inputs.end())
             refuse("The output for " + textOf(item.input) + " would overwrite the input " +
                    textOf(input->second->input) + ". Choose another folder for the outputs.");

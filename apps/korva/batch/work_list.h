@@ -18,10 +18,10 @@ struct WorkItem {
 
 struct WorkListOptions {
     std::filesystem::path outFolder;
-    std::string format;  // the suffix of all outputs, without a point; empty keeps that of inputs
+    std::string format;  // the suffix of all outputs, without its dot; empty keeps that of inputs
     bool isRecursive = false;
 
-    /// Absolute paths, as text, of what is not an input even if it is in the folder.
+    /// Absolute paths, as text, of files in the folder that are not inputs.
     std::set<std::string> earlierOutputs;
 };
 
@@ -35,7 +35,7 @@ struct WorkListOptions {
 [[nodiscard]] std::vector<WorkItem> makeWorkList(const std::filesystem::path& source,
                                                  const WorkListOptions& options);
 
-/// The path as absolute text in UTF-8, without points.
+/// The absolute path as text in UTF-8, without "." and "..".
 [[nodiscard]] std::string absoluteText(const std::filesystem::path& path);
 
 }  // namespace korva
