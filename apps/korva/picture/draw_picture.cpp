@@ -18,12 +18,12 @@ namespace {
 constexpr std::size_t kSamplesAtOnce = std::size_t{1} << 24U;
 constexpr std::size_t kTrianglesAtOnce = 4096;
 
-/// In a large picture a rough edge is small, and samples are many.
+/// A large picture has many samples, and its rough edges look small.
 std::size_t samplesPerPixelFor(const PictureSettings& settings) {
     return settings.width * settings.height <= std::size_t{1} << 22U ? 4 : 2;
 }
 
-/// The part of the picture that a mesh has.
+/// The part of the picture that shows a mesh.
 struct Panel {
     const korvalite::Mesh& mesh;
     std::size_t left;
@@ -43,7 +43,7 @@ void requireDrawable(const korvalite::Mesh& mesh) {
     if (!isGood)
         throw korvalite::Error(
             korvalite::ErrorCode::BadMesh,
-            "A triangle has a vertex that is not there; korva check says which.");
+            "A triangle refers to a vertex that does not exist; korva check says which.");
     for (std::size_t triangle = 0; triangle < mesh.triangleCount(); ++triangle)
         if (isDrawable(mesh, triangle)) return;
     throw korvalite::Error(korvalite::ErrorCode::BadMesh,

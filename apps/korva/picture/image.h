@@ -7,8 +7,8 @@
 
 namespace korva {
 
-/// Rows of sRGB pixels from the top: red, green and blue, and with 4 channels alpha, which the
-/// others are not multiplied by.
+/// Rows of sRGB pixels from the top: red, green, blue and, with 4 channels, alpha, by which the
+/// colours are not multiplied.
 struct Image {
     std::size_t width = 0;
     std::size_t height = 0;

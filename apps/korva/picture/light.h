@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Colours are computed in linear light, as it adds up, and encoded as sRGB at the end.
+// Colours are computed in linear light, which can be added, and encoded as sRGB at the end.
 #pragma once
 
 #include "korva/picture/camera.h"

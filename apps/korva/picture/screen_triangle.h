@@ -11,9 +11,9 @@
 
 namespace korva {
 
-/// A triangle in the picture, in units of samples. Corners are on a grid so fine that no one sees
-/// it, but so coarse that doubles compute the edge functions without rounding: each sample on a
-/// shared edge belongs to exactly one of the two triangles.
+/// A triangle in the picture, in units of samples. Corners are on a grid that is too fine to
+/// see, but coarse enough that doubles compute the edge functions without rounding: each sample on
+/// a shared edge belongs to exactly one of the two triangles.
 struct ScreenTriangle {
     std::array<double, 3> x;
     std::array<double, 3> y;

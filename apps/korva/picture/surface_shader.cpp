@@ -13,8 +13,7 @@ constexpr Light kBack{0.42F, 0.50F, 0.62F};  // of the light that the front woul
 constexpr double kSharp = 0.77;              // cosine of 40 degrees
 constexpr double kHalfLine = 0.5;            // in pixels
 constexpr double kLineLight = 0.68;          // that a line takes away
-// In a mesh so dense that lines would fill it they fade, between these sizes of triangles in
-// pixels.
+// Lines fade between these sizes of triangles, in pixels, so that they do not fill a dense mesh.
 constexpr double kDense = 2;
 constexpr double kSparse = 9;
 
@@ -46,7 +45,7 @@ Light SurfaceShader::at(std::uint32_t triangle, std::size_t x, std::size_t y) {
 
 void SurfaceShader::take(std::uint32_t triangle) {
     triangle_ = triangle;
-    // It has been drawn, so it can be.
+    // It was drawn, so it can be projected.
     static_cast<void>(project(look_.mesh, triangle, look_.projection, screen_));
     takeColors();
     takeNormals();

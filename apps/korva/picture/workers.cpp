@@ -30,7 +30,7 @@ void shareWork(std::size_t count, int threads, const std::function<void(std::siz
             for (std::size_t i = 1; i < static_cast<std::size_t>(threads) && i < count; ++i)
                 others.emplace_back(workOn);
         } catch (const std::exception&) {
-            // No more threads, or no memory for them: those that are there do it.
+            // No more threads, or no memory for them: those that exist do the work.
         }
         workOn();
     }
