@@ -4,6 +4,7 @@
 #include "formats/kvm_samples.h"
 #include "progressive/level_update.h"
 #include "support/full_disk.h"
+#include "support/no_more_files.h"
 
 #include <gtest/gtest.h>
 
@@ -162,6 +163,19 @@ TEST_F(KvmWriter, AFullDiskLeavesAShortFileAndReturnsZero) {
         EXPECT_EQ(result, 0);
         EXPECT_EQ(readWhole(path()), file.bytes().substr(0, bytesThatFit));
     }
+}
+
+TEST_F(KvmWriter, TheCheckedWriterKeepsAFileThatItCannotOpen) {
+    test::writeWhole(path(), "old");
+    ProgressiveMesh pm;
+    test::fillFrom(test::rowOfSplits(9, 4), pm);
+    bool isWritten = true;
+    {
+        const test::NoMoreFiles noMore;
+        isWritten = writeProgressiveMesh(pm, path().c_str());
+    }
+    EXPECT_FALSE(isWritten);
+    EXPECT_EQ(readWhole(path()), "old");
 }
 #endif
 

@@ -2,7 +2,6 @@
 #include "jobs/job_run.h"
 #include "library/library_meshes.h"
 #include "support/full_disk.h"
-#include "support/no_more_files.h"
 
 #include <korvalite/korvalite.h>
 
@@ -158,25 +157,6 @@ TEST(ProgressiveMesh, AFullDiskLeavesNoFile) {
     }
     EXPECT_TRUE(refused);
     EXPECT_FALSE(std::filesystem::exists(core::test::pathOfUtf8(path)));
-}
-
-TEST(ProgressiveMesh, AFileThatCannotBeOpenedStaysAsItIs) {
-#ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "the sanitizer opens a pipe to check the error while it is made";
-#endif
-    const core::test::ScratchFolder folder;
-    const std::string path = folder / u8"a.kvm";
-    core::test::writeWhole(path, "old");
-    ProgressiveMesh progressive = ProgressiveMesh::build(torusMesh().view(), downTo(50));
-    bool refused = false;
-    try {
-        const core::test::NoMoreFiles none;
-        progressive.save(core::test::pathOfUtf8(path));
-    } catch (const Error& error) {
-        refused = error.code() == ErrorCode::CannotWrite;
-    }
-    EXPECT_TRUE(refused);
-    EXPECT_EQ(core::test::readWhole(path), "old");
 }
 
 }  // namespace
