@@ -143,6 +143,31 @@ TEST(Measure, TheBoundHoldsForManyMoreSamples) {
     EXPECT_GE(few.fromAToB.samples, mesh.vertexCount() + mesh.triangleCount());
 }
 
+TEST(Measure, TheBoundIsAFewPercentAboveTheLargestDistance) {
+    const auto expectBound = [](const Distances& d, double expected) {
+        EXPECT_LE(d.largest, expected + 1e-7);
+        EXPECT_GE(d.atMost, expected - 1e-7);
+        EXPECT_LE(d.atMost, 1.03 * expected);
+    };
+    Mesh raised = grid(20, 20);
+    raised.positions[3 * (10 * 21 + 10) + 2] = 0.5F;
+    const Mesh outer = moved(cube(), {-1.5F, -1.5F, -1.5F}, 3);
+    const Mesh inner = moved(cube(), {-0.5F, -0.5F, -0.5F});
+    for (const std::uint64_t samples : {1U, 1000U, 100'000U}) {
+        const MeasureOptions options{.samples = samples, .threads = 1};
+        // Of the flat grid, the place below the raised vertex is farthest from the raised one.
+        const Measurement bump = measured(grid(20, 20), raised, options);
+        expectBound(bump.fromAToB, std::sqrt(1.0 / 6));
+        expectBound(bump.fromBToA, 0.5);
+        const Measurement cubes = measured(outer, inner, options);
+        expectBound(cubes.fromAToB, std::sqrt(3.0));
+        expectBound(cubes.fromBToA, 1);
+        const Measurement spheres = measured(sphere(64, 2), sphere(64, 1), options);
+        expectBound(spheres.fromAToB, 1);
+        EXPECT_LE(spheres.fromBToA.atMost, 1.03 * spheres.fromBToA.largest);
+    }
+}
+
 TEST(Measure, BothDirectionsTogetherAreTheSameEitherWay) {
     const Mesh a = soup(150, 1);
     const Mesh b = torusMesh();
