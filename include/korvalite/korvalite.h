@@ -267,11 +267,11 @@ struct Measurement {
 /// Measures how far two surfaces are apart. Takes 8 bytes for each sample.
 ///
 /// The largest distance can be missed by a little, because it may be between the samples; the true
-/// one is from `largest` to `atMost`, which are a few percent apart unless both are near 0. (The
-/// sampling is in the manner of Cignoni, Rocchini and Scopigno, "Metro: Measuring Error on
-/// Simplified Surfaces", 1998. The bound follows from the distance to one triangle being largest at
-/// a corner of the piece, and from no distance changing faster than the point moves.) Distances
-/// that are no larger than the rounding errors of the samples count as 0.
+/// one is from `largest` to `atMost`, which are a few percent apart unless both are near 0 or the
+/// samples are few. (The sampling is in the manner of Cignoni, Rocchini and Scopigno, "Metro:
+/// Measuring Error on Simplified Surfaces", 1998. The bound follows from the distance to one
+/// triangle being largest at a corner of the piece, and from no distance changing faster than the
+/// point moves.) Distances that are no larger than the rounding errors of the samples count as 0.
 [[nodiscard]] Measurement measure(const Surface& a, const Surface& b,
                                   const MeasureOptions& options = {}, const Monitor& monitor = {});
 [[nodiscard]] Measurement measure(const MeshView& a, const MeshView& b,

@@ -19,6 +19,13 @@ constexpr std::size_t kItemsPerChunk = 64;
 constexpr double kTightBound = 1.02;
 constexpr int kMostHalvings = 16;
 
+/// How often a piece may be cut further on average. Fewer pieces are larger and need more cuts.
+std::uint64_t cutsPerPieceOf(std::uint64_t pieces) {
+    constexpr std::uint64_t kCuts = 2'000'000;
+    return std::clamp(kCuts / std::max(pieces, std::uint64_t{1}), std::uint64_t{2},
+                      std::uint64_t{32});
+}
+
 std::array<double, 3> arrayOf(const DoubleVec3& v) {
     return {v.x, v.y, v.z};
 }
@@ -60,6 +67,7 @@ struct Setting {
     double unit;
     double area;   // 0 if all samples weigh the same
     double known;  // a distance that has been found already
+    std::uint64_t cutsPerPiece;
 };
 
 /// The sums over some samples. Chunks are joined in their order, so that no sum depends on threads.
@@ -153,14 +161,14 @@ private:
     }
 
     /// Where the bound is well above the largest distance, the piece is cut further, and takes more
-    /// samples. They only count for the largest distance. Their number is limited to a few for each
-    /// piece, because distances near 0 have no bound that is near them.
+    /// samples. They only count for the largest distance. Their number is limited, because
+    /// distances near 0 have no bound that is near them.
     void addBound(const Piece& piece, const DoubleVec3& middle, double distance,
                   int halvings = kMostHalvings) {
         const double bound = boundOf(piece.corners, middle, distance);
         if (bound <= part_.atMost || bound <= setting_.rounding) return;
         const double largest = std::max(part_.largest, setting_.known);
-        const std::uint64_t mostCuts = kFreeCuts + kCutsPerPiece * part_.samples.size();
+        const std::uint64_t mostCuts = kFreeCuts + setting_.cutsPerPiece * part_.samples.size();
         if (bound <= kTightBound * largest || halvings == 0 || cuts_ >= mostCuts) {
             part_.atMost = bound;
             return;
@@ -174,7 +182,6 @@ private:
     }
 
     static constexpr std::uint64_t kFreeCuts = 500;
-    static constexpr std::uint64_t kCutsPerPiece = 2;
 
     const Setting& setting_;
     Part& part_;
@@ -242,8 +249,12 @@ OneWay distancesFrom(const SurfaceTree& from, const Pieces& pieces,
     constexpr double kRoundings = 16;
     const double largest = std::max(largestCoordinate(from.box()), largestCoordinate(to.box()));
     const double diagonal = diagonalOf(from.box(), to.box());
-    Setting setting{to, kRoundings * std::numeric_limits<double>::epsilon() * largest,
-                    diagonal > 0 ? diagonal : 1, from.area(), 0};
+    Setting setting{to,
+                    kRoundings * std::numeric_limits<double>::epsilon() * largest,
+                    diagonal > 0 ? diagonal : 1,
+                    from.area(),
+                    0,
+                    cutsPerPieceOf(pieces.count())};
     const auto addVertex = [&](Sampler& sampler, std::size_t item) {
         sampler.addVertex(from.vertex(vertices[item]));
     };

@@ -33,7 +33,8 @@ std::array<Piece, 2> halvesOf(const Piece& piece) {
     return {{{{top, from, middle}, piece.area / 2}, {{top, middle, to}, piece.area / 2}}};
 }
 
-Pieces::Pieces(const SurfaceTree& surface, std::uint64_t count) : surface_(surface) {
+Pieces::Pieces(const SurfaceTree& surface, std::uint64_t count)
+    : surface_(surface), count_(std::max<std::uint64_t>(count, surface.triangles().size())) {
     constexpr double kSquarePerArea = 5;
     const auto triangles = static_cast<std::uint32_t>(surface.triangles().size());
     double edges = 0;

@@ -45,9 +45,11 @@ void forEachPiece(const Piece& piece, double spacing, Visit&& visit) {
 /// no thread has to work on one for long. Items are the triangles and then the patches.
 class Pieces {
 public:
-    /// About so many, and at least one for each triangle.
+    /// Cuts the surface into about `count` pieces, at least one for each triangle.
     Pieces(const SurfaceTree& surface, std::uint64_t count);
 
+    /// About how many pieces there are.
+    [[nodiscard]] std::uint64_t count() const { return count_; }
     [[nodiscard]] std::size_t itemCount() const {
         return surface_.triangles().size() + patches_.size();
     }
@@ -84,8 +86,9 @@ private:
     [[nodiscard]] Cut cutOf(const TriangleCorners& corners) const;
 
     const SurfaceTree& surface_;
+    std::uint64_t count_;
     double spacing_ = 0;       // of well-shaped triangles
-    double countPerEdge_ = 0;  // so many pieces per length of the longest edge
+    double countPerEdge_ = 0;  // pieces per length of the longest edge
     std::vector<Patch> patches_;
 };
 

@@ -168,6 +168,18 @@ TEST(Measure, TheBoundIsAFewPercentAboveTheLargestDistance) {
     }
 }
 
+TEST(Measure, TheBoundIsCloseToTheLargestDistanceOfFineLevelsToo) {
+    const Mesh mesh = sampleMesh("spot.Vok");
+    Options options;
+    options.target = Target::percent(90);
+    const Mesh fine = simplify(mesh.view(), options).mesh;
+    for (const std::uint64_t samples : {20'000U, 100'000U}) {
+        const Measurement m = measured(mesh, fine, {.samples = samples, .threads = 1});
+        EXPECT_LE(m.fromAToB.atMost, 1.1 * m.fromAToB.largest) << samples;
+        EXPECT_LE(m.fromBToA.atMost, 1.1 * m.fromBToA.largest) << samples;
+    }
+}
+
 TEST(Measure, BothDirectionsTogetherAreTheSameEitherWay) {
     const Mesh a = soup(150, 1);
     const Mesh b = torusMesh();
