@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "library/mesh_view.h"
 #include "library/one_way_distances.h"
+#include "library/option_range.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <string>
 #include <utility>
 
 namespace korvalite {
@@ -13,16 +13,6 @@ namespace korvalite {
 namespace {
 
 constexpr double kPercentile = 0.95;
-
-void requireBetween(const char* name, std::uint64_t value, std::uint64_t most) {
-    if (value >= 1 && value <= most) return;
-    throw Error(ErrorCode::BadOption, std::string(name) + " is " + std::to_string(value) +
-                                          "; it must be from 1 to " + std::to_string(most) + '.');
-}
-
-void requireThreads(int threads) {
-    requireBetween("threads", static_cast<std::uint64_t>(std::max(threads, 0)), 1024);
-}
 
 double percentileOfOne(OneWay& way) {
     const double share = percentileOf(way.samples, kPercentile);
@@ -67,7 +57,7 @@ Measurement combine(OneWay there, OneWay back, double areaA, double areaB) {
 
 Measurement measure(const Surface& a, const Surface& b, const MeasureOptions& options,
                     const Monitor& monitor) {
-    requireBetween("samples", options.samples, 1'000'000'000);
+    requireBetween<std::uint64_t>("samples", options.samples, 1, 1'000'000'000);
     requireThreads(options.threads);
     const SurfaceTree& treeA = SurfaceInside::treeOf(a);
     const SurfaceTree& treeB = SurfaceInside::treeOf(b);

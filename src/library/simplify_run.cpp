@@ -4,31 +4,21 @@
 #include "drivers/run_decimation.h"
 #include "library/blocked_edges.h"
 #include "library/mesh_copy.h"
+#include "library/option_range.h"
 #include "library/paths.h"
 #include "library/watched_run.h"
 #include "shell/apply_settings.h"
 
-#include <locale>
 #include <new>
-#include <sstream>
 #include <string>
 
 namespace korvalite {
 
 namespace {
 
-template <typename Number>
-void requireBetween(const char* name, Number value, Number least, Number most) {
-    if (value >= least && value <= most) return;
-    std::ostringstream sentence;
-    sentence.imbue(std::locale::classic());
-    sentence << name << " is " << value << "; it must be from " << least << " to " << most << '.';
-    throw Error(ErrorCode::BadOption, sentence.str());
-}
-
 core::BatchSettings settingsOf(const Options& options) {
     requireBetween("colorWeight", options.colorWeight, 1.0F, 100.0F);
-    requireBetween("threads", options.threads, 1, 1024);
+    requireThreads(options.threads);
     core::BatchSettings settings;
     settings.Symmetry = static_cast<std::int32_t>(options.symmetry);
     settings.FreezeBorder = options.freezeBorder;

@@ -272,6 +272,9 @@ TEST(Measure, RefusesOptionsOutOfRange) {
         EXPECT_NE(errorOf(ErrorCode::BadOption, [&] { (void)measured(mesh, mesh, bad); })
                       .find("it must be from 1 to"),
                   std::string::npos);
+    EXPECT_EQ(errorOf(ErrorCode::BadOption,
+                      [&] { (void)measured(mesh, mesh, {.samples = 1, .threads = -5}); }),
+              "threads is -5; it must be from 1 to 1024.");
 }
 
 TEST(Measure, ReportsProgressFromOneThreadAtATime) {
