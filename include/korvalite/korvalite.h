@@ -264,7 +264,7 @@ struct Measurement {
     double diagonalA = 0;
 };
 
-/// Measures how far two surfaces are apart. Takes 8 bytes for each sample.
+/// Measures how far two surfaces are apart. Takes up to 32 bytes for each of the `samples`.
 ///
 /// The largest distance can be missed by a little, because it may be between the samples; the true
 /// one is from `largest` to `atMost`, which are a few percent apart unless both are near 0 or the
