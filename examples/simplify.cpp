@@ -16,6 +16,7 @@ const char* nameOf(korvalite::Phase phase) {
     case korvalite::Phase::Simplifying: return "simplifying";
     case korvalite::Phase::Reordering: return "reordering";
     case korvalite::Phase::ChangingLevel: return "changing the level";
+    case korvalite::Phase::Measuring: return "measuring";
     }
     return "";
 }
