@@ -90,8 +90,8 @@ struct Mesh {
 };
 
 /// How far to simplify. A run that keeps symmetry can end one vertex below, because mirrored
-/// vertices go in pairs; a target in triangles can be missed by one or two, because an edge of a
-/// closed surface takes two with it.
+/// vertices go in pairs; a target in triangles can be missed by one or two, because the collapse of
+/// an edge of a closed surface removes two.
 class Target {
 public:
     /// A share of the vertices, from 0 to 100. Rounded down.
@@ -147,7 +147,7 @@ struct Progress {
     std::uint64_t total = 0;  // 0 if unknown
 };
 
-/// Called several times a second or more while a call works, from any of its threads but never from
+/// Called several times a second or more while a call runs, from any of its threads but never from
 /// two at once. Returning false cancels: the call ends soon with an Error. What the monitor throws
 /// ends the call in the same way and comes out of it.
 using Monitor = std::function<bool(const Progress&)>;
@@ -191,15 +191,15 @@ struct SurfacePoint {
     std::array<std::uint32_t, 3> triangle{};  // its vertices
 };
 
-class SurfaceTree;  // of the library
+class SurfaceTree;  // internal
 
 /// A mesh prepared for measuring: finds the nearest place on its triangles, exact to double
 /// precision. Triangles without area count as the segments or points that they are; quads are
 /// split; vertices without triangles do not count.
 ///
-/// The view's positions must outlive it; only they are read later. Any number of threads may use
-/// one at a time. Takes about 36 bytes per triangle, and 36 more while it is made; ten million
-/// triangles take some seconds.
+/// The view's positions must outlive the surface; nothing else of the view is read later. Any
+/// number of threads may use a surface at once. It takes about 36 bytes per triangle, and 36 more
+/// while it is made; ten million triangles take some seconds.
 class Surface {
 public:
     /// Throws Error(BadMesh) if the arrays do not fit each other, an index is out of range, a
@@ -213,21 +213,21 @@ public:
     [[nodiscard]] SurfacePoint nearest(const std::array<double, 3>& point) const;
 
     [[nodiscard]] double area() const;
-    /// What the surface encloses: negative if it is inside out, and without a meaning if it is
+    /// The volume that the surface encloses: negative if it is inside out, meaningless if it is
     /// open.
     [[nodiscard]] double volume() const;
-    /// Of the box around its triangles.
+    /// The diagonal of the box around its triangles.
     [[nodiscard]] double diagonal() const;
 
 private:
     std::unique_ptr<const SurfaceTree> tree_;
 
-    friend struct SurfaceInside;  // of the library
+    friend struct SurfaceInside;  // internal
 };
 
 struct MeasureOptions {
     /// About how many samples to take on each surface, from 1 to 1,000,000,000. Every triangle has
-    /// at least one. A million on a ball are a thousandth of its diagonal apart.
+    /// at least one. On a ball, a million samples are a thousandth of its diagonal apart.
     std::uint64_t samples = 1'000'000;
     /// From 1 to 1024. The result does not depend on it.
     int threads = 1;
@@ -239,7 +239,7 @@ struct Distances {
     double largest = 0;       // of all samples
     double atMost = 0;        // no point of the surface, sample or not, is farther away than this
     double rms = 0;           // over the area
-    double percentile95 = 0;  // 95 % of the area are within this
+    double percentile95 = 0;  // 95 % of the area is within this
     std::array<double, 3> largestAt{};  // the sample with the largest distance
     std::array<double, 3> largestTo{};  // the place nearest to it
     double meanNormalAngle = 0;         // between normals, in degrees, over the area; triangles
@@ -251,7 +251,7 @@ struct Measurement {
     Distances fromAToB;
     Distances fromBToA;
 
-    // In both directions: the larger, or over the area of both.
+    // Both directions together: the larger value, or the value over the area of both.
     double largest = 0;
     double atMost = 0;
     double rms = 0;
@@ -277,7 +277,7 @@ struct Measurement {
 [[nodiscard]] Measurement measure(const MeshView& a, const MeshView& b,
                                   const MeasureOptions& options = {}, const Monitor& monitor = {});
 
-/// The distance of each vertex of a mesh from a surface, used or not. Throws as Surface does,
+/// The distance of each vertex of a mesh, used or not, from a surface. Throws as Surface does,
 /// except that the mesh may be without triangles.
 [[nodiscard]] std::vector<float> vertexDistances(const MeshView& mesh, const Surface& surface,
                                                  int threads = 1, const Monitor& monitor = {});
@@ -350,7 +350,7 @@ struct MeshCheck {
     std::uint64_t duplicateTriangles = 0;   // the same three vertices as an earlier one, in any
                                             // order
     std::uint64_t unusedVertices = 0;
-    std::uint64_t repeatedPositions = 0;  // vertices at exactly the place of an earlier one
+    std::uint64_t repeatedPositions = 0;  // vertices at exactly the same place as an earlier one
     std::uint64_t seamEdges = 0;          // of two triangles whose UVs differ at an end of it
 
     /// The lowest of each in ascending order, at most kMostPlaces: indices of vertices, or of
@@ -375,14 +375,13 @@ struct MeshCheck {
     /// further one takes 3 bytes per vertex.
     std::uint64_t memoryBytes = 0;
 
-    /// Whether simplify takes the mesh.
+    /// Whether simplify accepts the mesh.
     [[nodiscard]] bool isUsable() const { return nonFiniteVertices == 0 && badTriangles == 0; }
     [[nodiscard]] bool isClosed() const { return borderEdges == 0; }
 };
 
-/// Checks a mesh. Throws an Error only if the sizes of its arrays do not fit
-/// each other. Takes about 36 bytes per triangle, 48 with UVs, and 8 per vertex; or 16 per vertex
-/// if that is more.
+/// Checks a mesh. Throws an Error only if the sizes of its arrays do not fit each other. Takes
+/// about 36 bytes per triangle, 48 with UVs, and 8 per vertex; or 16 per vertex if that is more.
 [[nodiscard]] MeshCheck check(const MeshView& mesh);
 
 }  // namespace korvalite

@@ -15,7 +15,7 @@ NearestPlace at(const DoubleVec3& offset) {
     return {offset, dot(offset, offset)};
 }
 
-/// From 0 to 1. Rounding can leave nothing of a length.
+/// A share from 0 to 1. The whole may be 0 by rounding.
 double shareOf(double part, double whole) {
     return whole > 0 ? std::clamp(part / whole, 0.0, 1.0) : 0.0;
 }

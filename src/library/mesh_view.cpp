@@ -28,7 +28,7 @@ void requireFittingSizes(const MeshView& mesh) {
                 ", but a face has 3 vertices or 4; split larger faces first.");
     require(mesh.faces.size() % mesh.verticesPerFace == 0,
             "faces has " + countText(mesh.faces.size(), "indices") +
-                ", which is no multiple of verticesPerFace.");
+                ", which is not a multiple of verticesPerFace.");
     const std::size_t vertices = mesh.vertexCount();
     require(mesh.colors.empty() || mesh.colors.size() == 4 * vertices,
             "colors has " + countText(mesh.colors.size(), "values for ") +

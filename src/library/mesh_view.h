@@ -29,10 +29,10 @@ void forEachTriangle(const MeshView& mesh, Visit visit) {
 
 [[nodiscard]] std::size_t countTriangles(const MeshView& mesh);
 
-/// Throws Error(BadMesh) if a coordinate of the vertex is not finite. REQUIRES: it is there.
+/// Throws Error(BadMesh) if a coordinate of the vertex is not finite. REQUIRES: the vertex exists.
 void requireFinite(const MeshView& mesh, std::size_t vertex);
 
-/// Throws Error(BadMesh): an index is not below `count`.
+/// Throws the Error(BadMesh) for an index that is not below `count`.
 [[noreturn]] void refuseIndex(std::size_t triangle, const char* what, std::uint32_t index,
                               std::size_t count);
 

@@ -37,7 +37,7 @@ double largestCoordinate(const Box& box) {
     return static_cast<double>(largest);
 }
 
-/// Of a box around both.
+/// The diagonal of a box around both.
 double diagonalOf(const Box& a, const Box& b) {
     double square = 0;
     for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -48,7 +48,7 @@ double diagonalOf(const Box& a, const Box& b) {
     return std::sqrt(square);
 }
 
-/// Of length 1, or 0 if the triangle has no area.
+/// A vector of length 1, or 0 if the triangle has no area.
 DoubleVec3 normalOf(const TriangleCorners& t) {
     const DoubleVec3 normal = cross(t[1] - t[0], t[2] - t[0]);
     const double length = std::sqrt(dot(normal, normal));

@@ -22,7 +22,7 @@ struct OneWay {
     std::vector<WeighedDistance> samples;
 };
 
-/// The vertices that triangles use, neighbours mostly near each other.
+/// The vertices that triangles use, in an order in which neighbours are mostly near each other.
 [[nodiscard]] std::vector<std::uint32_t> usedVertices(const SurfaceTree& surface);
 
 /// `vertices` are the used ones of `from`.
@@ -30,7 +30,7 @@ struct OneWay {
                                    std::span<const std::uint32_t> vertices, const SurfaceTree& to,
                                    int threads, WorkReport& report);
 
-/// What `share` of the weight is within. Sorts the samples.
+/// The distance that `share` of the weight does not exceed. Sorts the samples.
 [[nodiscard]] double percentileOf(std::vector<WeighedDistance>& samples, double share);
 
 }  // namespace korvalite

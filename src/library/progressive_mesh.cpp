@@ -60,7 +60,8 @@ ProgressiveMesh ProgressiveMesh::load(const std::filesystem::path& path) {
         const bool isThere = core::platform::isRegularFile(text.c_str());
         throw Error(ErrorCode::CannotRead,
                     std::string("Cannot read ") + text.c_str() +
-                        (isThere ? ": it is no progressive mesh, or damaged." : ": no such file."));
+                        (isThere ? ": it is not a progressive mesh, or it is damaged."
+                                 : ": no such file."));
     }
     return ProgressiveMesh(std::move(state));
 }

@@ -54,7 +54,7 @@ Pieces::Pieces(const SurfaceTree& surface, std::uint64_t count)
 }
 
 /// Halving its edges cuts a needle whose edge is n spacings long into n^1.6 pieces, however small
-/// its area is. So the spacing is at least such that they are its share of all pieces.
+/// its area is. So its spacing is at least the one that gives it its share of all pieces.
 Pieces::Cut Pieces::cutOf(const TriangleCorners& corners) const {
     const double edge = std::sqrt(longestEdgeOf(corners).square);
     const double share = countPerEdge_ * edge;

@@ -42,7 +42,7 @@ void WorkReport::report() {
 
 namespace {
 
-/// Chunks that several threads take one after the other.
+/// Chunks of work, which several threads take one by one.
 class Chunks {
 public:
     Chunks(std::size_t count, const std::function<void(std::size_t)>& work)

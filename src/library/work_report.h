@@ -12,7 +12,7 @@
 
 namespace korvalite {
 
-/// Tells a monitor from any thread how much is done, now and then.
+/// Reports to a monitor now and then how much is done, from any thread.
 class WorkReport {
 public:
     WorkReport(const Monitor& monitor, Phase phase, std::uint64_t total);
@@ -33,8 +33,8 @@ private:
     std::chrono::steady_clock::time_point lastReport_;
 };
 
-/// Calls work(0) to work(count - 1), in no order, on so many threads; on fewer if the system does
-/// not have them. The first exception ends the work and comes out.
+/// Calls work(0) to work(count - 1), in no particular order, on up to `threads` threads; on fewer
+/// if the system refuses to start them. The first exception ends the work and comes out.
 void forEachChunk(std::size_t count, int threads, const std::function<void(std::size_t)>& work);
 
 }  // namespace korvalite

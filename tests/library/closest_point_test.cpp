@@ -42,7 +42,7 @@ TEST(ClosestPoint, IsOnAnEdgeBesideTheEdges) {
     expectPlace({4, 4, 1}, kTriangle, {2, 2, 0});
 }
 
-TEST(ClosestPoint, IsThePlaceBelowAboveTheInside) {
+TEST(ClosestPoint, IsTheFootOfThePerpendicularAboveTheInside) {
     expectPlace({1, 1, 5}, kTriangle, {1, 1, 0});
     expectPlace({1, 2, -0.25}, kTriangle, {1, 2, 0});
     expectPlace({0.5, 0.25, 0}, kTriangle, {0.5, 0.25, 0});

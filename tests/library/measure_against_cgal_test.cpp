@@ -30,7 +30,7 @@ Kernel::Point_3 pointOf(const Mesh& mesh, std::size_t vertex) {
     return {static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2])};
 }
 
-// CGAL takes no triangles without area.
+// CGAL does not accept triangles without area.
 Triangles trianglesOf(const Mesh& mesh) {
     Triangles triangles;
     for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {

@@ -96,7 +96,7 @@ TEST(Measure, ACubeInACubeIsFarthestFromItsCorners) {
     EXPECT_NEAR(m.fromAToB.rms, std::sqrt(1 + 4.0 / 9), 1e-3);
 }
 
-TEST(Measure, ASphereIsHalfItsRadiusFromTheHalfOfIt) {
+TEST(Measure, ASphereIsHalfItsRadiusFromOneOfHalfItsSize) {
     const Measurement m = measured(sphere(64, 2), sphere(64, 1));
     EXPECT_NEAR(m.fromAToB.largest, 1, 2e-3);
     EXPECT_NEAR(m.fromAToB.rms, 1, 5e-3);

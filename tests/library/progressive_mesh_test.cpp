@@ -128,7 +128,7 @@ TEST(ProgressiveMesh, RefusesFilesThatAreNone) {
         return errorOf(ErrorCode::CannotRead,
                        [&] { (void)ProgressiveMesh::load(core::test::pathOfUtf8(path)); });
     };
-    EXPECT_NE(load(folder / u8"short.kvm").find("no progressive mesh"), std::string::npos);
+    EXPECT_NE(load(folder / u8"short.kvm").find("not a progressive mesh"), std::string::npos);
     EXPECT_NE(load(folder / u8"missing.kvm").find("no such file"), std::string::npos);
     EXPECT_NE(load(folder.path()).find("no such file"), std::string::npos);
 }

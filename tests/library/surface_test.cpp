@@ -29,7 +29,7 @@ double distanceByBruteForce(const Mesh& mesh, const DoubleVec3& point) {
     return std::sqrt(least);
 }
 
-/// `near`: how far beside the mesh points may be.
+/// Half of the points are within `near` of a vertex on each axis, the others within `size` of 0.
 void expectBruteForce(const Mesh& mesh, std::uint32_t seed, float size, float near) {
     const Surface surface(mesh.view());
     Random random(seed);
@@ -56,7 +56,7 @@ TEST(Surface, FindsWhatBruteForceFinds) {
 }
 
 TEST(Surface, FindsWhatBruteForceFindsInHardMeshes) {
-    // Each triangle a thousandth of the next, all at one place, or all on a line.
+    // Triangles that become ever smaller, are all at one place, or are all on a line.
     Mesh shrinking;
     for (std::uint32_t t = 0; t < 200; ++t) {
         const float size = std::pow(0.7F, static_cast<float>(t));
