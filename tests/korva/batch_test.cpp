@@ -4,8 +4,7 @@
 #include "korva/batch/batch_run.h"
 #include "korva/batch/mesh_pool.h"
 #include "korva/batch/summary.h"
-#include "korva/command_line.h"
-#include "support/scratch_folder.h"
+#include "korva/command_test.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -23,36 +22,20 @@ namespace korva {
 namespace {
 
 namespace fs = std::filesystem;
-namespace test = korvalite::core::test;
 
-class Batch : public testing::Test {
+class Batch : public CommandTest {
 protected:
     Batch() { fs::create_directory(path("in")); }
 
-    ExitCode run(const std::vector<std::string>& options, const std::string& source = "in",
-                 const std::string& outFolder = "out") {
+    ExitCode batch(const std::vector<std::string>& options, const std::string& source = "in",
+                   const std::string& outFolder = "out") {
         std::vector<std::string> words{"batch", in(source), in(outFolder)};
         words.insert(words.end(), options.begin(), options.end());
-        return runWords(words);
+        return run(words);
     }
-    ExitCode runWords(const std::vector<std::string>& words) {
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        const ExitCode code = runCommandLine(words);
-        out_ = testing::internal::GetCapturedStdout();
-        err_ = testing::internal::GetCapturedStderr();
-        return code;
-    }
-    [[nodiscard]] std::string in(const std::string& name) const {
-        return folder_ / std::u8string(name.begin(), name.end()).c_str();
-    }
-    [[nodiscard]] fs::path path(const std::string& name) const {
-        return test::pathOfUtf8(in(name));
-    }
-    void addSample(const std::string& sample, const std::string& name) const {
+    void addSample(const std::string& original, const std::string& name) const {
         fs::create_directories(path(name).parent_path());
-        fs::copy_file(fs::path(KORVALITE_SOURCE_DIR "/samples") / sample, path(name),
-                      fs::copy_options::overwrite_existing);
+        fs::copy_file(sample(original), path(name), fs::copy_options::overwrite_existing);
     }
     [[nodiscard]] nlohmann::json summary() const {
         return nlohmann::json::parse(test::readWhole(in("out/korva-batch.json")));
@@ -69,10 +52,6 @@ protected:
         return result;
     }
     using Statuses = std::map<std::string, std::string>;
-
-    test::ScratchFolder folder_;
-    std::string out_;
-    std::string err_;
 };
 
 TEST_F(Batch, SimplifiesTheMeshesOfAFolder) {
@@ -80,40 +59,39 @@ TEST_F(Batch, SimplifiesTheMeshesOfAFolder) {
     addSample("synth-torus.Vok", "in/b.vok");
     addSample("synth-torus.Vok", "in/deeper/c.vok");
     test::writeWhole(in("in/readme.txt"), "no mesh");
-    ASSERT_EQ(run({"--to", "600v", "--format", "ply", "-q"}), ExitCode::Done) << err_;
+    ASSERT_EQ(batch({"--to", "600v", "--format", "ply", "-q"}), ExitCode::Done) << err_;
     EXPECT_EQ(statuses(), (Statuses{{"ä日本 x.ply", "done"}, {"b.ply", "done"}}));
     EXPECT_EQ(summary()["meshes"][0]["verticesAfter"], 600);
     EXPECT_EQ(summary()["meshes"][1]["verticesBefore"], 2930);
-    EXPECT_NE(out_.find("2 meshes: 2 simplified."), std::string::npos) << out_;
+    EXPECT_TRUE(has(out_, "2 meshes: 2 simplified.")) << out_;
     EXPECT_EQ(err_, "");
 }
 
 TEST_F(Batch, KeepsFormatsAndFolders) {
     addSample("synth-torus.Vok", "in/a.vok");
     addSample("synth-torus.Vok", "in/deep/er/a.vok");
-    ASSERT_EQ(run({"--recursive", "-q"}), ExitCode::Done) << err_;
+    ASSERT_EQ(batch({"--recursive", "-q"}), ExitCode::Done) << err_;
     EXPECT_EQ(statuses(), (Statuses{{"a.vok", "done"}, {"deep/er/a.vok", "done"}}));
 }
 
 TEST_F(Batch, DoesNotReadItsOutputsAgain) {
     addSample("synth-torus.Vok", "in/a.vok");
-    ASSERT_EQ(run({"--recursive", "-q"}, "in", "in/out"), ExitCode::Done);
-    ASSERT_EQ(run({"--recursive", "-q"}, "in", "in/out"), ExitCode::Done);
-    EXPECT_NE(out_.find("1 mesh: 0 simplified, 1 done already."), std::string::npos) << out_;
-    ASSERT_EQ(run({"--format", "ply", "-q"}, "in", "in"), ExitCode::Done) << err_;
-    ASSERT_EQ(run({"--format", "ply", "-q"}, "in", "in"), ExitCode::Done) << err_;
-    EXPECT_NE(out_.find("1 mesh: 0 simplified, 1 done already."), std::string::npos) << out_;
+    ASSERT_EQ(batch({"--recursive", "-q"}, "in", "in/out"), ExitCode::Done);
+    ASSERT_EQ(batch({"--recursive", "-q"}, "in", "in/out"), ExitCode::Done);
+    EXPECT_TRUE(has(out_, "1 mesh: 0 simplified, 1 done already.")) << out_;
+    ASSERT_EQ(batch({"--format", "ply", "-q"}, "in", "in"), ExitCode::Done) << err_;
+    ASSERT_EQ(batch({"--format", "ply", "-q"}, "in", "in"), ExitCode::Done) << err_;
+    EXPECT_TRUE(has(out_, "1 mesh: 0 simplified, 1 done already.")) << out_;
 }
 
 TEST_F(Batch, GivesTheBytesOfSimplifyWithOneThread) {
     addSample("boot.Vok", "in/a.vok");
     addSample("spot-everything.Vok", "in/b.vok");
-    ASSERT_EQ(run({"--to", "2900v", "--format", "ply", "--jobs", "2", "-q"}), ExitCode::Done);
+    ASSERT_EQ(batch({"--to", "2900v", "--format", "ply", "--jobs", "2", "-q"}), ExitCode::Done);
     for (const char* name : {"a", "b"}) {
         const std::string input = in(std::string("in/") + name + ".vok");
-        ASSERT_EQ(
-            runWords({"simplify", input, in("one.ply"), "--to", "2900v", "--threads", "1", "-q"}),
-            ExitCode::Done);
+        ASSERT_EQ(run({"simplify", input, in("one.ply"), "--to", "2900v", "--threads", "1", "-q"}),
+                  ExitCode::Done);
         EXPECT_EQ(test::readWhole(in("one.ply")),
                   test::readWhole(in(std::string("out/") + name + ".ply")))
             << name;
@@ -131,24 +109,24 @@ TEST_F(Batch, TheSummaryDoesNotDependOnTheJobs) {
     for (int i = 0; i < 5; ++i)
         addSample(i % 2 == 0 ? "boot.Vok" : "synth-torus.Vok", "in/" + std::to_string(i) + ".vok");
     test::writeWhole(in("in/2b.obj"), "v 0 0\n");
-    ASSERT_EQ(run({"--jobs", "1", "-q"}), ExitCode::BadInput);
+    ASSERT_EQ(batch({"--jobs", "1", "-q"}), ExitCode::BadInput);
     const nlohmann::json one = withoutSeconds(summary());
-    ASSERT_EQ(run({"--jobs", "4", "-q", "--again"}), ExitCode::BadInput);
+    ASSERT_EQ(batch({"--jobs", "4", "-q", "--again"}), ExitCode::BadInput);
     EXPECT_EQ(withoutSeconds(summary()), one);
     EXPECT_EQ(one["meshes"].size(), 6U);
 }
 
 TEST_F(Batch, PrintsTheSummaryAsJson) {
     addSample("synth-torus.Vok", "in/a.vok");
-    ASSERT_EQ(run({"--json", "-q"}), ExitCode::Done);
+    ASSERT_EQ(batch({"--json", "-q"}), ExitCode::Done);
     EXPECT_EQ(withoutSeconds(nlohmann::json::parse(out_)), withoutSeconds(summary()));
 }
 
 TEST_F(Batch, AMeshBeyondTheBudgetRunsWithARemark) {
     addSample("synth-torus.Vok", "in/a.vok");
     addSample("synth-torus.Vok", "in/b.vok");
-    ASSERT_EQ(run({"--memory", "1.5 KB", "--jobs", "2"}), ExitCode::Done);
-    EXPECT_NE(err_.find("so it runs alone."), std::string::npos) << err_;
+    ASSERT_EQ(batch({"--memory", "1.5 KB", "--jobs", "2"}), ExitCode::Done);
+    EXPECT_TRUE(has(err_, "so it runs alone.")) << err_;
     EXPECT_EQ(statuses(), (Statuses{{"a.vok", "done"}, {"b.vok", "done"}}));
 }
 
@@ -159,15 +137,15 @@ TEST_F(Batch, GoesOnAfterAFailure) {
     test::writeWhole(in("in/b.ply"), "plx");
     test::writeWhole(in("in/c.obj"), "");
     addSample("synth-torus.Vok", "in/d.vok");
-    EXPECT_EQ(run({"-q"}), ExitCode::BadInput);
+    EXPECT_EQ(batch({"-q"}), ExitCode::BadInput);
     EXPECT_EQ(
         statuses(),
         (Statuses{{"a.vok", "done"}, {"b.ply", "failed"}, {"c.obj", "failed"}, {"d.vok", "done"}}));
-    EXPECT_NE(err_.find("b.ply"), std::string::npos) << err_;
-    EXPECT_NE(err_.find("c.obj"), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "b.ply")) << err_;
+    EXPECT_TRUE(has(err_, "c.obj")) << err_;
     const std::string sentence = summary()["meshes"][1]["sentence"];
-    EXPECT_NE(err_.find(sentence), std::string::npos) << err_;
-    EXPECT_NE(test::readWhole(in("out/korva-batch.csv")).find("failed"), std::string::npos);
+    EXPECT_TRUE(has(err_, sentence)) << err_;
+    EXPECT_TRUE(has(test::readWhole(in("out/korva-batch.csv")), "failed"));
 }
 
 TEST_F(Batch, StrictMindsMissedTargetsEvenIfDoneAlready) {
@@ -175,42 +153,42 @@ TEST_F(Batch, StrictMindsMissedTargetsEvenIfDoneAlready) {
     const std::vector<std::string> options{"--to", "4v", "--freeze-border", "-q"};
     std::vector<std::string> strict = options;
     strict.emplace_back("--strict");
-    EXPECT_EQ(run(options), ExitCode::Done);
+    EXPECT_EQ(batch(options), ExitCode::Done);
     EXPECT_EQ(statuses(), (Statuses{{"a.vok", "missed"}}));
     EXPECT_NE(summary()["meshes"][0]["sentence"], "");
-    EXPECT_EQ(run(strict), ExitCode::TargetMissed);
+    EXPECT_EQ(batch(strict), ExitCode::TargetMissed);
     EXPECT_EQ(statuses(), (Statuses{{"a.vok", "skipped"}}));
 }
 
 TEST_F(Batch, RefusesTwoInputsWithOneOutput) {
     addSample("synth-torus.Vok", "in/a.vok");
     test::writeWhole(in("in/a.obj"), "");
-    EXPECT_EQ(run({"--format", "ply"}), ExitCode::Usage);
-    EXPECT_NE(err_.find("a.obj and "), std::string::npos) << err_;
-    EXPECT_NE(err_.find("a.vok would both become "), std::string::npos) << err_;
+    EXPECT_EQ(batch({"--format", "ply"}), ExitCode::Usage);
+    EXPECT_TRUE(has(err_, "a.obj and ")) << err_;
+    EXPECT_TRUE(has(err_, "a.vok would both become ")) << err_;
     EXPECT_FALSE(fs::exists(path("out")));
 }
 
 TEST_F(Batch, RefusesToOverwriteAnInput) {
     addSample("synth-torus.Vok", "in/a.vok");
-    EXPECT_EQ(run({}, "in", "in"), ExitCode::Usage);
-    EXPECT_NE(err_.find("would overwrite the input"), std::string::npos) << err_;
+    EXPECT_EQ(batch({}, "in", "in"), ExitCode::Usage);
+    EXPECT_TRUE(has(err_, "would overwrite the input")) << err_;
     EXPECT_FALSE(fs::exists(path("in/korva-batch.json")));
-    EXPECT_EQ(run({}, "in", "in/../in/"), ExitCode::Usage);
+    EXPECT_EQ(batch({}, "in", "in/../in/"), ExitCode::Usage);
 }
 
 TEST_F(Batch, RefusesWhatItCannotRead) {
-    EXPECT_EQ(run({}), ExitCode::BadInput);
-    EXPECT_NE(err_.find("it has no meshes with a known suffix."), std::string::npos);
-    EXPECT_EQ(run({}, "missing"), ExitCode::BadInput);
-    EXPECT_NE(err_.find("there is no such file."), std::string::npos) << err_;
+    EXPECT_EQ(batch({}), ExitCode::BadInput);
+    EXPECT_TRUE(has(err_, "it has no meshes with a known suffix."));
+    EXPECT_EQ(batch({}, "missing"), ExitCode::BadInput);
+    EXPECT_TRUE(has(err_, "there is no such file.")) << err_;
     test::writeWhole(in("list.txt"), "# nothing\n\n \n");
-    EXPECT_EQ(run({}, "list.txt"), ExitCode::BadInput);
-    EXPECT_NE(err_.find("it lists no meshes."), std::string::npos) << err_;
+    EXPECT_EQ(batch({}, "list.txt"), ExitCode::BadInput);
+    EXPECT_TRUE(has(err_, "it lists no meshes.")) << err_;
     test::writeWhole(in("list.txt"), std::string("a\0b", 3));
-    EXPECT_EQ(run({}, "list.txt"), ExitCode::BadInput);
+    EXPECT_EQ(batch({}, "list.txt"), ExitCode::BadInput);
     addSample("synth-torus.Vok", "in/a.vok");
-    EXPECT_EQ(run({}, "in/a.vok"), ExitCode::Usage);
+    EXPECT_EQ(batch({}, "in/a.vok"), ExitCode::Usage);
     EXPECT_FALSE(fs::exists(path("out")));
 }
 
@@ -225,15 +203,15 @@ TEST_F(Batch, RefusesBadOptions) {
                                                {"--format", "xyz"},
                                                {"--jobs", "-1"},
                                                {"--to", "5"}})
-        EXPECT_EQ(run(options), ExitCode::Usage) << options[1];
+        EXPECT_EQ(batch(options), ExitCode::Usage) << options[1];
     EXPECT_FALSE(fs::exists(path("out")));
 }
 
 TEST_F(Batch, AFolderThatCannotBeWrittenEndsTheBatch) {
     addSample("synth-torus.Vok", "in/a.vok");
     test::writeWhole(in("out"), "a file");
-    EXPECT_EQ(run({}), ExitCode::CannotWrite);
-    EXPECT_NE(err_.find("Cannot write to the folder "), std::string::npos) << err_;
+    EXPECT_EQ(batch({}), ExitCode::CannotWrite);
+    EXPECT_TRUE(has(err_, "Cannot write to the folder ")) << err_;
 }
 
 // Lists.
@@ -244,12 +222,12 @@ TEST_F(Batch, ReadsAList) {
     test::writeWhole(in("in/list.txt"), "\xEF\xBB\xBF# meshes\r\nsub/ä日本 x.vok\r\n\r\n"
                                         "missing.ply\n../elsewhere/b.vok\n" +
                                             in("in/what.xyz"));
-    EXPECT_EQ(run({"-q"}, "in/list.txt"), ExitCode::BadInput);
+    EXPECT_EQ(batch({"-q"}, "in/list.txt"), ExitCode::BadInput);
     EXPECT_EQ(statuses(), (Statuses{{"sub/ä日本 x.vok", "done"},
                                     {"missing.ply", "failed"},
                                     {"b.vok", "done"},
                                     {"what.xyz", "failed"}}));
-    EXPECT_NE(err_.find("missing.ply: there is no such file."), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "missing.ply: there is no such file.")) << err_;
 }
 
 // Running again.
@@ -258,34 +236,34 @@ TEST_F(Batch, SkipsWhatIsDoneAndDoesTheRest) {
     addSample("synth-torus.Vok", "in/a.vok");
     addSample("synth-torus.Vok", "in/b.vok");
     addSample("synth-torus.Vok", "in/c.vok");
-    ASSERT_EQ(run({"-q"}), ExitCode::Done);
+    ASSERT_EQ(batch({"-q"}), ExitCode::Done);
     fs::remove(path("out/b.vok"));
     test::writeWhole(in("out/a.vok"), "untouched");
     const auto time = fs::last_write_time(path("in/c.vok"));
     fs::last_write_time(path("in/c.vok"), time + std::chrono::seconds(5));
-    ASSERT_EQ(run({"-q"}), ExitCode::Done);
+    ASSERT_EQ(batch({"-q"}), ExitCode::Done);
     EXPECT_EQ(statuses(), (Statuses{{"a.vok", "skipped"}, {"b.vok", "done"}, {"c.vok", "done"}}));
     EXPECT_EQ(summary()["meshes"][0]["verticesBefore"], 1458);
     EXPECT_EQ(test::readWhole(in("out/a.vok")), "untouched");
-    ASSERT_EQ(run({"-q", "--again"}), ExitCode::Done);
+    ASSERT_EQ(batch({"-q", "--again"}), ExitCode::Done);
     EXPECT_EQ(statuses(), (Statuses{{"a.vok", "done"}, {"b.vok", "done"}, {"c.vok", "done"}}));
 }
 
 TEST_F(Batch, OtherOptionsOrADamagedSummaryMeanEverythingAnew) {
     addSample("synth-torus.Vok", "in/a.vok");
-    ASSERT_EQ(run({"--to", "50%", "-q"}), ExitCode::Done);
-    ASSERT_EQ(run({"--to", "49.9999%", "-q"}), ExitCode::Done);
+    ASSERT_EQ(batch({"--to", "50%", "-q"}), ExitCode::Done);
+    ASSERT_EQ(batch({"--to", "49.9999%", "-q"}), ExitCode::Done);
     EXPECT_EQ(statuses(), (Statuses{{"a.vok", "done"}}));
-    ASSERT_EQ(run({"--to", "49.9999%", "-q", "--weld"}), ExitCode::Done);
+    ASSERT_EQ(batch({"--to", "49.9999%", "-q", "--weld"}), ExitCode::Done);
     EXPECT_EQ(statuses(), (Statuses{{"a.vok", "done"}}));
     for (const char* damage : {"", "{", "[]", "{\"settings\": \"x\", \"meshes\": [{}]}",
                                "{\"settings\": 5, \"meshes\": 7}"}) {
         test::writeWhole(in("out/korva-batch.json"), damage);
-        ASSERT_EQ(run({"--to", "49.9999%", "--weld"}), ExitCode::Done) << damage;
-        EXPECT_NE(err_.find("is damaged"), std::string::npos) << damage;
+        ASSERT_EQ(batch({"--to", "49.9999%", "--weld"}), ExitCode::Done) << damage;
+        EXPECT_TRUE(has(err_, "is damaged")) << damage;
         EXPECT_EQ(statuses(), (Statuses{{"a.vok", "done"}}));
     }
-    ASSERT_EQ(run({"--to", "49.9999%", "--weld", "-q"}), ExitCode::Done);
+    ASSERT_EQ(batch({"--to", "49.9999%", "--weld", "-q"}), ExitCode::Done);
     EXPECT_EQ(statuses(), (Statuses{{"a.vok", "skipped"}}));
 }
 
@@ -303,15 +281,14 @@ TEST_F(Batch, AnInterruptKeepsWhatIsDone) {
         ADD_FAILURE() << "not cancelled";
     } catch (const korvalite::Error& error) {
         EXPECT_EQ(error.code(), korvalite::ErrorCode::Cancelled);
-        EXPECT_NE(std::string(error.what()).find("2 of 4 meshes are left"), std::string::npos)
-            << error.what();
+        EXPECT_TRUE(has(error.what(), "2 of 4 meshes are left")) << error.what();
     }
     const std::string printed = testing::internal::GetCapturedStdout();
     EXPECT_EQ(nlohmann::json::parse(printed)["totals"]["left"], 2);
     EXPECT_EQ(statuses(), (Statuses{{"0.vok", "done"}, {"1.vok", "done"}}));
     // Two outputs and the two summaries.
     EXPECT_EQ(std::distance(fs::directory_iterator(path("out")), {}), 4);
-    ASSERT_EQ(run({"-q"}), ExitCode::Done);
+    ASSERT_EQ(batch({"-q"}), ExitCode::Done);
     EXPECT_EQ(
         statuses(),
         (Statuses{

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Whole commands, as a user would type them.
-#include "korva/command_line.h"
-
-#include "korva/files/file_table.h"
-#include "support/scratch_folder.h"
+#include "korva/command_test.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -15,35 +12,14 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 namespace korva {
 namespace {
 
-namespace test = korvalite::core::test;
-
-class Korva : public testing::Test {
+class Korva : public CommandTest {
 protected:
-    ExitCode run(const std::vector<std::string>& words) {
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        const ExitCode code = runCommandLine(words);
-        out_ = testing::internal::GetCapturedStdout();
-        err_ = testing::internal::GetCapturedStderr();
-        return code;
-    }
-    [[nodiscard]] std::string in(const std::string& name) const {
-        return folder_ / std::u8string(name.begin(), name.end()).c_str();
-    }
-    static std::string sample(const std::string& name) {
-        return std::string(KORVALITE_SOURCE_DIR "/samples/") + name;
-    }
-    [[nodiscard]] std::size_t fileCount() const {
-        return static_cast<std::size_t>(std::distance(
-            std::filesystem::directory_iterator(test::pathOfUtf8(folder_.path())), {}));
-    }
     static std::string checkSample() {
         return KORVA_PATH " check -q '" + sample("spot.Vok") + "' ";
     }
@@ -51,13 +27,6 @@ protected:
         const int status = std::system(command.c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
-    static korvalite::Mesh read(const std::string& path) {
-        return fileKindOf(test::pathOfUtf8(path))
-            .read(test::pathOfUtf8(path), {})
-            .meshes.front()
-            .mesh;
-    }
-
     static std::vector<std::array<float, 3>> sortedPoints(const korvalite::Mesh& mesh) {
         std::vector<std::array<float, 3>> points(mesh.vertexCount());
         for (std::size_t i = 0; i < points.size(); ++i)
@@ -65,10 +34,6 @@ protected:
         std::ranges::sort(points);
         return points;
     }
-
-    test::ScratchFolder folder_;
-    std::string out_;
-    std::string err_;
 };
 
 TEST_F(Korva, SimplifiesToEveryFormat) {
@@ -79,7 +44,7 @@ TEST_F(Korva, SimplifiesToEveryFormat) {
                   ExitCode::Done)
             << err_;
         EXPECT_EQ(err_, "");
-        EXPECT_NE(out_.find("2,800 vertices"), std::string::npos) << out_;
+        EXPECT_TRUE(has(out_, "2,800 vertices")) << out_;
         const korvalite::Mesh mesh = read(path);
         EXPECT_EQ(mesh.vertexCount(), 2800U) << kind.suffix;
         EXPECT_EQ(mesh.colors.empty(), !kind.carriesColors) << kind.suffix;
@@ -90,9 +55,7 @@ TEST_F(Korva, SimplifiesToEveryFormat) {
 
 TEST_F(Korva, SaysWhatAFormatCannotHold) {
     ASSERT_EQ(run({"convert", sample("spot-everything.Vok"), in("a.stl")}), ExitCode::Done);
-    EXPECT_NE(err_.find("STL cannot hold colours, the mask and UVs; they are left out."),
-              std::string::npos)
-        << err_;
+    EXPECT_TRUE(has(err_, "STL cannot hold colours, the mask and UVs; they are left out.")) << err_;
 }
 
 TEST_F(Korva, ConvertsBackAndForthWithoutLoss) {
@@ -110,7 +73,7 @@ TEST_F(Korva, SaysWhyATargetWasMissed) {
     const std::vector<std::string> words{"simplify", sample("synth-seams.Vok"), in("a.obj"), "--to",
                                          "4v",       "--freeze-border"};
     EXPECT_EQ(run(words), ExitCode::Done);
-    EXPECT_NE(out_.find("was not reached. Most of the edges"), std::string::npos) << out_;
+    EXPECT_TRUE(has(out_, "was not reached. Most of the edges")) << out_;
     std::vector<std::string> strict = words;
     strict.emplace_back("--strict");
     EXPECT_EQ(run(strict), ExitCode::TargetMissed);
@@ -141,8 +104,8 @@ TEST_F(Korva, TakesLevelsFromAProgressiveMesh) {
 
 TEST_F(Korva, ChecksAMesh) {
     ASSERT_EQ(run({"check", sample("synth-seams.Vok")}), ExitCode::Done);
-    EXPECT_NE(out_.find("192 edges on a UV seam"), std::string::npos) << out_;
-    EXPECT_NE(out_.find("Suggested: korva simplify "), std::string::npos) << out_;
+    EXPECT_TRUE(has(out_, "192 edges on a UV seam")) << out_;
+    EXPECT_TRUE(has(out_, "Suggested: korva simplify ")) << out_;
     ASSERT_EQ(run({"check", sample("boot.Vok"), "--json"}), ExitCode::Done);
     const nlohmann::json result = nlohmann::json::parse(out_);
     EXPECT_EQ(result["vertices"], 19931);
@@ -153,12 +116,10 @@ TEST_F(Korva, RepairsWhatItReadsAndSaysSo) {
     test::writeWhole(in("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 9 9 9\nv nan 0 0\n"
                                   "f 1 2 3\nf 1 2 3\nf 1 1 2\nf 1 2 5\n");
     ASSERT_EQ(run({"convert", in("a.obj"), in("b.obj")}), ExitCode::Done) << err_;
-    EXPECT_NE(err_.find("1 triangle at a vertex that is not finite was removed."),
-              std::string::npos)
-        << err_;
-    EXPECT_NE(err_.find("1 triangle with a vertex twice was removed."), std::string::npos);
-    EXPECT_NE(err_.find("1 triangle that was there twice was removed."), std::string::npos);
-    EXPECT_NE(err_.find("2 vertices without triangles were removed."), std::string::npos);
+    EXPECT_TRUE(has(err_, "1 triangle at a vertex that is not finite was removed.")) << err_;
+    EXPECT_TRUE(has(err_, "1 triangle with a vertex twice was removed."));
+    EXPECT_TRUE(has(err_, "1 triangle that was there twice was removed."));
+    EXPECT_TRUE(has(err_, "2 vertices without triangles were removed."));
     EXPECT_EQ(read(in("b.obj")).triangleCount(), 1U);
     EXPECT_EQ(read(in("b.obj")).vertexCount(), 3U);
 }
@@ -175,7 +136,7 @@ TEST_F(Korva, TakesTheMaskFromAChannel) {
         ExitCode::Done);
     EXPECT_FALSE(read(in("b.ply")).mask.empty());
     EXPECT_EQ(run({"convert", sample("spot.Vok"), in("c.ply"), "--mask", "red"}), ExitCode::Usage);
-    EXPECT_NE(err_.find("needs a mesh with colours"), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "needs a mesh with colours")) << err_;
 }
 
 TEST_F(Korva, TakesTheMaskFromAFile) {
@@ -192,41 +153,41 @@ TEST_F(Korva, TakesTheMaskFromAFile) {
              {"0 1 2\n3", "line 2: there are more numbers than the 3 vertices."}}) {
         test::writeWhole(in("m.txt"), text);
         EXPECT_EQ(run(words), ExitCode::BadInput) << text;
-        EXPECT_NE(err_.find(fault), std::string::npos) << err_;
+        EXPECT_TRUE(has(err_, fault)) << err_;
     }
 }
 
 TEST_F(Korva, WritesNewNormalsWhereTheInputHadSome) {
     ASSERT_EQ(run({"convert", sample("spot.Vok"), in("without.obj")}), ExitCode::Done);
-    EXPECT_EQ(test::readWhole(in("without.obj")).find("vn "), std::string::npos);
+    EXPECT_FALSE(has(test::readWhole(in("without.obj")), "vn "));
     test::writeWhole(in("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 1 0 0\nf 1//1 2//1 3//1\n");
     ASSERT_EQ(run({"convert", in("a.obj"), in("b.obj")}), ExitCode::Done);
-    EXPECT_NE(test::readWhole(in("b.obj")).find("vn 0 0 1\n"), std::string::npos);
+    EXPECT_TRUE(has(test::readWhole(in("b.obj")), "vn 0 0 1\n"));
 }
 
 // What bad input gets.
 
 TEST_F(Korva, SaysWhatIsWrongWithAFileThatIsNoMesh) {
-    std::filesystem::create_directory(test::pathOfUtf8(in("folder.obj")));
-    std::filesystem::copy_file(sample("spot.Vok"), test::pathOfUtf8(in("really-vok.obj")));
+    std::filesystem::create_directory(path("folder.obj"));
+    std::filesystem::copy_file(sample("spot.Vok"), path("really-vok.obj"));
     for (const FileKind& kind : fileKinds()) {
         test::writeWhole(in(std::string("empty") + kind.suffix), "");
         EXPECT_EQ(run({"simplify", in(std::string("empty") + kind.suffix), in("out.obj")}),
                   ExitCode::BadInput)
             << kind.suffix;
-        EXPECT_NE(err_.find("Cannot read "), std::string::npos) << err_;
+        EXPECT_TRUE(has(err_, "Cannot read ")) << err_;
     }
     EXPECT_EQ(run({"simplify", in("folder.obj"), in("out.obj")}), ExitCode::BadInput);
-    EXPECT_NE(err_.find("folder.obj: it is a folder."), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "folder.obj: it is a folder.")) << err_;
     EXPECT_EQ(run({"simplify", in("really-vok.obj"), in("out.obj")}), ExitCode::BadInput);
-    EXPECT_FALSE(std::filesystem::exists(test::pathOfUtf8(in("out.obj"))));
+    EXPECT_FALSE(std::filesystem::exists(path("out.obj")));
 }
 
 TEST_F(Korva, AMeshWithoutTrianglesIsBadInput) {
     test::writeWhole(in("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\n");
     EXPECT_EQ(run({"progressive", in("a.obj"), in("b.kvm")}), ExitCode::BadInput);
     EXPECT_EQ(run({"simplify", in("a.obj"), in("b.obj")}), ExitCode::BadInput);
-    EXPECT_NE(err_.find("a.obj has no triangles to simplify."), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "a.obj has no triangles to simplify.")) << err_;
     EXPECT_EQ(fileCount(), 1U);
 }
 
@@ -248,21 +209,21 @@ TEST_F(Korva, AClosedPipeIsNotAResult) {
 
 TEST_F(Korva, NamesAMissingFile) {
     EXPECT_EQ(run({"simplify", in("missing.obj"), in("b.obj")}), ExitCode::BadInput);
-    EXPECT_NE(err_.find("missing.obj: there is no such file."), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "missing.obj: there is no such file.")) << err_;
     EXPECT_EQ(out_, "");
     EXPECT_EQ(fileCount(), 0U);
 }
 
 TEST_F(Korva, ListsTheFormatsForAnUnknownSuffix) {
     EXPECT_EQ(run({"simplify", sample("spot.Vok"), in("b.xyz")}), ExitCode::Usage);
-    EXPECT_NE(err_.find(".obj, .ply"), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, ".obj, .ply")) << err_;
 }
 
 TEST_F(Korva, AnswersUnknownNamesWithTheNearest) {
     EXPECT_EQ(run({"simplfy", "a", "b"}), ExitCode::Usage);
-    EXPECT_NE(err_.find("did you mean simplify?"), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "did you mean simplify?")) << err_;
     EXPECT_EQ(run({"simplify", "a.obj", "b.obj", "--freezeborder"}), ExitCode::Usage);
-    EXPECT_NE(err_.find("did you mean --freeze-border?"), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "did you mean --freeze-border?")) << err_;
     EXPECT_EQ(run({}), ExitCode::Usage);
 }
 
@@ -281,16 +242,16 @@ TEST_F(Korva, RefusesValuesOutOfRange) {
 
 TEST_F(Korva, AFolderThatIsMissingGetsASentence) {
     EXPECT_EQ(run({"convert", sample("spot.Vok"), in("missing/b.obj")}), ExitCode::CannotWrite);
-    EXPECT_NE(err_.find("Cannot write "), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "Cannot write ")) << err_;
 }
 
 TEST_F(Korva, HelpHasAnExampleForEachCommand) {
     EXPECT_EQ(run({"--help"}), ExitCode::Done);
     for (const char* command :
          {"simplify", "check", "convert", "progressive", "level", "picture"}) {
-        EXPECT_NE(out_.find(command), std::string::npos) << out_;
+        EXPECT_TRUE(has(out_, command)) << out_;
         EXPECT_EQ(run({command, "--help"}), ExitCode::Done);
-        EXPECT_NE(out_.find("Example: korva "), std::string::npos) << out_;
+        EXPECT_TRUE(has(out_, "Example: korva ")) << out_;
         run({"--help"});
     }
     EXPECT_EQ(run({"--version"}), ExitCode::Done);

@@ -1,63 +1,42 @@
 // SPDX-License-Identifier: MIT
 //
 // Levels of detail with measured errors: simplify within a limit, and lods.
-#include "korva/command_line.h"
-#include "korva/files/file_table.h"
+#include "korva/command_test.h"
 #include "korva/level_list.h"
 #include "korva/measured_levels.h"
-#include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
 namespace korva {
 namespace {
 
-namespace test = korvalite::core::test;
 using korvalite::Target;
 
-class Levels : public testing::Test {
+class Levels : public CommandTest {
 protected:
-    ExitCode run(std::vector<std::string> words) {
+    ExitCode runJson(std::vector<std::string> words) {
         words.insert(words.end(), {"--quiet", "--json"});
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        const ExitCode code = runCommandLine(words);
-        const std::string out = testing::internal::GetCapturedStdout();
-        err_ = testing::internal::GetCapturedStderr();
-        result_ = code == ExitCode::Done ? nlohmann::json::parse(out) : nlohmann::json();
+        const ExitCode code = run(words);
+        result_ = code == ExitCode::Done ? nlohmann::json::parse(out_) : nlohmann::json();
         return code;
     }
-    [[nodiscard]] std::string in(const std::string& name) const {
-        return folder_ / std::u8string(name.begin(), name.end()).c_str();
-    }
-    static std::string sample(const std::string& name) {
-        return std::string(KORVALITE_SOURCE_DIR "/samples/") + name;
-    }
-    static Scene read(const std::string& path) {
-        return fileKindOf(test::pathOfUtf8(path)).read(test::pathOfUtf8(path), {});
-    }
-    [[nodiscard]] double measured(const std::string& a, const std::string& b) const {
-        const Scene first = read(a);
-        const Scene second = read(b);
-        return korvalite::measure(first.meshes[0].mesh.view(), second.meshes[0].mesh.view(),
-                                  {.samples = kErrorSamples})
+    [[nodiscard]] static double measured(const std::string& a, const std::string& b) {
+        return korvalite::measure(read(a).view(), read(b).view(), {.samples = kErrorSamples})
             .largest;
     }
 
-    test::ScratchFolder folder_;
-    std::string err_;
     nlohmann::json result_;
 };
 
 TEST_F(Levels, AResultWithinALimitIsAsNearAsPromised) {
     std::size_t vertices = 1'000'000;
     for (const char* limit : {"0.005u", "0.05u"}) {
-        ASSERT_EQ(run({"simplify", sample("spot.Vok"), in("a.ply"), "--to", limit}), ExitCode::Done)
+        ASSERT_EQ(runJson({"simplify", sample("spot.Vok"), in("a.ply"), "--to", limit}),
+                  ExitCode::Done)
             << err_;
         const double most = std::stod(limit);
         EXPECT_LE(result_["error"]["atMost"], most);
@@ -70,7 +49,7 @@ TEST_F(Levels, AResultWithinALimitIsAsNearAsPromised) {
 }
 
 TEST_F(Levels, ALimitUsesWhatItAllows) {
-    ASSERT_EQ(run({"simplify", sample("boot.Vok"), in("a.ply"), "--max-error", "0.5%"}),
+    ASSERT_EQ(runJson({"simplify", sample("boot.Vok"), in("a.ply"), "--max-error", "0.5%"}),
               ExitCode::Done);
     EXPECT_LE(result_["error"]["atMostPercent"], 0.5);
     EXPECT_GT(result_["error"]["atMostPercent"], 0.2);
@@ -78,43 +57,45 @@ TEST_F(Levels, ALimitUsesWhatItAllows) {
 }
 
 TEST_F(Levels, ALimitOfZeroKeepsTheShape) {
-    ASSERT_EQ(run({"simplify", sample("synth-torus.Vok"), in("a.ply"), "--max-error", "0"}),
+    ASSERT_EQ(runJson({"simplify", sample("synth-torus.Vok"), in("a.ply"), "--max-error", "0"}),
               ExitCode::Done);
     EXPECT_EQ(result_["error"]["atMost"], 0);
     EXPECT_EQ(result_["output"]["vertices"], result_["input"]["vertices"]);
 }
 
 TEST_F(Levels, AMillimetreIsAThousandthOfTheUnitOfGltf) {
-    ASSERT_EQ(run({"convert", sample("spot.Vok"), in("a.glb")}), ExitCode::Done);
-    ASSERT_EQ(run({"simplify", in("a.glb"), in("b.glb"), "--to", "10mm", "--threads", "1"}),
+    ASSERT_EQ(runJson({"convert", sample("spot.Vok"), in("a.glb")}), ExitCode::Done);
+    ASSERT_EQ(runJson({"simplify", in("a.glb"), in("b.glb"), "--to", "10mm", "--threads", "1"}),
               ExitCode::Done);
     EXPECT_LE(result_["error"]["atMost"], 0.01);
     const auto vertices = result_["output"]["vertices"];
-    ASSERT_EQ(run({"simplify", in("a.glb"), in("b.glb"), "--max-error", "0.01", "--threads", "1"}),
-              ExitCode::Done);
+    ASSERT_EQ(
+        runJson({"simplify", in("a.glb"), in("b.glb"), "--max-error", "0.01", "--threads", "1"}),
+        ExitCode::Done);
     EXPECT_EQ(result_["output"]["vertices"], vertices);
 }
 
 TEST_F(Levels, ATargetAndALimitExcludeEachOther) {
     EXPECT_EQ(
-        run({"simplify", sample("spot.Vok"), in("a.ply"), "--to", "10%", "--max-error", "1%"}),
+        runJson({"simplify", sample("spot.Vok"), in("a.ply"), "--to", "10%", "--max-error", "1%"}),
         ExitCode::Usage);
-    EXPECT_EQ(run({"simplify", sample("spot.Vok"), in("a.ply"), "--max-error", "1x"}),
+    EXPECT_EQ(runJson({"simplify", sample("spot.Vok"), in("a.ply"), "--max-error", "1x"}),
               ExitCode::Usage);
 }
 
 TEST_F(Levels, MeasuresAResultIfAsked) {
-    ASSERT_EQ(run({"simplify", sample("spot.Vok"), in("a.ply"), "--to", "10%"}), ExitCode::Done);
+    ASSERT_EQ(runJson({"simplify", sample("spot.Vok"), in("a.ply"), "--to", "10%"}),
+              ExitCode::Done);
     EXPECT_TRUE(result_["error"].is_null());
-    ASSERT_EQ(run({"simplify", sample("spot.Vok"), in("a.ply"), "--to", "10%", "--measure",
-                   "--threads", "1"}),
+    ASSERT_EQ(runJson({"simplify", sample("spot.Vok"), in("a.ply"), "--to", "10%", "--measure",
+                       "--threads", "1"}),
               ExitCode::Done);
     EXPECT_DOUBLE_EQ(result_["error"]["largest"], measured(sample("spot.Vok"), in("a.ply")));
 }
 
 TEST_F(Levels, MakesAChainWithItsIndex) {
-    ASSERT_EQ(run({"lods", sample("spot.Vok"), in("out"), "--levels", "10%,50%,25%", "--format",
-                   "obj", "--threads", "1"}),
+    ASSERT_EQ(runJson({"lods", sample("spot.Vok"), in("out"), "--levels", "10%,50%,25%", "--format",
+                       "obj", "--threads", "1"}),
               ExitCode::Done)
         << err_;
     const nlohmann::json index = nlohmann::json::parse(test::readWhole(in("out/spot-lods.json")));
@@ -134,10 +115,10 @@ TEST_F(Levels, MakesAChainWithItsIndex) {
 }
 
 TEST_F(Levels, WritesAllLevelsIntoOneGlb) {
-    ASSERT_EQ(run({"lods", sample("synth-torus.Vok"), in("out"), "--halve", "3", "--glb"}),
+    ASSERT_EQ(runJson({"lods", sample("synth-torus.Vok"), in("out"), "--halve", "3", "--glb"}),
               ExitCode::Done)
         << err_;
-    const Scene scene = read(in("out/synth-torus-lods.glb"));
+    const Scene scene = readScene(in("out/synth-torus-lods.glb"));
     ASSERT_EQ(scene.meshes.size(), 3U);
     for (std::size_t i = 0; i < 3; ++i) {
         EXPECT_EQ(scene.meshes[i].name, "synth-torus LOD" + std::to_string(i + 1));
@@ -146,12 +127,12 @@ TEST_F(Levels, WritesAllLevelsIntoOneGlb) {
 }
 
 TEST_F(Levels, KeepTheMeshesOfAFileApart) {
-    ASSERT_EQ(run({"lods", sample("synth-torus.Vok"), in("out"), "--halve", "2", "--glb"}),
+    ASSERT_EQ(runJson({"lods", sample("synth-torus.Vok"), in("out"), "--halve", "2", "--glb"}),
               ExitCode::Done);
-    ASSERT_EQ(run({"lods", in("out/synth-torus-lods.glb"), in("again"), "--levels", "50%"}),
+    ASSERT_EQ(runJson({"lods", in("out/synth-torus-lods.glb"), in("again"), "--levels", "50%"}),
               ExitCode::Done)
         << err_;
-    const Scene scene = read(in("again/synth-torus-lods-lod1.glb"));
+    const Scene scene = readScene(in("again/synth-torus-lods-lod1.glb"));
     ASSERT_EQ(scene.meshes.size(), 2U);
     EXPECT_EQ(scene.meshes[0].name, "synth-torus LOD1");
     EXPECT_EQ(scene.meshes[1].name, "synth-torus LOD2");
@@ -159,8 +140,8 @@ TEST_F(Levels, KeepTheMeshesOfAFileApart) {
 
 TEST_F(Levels, AFolderThatCannotBeMadeGetsASentence) {
     test::writeWhole(in("file"), "x");
-    EXPECT_EQ(run({"lods", sample("spot.Vok"), in("file/out")}), ExitCode::CannotWrite);
-    EXPECT_NE(err_.find("Cannot create "), std::string::npos) << err_;
+    EXPECT_EQ(runJson({"lods", sample("spot.Vok"), in("file/out")}), ExitCode::CannotWrite);
+    EXPECT_TRUE(has(err_, "Cannot create ")) << err_;
 }
 
 TEST(LevelList, SortsFromFineToCoarse) {

@@ -1,41 +1,27 @@
 // SPDX-License-Identifier: MIT
 //
 // Manual pages and completions, made from the options of the parser.
-#include "korva/command_line.h"
+#include "korva/command_test.h"
 #include "korva/commands/command.h"
 #include "korva/manual/completion.h"
 #include "korva/manual/man_page.h"
 #include "korva/manual/option_table.h"
-#include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 namespace korva {
 namespace {
 
-namespace test = korvalite::core::test;
-
-class Manual : public testing::Test {
+class Manual : public CommandTest {
 protected:
     Manual() { addCommands(app_, chosen_); }
 
     [[nodiscard]] std::string page(const std::string& command) const {
         return manPage(*app_.get_subcommand(command));
-    }
-    [[nodiscard]] std::string in(const char8_t* name) const { return folder_ / name; }
-    ExitCode run(const std::vector<std::string>& words) {
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        const ExitCode code = runCommandLine(words);
-        out_ = testing::internal::GetCapturedStdout();
-        err_ = testing::internal::GetCapturedStderr();
-        return code;
     }
     /// What bash offers for the last of the words, one per line.
     std::string offered(const std::vector<std::string>& words) {
@@ -44,24 +30,17 @@ protected:
             script += " '" + word + "'";
         script += ")\nCOMP_CWORD=" + std::to_string(words.size()) +
                   "\n_korva\nprintf '%s\\n' \"${COMPREPLY[@]}\"\n";
-        test::writeWhole(in(u8"script"), script);
+        test::writeWhole(in("script"), script);
         const std::string command =
-            "bash '" + in(u8"script") + "' >'" + in(u8"out") + "' 2>'" + in(u8"errors") + "'";
+            "bash '" + in("script") + "' >'" + in("out") + "' 2>'" + in("errors") + "'";
         EXPECT_EQ(std::system(command.c_str()), 0);
-        EXPECT_EQ(test::readWhole(in(u8"errors")), "");
-        return test::readWhole(in(u8"out"));
+        EXPECT_EQ(test::readWhole(in("errors")), "");
+        return test::readWhole(in("out"));
     }
 
     CLI::App app_;
     Chosen chosen_;
-    test::ScratchFolder folder_;
-    std::string out_;
-    std::string err_;
 };
-
-bool has(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 TEST_F(Manual, EveryCommandHasAPageWithAllItsOptions) {
     const std::vector<const CLI::App*> commands = commandsIn(app_);
@@ -142,8 +121,8 @@ TEST_F(Manual, TheCommandPrintsAndWritesPages) {
     ASSERT_EQ(run({"manual"}), ExitCode::Done);
     EXPECT_EQ(out_, manPage(app_));
     ASSERT_EQ(run({"manual", "--into", folder_.path()}), ExitCode::Done) << err_;
-    EXPECT_EQ(test::readWhole(in(u8"korva.1")), manPage(app_));
-    EXPECT_EQ(test::readWhole(in(u8"korva-check.1")), page("check"));
+    EXPECT_EQ(test::readWhole(in("korva.1")), manPage(app_));
+    EXPECT_EQ(test::readWhole(in("korva-check.1")), page("check"));
 }
 
 TEST_F(Manual, WhatCannotBePrintedIsRefused) {
@@ -151,7 +130,7 @@ TEST_F(Manual, WhatCannotBePrintedIsRefused) {
     EXPECT_EQ(run({"manual", "check", "--into", folder_.path()}), ExitCode::Usage);
     EXPECT_EQ(run({"completion", "nonsense"}), ExitCode::Usage);
     EXPECT_EQ(run({"completion"}), ExitCode::Usage);
-    EXPECT_EQ(run({"manual", "--into", in(u8"missing")}), ExitCode::CannotWrite);
+    EXPECT_EQ(run({"manual", "--into", in("missing")}), ExitCode::CannotWrite);
     EXPECT_TRUE(has(err_, "korva.1: the folder is missing")) << err_;
 }
 

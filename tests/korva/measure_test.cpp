@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "korva/command_line.h"
-#include "korva/files/file_table.h"
+#include "korva/command_test.h"
 #include "korva/files/ply/ply_reader.h"
 #include "korva/heat_colors.h"
-#include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -16,29 +16,16 @@
 namespace korva {
 namespace {
 
-namespace test = korvalite::core::test;
-
-class KorvaMeasure : public testing::Test {
+class KorvaMeasure : public CommandTest {
 protected:
     KorvaMeasure() {
         test::writeWhole(a_, "v 0 0 0\nv 2 0 0\nv 2 1 0\nv 0 1 0\nv 9 9 9\nf 1 2 3 4\n");
         test::writeWhole(b_, "v 0 0 0\nv 2 0 0.5\nv 2 1 0.5\nv 0 1 0\nf 1 2 3 4\n");
     }
-    ExitCode run(const std::vector<std::string>& words) {
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        const ExitCode code = runCommandLine(words);
-        out_ = testing::internal::GetCapturedStdout();
-        err_ = testing::internal::GetCapturedStderr();
-        return code;
-    }
 
-    test::ScratchFolder folder_;
-    std::string a_ = folder_ / u8"a.obj";
-    std::string b_ = folder_ / u8"b.obj";
-    std::string heat_ = folder_ / u8"heat.ply";
-    std::string out_;
-    std::string err_;
+    std::string a_ = in("a.obj");
+    std::string b_ = in("b.obj");
+    std::string heat_ = in("heat.ply");
 };
 
 TEST_F(KorvaMeasure, PrintsATable) {
@@ -46,7 +33,7 @@ TEST_F(KorvaMeasure, PrintsATable) {
     EXPECT_EQ(err_, "");
     for (const char* part : {"A to B", "largest", "RMS", "95 %", "in % of A's diagonal", "2.23607",
                              "area", "volume", "+3.0776 %", "14.04"})
-        EXPECT_NE(out_.find(part), std::string::npos) << part << '\n' << out_;
+        EXPECT_TRUE(has(out_, part)) << part << '\n' << out_;
 }
 
 TEST_F(KorvaMeasure, PrintsOneJsonObject) {
@@ -87,24 +74,24 @@ TEST_F(KorvaMeasure, PaintsTheDistances) {
 TEST_F(KorvaMeasure, TheScaleEndsAtTheLargestDistanceOfUsedVertices) {
     ASSERT_EQ(run({"measure", a_, b_, "--heat", heat_, "--samples", "100", "-q"}), ExitCode::Done);
     // From (2, 0, 0) to the slope.
-    EXPECT_NE(out_.find("red is 0.485071 and more."), std::string::npos) << out_;
+    EXPECT_TRUE(has(out_, "red is 0.485071 and more.")) << out_;
 }
 
 TEST_F(KorvaMeasure, RefusesWhatItCannotDo) {
-    EXPECT_EQ(run({"measure", a_, b_, "--heat", folder_ / u8"heat.stl"}), ExitCode::Usage);
-    EXPECT_NE(err_.find("STL cannot hold colours"), std::string::npos) << err_;
+    EXPECT_EQ(run({"measure", a_, b_, "--heat", in("heat.stl")}), ExitCode::Usage);
+    EXPECT_TRUE(has(err_, "STL cannot hold colours")) << err_;
     EXPECT_EQ(run({"measure", a_, b_, "--heat-max", "1"}), ExitCode::Usage);
     EXPECT_EQ(run({"measure", a_, b_, "--heat", heat_, "--heat-max", "0"}), ExitCode::Usage);
     EXPECT_EQ(run({"measure", a_, b_, "--samples", "0"}), ExitCode::Usage);
     EXPECT_EQ(run({"measure", a_}), ExitCode::Usage);
     test::writeWhole(b_, "v 0 0 0\n");
     EXPECT_EQ(run({"measure", a_, b_}), ExitCode::BadInput);
-    EXPECT_NE(err_.find("no triangles"), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "no triangles")) << err_;
 }
 
 TEST_F(KorvaMeasure, HelpHasAnExample) {
     EXPECT_EQ(run({"measure", "--help"}), ExitCode::Done);
-    EXPECT_NE(out_.find("Example: korva measure "), std::string::npos) << out_;
+    EXPECT_TRUE(has(out_, "Example: korva measure ")) << out_;
 }
 
 TEST(HeatColors, GoFromDarkBlueToRed) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "korva/command_line.h"
+#include "korva/command_test.h"
 #include "korva/picture/png.h"
-#include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 #include <korvalite/korvalite.h>
@@ -21,30 +20,9 @@
 namespace korva {
 namespace {
 
-namespace test = korvalite::core::test;
-
-class PictureCommand : public testing::Test {
+class PictureCommand : public CommandTest {
 protected:
-    ExitCode run(const std::vector<std::string>& words) {
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        const ExitCode code = runCommandLine(words);
-        out_ = testing::internal::GetCapturedStdout();
-        err_ = testing::internal::GetCapturedStderr();
-        return code;
-    }
-    [[nodiscard]] std::string in(const std::string& name) const {
-        return folder_ / std::u8string(name.begin(), name.end()).c_str();
-    }
-    [[nodiscard]] std::size_t fileCount() const {
-        return static_cast<std::size_t>(std::distance(
-            std::filesystem::directory_iterator(test::pathOfUtf8(folder_.path())), {}));
-    }
-
-    const std::string torus_ = KORVALITE_SOURCE_DIR "/samples/synth-torus.Vok";
-    test::ScratchFolder folder_;
-    std::string out_;
-    std::string err_;
+    const std::string torus_ = sample("synth-torus.Vok");
 };
 
 /// Decodes a PNG file with as many channels as it has.
@@ -70,7 +48,7 @@ TEST_F(PictureCommand, APngHoldsTheImage) {
         Image image{37, 21, channels, {}};
         for (std::size_t i = 0; i < 37 * 21 * channels; ++i)
             image.pixels.push_back(static_cast<std::uint8_t>(i * i / 7));
-        writePng(test::pathOfUtf8(in("ä日本.png")), image);
+        writePng(path("ä日本.png"), image);
         const std::string bytes = test::readWhole(in("ä日本.png"));
         const char color = channels == 4 ? '\6' : '\2';
         const std::string start =
@@ -88,7 +66,7 @@ TEST_F(PictureCommand, DrawsOneMesh) {
     ASSERT_EQ(run({"picture", torus_, in("a.png"), "--size", "160x90", "-q"}), ExitCode::Done)
         << err_;
     EXPECT_EQ(err_, "");
-    EXPECT_NE(out_.find("160 x 90 pixels."), std::string::npos) << out_;
+    EXPECT_TRUE(has(out_, "160 x 90 pixels.")) << out_;
     const Image image = decode(test::readWhole(in("a.png")));
     EXPECT_EQ(image.width, 160U);
     EXPECT_EQ(image.height, 90U);
@@ -135,7 +113,7 @@ TEST_F(PictureCommand, OptionsOutOfRangeAreUsageErrors) {
         EXPECT_NE(err_, "");
     }
     EXPECT_EQ(run({"picture", torus_, in("a.jpg")}), ExitCode::Usage);
-    EXPECT_NE(err_.find("A picture is a .png file"), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "A picture is a .png file")) << err_;
     EXPECT_EQ(run({"picture", torus_, in("a")}), ExitCode::Usage);
     EXPECT_EQ(run({"picture", torus_}), ExitCode::Usage);
     EXPECT_EQ(run({"picture", torus_, torus_, torus_, in("a.png")}), ExitCode::Usage);
@@ -159,7 +137,7 @@ TEST_F(PictureCommand, ShowsWhereTwoMeshesDiffer) {
 
 TEST_F(PictureCommand, ErrorsNeedTwoMeshes) {
     EXPECT_EQ(run({"picture", torus_, in("a.png"), "--errors"}), ExitCode::Usage);
-    EXPECT_NE(err_.find("needs two meshes"), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "needs two meshes")) << err_;
     EXPECT_EQ(fileCount(), 0U);
 }
 
@@ -176,14 +154,14 @@ TEST_F(PictureCommand, BadInputLeavesNothing) {
 TEST_F(PictureCommand, AFolderThatIsMissingGetsASentence) {
     EXPECT_EQ(run({"picture", torus_, in("missing/a.png"), "--size", "64x64"}),
               ExitCode::CannotWrite);
-    EXPECT_NE(err_.find("Cannot write "), std::string::npos) << err_;
+    EXPECT_TRUE(has(err_, "Cannot write ")) << err_;
     EXPECT_EQ(fileCount(), 0U);
 }
 
 TEST_F(PictureCommand, AFolderOfThatNameStays) {
-    std::filesystem::create_directory(test::pathOfUtf8(in("a.png")));
+    std::filesystem::create_directory(path("a.png"));
     EXPECT_EQ(run({"picture", torus_, in("a.png"), "--size", "64x64"}), ExitCode::CannotWrite);
-    EXPECT_TRUE(std::filesystem::is_directory(test::pathOfUtf8(in("a.png"))));
+    EXPECT_TRUE(std::filesystem::is_directory(path("a.png")));
     EXPECT_EQ(fileCount(), 1U);
 }
 
