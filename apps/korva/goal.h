@@ -16,19 +16,19 @@ struct ErrorLimit {
     double value = 0;
     Unit unit = Unit::Coordinates;
 
-    /// In the unit of the coordinates, of which `millimetre` are a millimetre.
+    /// The limit in the unit of the coordinates. `millimetre` is the length of one in that unit.
     [[nodiscard]] double forMesh(double diagonal, double millimetre) const;
 };
 
-/// Either.
+/// A target, or a limit in its place.
 struct Goal {
     korvalite::Target target = korvalite::Target::percent(0);
     std::optional<ErrorLimit> limit;
 };
 
-/// Reads a target: "10%" of the vertices, "50000v" vertices, "100000t" triangles; blanks and
-/// underscores inside numbers are ignored, and k and m mean thousand and million: "50kv". Throws
-/// Error(BadOption) with a sentence that says what to write instead.
+/// Reads a target: "10%" of the vertices, "50000v" vertices, "100000t" triangles. Blanks and
+/// underscores are ignored, and k and m mean thousand and million: "50kv". Throws Error(BadOption)
+/// with a sentence that says what to write instead.
 [[nodiscard]] korvalite::Target parseTarget(std::string_view text);
 
 /// Reads a limit: "0.2" or "0.2u" in the unit of the coordinates, "0.2mm", or "0.1%" of the

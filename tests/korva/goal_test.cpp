@@ -16,9 +16,10 @@ void expectCount(const char* text, Target::Unit unit, std::uint32_t count) {
     EXPECT_EQ(target.count(), count) << text;
 }
 
-std::string refusalOf(const char* text) {
+template <typename Parse = decltype(&parseTarget)>
+std::string refusalOf(const char* text, Parse parse = parseTarget) {
     try {
-        (void)parseTarget(text);
+        (void)parse(text);
     } catch (const korvalite::Error& error) {
         EXPECT_EQ(error.code(), korvalite::ErrorCode::BadOption);
         return error.what();
@@ -45,8 +46,19 @@ TEST(ParseTarget, TakesCounts) {
 }
 
 TEST(ParseTarget, AsksWhatABareNumberCounts) {
-    EXPECT_EQ(refusalOf("500"), "'500' is not a target: say of what: 500v for vertices, 500t "
-                                "for triangles, 500%, or 500u for the largest error.");
+    EXPECT_EQ(refusalOf("500"), "'500' is not a target: add v for vertices, t for triangles, or % "
+                                "for a share of the vertices.");
+    EXPECT_EQ(refusalOf("5k", parseGoal),
+              "'5k' is not a target: add v for vertices, t for triangles, % for a share of the "
+              "vertices, or u for the largest error.");
+}
+
+TEST(ParseTarget, OffersALimitOnlyWhereOneIsTaken) {
+    EXPECT_EQ(refusalOf("5u"), "'5u' is not a target: write for example 10%, 50000v (vertices) or "
+                               "100000t (triangles).");
+    EXPECT_EQ(refusalOf("abc", parseGoal),
+              "'abc' is not a target: write for example 10%, 50000v (vertices), 100000t "
+              "(triangles) or 0.2mm (largest error).");
 }
 
 TEST(ParseTarget, RefusesWhatIsNone) {
