@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/measured_levels.h"
 
+#include "korva/work_fraction.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -12,34 +14,45 @@ namespace {
 
 using korvalite::Target;
 
-// How often the range is halved if it spans three powers of ten.
+// How many times the range is halved if it spans three powers of ten.
 constexpr int kUsualSteps = 11;
 
-/// Between both, at the same ratio from each.
+/// A number between both, at the same ratio to each.
 std::uint32_t geometricMean(std::uint32_t low, std::uint32_t high) {
     const double mean = std::sqrt(static_cast<double>(low) * static_cast<double>(high));
     return std::clamp(static_cast<std::uint32_t>(mean), low + 1, high - 1);
+}
+
+/// Nothing if the mesh has no triangles.
+std::optional<korvalite::Surface> surfaceOf(const korvalite::Mesh& mesh,
+                                            const korvalite::Monitor& monitor) {
+    if (mesh.triangles.empty()) return {};
+    return korvalite::Surface(mesh.view(), monitor);
 }
 
 }  // namespace
 
 MeasuredLevels::MeasuredLevels(korvalite::Mesh mesh, const korvalite::Options& options,
                                const korvalite::Monitor& monitor)
-    : original_(std::move(mesh)), surface_(original_.view(), monitor),
-      progressive_(korvalite::ProgressiveMesh::build(original_.view(), options, monitor)),
+    : original_(std::move(mesh)), surface_(surfaceOf(original_, shareOf(monitor, 0, 0.05))),
+      progressive_(
+          korvalite::ProgressiveMesh::build(original_.view(), options, shareOf(monitor, 0.05, 1))),
       coarsest_(progressive_.vertexCount()), measuring_{.samples = kErrorSamples,
                                                         .threads = options.threads} {}
 
 MeasuredLevels::Level MeasuredLevels::level(const Target& target,
                                             const korvalite::Monitor& monitor) {
-    Level result{progressive_.level(target, monitor), {}};
-    if (result.mesh.triangles.empty()) {  // as far as can be
+    Level result{progressive_.level(target, shareOf(monitor, 0, 0.1)), {}};
+    if (!surface_) return result;
+    const auto surface = surfaceOf(result.mesh, shareOf(monitor, 0.1, 0.2));
+    if (surface) {
+        result.measurement =
+            korvalite::measure(*surface_, *surface, measuring_, shareOf(monitor, 0.2, 1));
+    } else {
+        // Nothing is left that could be near.
         result.measurement.largest = result.measurement.atMost =
             std::numeric_limits<double>::infinity();
-        return result;
     }
-    const korvalite::Surface surface(result.mesh.view(), monitor);
-    result.measurement = korvalite::measure(surface_, surface, measuring_, monitor);
     return result;
 }
 

@@ -6,6 +6,7 @@
 #include <korvalite/korvalite.h>
 
 #include <cstdint>
+#include <optional>
 
 namespace korva {
 
@@ -13,7 +14,7 @@ namespace korva {
 /// triangles and the progressive mesh in memory.
 class MeasuredLevels {
 public:
-    /// The options' target is the coarsest level.
+    /// The options' target is the coarsest level. A mesh without triangles has no error at any.
     MeasuredLevels(korvalite::Mesh mesh, const korvalite::Options& options,
                    const korvalite::Monitor& monitor);
 
@@ -23,13 +24,13 @@ public:
     };
     [[nodiscard]] Level level(const korvalite::Target& target, const korvalite::Monitor& monitor);
 
-    /// The coarsest level of which no point is farther than `limit` from the mesh, and the other
-    /// way round. Halves the range of levels until it is one percent wide. The error need not grow
-    /// from level to level, so by chance a coarser one may exist.
+    /// The coarsest level within `limit` of the mesh: no point of either is farther from the other.
+    /// Halves the range of levels until it is one percent wide. The error need not grow from level
+    /// to level, so a coarser level within the limit may exist.
     [[nodiscard]] Level coarsestWithin(double limit, const MonitorMaker& monitorFor);
 
     /// Of the mesh.
-    [[nodiscard]] double diagonal() const { return surface_.diagonal(); }
+    [[nodiscard]] double diagonal() const { return surface_ ? surface_->diagonal() : 0; }
     [[nodiscard]] std::uint32_t finestVertexCount() const {
         return progressive_.finestVertexCount();
     }
@@ -37,7 +38,7 @@ public:
 
 private:
     korvalite::Mesh original_;
-    korvalite::Surface surface_;
+    std::optional<korvalite::Surface> surface_;  // if the mesh has triangles
     korvalite::ProgressiveMesh progressive_;
     std::uint32_t coarsest_;
     korvalite::MeasureOptions measuring_;

@@ -4,6 +4,7 @@
 #include "korva/command_test.h"
 #include "korva/level_list.h"
 #include "korva/measured_levels.h"
+#include "korva/work_fraction.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -27,6 +28,12 @@ protected:
     [[nodiscard]] static double measured(const std::string& a, const std::string& b) {
         return korvalite::measure(read(a).view(), read(b).view(), {.samples = kErrorSamples})
             .largest;
+    }
+
+    static korvalite::Options allLevels() {
+        korvalite::Options options;
+        options.target = Target::vertices(0);
+        return options;
     }
 
     nlohmann::json result_;
@@ -142,6 +149,28 @@ TEST_F(Levels, AFolderThatCannotBeMadeGetsASentence) {
     test::writeWhole(in("file"), "x");
     EXPECT_EQ(runJson({"lods", sample("spot.Vok"), in("file/out")}), ExitCode::CannotWrite);
     EXPECT_TRUE(has(err_, "Cannot create ")) << err_;
+}
+
+TEST_F(Levels, ProgressNeverGoesBack) {
+    double shown = 0;
+    const korvalite::Monitor monitor = [&](const korvalite::Progress& progress) {
+        EXPECT_GE(fractionOf(progress), shown);
+        shown = fractionOf(progress);
+        return true;
+    };
+    MeasuredLevels levels(read(sample("synth-torus.Vok")), allLevels(), monitor);
+    EXPECT_GT(shown, 0.9);
+    shown = 0;
+    (void)levels.level(Target::vertices(500), monitor);
+    EXPECT_GT(shown, 0.9);
+}
+
+TEST_F(Levels, OfAMeshWithoutTrianglesHaveNoError) {
+    MeasuredLevels levels({}, allLevels(), {});
+    const auto noMonitor = [](double, double) { return korvalite::Monitor(); };
+    const MeasuredLevels::Level level = levels.coarsestWithin(0, noMonitor);
+    EXPECT_EQ(level.mesh.triangleCount(), 0U);
+    EXPECT_EQ(level.measurement.atMost, 0);
 }
 
 TEST(LevelList, SortsFromFineToCoarse) {
