@@ -3,6 +3,8 @@
 
 #include "korva/numbers.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <cmath>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <korvalite/korvalite.h>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
 #include <string>

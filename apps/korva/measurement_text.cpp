@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/measurement_text.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cmath>

@@ -4,6 +4,8 @@
 #include "korva/io/input_file.h"
 #include "korva/numbers.h"
 
+#include <nlohmann/json.hpp>
+
 #include <array>
 #include <cstdio>
 

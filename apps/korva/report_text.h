@@ -7,8 +7,9 @@
 #include "korva/measured_error.h"
 
 #include <korvalite/korvalite.h>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
