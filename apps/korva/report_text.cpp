@@ -2,23 +2,20 @@
 #include "korva/report_text.h"
 
 #include "korva/io/input_file.h"
+#include "korva/json_text.h"
 #include "korva/numbers.h"
 
 #include <nlohmann/json.hpp>
 
-#include <array>
 #include <cstdio>
 
 namespace korva {
 
 namespace {
 
-std::string shareOf(std::uint64_t part, std::uint64_t whole) {
+std::string percentOf(std::uint64_t part, std::uint64_t whole) {
     if (whole == 0) return "0";
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.3g",
-                  100.0 * static_cast<double>(part) / static_cast<double>(whole));
-    return text.data();
+    return withDigits(100.0 * static_cast<double>(part) / static_cast<double>(whole));
 }
 
 }  // namespace
@@ -27,7 +24,7 @@ std::string sentenceOf(const Outcome& outcome) {
     const korvalite::Report& report = outcome.report;
     std::string text = textOf(outcome.output) + ": " + withCommas(outcome.vertices) +
                        " vertices, " + withCommas(outcome.triangles) + " triangles (" +
-                       shareOf(outcome.triangles, report.inputTriangles) + "% of " +
+                       percentOf(outcome.triangles, report.inputTriangles) + "% of " +
                        withCommas(report.inputTriangles) + ").";
     if (outcome.error) text += "\n" + sentenceOf(*outcome.error);
     if (!report.missed) return text;
@@ -39,7 +36,7 @@ std::string sentenceOf(const Outcome& outcome) {
 void show(const Console& console, const Outcome& outcome) {
     for (const std::string& note : outcome.notes)
         console.say(note);
-    const std::string text = console.json ? jsonOf(outcome).dump(2) : sentenceOf(outcome);
+    const std::string text = console.json ? jsonText(jsonOf(outcome)) : sentenceOf(outcome);
     std::printf("%s\n", text.c_str());
 }
 

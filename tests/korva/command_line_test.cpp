@@ -91,6 +91,14 @@ TEST_F(Korva, PrintsOneJsonObject) {
     EXPECT_EQ(result["input"]["vertices"], 2930);
 }
 
+TEST_F(Korva, JsonNamesFilesWhoseNamesAreNotUtf8) {
+    const std::string input = folder_.path() + "/\xFF.vok";
+    std::filesystem::copy_file(sample("synth-torus.Vok"), std::filesystem::path(input));
+    ASSERT_EQ(run({"simplify", input, in("a.ply"), "--json", "-q"}), ExitCode::Done) << err_;
+    const nlohmann::json result = nlohmann::json::parse(out_);
+    EXPECT_EQ(result["input"]["path"], folder_.path() + "/\xEF\xBF\xBD.vok");
+}
+
 TEST_F(Korva, TakesLevelsFromAProgressiveMesh) {
     ASSERT_EQ(run({"progressive", sample("spot.Vok"), in("a.kvm"), "--threads", "1"}),
               ExitCode::Done)
