@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/measurement_text.h"
 
+#include "korva/numbers.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -15,27 +17,27 @@ namespace {
 using korvalite::Distances;
 using korvalite::Measurement;
 
-std::string withDigits(const char* format, double number) {
+std::string formatted(const char* format, double number) {
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), format, number);
     return text.data();
 }
 
 std::string numberText(double number) {
-    return withDigits("%.6g", number);
+    return withDigits(number, 6);
 }
 
 std::string percentText(double part, double whole) {
-    return whole == 0 ? "-" : withDigits("%.4f %%", 100 * part / whole);
+    return whole == 0 ? "-" : formatted("%.4f %%", 100 * part / whole);
 }
 
 std::string degreesText(double degrees) {
-    return withDigits("%.2f", degrees);
+    return formatted("%.2f", degrees);
 }
 
-/// Nothing to compare with gives no share.
+/// A change from 0 has no percentage.
 std::string changeText(double from, double to) {
-    return from == 0 ? "-" : withDigits("%+.4f %%", 100 * (to - from) / std::abs(from));
+    return from == 0 ? "-" : formatted("%+.4f %%", 100 * (to - from) / std::abs(from));
 }
 
 std::string row(const char* name, const std::array<std::string, 3>& cells) {
