@@ -19,12 +19,9 @@ std::vector<std::string> namesIn(const CLI::App& app) {
     std::vector<std::string> names;
     for (const CLI::App* command : app.get_subcommands({}))
         names.push_back(command->get_name());
-    for (const CLI::Option* option : app.get_options({})) {
+    for (const CLI::Option* option : app.get_options({}))
         for (const std::string& name : option->get_lnames())
             names.push_back("--" + name);
-        for (const std::string& name : option->get_fnames())
-            if (name.size() > 1) names.push_back("--" + name);
-    }
     return names;
 }
 

@@ -7,21 +7,11 @@ namespace korva {
 
 namespace {
 
-std::vector<std::string> splitAtCommas(const std::string& text) {
-    std::vector<std::string> parts;
-    std::size_t begin = 0;
-    for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
-        end = text.find(',', begin);
-        parts.push_back(text.substr(begin, end - begin));
-    }
-    return parts;
-}
-
 /// The parser offers its checks only as text: "{a,b}", "INT in [0 - 9]" or "POSITIVE".
 void addCheck(OptionRow& row, const std::string& check) {
     const std::size_t range = check.find(" in [");
     if (check.starts_with('{') && check.ends_with('}')) {
-        row.values = splitAtCommas(check.substr(1, check.size() - 2));
+        row.values = CLI::detail::split(check.substr(1, check.size() - 2), ',');
     } else if (range != std::string::npos && check.ends_with(']')) {
         row.range = check.substr(range + 5, check.size() - range - 6);
         const std::size_t middle = row.range.find(" - ");
