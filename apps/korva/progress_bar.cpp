@@ -60,23 +60,23 @@ void ProgressBar::show(std::size_t part, std::uint64_t done, std::uint64_t total
                     static_cast<double>(total);
     shown_ = std::max(shown_, fraction);
     if (style_ == Style::Bar) {
-        draw(part, shown_);
+        draw(part);
         return;
     }
     for (; lines_ < static_cast<int>(shown_ * 10 + 1e-9); ++lines_)
         std::fprintf(stream_, "%d%% %s\n", 10 * (lines_ + 1), parts_[part].name.c_str());
 }
 
-void ProgressBar::draw(std::size_t part, double fraction) {
+void ProgressBar::draw(std::size_t part) {
     constexpr auto kInterval = std::chrono::milliseconds(100);
     const auto now = std::chrono::steady_clock::now();
     if (now - lastDraw_ < kInterval) return;
     lastDraw_ = now;
     constexpr std::size_t kCells = 30;
-    const auto full = static_cast<std::size_t>(fraction * kCells);
+    const auto full = static_cast<std::size_t>(shown_ * kCells);
     std::string line = "[" + std::string(full, '#') + std::string(kCells - full, '.') + "] ";
-    line += std::to_string(static_cast<int>(fraction * 100)) + "% " + parts_[part].name;
-    line += timeLeft(fraction);
+    line += std::to_string(static_cast<int>(shown_ * 100)) + "% " + parts_[part].name;
+    line += timeLeft();
     const std::size_t width = line.size();
     if (width < width_) line.append(width_ - width, ' ');
     width_ = width;
@@ -84,10 +84,10 @@ void ProgressBar::draw(std::size_t part, double fraction) {
     std::fflush(stream_);
 }
 
-std::string ProgressBar::timeLeft(double fraction) const {
+std::string ProgressBar::timeLeft() const {
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
-    if (elapsed.count() < 2 || fraction < 0.02) return {};
-    const auto seconds = static_cast<int>(std::ceil(elapsed.count() * (1 - fraction) / fraction));
+    if (elapsed.count() < 2 || shown_ < 0.02) return {};
+    const auto seconds = static_cast<int>(std::ceil(elapsed.count() * (1 - shown_) / shown_));
     const std::string minutes = seconds >= 60 ? std::to_string(seconds / 60) + " min " : "";
     return ", " + minutes + std::to_string(seconds % 60) + " s left";
 }
