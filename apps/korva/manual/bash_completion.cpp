@@ -27,7 +27,7 @@ _korva() {
     case $command in
 )";
 
-// Where nothing is offered, bash itself completes the names of files.
+// If nothing is offered, bash completes the names of files.
 constexpr const char* kEnd = R"(    esac
     if [[ $current == -* ]]; then
         values=$names
@@ -44,11 +44,12 @@ std::string answerAfter(const OptionRow& row) {
     return "return";
 }
 
+/// The values of the positionals.
 std::string valuesOf(const std::vector<OptionRow>& rows) {
-    std::string values;
+    std::vector<std::string> values;
     for (const OptionRow& row : rows)
-        if (row.isPositional && !row.values.empty()) values += spaced(row.values);
-    return values;
+        if (row.isPositional) values.insert(values.end(), row.values.begin(), row.values.end());
+    return spaced(values);
 }
 
 std::string caseOf(const std::string& name, const std::vector<OptionRow>& rows,

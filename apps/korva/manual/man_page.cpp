@@ -36,7 +36,7 @@ std::string italic(const std::string& text) {
     return "\\fI" + roffText(text) + "\\fR";
 }
 
-/// A page as others refer to it, without hyphens at the end of a line.
+/// A reference to a page, which is not hyphenated at the end of a line.
 std::string reference(const CLI::App& command) {
     return "\\%" + bold(manPageName(command)) + "(1)";
 }
@@ -59,14 +59,12 @@ std::string nameSection(const CLI::App& command) {
 }
 
 std::string synopsis(const CLI::App& command) {
-    std::string line = bold("korva");
-    if (isProgram(command)) line += " " + italic("COMMAND") + " [" + italic("OPTION") + "]...";
-    if (!isProgram(command)) line += " " + bold(command.get_name());
+    std::string line = bold("korva") + " ";
+    line += isProgram(command) ? italic("COMMAND") : bold(command.get_name());
     for (const OptionRow& row : optionRows(command))
         if (row.isPositional)
             line += row.isRequired ? " " + italic(row.names[0]) : " [" + italic(row.names[0]) + "]";
-    if (!isProgram(command)) line += " [" + italic("OPTION") + "]...";
-    return ".SH SYNOPSIS\n" + line + "\n";
+    return ".SH SYNOPSIS\n" + line + " [" + italic("OPTION") + "]...\n";
 }
 
 std::string description(const CLI::App& command) {
