@@ -8,8 +8,8 @@
 
 namespace korva {
 
-/// Runs the program: `words` are what comes after its name. Results go to standard output, failures
-/// to standard error. Throws nothing.
+/// Runs the program with `words`, what comes after its name. Results go to standard output,
+/// failures to standard error. Throws nothing.
 [[nodiscard]] ExitCode runCommandLine(const std::vector<std::string>& words);
 
 }  // namespace korva

@@ -10,7 +10,7 @@
 
 namespace korva {
 
-/// Where a command talks to people: results go to standard output, everything else to standard
+/// How a command talks to people: results go to standard output, everything else to standard
 /// error.
 struct Console {
     bool quiet = false;  // nothing on standard error but failures

@@ -9,15 +9,16 @@
 
 namespace korva {
 
-/// Red, green and blue for a share from 0 to 1: dark blue, green, yellow, red. Limits what is
-/// outside; NaN counts as 0.
+/// Red, green and blue for a share from 0 to 1: dark blue, green, yellow, red. Clamps a share
+/// outside that range; NaN counts as 0.
 [[nodiscard]] std::array<std::uint8_t, 3> heatColor(double share);
 
-/// Of the vertices that triangles use. The others can be farther away than any triangle.
+/// The largest distance of a vertex that a triangle uses. The others can be farther away than any
+/// triangle.
 [[nodiscard]] double largestDistance(const korvalite::Mesh& mesh,
                                      const std::vector<float>& distances);
 
-/// Gives each vertex the colour of its distance, where `most` is red.
+/// Gives each vertex the colour of its distance. `most` and more is red.
 void paintByDistance(korvalite::Mesh& mesh, const std::vector<float>& distances, double most);
 
 }  // namespace korva

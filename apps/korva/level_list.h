@@ -8,11 +8,11 @@
 
 namespace korva {
 
-/// Reads targets between commas, "50%,25%,10%", and sorts them from fine to coarse. All must have
-/// the same unit. Throws Error(BadOption) with a sentence.
+/// Reads targets separated by commas, "50%,25%,10%", and sorts them from fine to coarse. All must
+/// have the same unit. Throws Error(BadOption) with a sentence.
 [[nodiscard]] std::vector<korvalite::Target> parseLevels(std::string_view text);
 
-/// So many levels, each with half of the vertices of the one before.
+/// `count` levels, each with half the vertices of the one before.
 [[nodiscard]] std::vector<korvalite::Target> halvedLevels(int count);
 
 }  // namespace korva

@@ -22,7 +22,7 @@ void leaveOut(korvalite::Mesh& mesh, const InputOptions& options) {
     }
 }
 
-/// What was done to the meshes of a file, in all.
+/// What was done to all meshes of a file.
 struct Repairs {
     std::uint64_t nonFinite = 0;
     UnusableCounts removed;
@@ -34,7 +34,8 @@ void note(Scene& scene, std::uint64_t count, const char* one, const char* severa
     scene.notes.push_back(withCommas(count) + ' ' + (count == 1 ? one : several));
 }
 
-/// Triangles at vertices that are not finite. The vertices themselves go as unused.
+/// Removes triangles at vertices that are not finite, and returns their number. The vertices are
+/// then unused.
 std::uint64_t removeNonFinite(korvalite::Mesh& mesh) {
     const auto isFinite = [&](std::uint32_t vertex) {
         const float* p = &mesh.positions[3 * std::size_t{vertex}];
@@ -72,8 +73,8 @@ void join(korvalite::Mesh& mesh, Repairs& repairs) {
 }
 
 void noteRepairs(Scene& scene, const Repairs& repairs) {
-    note(scene, repairs.welded.joined, "vertex was joined with another at its place.",
-         "vertices were joined with others at their place.");
+    note(scene, repairs.welded.joined, "vertex was joined with another at the same place.",
+         "vertices were joined with others at the same place.");
     note(scene, repairs.welded.differing, "of them had another colour or mask, which is lost.",
          "of them had other colours or masks, which are lost.");
     note(scene, repairs.nonFinite, "triangle at a vertex that is not finite was removed.",

@@ -9,16 +9,16 @@
 
 namespace korva {
 
-/// Samples on each surface: enough for the bound, which holds for any number, to be near the truth.
+/// Samples on each surface. The bound holds for any number; this many bring it near the truth.
 inline constexpr std::uint64_t kErrorSamples = 100'000;
 
 /// How far results are from their inputs, in the unit of the coordinates, in both directions.
 struct MeasuredError {
     double largest = 0;   // of all samples
-    double atMost = 0;    // no point is farther away
+    double atMost = 0;    // no point is farther than this
     double rms = 0;       // over the area
     double diagonal = 0;  // of the largest input
-    double area = 0;      // of all, for the mean
+    double area = 0;      // of all surfaces, for the mean
 
     /// Adds a mesh that has been measured.
     void add(const korvalite::Measurement& measurement);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What came out of a simplification, for people and for programs.
+// The result of a simplification, for people and for programs.
 #pragma once
 
 #include "korva/console.h"
@@ -22,7 +22,7 @@ struct Outcome {
     std::filesystem::path output;
     std::uint64_t vertices = 0;  // of the output
     std::uint64_t triangles = 0;
-    bool countsTriangles = false;  // the target
+    bool countsTriangles = false;  // whether the target does
     std::string limit;             // as the user wrote it; empty if there is a target
     korvalite::Report report;
     std::optional<MeasuredError> error;  // if it was measured
@@ -33,7 +33,7 @@ struct Outcome {
 /// One line, and another with the reason if the target was missed.
 [[nodiscard]] std::string sentenceOf(const Outcome& outcome);
 
-/// Says the notes and prints the outcome in the form that the console wants.
+/// Says the notes, and prints the outcome as a sentence or as JSON.
 void show(const Console& console, const Outcome& outcome);
 
 /// docs/korva.md describes the object.

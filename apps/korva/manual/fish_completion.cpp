@@ -23,7 +23,7 @@ std::string nameFlags(const OptionRow& row) {
     return flags;
 }
 
-/// -x takes a value that is no file, -r -F one that may be.
+/// With -x the value is not a file; with -r -F it may be one.
 std::string lineFor(const OptionRow& row, const std::string& condition) {
     std::string line = "complete -c korva -n " + quoted(condition);
     if (row.isPositional)

@@ -13,7 +13,7 @@ namespace korva {
 /// The name of that page without its section: korva-simplify.
 [[nodiscard]] std::string manPageName(const CLI::App& command);
 
-/// Text as man pages hold it: nothing in it is a request or an escape.
+/// Escapes text for a manual page, so that nothing in it is a request or an escape sequence.
 [[nodiscard]] std::string roffText(const std::string& text);
 
 }  // namespace korva

@@ -11,9 +11,9 @@
 namespace korva {
 
 struct OptionRow {
-    std::vector<std::string> names;   // with their hyphens; the one name of a positional without
+    std::vector<std::string> names;   // with their hyphens; a positional has one, without any
     std::string type;                 // TEXT, INT and so on; empty for a flag and for a positional
-    std::vector<std::string> values;  // all that it may be, if there are only a few
+    std::vector<std::string> values;  // all possible ones, if they are few
     std::string range;                // such as "1 to 100"; empty for any
     std::string preset;               // its value if it is not given
     std::string needs;                // the option without which it may not be given
@@ -32,7 +32,7 @@ struct OptionRow {
 /// The commands that are not hidden.
 [[nodiscard]] std::vector<const CLI::App*> commandsIn(const CLI::App& app);
 
-/// What a description says first, up to its first full stop or semicolon.
+/// The start of a description, up to its first full stop or semicolon.
 [[nodiscard]] std::string shortened(const std::string& description);
 
 /// The parts with a space after each but the last.

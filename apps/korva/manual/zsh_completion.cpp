@@ -9,7 +9,7 @@ namespace korva {
 
 namespace {
 
-/// Text between single quotes in which a backslash keeps what _arguments and _describe would read.
+/// Escapes text for single quotes, and with backslashes what _arguments and _describe would read.
 std::string quoted(const std::string& text) {
     std::string result;
     for (const char c : text) {
@@ -42,7 +42,7 @@ std::string specsOf(const OptionRow& row) {
     return specs;
 }
 
-/// The first positional stands for all: _arguments takes one pattern for the rest of the words.
+/// Takes only the first positional: its pattern applies to all words that are not options.
 std::string argumentsOf(const CLI::App& command) {
     std::string text = "_arguments";
     bool hasPositional = false;
