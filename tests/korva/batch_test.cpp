@@ -249,7 +249,7 @@ TEST_F(Batch, SkipsWhatIsDoneAndDoesTheRest) {
     EXPECT_EQ(statuses(), (Statuses{{"a.vok", "done"}, {"b.vok", "done"}, {"c.vok", "done"}}));
 }
 
-TEST_F(Batch, OtherOptionsOrADamagedSummaryMeanEverythingAnew) {
+TEST_F(Batch, OtherOptionsOrADamagedSummaryMeanThatEverythingIsDoneAgain) {
     addSample("synth-torus.Vok", "in/a.vok");
     ASSERT_EQ(batch({"--to", "50%", "-q"}), ExitCode::Done);
     ASSERT_EQ(batch({"--to", "49.9999%", "-q"}), ExitCode::Done);
@@ -295,7 +295,7 @@ TEST_F(Batch, AnInterruptKeepsWhatIsDone) {
             {"0.vok", "skipped"}, {"1.vok", "skipped"}, {"2.vok", "done"}, {"3.vok", "done"}}));
 }
 
-TEST_F(Batch, AnInterruptInTheMiddleOfAMeshLeavesNothingOfIt) {
+TEST_F(Batch, AnInterruptDuringAMeshLeavesNothingOfIt) {
     addSample("boot.Vok", "in/a.vok");
     BatchOptions options;
     options.source = path("in");

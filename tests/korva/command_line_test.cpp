@@ -175,7 +175,7 @@ TEST_F(Korva, WritesNewNormalsWhereTheInputHadSome) {
 
 // What bad input gets.
 
-TEST_F(Korva, SaysWhatIsWrongWithAFileThatIsNoMesh) {
+TEST_F(Korva, SaysWhatIsWrongWithAFileThatIsNotAMesh) {
     std::filesystem::create_directory(path("folder.obj"));
     std::filesystem::copy_file(sample("spot.Vok"), path("really-vok.obj"));
     for (const FileKind& kind : fileKinds()) {

@@ -61,7 +61,7 @@ TEST(ParseTarget, OffersALimitOnlyWhereOneIsTaken) {
               "(triangles) or 0.2mm (largest error).");
 }
 
-TEST(ParseTarget, RefusesWhatIsNone) {
+TEST(ParseTarget, RefusesEverythingElse) {
     for (const char* text : {"", "%", "v", "-5v", "x%", "1e9999v", "nan%", "inf%", "5vv", "0x10v"})
         EXPECT_NE(refusalOf(text), "taken") << text;
     EXPECT_NE(refusalOf("101%").find("at most 100%"), std::string::npos);

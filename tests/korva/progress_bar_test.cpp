@@ -60,7 +60,7 @@ TEST(ProgressBar, QuietPrintsNothing) {
     EXPECT_EQ(output.text(), "");
 }
 
-TEST(ProgressBar, ABarIsWipedOffInTheEnd) {
+TEST(ProgressBar, ABarIsWipedAtTheEnd) {
     Output output;
     {
         ProgressBar bar(ProgressBar::Style::Bar, {{"a", 1}}, output.stream());
