@@ -2,6 +2,7 @@
 //
 // Any bytes as a PLY file. Reading must end in an Error or a consistent mesh, which comes back the
 // same from a file of its own.
+#include "fuzz/mesh_checks.h"
 #include "korva/files/ply/ply_reader.h"
 #include "korva/files/ply/ply_writer.h"
 #include "support/scratch_folder.h"
@@ -10,41 +11,16 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 namespace {
 
+using namespace korva::test;
 using korvalite::core::test::pathOfUtf8;
 using korvalite::core::test::ScratchFolder;
 using korvalite::core::test::writeWhole;
-
-void require(bool holds) {
-    if (!holds) std::abort();
-}
-
-void requireConsistent(const korvalite::Mesh& mesh) {
-    const std::size_t vertices = mesh.vertexCount();
-    require(mesh.positions.size() == 3 * vertices);
-    require(mesh.colors.empty() || mesh.colors.size() == 4 * vertices);
-    require(mesh.mask.empty() || mesh.mask.size() == vertices);
-    require(mesh.triangles.size() % 3 == 0);
-    require(mesh.triangleUVs.empty() || mesh.triangleUVs.size() == mesh.triangles.size());
-    require(mesh.uvs.empty() == mesh.triangleUVs.empty());
-    for (const std::uint32_t vertex : mesh.triangles)
-        require(vertex < vertices);
-    for (const std::uint32_t point : mesh.triangleUVs)
-        require(point < mesh.uvs.size() / 2);
-}
-
-template <typename Value>
-bool sameBytes(const std::vector<Value>& a, const std::vector<Value>& b) {
-    return a.size() == b.size() &&
-           (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Value)) == 0);
-}
 
 void requireSame(const korvalite::Mesh& a, const korvalite::Mesh& b) {
     require(sameBytes(a.positions, b.positions) && sameBytes(a.triangles, b.triangles));
@@ -65,6 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         const korva::ImportedMesh read = korva::readPly(pathOfUtf8(path));
         requireConsistent(read.mesh);
+        require(read.mesh.uvs.empty() == read.mesh.triangleUVs.empty());
         korva::writePly(output, read.mesh);
         requireSame(read.mesh, korva::readPly(output).mesh);
     } catch (const korvalite::Error& error) {
