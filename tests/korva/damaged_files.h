@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -22,6 +23,7 @@ inline void expectConsistent(const korvalite::Mesh& mesh) {
     EXPECT_EQ(mesh.positions.size() % 3, 0U);
     EXPECT_EQ(mesh.triangles.size() % 3, 0U);
     EXPECT_TRUE(mesh.colors.empty() || mesh.colors.size() == 4 * vertices);
+    EXPECT_TRUE(mesh.mask.empty() || mesh.mask.size() == vertices);
     EXPECT_TRUE(mesh.triangleUVs.empty() || mesh.triangleUVs.size() == mesh.triangles.size());
     for (const std::uint32_t corner : mesh.triangles)
         EXPECT_LT(corner, vertices);
@@ -29,15 +31,18 @@ inline void expectConsistent(const korvalite::Mesh& mesh) {
         EXPECT_LT(corner, mesh.uvs.size() / 2);
 }
 
-/// A file of these bytes gives a mesh in order or an Error with the name of the file.
-inline void expectMeshOrError(const MeshReader& read, const std::string& path,
+/// A file of these bytes gives a consistent mesh or an Error that names the file. Returns whether
+/// it gives a mesh.
+inline bool expectMeshOrError(const MeshReader& read, const std::string& path,
                               const std::string& bytes) {
     korvalite::core::test::writeWhole(path, bytes);
     try {
         expectConsistent(read(korvalite::core::test::pathOfUtf8(path)).mesh);
+        return true;
     } catch (const korvalite::Error& error) {
         EXPECT_EQ(error.code(), korvalite::ErrorCode::CannotRead);
         EXPECT_EQ(std::string(error.what()).find("Cannot read " + path), 0U) << error.what();
+        return false;
     }
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/files/obj/obj_reader.h"
 
+#include "korva/damaged_files.h"
+#include "korva/file_bytes.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -25,25 +27,8 @@ using Notes = std::vector<std::string>;
 const std::string kFourVertices = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";
 const std::string kThreeUVs = "vt 0 0\nvt 1 0\nvt 1 1\n";
 
-ImportedMesh read(const std::string& text) {
-    static const ScratchFolder folder;
-    const std::string path = folder / u8"mesh.obj";
-    writeWhole(path, text);
-    return readObj(pathOfUtf8(path));
-}
-
-// The reason in the message of the Error, or "" if there is none.
-std::string faultOf(const std::string& text) {
-    try {
-        read(text);
-    } catch (const korvalite::Error& error) {
-        EXPECT_EQ(error.code(), korvalite::ErrorCode::CannotRead);
-        const std::string sentence = error.what();
-        const std::string name = "mesh.obj: ";
-        return sentence.substr(sentence.find(name) + name.size());
-    }
-    return "";
-}
+constexpr auto read = test::readBytesBy<readObj>;
+constexpr auto faultOf = test::errorOfBytesBy<readObj>;
 
 TEST(ObjReader, ReadsVerticesAndTrianglesInTheirOrder) {
     const ImportedMesh result =
@@ -365,36 +350,24 @@ TEST(ObjReaderFaults, NameAFileThatIsNotThere) {
     EXPECT_THROW(readObj(pathOfUtf8(folder / u8"none.obj")), korvalite::Error);
 }
 
-// A mesh or an Error, and indices that exist.
-void expectNoCrash(const std::string& text) {
-    try {
-        const korvalite::Mesh mesh = read(text).mesh;
-        for (const std::uint32_t index : mesh.triangles)
-            EXPECT_LT(index, mesh.vertexCount());
-        for (const std::uint32_t index : mesh.triangleUVs)
-            EXPECT_LT(index, mesh.uvs.size() / 2);
-        EXPECT_TRUE(mesh.triangleUVs.empty() || mesh.triangleUVs.size() == mesh.triangles.size());
-        EXPECT_TRUE(mesh.colors.empty() || mesh.colors.size() == 4 * mesh.vertexCount());
-    } catch (const korvalite::Error& error) {
-        EXPECT_EQ(error.code(), korvalite::ErrorCode::CannotRead);
-    }
-}
-
 const std::string kEverything = "# all\r\nmtllib a\no b\nv 0 0 0 1 0 0.5\nv 1e0 -.5 +0 \\\n 0 0 0\n"
                                 "v 1 1 0\nvt 0 0\nvt 1 1 0\nvn 0 0 1\ns 1\nf 1/1/1 2/2/1 3//1\n"
                                 "f -1/-1 -2 1 2/1\nl 1 2\np 1\n";
 
-TEST(ObjReaderFaults, SurviveTruncationAtEveryByte) {
-    for (std::size_t size = 0; size <= kEverything.size(); ++size)
-        expectNoCrash(kEverything.substr(0, size));
+const test::MeshReader kReader = [](const std::filesystem::path& path) { return readObj(path); };
+
+TEST(ObjReaderFaults, SurviveTruncationAtEveryByteAndChangedBytes) {
+    test::expectToSurviveDamage(kReader, kEverything);
 }
 
-TEST(ObjReaderFaults, SurviveEveryFlippedByte) {
+TEST(ObjReaderFaults, SurviveEveryFlippedBit) {
+    const ScratchFolder folder;
+    const std::string path = folder / u8"damaged";
     for (std::size_t i = 0; i < kEverything.size(); ++i) {
-        for (const int flip : {0x01, 0x02, 0x04, 0x08, 0x10, 0x20, 0x40, 0x80, 0xFF}) {
+        for (int bit = 0; bit < 8; ++bit) {
             std::string text = kEverything;
-            text[i] = static_cast<char>(text[i] ^ flip);
-            expectNoCrash(text);
+            text[i] = static_cast<char>(text[i] ^ (1 << bit));
+            test::expectMeshOrError(kReader, path, text);
         }
     }
 }

@@ -3,7 +3,7 @@
 #include "korva/files/off/off_writer.h"
 
 #include "korva/damaged_files.h"
-#include "support/scratch_folder.h"
+#include "korva/file_bytes.h"
 
 #include <gtest/gtest.h>
 
@@ -18,37 +18,15 @@ namespace korva::test {
 namespace {
 
 using korvalite::Mesh;
-using korvalite::core::test::pathOfUtf8;
-using korvalite::core::test::readWhole;
-using korvalite::core::test::ScratchFolder;
-using korvalite::core::test::writeWhole;
 using Bytes = std::vector<std::uint8_t>;
 using Floats = std::vector<float>;
 using Indices = std::vector<std::uint32_t>;
 
 constexpr char kPlain[] = "OFF\n4 2 0\n0 0 0\n1 0 0\n1 1 0\n0 1 0\n3 0 1 2\n3 0 2 3\n";
 
-ImportedMesh readBytes(const std::string& bytes) {
-    const ScratchFolder folder;
-    writeWhole(folder / u8"mesh.off", bytes);
-    return readOff(pathOfUtf8(folder / u8"mesh.off"));
-}
-
-std::string errorOf(const std::string& bytes) {
-    try {
-        readBytes(bytes);
-    } catch (const korvalite::Error& error) {
-        EXPECT_EQ(error.code(), korvalite::ErrorCode::CannotRead);
-        return error.what();
-    }
-    return "none";
-}
-
-std::string written(const Mesh& mesh) {
-    const ScratchFolder folder;
-    writeOff(pathOfUtf8(folder / u8"mesh.off"), mesh);
-    return readWhole(folder / u8"mesh.off");
-}
+constexpr auto readBytes = readBytesBy<readOff>;
+constexpr auto errorOf = errorOfBytesBy<readOff>;
+constexpr auto written = bytesWrittenBy<writeOff>;
 
 bool has(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;

@@ -3,12 +3,11 @@
 // Small PLY files for tests.
 #pragma once
 
+#include "korva/file_bytes.h"
 #include "korva/files/ply/ply_reader.h"
 #include "support/scratch_folder.h"
 
 #include <korvalite/korvalite.h>
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -23,26 +22,8 @@ using korvalite::core::test::readWhole;
 using korvalite::core::test::ScratchFolder;
 using korvalite::core::test::writeWhole;
 
-/// Reads bytes as a PLY file.
-inline ImportedMesh readPlyBytes(const std::string& bytes) {
-    const ScratchFolder folder;
-    const std::string path = folder / u8"mesh.ply";
-    writeWhole(path, bytes);
-    return readPly(pathOfUtf8(path));
-}
-
-/// What the Error says after "Cannot read PATH: ", or "" if there is none.
-inline std::string plyErrorOf(const std::string& bytes) {
-    try {
-        (void)readPlyBytes(bytes);
-    } catch (const korvalite::Error& error) {
-        EXPECT_EQ(error.code(), korvalite::ErrorCode::CannotRead);
-        const std::string text = error.what();
-        EXPECT_EQ(text.rfind("Cannot read ", 0), 0U);
-        return text.substr(text.find("mesh.ply: ") + 10);
-    }
-    return "";
-}
+inline constexpr auto readPlyBytes = readBytesBy<readPly>;
+inline constexpr auto plyErrorOf = errorOfBytesBy<readPly>;
 
 /// The bytes of numbers in either order.
 class Bytes {

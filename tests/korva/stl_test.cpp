@@ -3,6 +3,7 @@
 #include "korva/files/stl/stl_writer.h"
 
 #include "korva/damaged_files.h"
+#include "korva/file_bytes.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +21,6 @@ namespace {
 
 using korvalite::Mesh;
 using korvalite::core::test::pathOfUtf8;
-using korvalite::core::test::readWhole;
 using korvalite::core::test::ScratchFolder;
 using korvalite::core::test::writeWhole;
 using Indices = std::vector<std::uint32_t>;
@@ -49,27 +49,9 @@ Mesh square() {
     return mesh;
 }
 
-ImportedMesh readBytes(const std::string& bytes) {
-    const ScratchFolder folder;
-    writeWhole(folder / u8"mesh.stl", bytes);
-    return readStl(pathOfUtf8(folder / u8"mesh.stl"));
-}
-
-std::string errorOf(const std::string& bytes) {
-    try {
-        readBytes(bytes);
-    } catch (const korvalite::Error& error) {
-        EXPECT_EQ(error.code(), korvalite::ErrorCode::CannotRead);
-        return error.what();
-    }
-    return "none";
-}
-
-std::string written(const Mesh& mesh) {
-    const ScratchFolder folder;
-    writeStl(pathOfUtf8(folder / u8"mesh.stl"), mesh);
-    return readWhole(folder / u8"mesh.stl");
-}
+constexpr auto readBytes = readBytesBy<readStl>;
+constexpr auto errorOf = errorOfBytesBy<readStl>;
+constexpr auto written = bytesWrittenBy<writeStl>;
 
 std::vector<float> normalOf(const std::string& bytes, std::size_t facet) {
     std::vector<float> normal(3);
