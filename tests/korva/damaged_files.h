@@ -35,6 +35,8 @@ inline void expectConsistent(const korvalite::Mesh& mesh) {
 /// it gives a mesh.
 inline bool expectMeshOrError(const MeshReader& read, const std::string& path,
                               const std::string& bytes) {
+    // Some file systems wait for the disk when a file is overwritten, but not for a new one.
+    std::filesystem::remove(korvalite::core::test::pathOfUtf8(path));
     korvalite::core::test::writeWhole(path, bytes);
     try {
         expectConsistent(read(korvalite::core::test::pathOfUtf8(path)).mesh);
