@@ -2,6 +2,7 @@
 #include "korva/files/gltf/gltf_writer.h"
 
 #include "korva/gltf_files.h"
+#include "korva/square.h"
 
 #include <cmath>
 #include <filesystem>
@@ -10,19 +11,6 @@
 namespace korva::test {
 
 namespace {
-
-korvalite::Mesh square() {
-    korvalite::Mesh mesh;
-    mesh.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0.1F};
-    mesh.triangles = {0, 1, 2, 0, 2, 3};
-    return mesh;
-}
-
-void addEverything(korvalite::Mesh& mesh) {
-    mesh.colors = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 252, 253, 254, 255};
-    mesh.uvs = {0, 0, 1, 0, 1, 1, 0, 1, 0.5F, 0.5F};
-    mesh.triangleUVs = {0, 1, 2, 4, 2, 3};
-}
 
 Scene sceneOf(korvalite::Mesh mesh, const std::string& name = "") {
     Scene scene;
@@ -52,11 +40,7 @@ void expectSame(const korvalite::Mesh& a, const korvalite::Mesh& b) {
     EXPECT_EQ(a.positions, b.positions);
     EXPECT_EQ(a.triangles, b.triangles);
     EXPECT_EQ(a.colors, b.colors);
-    ASSERT_EQ(a.triangleUVs.size(), b.triangleUVs.size());
-    for (std::size_t i = 0; i < a.triangleUVs.size(); ++i)
-        for (std::size_t c = 0; c < 2; ++c)
-            EXPECT_EQ(a.uvs.at(2 * std::size_t{a.triangleUVs[i]} + c),
-                      b.uvs.at(2 * std::size_t{b.triangleUVs[i]} + c));
+    expectSameUVs(a, b);
 }
 
 std::uint32_t wordAt(const std::string& bytes, std::size_t at) {
