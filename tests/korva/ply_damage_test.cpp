@@ -151,6 +151,8 @@ TEST(PlyDamage, FaultsInTextNameTheirLine) {
               "from 0).");
     EXPECT_EQ(errorOfFace("3 0 1 1.5\n"), "line 14: an index of a vertex is not a whole number.");
     EXPECT_EQ(errorOfFace("3 0 1 1e99\n"), "line 14: an index of a vertex is not a whole number.");
+    EXPECT_EQ(errorOfFace("3 0 1 1e999\n"), "line 14: an index of a vertex is not a whole number.");
+    EXPECT_EQ(errorOfFace("3 0 1 1e999x\n"), "line 14: \"1e999x\" is not a number.");
     EXPECT_EQ(errorOfFace("3 0 1 two\n"), "line 14: \"two\" is not a number.");
     EXPECT_EQ(errorOfFace("3 0 1 +-2\n"), "line 14: \"+-2\" is not a number.");
     EXPECT_EQ(errorOfFace("3 0 1\n"),
@@ -164,6 +166,8 @@ TEST(PlyDamage, FaultsInTextNameTheirLine) {
               "line 9: a number is missing at its end.");
     EXPECT_EQ(plyErrorOf(plyWithVertex("property float quality\n", "1,5")),
               "line 9: \"1,5\" is not a number.");
+    EXPECT_EQ(plyErrorOf(plyWithVertex("property float quality\n", "1e999x")),
+              "line 9: \"1e999x\" is not a number.");
 }
 
 TEST(PlyDamage, ATextThatEndsEarlySaysSo) {

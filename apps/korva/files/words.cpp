@@ -18,11 +18,6 @@ bool isBlank(char c) {
     return static_cast<unsigned char>(c) <= ' ';
 }
 
-std::string_view withoutPlus(std::string_view word) {
-    if (word.size() > 1 && word[0] == '+' && word[1] != '-') word.remove_prefix(1);
-    return word;
-}
-
 /// The value of a number that no float can hold: 0 or infinity.
 float beyondFloats(std::string_view word) {
     double value = 0;
@@ -74,6 +69,11 @@ bool Words::nextLine() {
 
 void Words::fail(const std::string& reason) const {
     failToRead(file_.path(), "line " + std::to_string(line_) + ": " + reason);
+}
+
+std::string_view withoutPlus(std::string_view word) {
+    if (word.size() > 1 && word[0] == '+' && word[1] != '-') word.remove_prefix(1);
+    return word;
 }
 
 bool parseFloat(std::string_view word, float& value) {

@@ -43,6 +43,9 @@ private:
 /// too. False if the word is anything else.
 [[nodiscard]] bool parseFloat(std::string_view word, float& value);
 
+/// A number without its leading plus, which std::from_chars does not take.
+[[nodiscard]] std::string_view withoutPlus(std::string_view word);
+
 /// False if the word is not a whole number below 2^64.
 [[nodiscard]] bool parseCount(std::string_view word, std::size_t& value);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/files/ply/ply_rows.h"
 
+#include "korva/files/words.h"
+
 #include <charconv>
 #include <string_view>
 #include <system_error>
@@ -13,59 +15,24 @@ bool isBlank(char c) {
     return c == ' ' || c == '\t';
 }
 
-/// Without a leading plus. Empty if another sign follows it.
-std::string_view withoutPlus(std::string_view word) {
-    if (word.empty() || word.front() != '+') return word;
-    word.remove_prefix(1);
-    return !word.empty() && word.front() == '-' ? std::string_view() : word;
-}
-
-template <typename Value>
-std::errc parse(std::string_view word, Value& value) {
-    const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (failure == std::errc() && end != word.data() + word.size())
-        return std::errc::invalid_argument;
-    return failure;
-}
-
-/// Of a number that fits no float: whether it is next to 0 rather than huge.
-bool isTiny(std::string_view digits) {
-    const std::size_t exponent = digits.find_first_of("eE");
-    if (exponent != std::string_view::npos) return digits.substr(exponent + 1).starts_with('-');
-    return digits.starts_with('0') || digits.starts_with('.');
-}
-
-/// A float can be too small or too large for its type, and some programs write a NaN as "1.#QNAN".
-bool parseUnusual(std::string_view word, float& value) {
-    const bool isNegative = word.front() == '-';
-    if (word.find('#') != std::string_view::npos) {
-        value = std::numeric_limits<float>::quiet_NaN();
-        return true;
-    }
-    double wide = 0;
-    const std::errc failure = parse(word, wide);
-    if (failure == std::errc::invalid_argument) return false;
-    if (failure == std::errc::result_out_of_range) {
-        const bool isSmall = isTiny(word.substr(isNegative ? 1 : 0));
-        wide = isSmall ? 0.0 : std::numeric_limits<double>::infinity();
-        if (isNegative) wide = -wide;
-    }
-    value = static_cast<float>(wide);
+/// Like parseFloat. Some programs write NaN as "1.#QNAN".
+bool parseFloatOrNaN(std::string_view word, float& value) {
+    if (parseFloat(word, value)) return true;
+    if (word.find('#') == std::string_view::npos) return false;
+    value = std::numeric_limits<float>::quiet_NaN();
     return true;
-}
-
-bool parseFloat(std::string_view word, float& value) {
-    word = withoutPlus(word);
-    return !word.empty() && (parse(word, value) == std::errc() || parseUnusual(word, value));
 }
 
 /// Gives kPlyNotWhole for a number that is not whole.
 bool parseWhole(std::string_view word, std::int64_t& value) {
     word = withoutPlus(word);
-    if (parse(word, value) == std::errc()) return true;
+    const char* wordEnd = word.data() + word.size();
+    const auto [end, failure] = std::from_chars(word.data(), wordEnd, value);
+    if (end == wordEnd && failure == std::errc()) return true;
     double wide = 0;
-    if (parse(word, wide) == std::errc::invalid_argument) return false;
-    value = wholeNumber(wide);
+    const auto [wideEnd, wideFailure] = std::from_chars(word.data(), wordEnd, wide);
+    if (wideEnd != wordEnd || wideFailure == std::errc::invalid_argument) return false;
+    value = wideFailure == std::errc() ? wholeNumber(wide) : kPlyNotWhole;
     return true;
 }
 
@@ -150,7 +117,7 @@ private:
         float value = 0;
         if (takePlain(value)) return value;
         const std::string_view word = takeWord();
-        if (!parseFloat(word, value)) failNoNumber(word);
+        if (!parseFloatOrNaN(word, value)) failNoNumber(word);
         return value;
     }
 
