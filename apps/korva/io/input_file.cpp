@@ -93,7 +93,6 @@ void InputFile::takeLine(std::string_view& line, std::size_t end, std::size_t ma
     line = std::string_view(buffer_.data() + begin_, end - begin_);
     position_ += end - begin_ + markBytes;
     begin_ = end + markBytes;
-    lineHadEnd_ = markBytes > 0;
 }
 
 void InputFile::rewind() {

@@ -37,9 +37,6 @@ public:
     /// call. False at the end. A line may be of any length.
     bool readLine(std::string_view& line);
 
-    /// Whether the line that was taken last had an end. If not, the file may have been cut off.
-    [[nodiscard]] bool lineHadEnd() const { return lineHadEnd_; }
-
     /// Back to the start.
     void rewind();
 
@@ -57,7 +54,6 @@ private:
     std::vector<char> buffer_;
     std::size_t begin_ = 0;  // of what is not taken yet
     std::size_t end_ = 0;
-    bool lineHadEnd_ = true;
 };
 
 /// Throws korvalite::Error(CannotRead): "Cannot read NAME: REASON".
