@@ -32,9 +32,9 @@ private:
     void setVariant(std::string_view keyword);
     std::size_t readCount(std::string_view word) const;
     void readVertices();
-    void readVertex();
+    void readVertex(std::string_view word);
     void readFaces();
-    void readFace();
+    void readFace(std::string_view firstWord);
     std::uint32_t readCorner();
     void addNotes();
     std::string_view firstWordOfNextLine();
@@ -47,7 +47,6 @@ private:
     OffColors colors_;
     std::size_t vertexCount_ = 0;
     std::size_t faceCount_ = 0;
-    std::string_view word_;  // the first of its line
     bool hasColors_ = false;
     bool hasUVs_ = false;
     std::size_t channels_ = 0;  // of a colour: 3 or 4, 0 until the first
@@ -78,7 +77,7 @@ void OffReader::readHeader() {
     }
     vertexCount_ = readCount(word);
     faceCount_ = readCount(words_.nextOfLine());
-    // The number of edges follows, or not; nobody needs it.
+    // The number of edges may follow; nobody needs it.
     if (vertexCount_ > kMost || faceCount_ > kMost)
         words_.fail("there are more than 2147483647 vertices or faces.");
 }
@@ -116,23 +115,22 @@ void OffReader::readVertices() {
     if (hasColors_) colors_.reserve(std::min(vertexCount_, most));
     if (hasUVs_) mesh_.uvs.reserve(2 * std::min(vertexCount_, most));
     for (std::size_t i = 0; i < vertexCount_; ++i) {
-        word_ = firstWordOfNextLine();
-        if (word_.empty()) failAtEnd("vertex", i, vertexCount_);
-        readVertex();
+        const std::string_view word = firstWordOfNextLine();
+        if (word.empty()) failAtEnd("vertex", i, vertexCount_);
+        readVertex(word);
     }
     if (hasColors_) mesh_.colors = colors_.take();
 }
 
-/// The position, the normal, the colour and the UV point, of which only the first must be there.
-/// The colour has three or four channels.
-void OffReader::readVertex() {
+/// A position and, depending on the keyword, a normal, a colour of three or four channels and a UV
+/// point. `word` is the first number.
+void OffReader::readVertex(std::string_view word) {
     constexpr std::size_t kMostNumbers = 12;
     std::array<float, kMostNumbers> numbers{};
     const std::size_t beforeColor = imported_.hadNormals ? 6 : 3;
     const std::size_t least = beforeColor + (hasColors_ ? 3U : 0U) + (hasUVs_ ? 2U : 0U);
     const std::size_t most = hasColors_ ? least + 1 : least;
     std::size_t count = 0;
-    std::string_view word = word_;
     for (; count < most && !word.empty(); word = words_.nextOfLine()) {
         if (!parseFloat(word, numbers[count++])) words_.fail(quoted(word) + " is not a number.");
     }
@@ -155,16 +153,17 @@ void OffReader::readFaces() {
     const auto most = static_cast<std::size_t>(file_.left() / 8 + 1);
     mesh_.triangles.reserve(3 * std::min(faceCount_, most));
     for (std::size_t i = 0; i < faceCount_; ++i) {
-        word_ = firstWordOfNextLine();
-        if (word_.empty()) failAtEnd("face", i, faceCount_);
-        readFace();
+        const std::string_view word = firstWordOfNextLine();
+        if (word.empty()) failAtEnd("face", i, faceCount_);
+        readFace(word);
     }
     if (hasUVs_) mesh_.triangleUVs = mesh_.triangles;
 }
 
-void OffReader::readFace() {
+void OffReader::readFace(std::string_view firstWord) {
     std::size_t corners = 0;
-    if (!parseCount(word_, corners)) words_.fail(quoted(word_) + " is not a count of corners.");
+    if (!parseCount(firstWord, corners))
+        words_.fail(quoted(firstWord) + " is not a count of corners.");
     if (corners < 3) {
         ++tooFewCorners_;
         return;
