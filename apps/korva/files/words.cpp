@@ -12,8 +12,6 @@ namespace korva {
 
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
 bool isBlank(char c) {
     return static_cast<unsigned char>(c) <= ' ';
 }
@@ -37,6 +35,11 @@ char smallLetter(char c) {
 }
 
 }  // namespace
+
+void skipByteOrderMark(std::string_view& text) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    if (text.starts_with(kMark)) text.remove_prefix(kMark.size());
+}
 
 std::string_view takeWord(std::string_view& line) {
     std::size_t begin = 0;
@@ -62,7 +65,7 @@ bool Words::nextLine() {
     rest_ = {};
     if (!file_.readLine(rest_)) return false;
     ++line_;
-    if (line_ == 1 && rest_.starts_with(kByteOrderMark)) rest_.remove_prefix(kByteOrderMark.size());
+    if (line_ == 1) skipByteOrderMark(rest_);
     if (hasComments_) rest_ = rest_.substr(0, rest_.find('#'));
     return true;
 }

@@ -9,6 +9,9 @@
 
 namespace korva {
 
+/// Removes the UTF-8 byte order mark that some programs write at the start of a text file.
+void skipByteOrderMark(std::string_view& text);
+
 /// Takes the next word from the start of a line, empty at its end. Words end at blanks and control
 /// characters.
 [[nodiscard]] std::string_view takeWord(std::string_view& line);
@@ -22,6 +25,8 @@ public:
     [[nodiscard]] std::string_view next();
     /// The next word of this line, empty at its end.
     [[nodiscard]] std::string_view nextOfLine() { return takeWord(rest_); }
+    /// Leaves out the rest of this line.
+    void skipLine() { rest_ = {}; }
     /// Goes to the next line. False at the end of the file.
     bool nextLine();
     /// What follows '#' is not part of the lines.

@@ -2,6 +2,7 @@
 #include "korva/files/obj/obj_text.h"
 
 #include "korva/files/obj/obj_line.h"
+#include "korva/files/words.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -9,8 +10,6 @@
 namespace korva {
 
 namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 /// The comment and the statements with names (o, g, usemtl, mtllib and so on) end with their line:
 /// a name may end in a backslash, and a statement that it swallowed would be missed.
@@ -37,8 +36,7 @@ bool mayGoOn(std::string_view line) {
 bool ObjText::next(std::string_view& line) {
     if (!file_.readLine(line)) return false;
     lineNumber_ = ++linesTaken_;
-    if (lineNumber_ == 1 && line.starts_with(kByteOrderMark))
-        line.remove_prefix(kByteOrderMark.size());
+    if (lineNumber_ == 1) skipByteOrderMark(line);
     std::string_view part = line;
     if (cutBackslash(part) && mayGoOn(part)) {
         line = part;

@@ -48,7 +48,7 @@ bool isText(InputFile& file) {
         sizeWith(countAt(start.data() + kStlNoteBytes)) == file.size())
         return false;
     std::string_view text(start.data(), start.size());
-    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+    skipByteOrderMark(text);
     const std::string_view first = takeWord(text);
     if (!isWord(first, "solid")) return false;
     return contains(text, "facet") || contains(text, "endsolid") ||

@@ -40,8 +40,7 @@ ImportedMesh StlTextReader::read() {
     for (; !word.empty(); word = words_.next()) {
         expect(word, "solid");
         ++solids;
-        // The rest of the line is its name.
-        if (!words_.nextLine()) failAtEnd();
+        words_.skipLine();  // its name
         readFacets();
     }
     ImportedMesh imported;
@@ -58,13 +57,12 @@ void StlTextReader::readFacets() {
     for (;;) {
         const std::string_view word = words_.next();
         if (isWord(word, "endsolid")) {
-            while (!words_.nextOfLine().empty()) {
-            }
+            words_.skipLine();
             return;
         }
-        if (!isWord(word, "facet") && !word.empty())
+        if (word.empty()) failAtEnd();
+        if (!isWord(word, "facet"))
             words_.fail(quoted(word) + " where 'facet' or 'endsolid' is expected.");
-        expect(word, "facet");
         readFacet();
     }
 }
@@ -73,7 +71,7 @@ void StlTextReader::readFacet() {
     std::string_view word = words_.next();
     if (isWord(word, "normal")) {
         word = words_.next();
-        // Some programs write what is no number for a facet without area.
+        // Not read: for a facet without an area, each program writes NaN in its own way.
         for (int i = 0; i < 3 && !isWord(word, "outer"); ++i)
             word = words_.next();
     }
