@@ -9,7 +9,7 @@
 
 namespace korva {
 
-/// Asks for memory that will be read soon.
+/// Prefetches memory that will be read soon.
 inline void fetchAhead([[maybe_unused]] const void* address) {
 #if defined(__GNUC__)
     __builtin_prefetch(address);
@@ -17,14 +17,14 @@ inline void fetchAhead([[maybe_unused]] const void* address) {
 }
 
 /// Numbers different things from 0 in the order in which they come, and finds them again. Holds
-/// only the numbers, in 6 to 12 bytes for each thing; the things are in arrays of the caller. At
-/// most 2^31 things.
+/// only the numbers, in 6 to 12 bytes each; the things themselves are in arrays of the caller.
+/// There can be at most 2^31.
 class IndexTable {
 public:
     /// The number of things so far, which is the index of the next new one.
     [[nodiscard]] std::uint32_t size() const { return size_; }
 
-    /// Makes room for so many more things. hashOf(i) is the hash of thing i.
+    /// Makes room for `more` new things. hashOf(i) is the hash of thing i.
     template <typename HashOf>
     void makeRoom(std::size_t more, const HashOf& hashOf) {
         const std::size_t needed = (size_ + more) / 2 * 3 + 3;
@@ -44,7 +44,7 @@ public:
     }
 
     /// The index of the thing for which isSame(index) holds, or the next index if there is none.
-    /// Room must have been made.
+    /// A new one needs room from makeRoom().
     template <typename IsSame>
     std::uint32_t findOrAdd(std::uint32_t hash, const IsSame& isSame) {
         const std::uint32_t tag = tagOf(hash);
@@ -57,7 +57,7 @@ public:
         return size_++;
     }
 
-    /// Asks for the memory in which the search for the hash begins.
+    /// Prefetches the slot where the search for the hash begins.
     void fetchSlot(std::uint32_t hash) const { fetchAhead(&slots_[slotOf(hash)]); }
 
     /// The index that the search for the hash meets first, or one that is not below size().

@@ -32,7 +32,7 @@ void PointTable::findOrAdd(float* positions, std::span<const float> points,
     };
     const std::size_t count = points.size() / 3;
     table_.makeRoom(count, [&](std::uint32_t i) { return hashOf(pointAt(i)); });
-    // Where to look is known long before the look, so the waits for memory overlap.
+    // All slots are prefetched before the first is read, so the waits for memory overlap.
     for (std::size_t i = 0; i < count; ++i) {
         hashes_[i] = hashOf(&points[3 * i]);
         table_.fetchSlot(hashes_[i]);

@@ -17,8 +17,8 @@ public:
     /// The most points that one call takes.
     static constexpr std::size_t kBatch = 192;
 
-    /// Takes the memory for so many different points at once; more are fine. Before the first
-    /// point.
+    /// Takes the memory for `count` different points at once; that is not a limit. To be called
+    /// before the first point is added.
     void reserve(std::size_t count) {
         table_.makeRoom(count, [](std::uint32_t) { return 0U; });
     }

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint32_t kNoPoint = 0xFFFFFFFF;
 
-// A vertex with a million different UVs around must not take a million steps for each.
+// A vertex with a million different UVs around it must not take a million steps for each.
 constexpr int kMostSteps = 32;
 
 bool isSameBits(float a, float b) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Repairs of a mesh that change nothing one can see. All indices of the mesh must be in range.
+// Repairs that do not change what a mesh looks like. All indices of the mesh must be in range.
 #pragma once
 
 #include <korvalite/korvalite.h>
@@ -11,10 +11,10 @@ namespace korva {
 
 struct WeldCounts {
     std::uint64_t joined = 0;     // vertices that are gone
-    std::uint64_t differing = 0;  // of these, had another colour or mask than the one that is left
+    std::uint64_t differing = 0;  // of these, vertices with another colour or mask
 };
 
-/// Joins vertices whose positions are equal bit for bit, where -0 equals 0. The first one is left,
+/// Joins vertices whose positions are equal bit for bit, where -0 equals 0. The first one stays,
 /// with its colour and mask, and the order is kept. UV points are not joined. Takes at most 16
 /// bytes per vertex.
 WeldCounts weld(korvalite::Mesh& mesh);
@@ -26,8 +26,8 @@ struct UnusableCounts {
     std::uint64_t unusedVertices = 0;  // in no triangle that is left
 };
 
-/// Removes what simplifies badly or to nothing. What is left keeps its order, and UV points stay.
-/// Takes 6 to 12 bytes per triangle, then 4 per vertex.
+/// Removes triangles that simplify badly, and vertices without triangles. The rest keeps its order,
+/// and UV points stay. Takes 6 to 12 bytes per triangle, then 4 per vertex.
 UnusableCounts removeUnusable(korvalite::Mesh& mesh);
 
 }  // namespace korva

@@ -54,7 +54,7 @@ private:
 /// False if the word is not a whole number below 2^64.
 [[nodiscard]] bool parseCount(std::string_view word, std::size_t& value);
 
-/// Whether a word is this one, which is in small letters, in any case.
+/// Whether a word is `small`, which is in lower case, in any case.
 [[nodiscard]] bool isWord(std::string_view word, std::string_view small);
 
 /// A word for a message, in quotes: its first characters, without what cannot be printed.

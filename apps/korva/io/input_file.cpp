@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 20U;
 
-/// The first LF or CR from `from` on, or `end`. Goes piece by piece, because each search stops only
-/// at its own mark, and a file may have one of them alone.
+/// The first LF or CR from `from` on, or `end`. Searches piece by piece, because in a file that has
+/// only one of the two, a search for the other would go on to the end.
 std::size_t findLineEnd(const char* text, std::size_t from, std::size_t end) {
     constexpr std::size_t kPiece = 512;
     for (; from < end; from += kPiece) {

@@ -30,14 +30,15 @@ public:
     /// The bytes that are left.
     [[nodiscard]] std::uint64_t left() const { return size_ > position_ ? size_ - position_ : 0; }
 
-    /// Returns the number of bytes read, which is less than asked only at the end.
+    /// Returns the number of bytes read, which is less than `byteCount` only at the end of the
+    /// file.
     std::size_t read(void* to, std::size_t byteCount);
 
     /// Takes the next line, without its end (LF, CR LF or CR). The view is valid until the next
     /// call. False at the end. A line may be of any length.
     bool readLine(std::string_view& line);
 
-    /// Back to the start.
+    /// Goes back to the start.
     void rewind();
 
 private:

@@ -14,7 +14,7 @@
 namespace korva {
 
 /// A file that appears only when it is complete, written from its start to its end through a
-/// buffer. Throws korvalite::Error(CannotWrite) if anything fails; then nothing is left.
+/// buffer. Throws korvalite::Error(CannotWrite) if anything fails, and leaves nothing behind.
 class OutputFile {
 public:
     /// Calls `progress`, if there is one, for every block with the bytes so far, and 0 for the

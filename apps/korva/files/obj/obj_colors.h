@@ -8,8 +8,8 @@
 
 namespace korva {
 
-/// OBJ does not say which of the two a file has. Bytes, if a channel is 2 or more: from 1 to 2 are
-/// overshoots of files that go from 0 to 1.
+/// OBJ does not say which of the two a file has. It is Bytes if any channel is 2 or more; values
+/// between 1 and 2 also come from files that overshoot the range of 0 to 1.
 enum class ObjColorScale {
     Unit,   // 0 to 1
     Bytes,  // 0 to 255
@@ -32,7 +32,7 @@ public:
     /// The bytes of all vertices, or none if no vertex has a colour. Leaves nothing here.
     [[nodiscard]] std::vector<std::uint8_t> take(std::size_t vertexCount);
 
-    /// The scale is Unit, but a channel is so far above 1 that it must be the other.
+    /// Whether the scale is Unit, but a channel is so far above 1 that it must be Bytes.
     [[nodiscard]] bool isScaleWrong() const { return isScaleWrong_; }
 
     [[nodiscard]] ObjColorScale scale() const { return scale_; }

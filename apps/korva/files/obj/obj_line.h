@@ -29,7 +29,7 @@ public:
     [[nodiscard]] std::uint64_t number() const { return number_; }
 
     /// Whether there is another word before the end of the line or a comment. The functions that
-    /// take a word may only be called after this said so.
+    /// take a word may only be called after this returned true.
     bool hasMore() {
         while (at_ != end_ && isBlank(*at_))
             ++at_;
@@ -41,7 +41,7 @@ public:
     /// Like parseFloat.
     float takeFloat();
 
-    /// Returns how many there were, at most as many as there is room for.
+    /// Takes floats until `to` is full or the line ends, and returns their number.
     std::size_t takeFloats(std::span<float> to);
 
     ObjCorner takeCorner();

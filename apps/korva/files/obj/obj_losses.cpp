@@ -47,7 +47,7 @@ std::vector<std::string> ObjLosses::notes() const {
     std::vector<std::string> notes;
     for (std::size_t i = 0; i < kObjLosses; ++i) {
         if (counts_[i] == 0) continue;
-        // The name of a mesh that is one object anyway is no loss worth a word.
+        // A single name only says that the mesh is one object, which it stays.
         if (i == static_cast<std::size_t>(ObjLoss::Group) && counts_[i] == 1) continue;
         std::string note = std::to_string(counts_[i]) + " ";
         note += counts_[i] == 1 ? kWordings[i].one : kWordings[i].many;

@@ -90,7 +90,7 @@ void ObjParser::readLine(ObjLine& line) {
     const std::string_view keyword = line.takeWord();
     if (keyword == "v")
         readVertex(line);
-    else if (keyword == "f" || keyword == "fo")  // the latter is of old files
+    else if (keyword == "f" || keyword == "fo")  // the latter in old files
         readFace(line);
     else if (keyword == "vt")
         readUV(line);

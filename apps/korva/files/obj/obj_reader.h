@@ -13,9 +13,9 @@ namespace korva {
 /// or more. A corner without a UV gets (0, 0) if other corners have one. A number too small for a
 /// float becomes 0.
 ///
-/// Throws korvalite::Error(CannotRead), which names the line, for what is no OBJ and for damage.
+/// Throws korvalite::Error(CannotRead), which names the line, if the file is not OBJ or is damaged.
 /// Memory beyond the mesh: at most the longest of its arrays while that grows. The progress starts
-/// anew where the first colour up to 255 is found, because the file is then read again.
+/// again when the first colour up to 255 is found, because the file is then read again.
 ImportedMesh readObj(const std::filesystem::path& path, const ByteProgress& progress = {});
 
 }  // namespace korva

@@ -8,13 +8,13 @@
 
 namespace korva {
 
-/// Gathers colours as RGBA bytes that come from 0 to 1 or from 0 to 255, which shows only when one
-/// is above 1.
+/// Gathers colours as RGBA bytes. They range from 0 to 1 until a value is above 1; then all are
+/// taken to range from 0 to 255.
 class OffColors {
 public:
     void reserve(std::size_t count) { bytes_.reserve(4 * count); }
 
-    /// Three or four channels, as many for each colour.
+    /// Three or four channels, the same number for each colour.
     void add(const float* channels, std::size_t count);
 
     [[nodiscard]] std::vector<std::uint8_t> take() { return std::move(bytes_); }

@@ -38,7 +38,7 @@ void writeOff(const std::filesystem::path& path, const korvalite::Mesh& mesh,
               const ByteProgress& progress) {
     OutputFile file(path, progress);
     const bool hasColors = !mesh.colors.empty();
-    // Whole numbers of which none is above 1 mean 0 and 1, not 0 and 1/255.
+    // If no number is above 1, readers take 1 for the brightest value.
     const bool areDark =
         std::all_of(mesh.colors.begin(), mesh.colors.end(), [](auto byte) { return byte <= 1; });
     file.write(hasColors ? "COFF\n" : "OFF\n");

@@ -23,7 +23,7 @@ public:
         : vertexCount_(vertexCount), mesh_(imported.mesh), notes_(imported.notes),
           cornerUVs_(vertexCount) {}
 
-    /// `expected` triangles, more or less.
+    /// `expected` is an estimate of the number of triangles.
     void readFaces(PlyRows& rows, const PlyElement& element, const std::vector<int>& goesTo,
                    std::size_t expected);
     void readStrips(PlyRows& rows, const PlyElement& element, const std::vector<int>& goesTo);

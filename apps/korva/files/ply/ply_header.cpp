@@ -144,7 +144,7 @@ void parseProperty(const HeaderLines& lines, std::string_view rest, PlyHeader& h
     header.elements.back().properties.push_back(std::move(property));
 }
 
-/// Memory is taken by these counts later, so each row must have its bytes.
+/// Memory is reserved by these counts later, so the file must have room for all the rows.
 void checkFileSize(const InputFile& file, const PlyHeader& header) {
     // The last line of a text may have no end.
     std::uint64_t left = file.left() + (header.encoding == PlyEncoding::Ascii ? 1 : 0);

@@ -91,7 +91,7 @@ void noteIgnored(const PlyHeader& header, const ColumnsOfElements& columns,
 }
 
 void skipRows(PlyRows& rows, const PlyElement& element, const std::vector<int>& goesTo) {
-    // Any count of rows fits into no bytes.
+    // Such rows take no bytes, so the header may announce any number of them.
     if (element.properties.empty()) return;
     rows.start(element, goesTo);
     PlyRow row;

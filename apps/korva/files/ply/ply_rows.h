@@ -48,13 +48,13 @@ public:
     /// Reads a row of the element. What the element does not have stays as it is.
     virtual void readRow(PlyRow& row) = 0;
 
-    /// About the bytes that are left, never fewer.
+    /// An estimate of the bytes that are left, never too low.
     [[nodiscard]] virtual std::uint64_t left() const = 0;
 
     /// Whether anything is left after the last row.
     [[nodiscard]] virtual bool goesOn() = 0;
 
-    /// Sentences about what was passed over.
+    /// Sentences about what was ignored.
     [[nodiscard]] virtual std::vector<std::string> notes() const { return {}; }
 
     /// Throws an Error about the row that was read last: "Cannot read NAME: line 12: WHAT"

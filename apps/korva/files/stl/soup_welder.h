@@ -15,7 +15,7 @@ namespace korva {
 /// per vertex.
 class SoupWelder {
 public:
-    /// About how many triangles will come; more or fewer are fine. Takes 22 to 25 bytes for each.
+    /// Takes memory for about this many triangles, 22 to 25 bytes each. That is not a limit.
     explicit SoupWelder(std::size_t triangles);
 
     /// Three corners of three floats each. False if the mesh would have too many triangles.

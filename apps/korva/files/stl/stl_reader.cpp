@@ -39,7 +39,7 @@ bool isControl(char c) {
     return byte < '\t' || (byte > '\r' && byte < ' ');
 }
 
-/// The header of a binary file may begin with "solid", too, so its size decides if it is right.
+/// The header of a binary file may begin with "solid", too, so a size that fits its count decides.
 bool isText(InputFile& file) {
     std::vector<char> start(4096);
     start.resize(file.read(start.data(), start.size()));
@@ -72,7 +72,7 @@ std::uint32_t readHeader(InputFile& file, ImportedMesh& imported) {
     if (file.read(header, sizeof header) < sizeof header)
         failToRead(file.path(), "it is too short for an STL file.");
     const std::uint32_t facets = countAt(header + kStlNoteBytes);
-    // A few bytes more are the padding of some programs.
+    // Some programs pad their files with a few bytes.
     if (file.size() < sizeWith(facets) || file.size() - sizeWith(facets) >= kStlFacetBytes)
         failOnSize(file, facets);
     if (file.size() > sizeWith(facets))
