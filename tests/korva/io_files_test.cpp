@@ -92,7 +92,7 @@ TEST_F(IoFiles, ReadingReportsHowFarItIs) {
     EXPECT_EQ(last, 3'000'000U);
 }
 
-TEST_F(IoFiles, WhatIsNoFileIsNamed) {
+TEST_F(IoFiles, MissingFilesAndFoldersAreNamed) {
     const auto open = [](const std::filesystem::path& path) {
         return errorOf(ErrorCode::CannotRead, [&] { InputFile file(path); });
     };

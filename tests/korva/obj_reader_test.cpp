@@ -289,7 +289,7 @@ TEST(ObjReaderFaults, NameTheLine) {
     EXPECT_EQ(faultOf(kFourVertices + "f 1 2 x\n"), "line 5: 'x' is not a corner of a face.");
 }
 
-TEST(ObjReaderFaults, TellWhichWordIsNoNumber) {
+TEST(ObjReaderFaults, NameTheWordThatIsNotANumber) {
     for (const std::string word :
          {"1,5", "1.#QNAN", "0x10", "+-1", "+", "-", ".", "1e", "1-", "--1"})
         EXPECT_EQ(faultOf("v " + word + " 2 3\n"), "line 1: '" + word + "' is not a number.");
@@ -302,7 +302,7 @@ TEST(ObjReader, NumbersBeyondFloatsAreInfiniteOrZero) {
     EXPECT_EQ(mesh.positions, (std::vector<float>{INFINITY, -INFINITY, 0}));
 }
 
-TEST(ObjReaderFaults, TellWhichWordIsNoCorner) {
+TEST(ObjReaderFaults, NameTheWordThatIsNotACorner) {
     for (const std::string word :
          {"1/2/3/4", "1/x", "1//x", "/1", "//1", "1.5", "1/1.0", "+1", "1#"})
         EXPECT_EQ(faultOf(kFourVertices + kThreeUVs + "f 1 2 " + word + "\n"),
@@ -311,7 +311,7 @@ TEST(ObjReaderFaults, TellWhichWordIsNoCorner) {
               "line 5: '99999999999999999999' has an index that is too large.");
 }
 
-TEST(ObjReaderFaults, TellWhichIndexDoesNotExist) {
+TEST(ObjReaderFaults, NameTheIndexThatDoesNotExist) {
     EXPECT_EQ(faultOf(kFourVertices + "f 1 2 3\nf 1 2 5\n"),
               "line 6: the face has vertex 5, but the file has only 4; the file may be damaged.");
     EXPECT_EQ(faultOf(kFourVertices + kThreeUVs + "f 1/1 2/2 3/4\n"),
@@ -332,17 +332,17 @@ TEST(ObjReaderFaults, TellWhichIndexDoesNotExist) {
               "line 1: the face has vertex 3, but the file has only 1; the file may be damaged.");
 }
 
-TEST(ObjReaderFaults, RefuseWhatIsNoObj) {
+TEST(ObjReaderFaults, RefuseFilesThatAreNotObj) {
     EXPECT_EQ(faultOf(""), "it has no vertices; is it an OBJ file?");
     EXPECT_EQ(faultOf("# nothing\n"), "it has no vertices; is it an OBJ file?");
     EXPECT_EQ(faultOf("ply\nformat ascii 1.0\n"), "it has no vertices; is it an OBJ file?");
     EXPECT_EQ(faultOf("\xFF\xFEv\n"),
-              "line 1: '\?\?v' is no keyword of OBJ; the file may be damaged.");
+              "line 1: '\?\?v' is not an OBJ keyword; the file may be damaged.");
     EXPECT_EQ(faultOf(kFourVertices + "1 2 3\n"),
-              "line 5: '1' is no keyword of OBJ; the file may be damaged.");
+              "line 5: '1' is not an OBJ keyword; the file may be damaged.");
     EXPECT_EQ(faultOf(kFourVertices + std::string(100, '\0')),
               "line 5: '" + std::string(24, '?') +
-                  "...' is no keyword of OBJ; the file may be damaged.");
+                  "...' is not an OBJ keyword; the file may be damaged.");
 }
 
 TEST(ObjReaderFaults, NameAFileThatIsNotThere) {

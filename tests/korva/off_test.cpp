@@ -92,11 +92,11 @@ TEST(Off, ColoursTo255MayShowLate) {
               (Bytes{1, 0, 1, 1, 20, 1, 0, 2}));
 }
 
-TEST(Off, ColoursOutOfRangeAreMovedIntoItWithANote) {
+TEST(Off, ColoursOutOfRangeAreClampedWithANote) {
     const ImportedMesh imported = readBytes("COFF 2 0\n0 0 0 300 -1 nan\n0 0 0 1e30 254.6 255\n");
     EXPECT_EQ(imported.mesh.colors, (Bytes{255, 0, 0, 255, 255, 255, 255, 255}));
     ASSERT_EQ(imported.notes.size(), 1U);
-    EXPECT_TRUE(has(imported.notes[0], "allowed: 4."));
+    EXPECT_TRUE(has(imported.notes[0], "are clamped: 4."));
 }
 
 TEST(Off, ColoursComeBackEvenIfAllAreDark) {

@@ -120,7 +120,7 @@ TEST(PlyFaces, UVsOfFacesWinOverThoseOfVertices) {
     EXPECT_EQ(readPlyBytes(text + "0\n").mesh.triangleUVs, (Indices{2, 1, 0}));
 }
 
-TEST(PlyFaces, ManyUVsAroundAVertexTakeNoLongTime) {
+TEST(PlyFaces, ManyUVsAroundAVertexAreReadQuickly) {
     constexpr int kFaces = 200000;
     std::string body;
     for (int i = 0; i < kFaces; ++i)

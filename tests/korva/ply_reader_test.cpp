@@ -188,8 +188,9 @@ TEST(PlyReader, NotesQualityOutOfRange) {
     for (const char* value : {"1.01", "-0.1", "nan"}) {
         const ImportedMesh read = readPlyBytes(plyWithVertex("property float quality\n", value));
         EXPECT_TRUE(read.mesh.mask.empty());
-        EXPECT_EQ(read.notes[0], "The quality or mask of vertices is ignored: not all is within 0 "
-                                 "to 1 (floats) or 0 to 255 (integers).");
+        EXPECT_EQ(read.notes[0],
+                  "The quality or mask of vertices is ignored: not all values are within 0 "
+                  "to 1 (floats) or 0 to 255 (integers).");
     }
     EXPECT_TRUE(readPlyBytes(plyWithVertex("property int quality\n", "256")).mesh.mask.empty());
     EXPECT_TRUE(readPlyBytes(plyWithVertex("property int quality\n", "-1")).mesh.mask.empty());

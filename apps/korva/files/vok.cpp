@@ -38,7 +38,7 @@ ImportedMesh readVok(const std::filesystem::path& path, const ByteProgress& prog
     const std::uint64_t size = InputFile(path).size();
     core::DMesh mesh;
     if (!core::importDMesh(korvalite::pathText(path), mesh))
-        failToRead(path, "it is no .Vok mesh, or damaged.");
+        failToRead(path, "it is not a .Vok mesh, or it is damaged.");
     if (!core::canBeDecimated(mesh)) failToRead(path, "a triangle refers to a missing vertex.");
     if (progress) progress(size, size);
     numberUVs(mesh);

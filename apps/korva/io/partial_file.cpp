@@ -59,7 +59,7 @@ void PartialFile::commit() {
     const std::lock_guard lock(pending().mutex);
     std::error_code failure;
     std::filesystem::rename(partialPath_, path_, failure);
-    if (failure) fail("a file of that name is there, and is protected or in use.");
+    if (failure) fail("a file of that name exists and is protected or in use.");
     isCommitted_ = true;
     pending().files.erase(this);
 }

@@ -146,7 +146,7 @@ void ObjParser::ignore(std::string_view keyword, ObjLine& line) {
     const std::optional<ObjLoss> loss = lossByIgnoring(keyword);
     if (!loss) return;
     if (*loss == ObjLoss::UnknownKeyword && !isLetter(keyword.front()))
-        line.fail(quoted(keyword) + " is no keyword of OBJ; the file may be damaged.");
+        line.fail(quoted(keyword) + " is not an OBJ keyword; the file may be damaged.");
     if (*loss == ObjLoss::Smoothing && line.hasMore()) {
         const std::string_view group = line.takeWord();
         if (group == "off" || group == "0") return;

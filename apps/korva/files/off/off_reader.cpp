@@ -197,10 +197,10 @@ void OffReader::addNotes() {
             "Faces with fewer than 3 corners are skipped: " + std::to_string(tooFewCorners_) + ".");
     if (hasFaceColors_) notes.emplace_back("The colours of faces are ignored.");
     if (hasMoreNumbers_)
-        notes.emplace_back("Vertices have more numbers than the first line of the file explains; "
-                           "they are ignored.");
+        notes.emplace_back("Some vertices have more numbers than the first line of the file "
+                           "announces; these are ignored.");
     if (colors_.outOfRange() > 0)
-        notes.push_back("Colour values out of range are moved to the nearest that is allowed: " +
+        notes.push_back("Colour values out of range are clamped: " +
                         std::to_string(colors_.outOfRange()) + ".");
     if (!firstWordOfNextLine().empty())
         notes.push_back("What follows the last face, from line " + std::to_string(words_.line()) +

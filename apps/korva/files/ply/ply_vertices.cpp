@@ -72,8 +72,9 @@ void dropBytesOutOfRange(const std::array<ByteColumn, 4>& colors, const ByteColu
     }
     if (!mask.isInRange()) {
         imported.mesh.mask = {};
-        imported.notes.emplace_back("The quality or mask of vertices is ignored: not all is "
-                                    "within 0 to 1 (floats) or 0 to 255 (integers).");
+        imported.notes.emplace_back(
+            "The quality or mask of vertices is ignored: not all values are "
+            "within 0 to 1 (floats) or 0 to 255 (integers).");
     }
 }
 
