@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "korva/files/vok.h"
 #include "korva/io/input_file.h"
 #include "korva/io/output_file.h"
 #include "support/full_disk.h"
@@ -137,6 +138,18 @@ TEST_F(IoFiles, AFullDiskLeavesTheOldFile) {
     EXPECT_NE(sentence.find("disk is full"), std::string::npos) << sentence;
     EXPECT_EQ(test::readWhole(folder_ / u8"a.txt"), "old");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path.parent_path()), {}), 1);
+}
+
+TEST_F(IoFiles, WritingVokLeavesOtherFilesAlone) {
+    test::writeWhole(folder_ / u8"a.Vok.part", "mine");
+    korvalite::Mesh mesh;
+    mesh.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0};
+    mesh.triangles = {0, 1, 2};
+    writeVok(test::pathOfUtf8(folder_ / u8"a.Vok"), mesh);
+    EXPECT_EQ(test::readWhole(folder_ / u8"a.Vok.part"), "mine");
+    EXPECT_EQ(readVok(test::pathOfUtf8(folder_ / u8"a.Vok")).mesh.triangles, mesh.triangles);
+    const std::filesystem::directory_iterator files(test::pathOfUtf8(folder_.path()));
+    EXPECT_EQ(std::distance(files, {}), 2);
 }
 
 TEST_F(IoFiles, AMissingFolderIsNamed) {
