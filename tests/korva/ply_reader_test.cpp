@@ -252,6 +252,17 @@ TEST(PlyReader, SkipsExtraElementsInBinary) {
     EXPECT_EQ(read.mesh.positions, (Floats{0, 2, 3, 1, 2, 3, 2, 2, 3}));
 }
 
+TEST(PlyReader, FacesTakeNoMemoryForTheElementsAfterThem) {
+    const std::string text = "ply\nformat binary_little_endian 1.0\nelement face 2\n"
+                             "property list uchar uchar vertex_indices\nelement vertex 1000\n" +
+                             kPlyVertexLines + "end_header\n";
+    Bytes body;
+    body.addAll<std::uint8_t>({3, 0, 1, 2, 3, 2, 1, 0}).addAll(Floats(3000));
+    const korvalite::Mesh mesh = readPlyBytes(text + body.text()).mesh;
+    EXPECT_EQ(mesh.triangles, (Indices{0, 1, 2, 2, 1, 0}));
+    EXPECT_EQ(mesh.triangles.capacity(), mesh.triangles.size());
+}
+
 TEST(PlyReader, NoteOfManyNamesIsShortAndPrintable) {
     std::string properties = "property int \x1b[31m\n";
     std::string values = "0";

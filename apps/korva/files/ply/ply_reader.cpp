@@ -99,8 +99,17 @@ void skipRows(PlyRows& rows, const PlyElement& element, const std::vector<int>& 
         rows.readRow(row);
 }
 
-/// How many triangles the bytes left are enough for, if nothing else follows. Exact for a binary
-/// file of polygons with nothing but their vertices.
+/// The bytes left that the elements after this one do not need.
+std::uint64_t bytesFor(const PlyHeader& header, std::size_t index, std::uint64_t left) {
+    for (std::size_t i = index + 1; i < header.elements.size(); ++i) {
+        const PlyElement& element = header.elements[i];
+        left -= std::min(left, element.count * fewestRowBytes(element, header.encoding));
+    }
+    return left;
+}
+
+/// The number of triangles for which the bytes left are enough. Exact for a binary file of polygons
+/// with nothing but their vertices.
 std::size_t trianglesIn(std::uint64_t left, const PlyElement& element,
                         const std::vector<int>& goesTo, PlyEncoding encoding) {
     if (encoding == PlyEncoding::Ascii)  // "3 0 1 2" and its end
@@ -129,7 +138,8 @@ void readElements(InputFile& file, const PlyHeader& header, const ColumnsOfEleme
             skipRows(*rows, element, columns[i]);
         else if (element.name == "face")
             faces.readFaces(*rows, element, columns[i],
-                            trianglesIn(rows->left(), element, columns[i], header.encoding));
+                            trianglesIn(bytesFor(header, i, rows->left()), element, columns[i],
+                                        header.encoding));
         else
             faces.readStrips(*rows, element, columns[i]);
     }
