@@ -104,6 +104,10 @@ public:
     [[nodiscard]] float percentage() const { return percentage_; }  // if that is the unit
     [[nodiscard]] std::uint32_t count() const { return count_; }    // otherwise
 
+    /// How many of the unit to leave of a mesh with this many vertices. A share leaves vertices.
+    /// Throws Error(BadOption) if the share is out of its range.
+    [[nodiscard]] std::uint32_t countFor(std::uint32_t vertexCount) const;
+
 private:
     Target(Unit unit, float percentage, std::uint32_t count)
         : unit_(unit), percentage_(percentage), count_(count) {}

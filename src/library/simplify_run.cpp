@@ -61,14 +61,17 @@ void decimate(core::ProgressiveMesh& pm, const Monitor& monitor, Report& report)
 
 }  // namespace
 
+std::uint32_t Target::countFor(std::uint32_t vertexCount) const {
+    if (unit_ != Unit::Percent) return count_;
+    requireBetween("target", percentage_, 0.0F, 100.0F);
+    core::BatchSettings settings;
+    settings.DecimationTargetPourcent = percentage_;
+    return static_cast<std::uint32_t>(core::targetVertexCount(settings, vertexCount));
+}
+
 std::uint32_t applyTarget(core::ProgressiveMesh& pm, const Target& target) {
     pm.targetCountsVertices = target.unit() != Target::Unit::Triangles;
-    if (target.unit() != Target::Unit::Percent) return target.count();
-    requireBetween("target", target.percentage(), 0.0F, 100.0F);
-    core::BatchSettings settings;
-    settings.DecimationTargetPourcent = target.percentage();
-    const auto vertexCount = static_cast<std::uint32_t>(pm.mesh.vertexCount());
-    return static_cast<std::uint32_t>(core::targetVertexCount(settings, vertexCount));
+    return target.countFor(static_cast<std::uint32_t>(pm.mesh.vertexCount()));
 }
 
 Report runSimplification(core::ProgressiveMesh& pm, const MeshView& mesh, const Options& options,

@@ -2,6 +2,7 @@
 //
 // Whole commands, as a user would type them.
 #include "korva/command_test.h"
+#include "support/full_disk.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -108,6 +109,27 @@ TEST_F(Korva, TakesLevelsFromAProgressiveMesh) {
               ExitCode::Done);
     // The order of vertices in a progressive mesh is that of their removal.
     EXPECT_EQ(sortedPoints(read(in("b.ply"))), sortedPoints(read(in("c.ply"))));
+}
+
+TEST_F(Korva, SaysThatAFileHasNoCoarserLevel) {
+    ASSERT_EQ(run({"progressive", sample("spot.Vok"), in("a.kvm"), "--to", "50%"}), ExitCode::Done);
+    ASSERT_EQ(run({"level", in("a.kvm"), in("b.ply"), "--to", "1000v"}), ExitCode::Done) << err_;
+    EXPECT_TRUE(has(out_, "The target of 1,000 vertices was not reached. "
+                          "This is the coarsest level of the file."))
+        << out_;
+    ASSERT_EQ(run({"level", in("a.kvm"), in("b.ply"), "--to", "50%", "--json"}), ExitCode::Done);
+    EXPECT_FALSE(nlohmann::json::parse(out_)["target"]["missed"]);
+}
+
+TEST_F(Korva, AFullDiskLeavesTheOldProgressiveMesh) {
+    ASSERT_EQ(run({"progressive", sample("spot.Vok"), in("a.kvm"), "--to", "50%"}), ExitCode::Done);
+    const std::string before = test::readWhole(in("a.kvm"));
+    {
+        const test::FullDisk full(100'000);
+        EXPECT_EQ(run({"progressive", sample("spot.Vok"), in("a.kvm")}), ExitCode::CannotWrite);
+    }
+    EXPECT_EQ(test::readWhole(in("a.kvm")), before);
+    EXPECT_EQ(fileCount(), 1);
 }
 
 TEST_F(Korva, ChecksAMesh) {

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <csignal>
 #include <cstddef>
@@ -37,19 +38,33 @@ korvalite::Mesh bumpyGrid(std::uint32_t side) {
     return mesh;
 }
 
-/// Runs korva with these words and --quiet, interrupts it after a while and returns how it ended.
-ExitCode interrupted(std::vector<std::string> words) {
+/// Runs korva with these words, interrupts it some time after its first line and returns how it
+/// ended.
+ExitCode interrupted(std::vector<std::string> words, int milliseconds = 0) {
     words.insert(words.begin(), KORVA_PATH);
-    words.emplace_back("--quiet");
     std::vector<char*> arguments;
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
+    std::array<int, 2> ends{};
+    if (pipe(ends.data()) != 0) return ExitCode::Usage;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
+    posix_spawn_file_actions_addclose(&actions, ends[0]);
     pid_t process = 0;
-    if (posix_spawn(&process, KORVA_PATH, nullptr, nullptr, arguments.data(), environ) != 0)
-        return ExitCode::Usage;
-    korvalite::core::platform::sleepMilliseconds(400);
-    kill(process, SIGINT);
+    const int failure =
+        posix_spawn(&process, KORVA_PATH, &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[1]);
+    std::array<char, 256> text{};
+    if (failure == 0 && read(ends[0], text.data(), text.size()) > 0) {
+        korvalite::core::platform::sleepMilliseconds(milliseconds);
+        kill(process, SIGINT);
+        while (read(ends[0], text.data(), text.size()) > 0) {
+        }
+    }
+    close(ends[0]);
     int status = 0;
     EXPECT_EQ(waitpid(process, &status, 0), process);
     EXPECT_TRUE(WIFEXITED(status));
@@ -68,6 +83,18 @@ TEST(Interrupt, EndsTheCommandAndLeavesNothing) {
     EXPECT_EQ(fileCount(folder.path()), 1);
 }
 
+TEST(Interrupt, LeavesAWholeFileOrNoneAtAnyMoment) {
+    for (const int milliseconds : {0, 10, 30, 100, 200, 300, 500, 800}) {
+        const test::ScratchFolder folder;
+        const std::string input = folder / u8"a.ply";
+        writePly(test::pathOfUtf8(input), bumpyGrid(300));
+        const ExitCode code =
+            interrupted({"simplify", input, folder / u8"b.glb", "--to=90%"}, milliseconds);
+        EXPECT_TRUE(code == ExitCode::Cancelled || code == ExitCode::Done);
+        EXPECT_EQ(fileCount(folder.path()), code == ExitCode::Done ? 2 : 1) << milliseconds;
+    }
+}
+
 TEST(Interrupt, EndsABatchAndLeavesOnlyItsSummary) {
     const test::ScratchFolder folder;
     std::filesystem::create_directory(test::pathOfUtf8(folder / u8"in"));
@@ -76,7 +103,9 @@ TEST(Interrupt, EndsABatchAndLeavesOnlyItsSummary) {
         writePly(test::pathOfUtf8(folder / name), mesh);
     EXPECT_EQ(interrupted({"batch", folder / u8"in", folder / u8"out", "--to=0v", "--jobs=2"}),
               ExitCode::Cancelled);
-    EXPECT_EQ(fileCount(folder / u8"out"), 2);
+    for (const auto& entry :
+         std::filesystem::directory_iterator(test::pathOfUtf8(folder / u8"out")))
+        EXPECT_EQ(entry.path().stem(), "korva-batch");
 }
 
 }  // namespace

@@ -2,12 +2,17 @@
 #include "korva/files/vok.h"
 #include "korva/io/input_file.h"
 #include "korva/io/output_file.h"
+#include "korva/io/partial_file.h"
 #include "support/full_disk.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -121,6 +126,33 @@ TEST_F(IoFiles, AFileThatIsNotCompleteLeavesTheOldOne) {
     }
     EXPECT_EQ(test::readWhole(folder_ / u8"a.txt"), "old");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path.parent_path()), {}), 1);
+}
+
+TEST_F(IoFiles, AFileThatIsAbandonedLeavesTheOldOne) {
+    const std::filesystem::path path = write("old");
+    const auto abandon = [&] {
+        PartialFile file(path);
+        std::ofstream(file.partialPath()) << "new";
+        PartialFile::abandonAll();
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(abandon(), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(test::readWhole(folder_ / u8"a.txt"), "old");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path.parent_path()), {}), 1);
+}
+
+TEST_F(IoFiles, WritingReportsHowFarItIs) {
+    std::vector<std::uint64_t> seen;
+    OutputFile file(test::pathOfUtf8(folder_ / u8"b.txt"),
+                    [&](std::uint64_t done, std::uint64_t total) {
+                        seen.push_back(done);
+                        EXPECT_EQ(total, 0);
+                    });
+    file.write(std::string(3'000'000, 'x'));
+    file.commit();
+    EXPECT_GT(seen.size(), 2);
+    EXPECT_TRUE(std::ranges::is_sorted(seen));
+    EXPECT_EQ(seen.back(), 3'000'000);
 }
 
 TEST_F(IoFiles, AFullDiskLeavesTheOldFile) {

@@ -165,6 +165,20 @@ TEST_F(Levels, ProgressNeverGoesBack) {
     EXPECT_GT(shown, 0.9);
 }
 
+TEST_F(Levels, SayWhichOfThemMissTheirTarget) {
+    ASSERT_EQ(
+        run({"lods", sample("spot.Vok"), in("out"), "--levels", "2000v,0v", "--format", ".ply"}),
+        ExitCode::Done)
+        << err_;
+    EXPECT_FALSE(has(out_, "Its target of 2,000"));
+    EXPECT_TRUE(has(out_, "Its target of 0 was not reached.")) << out_;
+    const nlohmann::json index = nlohmann::json::parse(test::readWhole(in("out/spot-lods.json")));
+    EXPECT_EQ(index["levels"][0]["asked"], 2'000);
+    EXPECT_FALSE(index["levels"][0]["missed"]);
+    EXPECT_TRUE(index["levels"][1]["missed"]);
+    EXPECT_TRUE(std::filesystem::exists(path("out/spot-lod1.ply")));
+}
+
 TEST_F(Levels, OfAMeshWithoutTrianglesHaveNoError) {
     MeasuredLevels levels({}, allLevels(), {});
     const auto noMonitor = [](double, double) { return korvalite::Monitor(); };

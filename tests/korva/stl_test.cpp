@@ -133,7 +133,7 @@ TEST(Stl, NotesColoursInBinary) {
     expectSquare(imported.mesh);
     ASSERT_EQ(imported.notes.size(), 1U);
     EXPECT_EQ(imported.notes[0],
-              "The attributes of 1 triangles, which may be colours, are ignored.");
+              "The attributes of 1 triangle, which may be colours, are ignored.");
     bytes.replace(30, 10, "COLOR=\x01\x02\x03\xFF");
     EXPECT_EQ(readBytes(bytes).notes.size(), 2U);
 }

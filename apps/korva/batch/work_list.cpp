@@ -72,7 +72,7 @@ std::vector<fs::path> pathsIn(const fs::path& list) {
     std::vector<fs::path> found;
     std::string_view line;
     for (bool isFirst = true; file.readLine(line); isFirst = false) {
-        if (isFirst && line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
+        if (isFirst) skipByteOrderMark(line);
         if (line.starts_with('#') || line.find_first_not_of(" \t") == std::string_view::npos)
             continue;
         if (line.find('\0') != std::string_view::npos)

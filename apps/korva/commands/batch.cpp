@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "korva/batch/batch_run.h"
 #include "korva/commands/command.h"
-#include "korva/files/file_table.h"
 #include "korva/goal.h"
 #include "korva/interrupt.h"
 #include "platform/platform.h"
@@ -55,14 +54,7 @@ std::uint64_t budgetIn(const std::string& text) {
     const bool isNumber = failure == std::errc() && number >= 1 && number < 1e18;
     if (isNumber && (unit.empty() || unit == "B")) return static_cast<std::uint64_t>(number);
     throw korvalite::Error(korvalite::ErrorCode::BadOption,
-                           "'" + text + "' is no amount of memory: write for example 8GB.");
-}
-
-/// The suffix that was asked for, without its point.
-std::string formatIn(const std::string& text) {
-    std::string suffix = text.substr(text.starts_with('.') ? 1 : 0);
-    if (!suffix.empty()) static_cast<void>(fileKindOf(pathOf("x." + suffix)));
-    return suffix;
+                           "'" + text + "' is not an amount of memory; write 8GB, for example.");
 }
 
 ExitCode batch(const Arguments& arguments, const Console& console) {
@@ -100,7 +92,7 @@ void addBatchOptions(CLI::App& command, Arguments& arguments) {
         "--memory", arguments.memory,
         "How much memory to use, such as 8GB; a mesh that may need more runs alone. By "
         "default three quarters of what is free");
-    command.add_flag("--again", arguments.doAgain, "Do everything anew, even what is done already");
+    command.add_flag("--again", arguments.doAgain, "Repeat what is done already");
     command.add_flag("--strict", arguments.isStrict, "Exit with 3 if a target is not reached");
 }
 

@@ -66,6 +66,10 @@ void finishCommand(CLI::App& command, Chosen& chosen, const std::shared_ptr<Argu
 void requireSuffix(const std::filesystem::path& path, std::string_view suffix,
                    std::string_view rule);
 
+/// The suffix that --format asks for, without its point; empty if it was not given. Throws
+/// Error(BadOption) if it is not known.
+[[nodiscard]] std::string formatIn(const std::string& text);
+
 /// A file as one mesh, without repairs. What was lost is added to the notes.
 [[nodiscard]] korvalite::Mesh loadAsItIs(const std::string& path, InputOptions options,
                                          std::vector<std::string>& notes,

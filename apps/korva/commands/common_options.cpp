@@ -23,8 +23,10 @@ void addInputOptions(CLI::App& command, InputOptions& input) {
     const auto* group = "Input";
     command.add_flag("--weld", input.weld, "Join vertices at exactly the same place")->group(group);
     command
-        .add_flag("!--no-repair", input.repair,
-                  "Keep unused vertices and triangles that are there twice or have a vertex twice")
+        .add_flag(
+            "!--no-repair", input.repair,
+            "Keep unused vertices, and triangles that are there twice, have a vertex twice or a "
+            "vertex that is not finite")
         ->group(group);
     command.add_flag("!--no-colors", input.colors, "Leave the colours out")->group(group);
     CLI::Option* noMask =
@@ -104,6 +106,12 @@ void requireSuffix(const std::filesystem::path& path, std::string_view suffix,
     std::string sentence(rule);
     sentence += ", but this is " + textOf(path) + ".";
     throw korvalite::Error(korvalite::ErrorCode::BadOption, sentence);
+}
+
+std::string formatIn(const std::string& text) {
+    std::string suffix = text.substr(text.starts_with('.') ? 1 : 0);
+    if (!suffix.empty()) static_cast<void>(fileKindOf(pathOf("x." + suffix)));
+    return suffix;
 }
 
 korvalite::Mesh loadAsItIs(const std::string& path, InputOptions options,

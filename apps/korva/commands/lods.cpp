@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "korva/commands/command.h"
 #include "korva/files/file_table.h"
+#include "korva/interrupt.h"
 #include "korva/io/output_file.h"
 #include "korva/json_text.h"
 #include "korva/level_list.h"
@@ -49,7 +50,14 @@ public:
         }
     }
 
-    /// `targets` has one for each mesh.
+    /// How many vertices or triangles the targets ask for. There is one for each mesh.
+    [[nodiscard]] std::uint64_t asked(const std::vector<Target>& targets) const {
+        std::uint64_t sum = 0;
+        for (std::size_t i = 0; i < meshes_.size(); ++i)
+            sum += targets[i].countFor(meshes_[i].finestVertexCount());
+        return sum;
+    }
+
     Scene level(const std::vector<Target>& targets, const korvalite::Monitor& monitor,
                 MeasuredError& error) {
         Scene scene;
@@ -96,27 +104,41 @@ struct Output {
     }
 };
 
-void describe(Output& output, const std::string& name, const Scene& scene,
-              const MeasuredError& error) {
+/// One of the levels, and what was asked for.
+struct Level {
+    int number;  // from 1
+    std::uint64_t asked;
+    bool countsTriangles;
+    Scene scene;
+    MeasuredError error;
+};
+
+void describe(Output& output, const std::string& name, const Level& level) {
+    const std::uint64_t vertices = level.scene.vertexCount();
+    const std::uint64_t triangles = level.scene.triangleCount();
+    const bool isMissed = (level.countsTriangles ? triangles : vertices) > level.asked;
     output.index.push_back({{"file", name},
-                            {"vertices", scene.vertexCount()},
-                            {"triangles", scene.triangleCount()},
-                            {"error", jsonOf(error)}});
-    output.lines.push_back(name + ": " + withCommas(scene.vertexCount()) + " vertices, " +
-                           withCommas(scene.triangleCount()) + " triangles, at most " +
-                           withDigits(error.atMost) + " from the input.");
+                            {"vertices", vertices},
+                            {"triangles", triangles},
+                            {"asked", level.asked},
+                            {"missed", isMissed},
+                            {"error", jsonOf(level.error)}});
+    std::string line = name + ": " + withCommas(vertices) + " vertices, " + withCommas(triangles) +
+                       " triangles, at most " + withDigits(level.error.atMost) + " from the input.";
+    if (isMissed) line += " Its target of " + withCommas(level.asked) + " was not reached.";
+    output.lines.push_back(line);
 }
 
-void save(Output& output, Scene scene, int number, const MeasuredError& error, bool asGlb) {
-    const std::string ending = "-lod" + std::to_string(number) + output.suffix;
-    describe(output, output.stem + ending, scene, error);
+void save(Output& output, Level level, bool asGlb, const ByteProgress& progress) {
+    const std::string number = std::to_string(level.number);
+    const std::string ending = "-lod" + number + output.suffix;
+    describe(output, output.stem + ending, level);
     if (asGlb)
-        for (const NamedMesh& named : scene.meshes)
+        for (const NamedMesh& named : level.scene.meshes)
             output.all.meshes.push_back(
-                {(named.name.empty() ? output.stem : named.name) + " LOD" + std::to_string(number),
-                 named.mesh});
-    const std::string loss = saveScene(output.path(ending), scene);
-    if (!loss.empty() && number == 1) output.notes.push_back(loss);
+                {(named.name.empty() ? output.stem : named.name) + " LOD" + number, named.mesh});
+    const std::string loss = saveScene(output.path(ending), level.scene, progress);
+    if (!loss.empty() && level.number == 1) output.notes.push_back(loss);
 }
 
 void makeFolder(const std::filesystem::path& folder) {
@@ -139,7 +161,8 @@ Output startOutput(const Arguments& arguments) {
     const std::filesystem::path input = pathOf(arguments.input);
     output.folder = pathOf(arguments.folder);
     output.stem = textOf(input.stem());
-    output.suffix = arguments.format.empty() ? textOf(input.extension()) : "." + arguments.format;
+    const std::string format = formatIn(arguments.format);
+    output.suffix = format.empty() ? textOf(input.extension()) : "." + format;
     static_cast<void>(fileKindOf(output.path(output.suffix)));
     return output;
 }
@@ -159,15 +182,20 @@ ExitCode lods(const Arguments& arguments, const Console& console) {
         SceneLevels all(scene, arguments.engine.with(levels.back()),
                         [&bar](double from, double to) { return followWork(bar, 1, from, to); });
         makeFolder(output.folder);
+        const auto whileWriting = [](std::uint64_t, std::uint64_t) { throwIfInterrupted(); };
         for (std::size_t i = 0; i < levels.size(); ++i) {
             const auto count = static_cast<double>(levels.size());
             const auto done = static_cast<double>(i);
-            MeasuredError error;
-            Scene level =
-                all.level(shares[i], followWork(bar, 2, done / count, (done + 1) / count), error);
-            save(output, std::move(level), static_cast<int>(i) + 1, error, arguments.asGlb);
+            Level level{static_cast<int>(i) + 1,
+                        all.asked(shares[i]),
+                        levels[i].unit() == Target::Unit::Triangles,
+                        {},
+                        {}};
+            level.scene = all.level(shares[i], followWork(bar, 2, done / count, (done + 1) / count),
+                                    level.error);
+            save(output, std::move(level), arguments.asGlb, whileWriting);
         }
-        if (arguments.asGlb) saveScene(output.path("-lods.glb"), output.all);
+        if (arguments.asGlb) saveScene(output.path("-lods.glb"), output.all, whileWriting);
         writeIndex(output, input);
     }
     console.say(output.notes);

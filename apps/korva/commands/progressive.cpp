@@ -57,6 +57,20 @@ ExitCode progressive(const Arguments& arguments, const Console& console) {
     return ExitCode::Done;
 }
 
+/// Of the level that it was taken to.
+korvalite::Report reportOf(const korvalite::ProgressiveMesh& progressive,
+                           const korvalite::Target& target) {
+    const bool countsTriangles = target.unit() == korvalite::Target::Unit::Triangles;
+    korvalite::Report report;
+    report.inputVertices = progressive.finestVertexCount();
+    report.inputTriangles = progressive.finestTriangleCount();
+    report.asked = target.countFor(progressive.finestVertexCount());
+    report.reached = countsTriangles ? progressive.triangleCount() : progressive.vertexCount();
+    report.missed = report.reached > report.asked;
+    if (report.missed) report.advice = "This is the coarsest level of the file.";
+    return report;
+}
+
 ExitCode level(const Arguments& arguments, const Console& console) {
     const std::filesystem::path input = pathOf(arguments.input);
     requireKvm(input);
@@ -71,8 +85,7 @@ ExitCode level(const Arguments& arguments, const Console& console) {
         korvalite::ProgressiveMesh progressive = korvalite::ProgressiveMesh::load(input);
         Scene scene;
         scene.meshes.push_back({"", progressive.level(target, followWork(bar, 0))});
-        outcome.report.inputVertices = progressive.finestVertexCount();
-        outcome.report.inputTriangles = progressive.finestTriangleCount();
+        outcome.report = reportOf(progressive, target);
         outcome.vertices = scene.vertexCount();
         outcome.triangles = scene.triangleCount();
         const std::string loss = saveScene(outcome.output, scene, followBytes(bar, 1));

@@ -83,7 +83,8 @@ const FileKind& fileKindOf(const std::filesystem::path& path) {
         known += (known.empty() ? "" : ", ") + std::string(k.suffix);
     throw korvalite::Error(korvalite::ErrorCode::BadOption,
                            "The format of " + textOf(path) +
-                               " is not known by its suffix; known are " + known + ".");
+                               " is not known by its suffix. The known suffixes are " + known +
+                               ".");
 }
 
 std::string lossOf(const FileKind& kind, const Scene& scene) {

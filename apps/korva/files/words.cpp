@@ -108,4 +108,15 @@ std::string quoted(std::string_view word) {
     return text + (word.size() > kMost ? "...'" : "'");
 }
 
+std::string printable(std::string_view name) {
+    constexpr std::size_t kLongest = 60;
+    std::string text(name.substr(0, kLongest));
+    for (char& c : text) {
+        const auto code = static_cast<unsigned char>(c);
+        if (code < 0x20 || code > 0x7E) c = '?';
+    }
+    if (name.size() > kLongest) text += "...";
+    return text;
+}
+
 }  // namespace korva

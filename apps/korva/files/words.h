@@ -60,4 +60,7 @@ private:
 /// A word for a message, in quotes: its first characters, without what cannot be printed.
 [[nodiscard]] std::string quoted(std::string_view word);
 
+/// A name from a file, fit for a message: short and without control characters.
+[[nodiscard]] std::string printable(std::string_view name);
+
 }  // namespace korva

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/files/gltf/gltf_losses.h"
 
+#include "korva/files/words.h"
+
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -87,7 +89,7 @@ std::vector<std::string> gltfLosses(const GltfItem& root) {
 void refuseGltfExtensions(const GltfItem& root) {
     for (const std::string& name : root.texts("extensionsRequired")) {
         if (!isHarmless(name))
-            root.fail("the file needs the extension " + name +
+            root.fail("the file needs the extension " + printable(name) +
                       ", which is not supported; export it without this extension.");
     }
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <span>
 #include <string>
@@ -20,7 +21,7 @@ constexpr std::size_t kRowsPerPulse = std::size_t{1} << 18U;
 
 /// NaN becomes 0.
 std::uint8_t byteOf(float share) {
-    return share > 0 ? static_cast<std::uint8_t>(255 * std::min(share, 1.0F) + 0.5F) : 0;
+    return share > 0 ? static_cast<std::uint8_t>(std::lround(255 * std::min(share, 1.0F))) : 0;
 }
 
 class MeshReader {

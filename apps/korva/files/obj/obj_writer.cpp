@@ -1,46 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "korva/files/obj/obj_writer.h"
 
-#include "korva/io/output_file.h"
+#include "korva/files/text_line.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 namespace korva {
 
 namespace {
 
-/// A line that is put together before it goes to the file.
-class Line {
-public:
-    explicit Line(std::string_view keyword) { add(keyword); }
-
-    void add(std::string_view text) { end_ = std::copy(text.begin(), text.end(), end_); }
-
-    /// Floats in the fewest digits that read back as the same.
-    template <typename Number>
-    void add(char separator, Number number) {
-        *end_++ = separator;
-        end_ = std::to_chars(end_, text_.data() + text_.size(), number).ptr;
-    }
-
-    void writeTo(OutputFile& file) {
-        *end_++ = '\n';
-        file.write(text_.data(), static_cast<std::size_t>(end_ - text_.data()));
-    }
-
-private:
-    std::array<char, 128> text_{};  // the longest has nine indices of up to 10 digits
-    char* end_ = text_.data();
-};
-
 void writeVertices(OutputFile& file, const korvalite::Mesh& mesh) {
     for (std::size_t i = 0; i < mesh.vertexCount(); ++i) {
-        Line line("v");
+        TextLine line("v");
         for (std::size_t axis = 0; axis < 3; ++axis)
             line.add(' ', mesh.positions[3 * i + axis]);
         for (std::size_t channel = 0; channel < 3 && !mesh.colors.empty(); ++channel)
@@ -51,7 +23,7 @@ void writeVertices(OutputFile& file, const korvalite::Mesh& mesh) {
 
 void writeUVs(OutputFile& file, const korvalite::Mesh& mesh) {
     for (std::size_t i = 0; i + 1 < mesh.uvs.size(); i += 2) {
-        Line line("vt");
+        TextLine line("vt");
         line.add(' ', mesh.uvs[i]);
         line.add(' ', mesh.uvs[i + 1]);
         line.writeTo(file);
@@ -60,7 +32,7 @@ void writeUVs(OutputFile& file, const korvalite::Mesh& mesh) {
 
 void writeNormals(OutputFile& file, std::span<const float> normals) {
     for (std::size_t i = 0; i < normals.size(); i += 3) {
-        Line line("vn");
+        TextLine line("vn");
         for (std::size_t axis = 0; axis < 3; ++axis)
             line.add(' ', normals[i + axis]);
         line.writeTo(file);
@@ -70,7 +42,7 @@ void writeNormals(OutputFile& file, std::span<const float> normals) {
 /// A corner is "v", "v/vt", "v//vn" or "v/vt/vn".
 void writeTriangles(OutputFile& file, const korvalite::Mesh& mesh, bool hasNormals) {
     for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
-        Line line("f");
+        TextLine line("f");
         for (std::size_t corner = i; corner < i + 3; ++corner) {
             line.add(' ', std::uint64_t{mesh.triangles[corner]} + 1);
             if (!mesh.triangleUVs.empty())

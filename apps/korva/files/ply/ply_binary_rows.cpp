@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/files/ply/ply_rows.h"
 
+#include "korva/files/words.h"
+
 #include <bit>
 #include <cstring>
 #include <string>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/files/ply/ply_header.h"
 
+#include "korva/files/words.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -91,7 +93,7 @@ private:
     char heldBack_ = 0;  // the first of the next line, if it was read already
 };
 
-std::string_view takeWord(std::string_view& text) {
+std::string_view takeName(std::string_view& text) {
     const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
     const auto begin = std::find_if_not(text.begin(), text.end(), isBlank);
     const auto end = std::find_if(begin, text.end(), isBlank);
@@ -102,7 +104,7 @@ std::string_view takeWord(std::string_view& text) {
 }
 
 void parseFormat(const HeaderLines& lines, std::string_view rest, PlyHeader& header) {
-    const std::string_view name = takeWord(rest);
+    const std::string_view name = takeName(rest);
     if (name == "ascii")
         header.encoding = PlyEncoding::Ascii;
     else if (name == "binary_little_endian")
@@ -115,9 +117,9 @@ void parseFormat(const HeaderLines& lines, std::string_view rest, PlyHeader& hea
 
 void parseElement(const HeaderLines& lines, std::string_view rest, PlyHeader& header) {
     PlyElement element;
-    element.name = takeWord(rest);
-    const std::optional<std::uint64_t> count = countOf(takeWord(rest));
-    if (!count || !takeWord(rest).empty()) lines.fail("is not an element with its count.");
+    element.name = takeName(rest);
+    const std::optional<std::uint64_t> count = countOf(takeName(rest));
+    if (!count || !takeName(rest).empty()) lines.fail("is not an element with its count.");
     element.count = *count;
     header.elements.push_back(std::move(element));
 }
@@ -131,15 +133,15 @@ PlyType parseType(const HeaderLines& lines, std::string_view name) {
 void parseProperty(const HeaderLines& lines, std::string_view rest, PlyHeader& header) {
     if (header.elements.empty()) lines.fail("has a property before any element.");
     PlyProperty property;
-    std::string_view word = takeWord(rest);
+    std::string_view word = takeName(rest);
     property.isList = word == "list";
     if (property.isList) {
-        property.countType = parseType(lines, takeWord(rest));
-        word = takeWord(rest);
+        property.countType = parseType(lines, takeName(rest));
+        word = takeName(rest);
     }
     property.type = parseType(lines, word);
-    property.name = takeWord(rest);
-    if (property.name.empty() || !takeWord(rest).empty())
+    property.name = takeName(rest);
+    if (property.name.empty() || !takeName(rest).empty())
         lines.fail("is not a property with its name.");
     header.elements.back().properties.push_back(std::move(property));
 }
@@ -170,17 +172,6 @@ std::uint64_t fewestRowBytes(const PlyElement& element, PlyEncoding encoding) {
     return bytes;
 }
 
-std::string printable(std::string_view name) {
-    constexpr std::size_t kLongest = 60;
-    std::string text(name.substr(0, kLongest));
-    for (char& c : text) {
-        const auto code = static_cast<unsigned char>(c);
-        if (code < 0x20 || code > 0x7E) c = '?';
-    }
-    if (name.size() > kLongest) text += "...";
-    return text;
-}
-
 PlyHeader readPlyHeader(InputFile& file) {
     PlyHeader header;
     HeaderLines lines(file);
@@ -190,7 +181,7 @@ PlyHeader readPlyHeader(InputFile& file) {
     bool hasFormat = false;
     for (;;) {
         std::string_view rest = lines.next();
-        const std::string_view keyword = takeWord(rest);
+        const std::string_view keyword = takeName(rest);
         if (keyword == "end_header") break;
         if (keyword == "format") {
             parseFormat(lines, rest, header);
@@ -200,7 +191,7 @@ PlyHeader readPlyHeader(InputFile& file) {
         } else if (keyword == "property") {
             parseProperty(lines, rest, header);
         } else if (keyword == "comment") {
-            if (takeWord(rest) == "TextureFile") ++header.textureCount;
+            if (takeName(rest) == "TextureFile") ++header.textureCount;
         } else if (keyword != "obj_info" && !keyword.empty()) {
             lines.fail("starts with the unknown word \"" + printable(keyword) + "\".");
         }

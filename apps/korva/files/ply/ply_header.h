@@ -49,7 +49,4 @@ struct PlyHeader {
 /// The fewest bytes that a row of the element can take; 0 if it has no properties.
 [[nodiscard]] std::uint64_t fewestRowBytes(const PlyElement& element, PlyEncoding encoding);
 
-/// A name from a file, fit for a message: short and without control characters.
-[[nodiscard]] std::string printable(std::string_view name);
-
 }  // namespace korva

@@ -106,7 +106,8 @@ ImportedMesh readBinary(InputFile& file) {
     imported.mesh = welder.take();
     if (withAttributes > 0)
         imported.notes.push_back("The attributes of " + std::to_string(withAttributes) +
-                                 " triangles, which may be colours, are ignored.");
+                                 (withAttributes == 1 ? " triangle" : " triangles") +
+                                 ", which may be colours, are ignored.");
     return imported;
 }
 
