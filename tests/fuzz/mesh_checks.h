@@ -3,6 +3,8 @@
 // What the fuzz targets of mesh files check. A check that fails aborts, which the fuzzer reports.
 #pragma once
 
+#include "support/scratch_folder.h"
+
 #include <korvalite/korvalite.h>
 
 #include <cmath>
@@ -10,6 +12,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <string>
 #include <vector>
 
 namespace korva::test {
@@ -47,6 +51,27 @@ inline bool sameFloats(const std::vector<float>& a, const std::vector<float>& b)
             return false;
     }
     return true;
+}
+
+/// The bytes are those of a file: reading it must end in Error(CannotRead) or a consistent mesh,
+/// and `requireSame` gets that mesh and the one that comes back from a file of its own.
+template <auto read, auto write, typename RequireSame>
+void requireRoundTrip(const std::uint8_t* data, std::size_t size, RequireSame requireSame) {
+    namespace core = korvalite::core::test;
+    static const core::ScratchFolder folder;
+    static const std::string name = folder / u8"mesh";
+    const std::filesystem::path path = core::pathOfUtf8(name);
+    core::writeWhole(name, std::string(data, data + size));
+    korvalite::Mesh mesh;
+    try {
+        mesh = read(path, {}).mesh;
+    } catch (const korvalite::Error& error) {
+        require(error.code() == korvalite::ErrorCode::CannotRead);
+        return;
+    }
+    requireConsistent(mesh);
+    write(path, mesh);
+    requireSame(mesh, read(path, {}).mesh);
 }
 
 }  // namespace korva::test

@@ -43,7 +43,7 @@ template <auto write>
 std::string bytesWrittenBy(const korvalite::Mesh& mesh) {
     const korvalite::core::test::ScratchFolder folder;
     const std::string path = folder / u8"mesh";
-    write(korvalite::core::test::pathOfUtf8(path), mesh);
+    write(korvalite::core::test::pathOfUtf8(path), mesh, {});
     return korvalite::core::test::readWhole(path);
 }
 

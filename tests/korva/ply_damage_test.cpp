@@ -160,8 +160,8 @@ TEST(PlyDamage, FaultsInTextNameTheirLine) {
               "ends before.");
     EXPECT_EQ(errorOfFace("9000000000 0 1 2\n"),
               "line 14: its list vertex_indices has 9000000000 numbers, but the line ends before.");
-    EXPECT_EQ(errorOfFace("2.5 0 1\n"), "line 14: the length of list vertex_indices is no count.");
-    EXPECT_EQ(errorOfFace("-3 0 1\n"), "line 14: the length of list vertex_indices is no count.");
+    EXPECT_EQ(errorOfFace("2.5 0 1\n"), "line 14: the length of list vertex_indices is not a count.");
+    EXPECT_EQ(errorOfFace("-3 0 1\n"), "line 14: the length of list vertex_indices is not a count.");
     EXPECT_EQ(plyErrorOf(plyWithVertex("property float w\n", "")),
               "line 9: a number is missing at its end.");
     EXPECT_EQ(plyErrorOf(plyWithVertex("property float quality\n", "1,5")),
@@ -191,7 +191,7 @@ TEST(PlyDamage, FaultsInBinaryNameTheirElement) {
         plyErrorOf(header + vertex + good + Bytes().addAll<std::int32_t>({3, 0, 0, 7}).text()),
         "face 1 (counted from 0): it uses vertex 7, but there are only 1 (counted from 0).");
     EXPECT_EQ(plyErrorOf(header + vertex + Bytes().addAll<std::int32_t>({-1, 0, 0}).text()),
-              "face 0 (counted from 0): the length of list vertex_indices is no count.");
+              "face 0 (counted from 0): the length of list vertex_indices is not a count.");
     EXPECT_EQ(plyErrorOf(header + vertex + Bytes().addAll<std::int32_t>({2000000000, 0}).text()),
               "face 0 (counted from 0): its list vertex_indices has 2000000000 numbers, but the "
               "file ends before; is it damaged or cut off?");

@@ -21,7 +21,7 @@ struct Arguments {
     bool isRecursive = false;
     bool doAgain = false;
     bool isStrict = false;
-    int jobs = 0;        // 0 means as many as processors
+    int jobs = 0;        // 0 means one for each processor
     std::string memory;  // empty means a share of what is free
     InputOptions inputOptions;
     EngineOptions engine;
@@ -84,8 +84,8 @@ void addBatchOptions(CLI::App& command, Arguments& arguments) {
     command.add_flag("--recursive", arguments.isRecursive, "Also take the folders in a folder");
     command
         .add_option("--jobs", arguments.jobs,
-                    "How many meshes at once at most, from 1 to 1024; 0 means as many as "
-                    "processors")
+                    "How many meshes at once at most, from 1 to 1024; 0 means one for each "
+                    "processor")
         ->check(CLI::Range(0, 1024))
         ->capture_default_str();
     command.add_option(

@@ -85,7 +85,7 @@ void drawBand(const Panel& panel, const Projection& projection, int threads,
     });
 }
 
-/// A pixel from the sum of its samples, of which `seen` show the mesh.
+/// A pixel from the sum of its samples; a share of them, `seen`, show the mesh.
 void setPixel(const Light& sum, float seen, const Light& background, std::size_t channels,
               std::uint8_t* pixel) {
     for (std::size_t k = 0; k < 3; ++k) {

@@ -138,7 +138,7 @@ private:
 
     void readList(const PlyProperty& property, int goesTo, PlyRow& row) {
         const std::int64_t count = takeWhole();
-        if (count < 0) fail("the length of list " + printable(property.name) + " is no count.");
+        if (count < 0) fail("the length of list " + printable(property.name) + " is not a count.");
         // Each number takes a blank and a digit.
         if (count > (end_ - at_) / 2)
             fail("its list " + printable(property.name) + " has " + std::to_string(count) +

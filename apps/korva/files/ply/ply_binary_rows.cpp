@@ -136,7 +136,7 @@ private:
         const auto count = loadAs<isSwapped, std::int64_t>(property.countType,
                                                            take(byteSizeOf(property.countType)));
         const std::size_t itemBytes = byteSizeOf(property.type);
-        if (count < 0) fail("the length of list " + printable(property.name) + " is no count.");
+        if (count < 0) fail("the length of list " + printable(property.name) + " is not a count.");
         // The division takes time, and take() finds out about short lists.
         if (count > kLongList && static_cast<std::uint64_t>(count) > left() / itemBytes)
             fail("its list " + printable(property.name) + " has " + std::to_string(count) +
