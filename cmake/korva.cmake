@@ -35,11 +35,13 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     target_compile_options(korva_app PRIVATE -Wno-restrict)
 endif()
 # Commands only parse options and call others, but the parser's templates take long to optimise.
+file(GLOB korva_commands "${CMAKE_SOURCE_DIR}/apps/korva/commands/*.cpp")
+list(APPEND korva_commands "${CMAKE_SOURCE_DIR}/apps/korva/command_line.cpp")
 if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
-    file(GLOB korva_commands "${CMAKE_SOURCE_DIR}/apps/korva/commands/*.cpp")
-    set_source_files_properties(${korva_commands} "${CMAKE_SOURCE_DIR}/apps/korva/command_line.cpp"
-        PROPERTIES COMPILE_OPTIONS -O1)
+    set_source_files_properties(${korva_commands} PROPERTIES COMPILE_OPTIONS -O1)
 endif()
+# Each command has its own Arguments.
+set_source_files_properties(${korva_commands} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 
 add_executable(korva apps/korva/main.cpp)
 target_link_libraries(korva PRIVATE korva_app project_warnings)

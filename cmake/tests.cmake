@@ -12,12 +12,17 @@ include(GoogleTest)
 # compiled for a short build. They link the library's plain code: optimised across files, each of
 # them would compile the whole library once more.
 function(build_quickly target)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)  # helpers of tests share names
     if(KORVALITE_CORE_HAS_PLAIN_CODE)
         set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
         target_link_options(${target} PRIVATE -fno-lto)
     endif()
     if(sanitizers)
-        target_compile_options(${target} PRIVATE -O0)
+        # The checks that double the size of the code stay in the library.
+        target_compile_options(${target} PRIVATE -O0 -fno-sanitize=vptr,null,alignment)
+        if(KORVALITE_FUZZ)
+            target_compile_options(${target} PRIVATE -fno-sanitize=fuzzer-no-link)
+        endif()
     elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
         target_compile_options(${target} PRIVATE -O1)
     endif()

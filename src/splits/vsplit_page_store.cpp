@@ -14,7 +14,7 @@ namespace korvalite::core {
 
 namespace {
 
-constexpr std::int64_t kWordBytes = sizeof(std::uint32_t);
+constexpr std::int64_t kOffsetPerWord = sizeof(std::uint32_t);
 
 // How many names to try if a free name turns out not to be: another process was faster, or it is
 // the name of a folder.
@@ -63,21 +63,21 @@ void VSplitPageStore::put(std::int64_t offset, std::span<const std::uint32_t> pa
 std::size_t VSplitPageStore::read(std::int64_t offset, std::span<std::uint32_t> words) {
     const auto kept = keptPageAt(offset);
     if (kept != kept_.end()) {
-        const auto from = static_cast<std::size_t>((offset - kept->first) / kWordBytes);
+        const auto from = static_cast<std::size_t>((offset - kept->first) / kOffsetPerWord);
         const std::size_t count = std::min(words.size(), kept->second.size() - from);
         std::copy_n(kept->second.data() + from, count, words.data());
         return count;
     }
     if (!file_.seek(offset, SEEK_SET)) return 0;
-    return file_.read(words.data(), words.size_bytes()) / static_cast<std::size_t>(kWordBytes);
+    return file_.read(words.data(), words.size_bytes()) / static_cast<std::size_t>(kOffsetPerWord);
 }
 
 std::int64_t VSplitPageStore::lengthOfPageBefore(std::int64_t offset) {
-    if (offset < kWordBytes) return 0;
-    const auto kept = keptPageAt(offset - kWordBytes);
+    if (offset < kOffsetPerWord) return 0;
+    const auto kept = keptPageAt(offset - kOffsetPerWord);
     if (kept != kept_.end()) return offset - kept->first;
     std::uint32_t length = 0;
-    return read(offset - kWordBytes, {&length, 1}) == 1 ? length : 0;
+    return read(offset - kOffsetPerWord, {&length, 1}) == 1 ? length : 0;
 }
 
 VSplitPageStore::KeptPages::const_iterator VSplitPageStore::keptPageAt(std::int64_t offset) const {

@@ -283,8 +283,10 @@ private:
 };
 
 TEST_F(LowMemory, AllocatesSeldomAndOnlyForTheQueueInSteadyState) {
-    for (const auto& [symmetric, colored] :
+    for (const auto& row :
          {std::pair(false, false), std::pair(true, false), std::pair(false, true)}) {
+        const bool symmetric = row.first;
+        const bool colored = row.second;
         DMesh mesh = test::sphere(6);
         test::addCornerUVs(mesh, [](std::uint32_t triangle) { return triangle / 16384; });
         if (colored) {

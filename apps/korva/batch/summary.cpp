@@ -24,7 +24,7 @@ void writeFile(const std::filesystem::path& path, const std::string& text) {
     file.commit();
 }
 
-std::string quoted(const std::string& field) {
+std::string csvField(const std::string& field) {
     if (field.find_first_of(",\"\r\n") == std::string::npos) return field;
     std::string text = "\"";
     for (const char c : field) {
@@ -53,7 +53,7 @@ std::string csvLineOf(const MeshRecord& record) {
 std::string csvLine(const std::vector<std::string>& fields) {
     std::string line;
     for (const std::string& field : fields)
-        line += (&field == &fields.front() ? "" : ",") + quoted(field);
+        line += (&field == &fields.front() ? "" : ",") + csvField(field);
     return line;
 }
 

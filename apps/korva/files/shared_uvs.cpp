@@ -7,8 +7,6 @@ namespace korva {
 
 namespace {
 
-constexpr std::uint32_t kNoPoint = 0xFFFFFFFF;
-
 // A vertex with a million different UVs around it must not take a million steps for each.
 constexpr int kMostSteps = 32;
 

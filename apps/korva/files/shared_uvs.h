@@ -8,6 +8,8 @@
 
 namespace korva {
 
+inline constexpr std::uint32_t kNoPoint = 0xFFFFFFFF;  // of UV points
+
 /// The UV points of a file that has UVs for each corner: corners at the same vertex share a point
 /// where their UVs are the same bits. At a vertex with very many points, some can repeat.
 class SharedUVs {

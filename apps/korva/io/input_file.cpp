@@ -9,8 +9,6 @@ namespace korva {
 
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{1} << 20U;
-
 /// The first LF or CR from `from` on, or `end`. Searches piece by piece, because in a file that has
 /// only one of the two, a search for the other would go on to the end.
 std::size_t findLineEnd(const char* text, std::size_t from, std::size_t end) {
@@ -53,7 +51,7 @@ InputFile::InputFile(const std::filesystem::path& path, ByteProgress progress)
     size_ = std::filesystem::file_size(path, failure);
     if (!failure) stream_.open(path, std::ios::binary);
     if (failure || !stream_) failToRead(path, "it cannot be opened; is it protected?");
-    buffer_.resize(kBlock);
+    buffer_.resize(kFileBlock);
 }
 
 std::size_t InputFile::read(void* to, std::size_t byteCount) {
@@ -108,7 +106,7 @@ bool InputFile::fill() {
         end_ -= begin_;
         begin_ = 0;
     }
-    if (buffer_.size() - end_ < kBlock / 2) buffer_.resize(2 * buffer_.size());
+    if (buffer_.size() - end_ < kFileBlock / 2) buffer_.resize(2 * buffer_.size());
     stream_.read(buffer_.data() + end_, static_cast<std::streamsize>(buffer_.size() - end_));
     if (stream_.bad()) failToRead(path_, "a read failed.");
     const auto got = static_cast<std::size_t>(stream_.gcount());

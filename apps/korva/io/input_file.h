@@ -14,6 +14,9 @@
 
 namespace korva {
 
+/// How much of a file is read or written at once.
+inline constexpr std::size_t kFileBlock = std::size_t{1} << 20U;
+
 /// Called for every block that is read: the bytes so far, and the size of the file. May throw to
 /// cancel.
 using ByteProgress = std::function<void(std::uint64_t done, std::uint64_t total)>;

@@ -5,26 +5,20 @@
 
 namespace korva {
 
-namespace {
-
-constexpr std::size_t kBlock = std::size_t{1} << 20U;
-
-}  // namespace
-
 OutputFile::OutputFile(const std::filesystem::path& path, ByteProgress progress)
     : file_(path), progress_(std::move(progress)) {
     stream_.open(file_.partialPath(), std::ios::binary | std::ios::trunc);
     if (!stream_) file_.fail("the folder does not exist or is protected.");
-    buffer_.reserve(kBlock);
+    buffer_.reserve(kFileBlock);
 }
 
 void OutputFile::write(const void* bytes, std::size_t byteCount) {
     const char* from = static_cast<const char*>(bytes);
-    if (buffer_.size() + byteCount > kBlock) flush();
-    while (byteCount > kBlock) {
-        writeOut(from, kBlock);
-        from += kBlock;
-        byteCount -= kBlock;
+    if (buffer_.size() + byteCount > kFileBlock) flush();
+    while (byteCount > kFileBlock) {
+        writeOut(from, kFileBlock);
+        from += kFileBlock;
+        byteCount -= kFileBlock;
     }
     buffer_.insert(buffer_.end(), from, from + byteCount);
 }

@@ -7,7 +7,7 @@ namespace korva {
 
 namespace {
 
-std::string quoted(const std::string& text) {
+std::string fishQuoted(const std::string& text) {
     std::string result = "'";
     for (const char c : text) {
         if (c == '\'' || c == '\\') result += '\\';
@@ -25,15 +25,15 @@ std::string nameFlags(const OptionRow& row) {
 
 /// With -x the value is not a file; with -r -F it may be one.
 std::string lineFor(const OptionRow& row, const std::string& condition) {
-    std::string line = "complete -c korva -n " + quoted(condition);
+    std::string line = "complete -c korva -n " + fishQuoted(condition);
     if (row.isPositional)
-        return row.values.empty() ? "" : line + " -f -a " + quoted(spaced(row.values)) + "\n";
+        return row.values.empty() ? "" : line + " -f -a " + fishQuoted(spaced(row.values)) + "\n";
     line += nameFlags(row);
     if (!row.values.empty())
-        line += " -x -a " + quoted(spaced(row.values));
+        line += " -x -a " + fishQuoted(spaced(row.values));
     else if (row.takesValue())
         line += row.takesNumber() ? " -x" : " -r -F";
-    return line + " -d " + quoted(shortened(row.description)) + "\n";
+    return line + " -d " + fishQuoted(shortened(row.description)) + "\n";
 }
 
 }  // namespace
@@ -44,8 +44,8 @@ std::string fishCompletion(const CLI::App& app) {
     for (const OptionRow& row : optionRows(app))
         text += lineFor(row, first);
     for (const CLI::App* command : commandsIn(app)) {
-        text += "complete -c korva -f -n " + first + " -a " + quoted(command->get_name()) + " -d " +
-                quoted(command->get_description()) + "\n";
+        text += "complete -c korva -f -n " + first + " -a " + fishQuoted(command->get_name()) +
+                " -d " + fishQuoted(command->get_description()) + "\n";
         for (const OptionRow& row : optionRows(*command))
             text += lineFor(row, "__fish_seen_subcommand_from " + command->get_name());
     }

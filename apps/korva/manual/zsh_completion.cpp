@@ -10,7 +10,7 @@ namespace korva {
 namespace {
 
 /// Escapes text for single quotes, and with backslashes what _arguments and _describe would read.
-std::string quoted(const std::string& text) {
+std::string zshQuoted(const std::string& text) {
     std::string result;
     for (const char c : text) {
         if (c == '\'') {
@@ -30,13 +30,13 @@ std::string actionFor(const OptionRow& row) {
 
 std::string specsOf(const OptionRow& row) {
     if (row.isPositional)
-        return " \\\n        '*:" + quoted(row.names[0]) + ":" + actionFor(row) + "'";
+        return " \\\n        '*:" + zshQuoted(row.names[0]) + ":" + actionFor(row) + "'";
     std::string specs;
     for (const std::string& name : row.names) {
         const bool joinsValue = row.takesValue() && name.starts_with("--");
         specs += " \\\n        '" + name + (joinsValue ? "=[" : "[") +
-                 quoted(shortened(row.description)) + "]";
-        if (row.takesValue()) specs += ":" + quoted(row.type) + ":" + actionFor(row);
+                 zshQuoted(shortened(row.description)) + "]";
+        if (row.takesValue()) specs += ":" + zshQuoted(row.type) + ":" + actionFor(row);
         specs += "'";
     }
     return specs;
@@ -59,8 +59,8 @@ std::string zshCompletion(const CLI::App& app) {
     std::string commands;
     std::string cases;
     for (const CLI::App* command : commandsIn(app)) {
-        commands += "        '" + quoted(command->get_name()) + ":" +
-                    quoted(command->get_description()) + "'\n";
+        commands += "        '" + zshQuoted(command->get_name()) + ":" +
+                    zshQuoted(command->get_description()) + "'\n";
         cases += "    " + command->get_name() + ") " + argumentsOf(*command) + " ;;\n";
     }
     return "#compdef korva\n"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/files/gltf/gltf_accessor.h"
 
+#include "korva/files/imported_mesh.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -11,7 +13,6 @@ namespace korva {
 
 namespace {
 
-constexpr std::uint64_t kMostRows = 0x7FFFFFFF;
 constexpr std::uint64_t kMostStride = 252;
 // Rows without data take memory, but no space in the file.
 constexpr std::uint64_t kMostRowsWithoutData = std::uint64_t{1} << 20U;
@@ -165,7 +166,7 @@ GltfAccessor openGltfAccessor(GltfFile& file, std::uint64_t index) {
     rows.columns = columnsOf(item);
     rows.isNormalised = item.flag("normalized");
     const std::uint64_t count = item.wholeNeeded("count");
-    if (count > kMostRows) item.fail("it has more than 2147483647 elements.");
+    if (count > kMostElements) item.fail("it has more than 2147483647 elements.");
     rows.count = static_cast<std::size_t>(count);
     if (const std::optional<std::uint64_t> view = item.whole("bufferView"))
         locate(file, item, *view, rows);

@@ -16,7 +16,7 @@ namespace korva {
 
 namespace {
 
-constexpr int kDeepest = 100;
+constexpr int kDeepestNesting = 100;
 
 }  // namespace
 
@@ -78,7 +78,7 @@ std::size_t GltfFile::readChunk(InputFile& file, std::uint64_t& left, std::uint3
 
 void GltfFile::parse(Buffer text) {
     const auto limitDepth = [this](int depth, nlohmann::json::parse_event_t, nlohmann::json&) {
-        if (depth > kDeepest) fail("its JSON is nested too deeply to be glTF.");
+        if (depth > kDeepestNesting) fail("its JSON is nested too deeply to be glTF.");
         return true;
     };
     try {

@@ -8,7 +8,7 @@ namespace korva {
 
 namespace {
 
-constexpr std::size_t kDeepest = 1000;
+constexpr std::size_t kDeepestNode = 1000;
 
 class NodeWalk {
 public:
@@ -97,7 +97,7 @@ private:
         const GltfItem item = nodeAt(step.node);
         Node& node = nodes_[static_cast<std::size_t>(step.node)];
         if (node.isReached) item.fail("it is in the scene twice.");
-        if (step.depth > kDeepest) item.fail("it is nested too deeply.");
+        if (step.depth > kDeepestNode) item.fail("it is nested too deeply.");
         node.isReached = true;
         const GltfTransform transform = step.parent * transformOf(item);
         if (const std::optional<std::uint64_t> mesh = item.whole("mesh"))

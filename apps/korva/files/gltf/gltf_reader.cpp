@@ -5,6 +5,7 @@
 #include "korva/files/gltf/gltf_losses.h"
 #include "korva/files/gltf/gltf_mesh.h"
 #include "korva/files/gltf/gltf_nodes.h"
+#include "korva/files/imported_mesh.h"
 
 #include <cstdint>
 #include <map>
@@ -16,8 +17,6 @@
 namespace korva {
 
 namespace {
-
-constexpr std::uint64_t kMost = 0x7FFFFFFF;
 
 /// Makes names unique: "a", "a 2", "a 3".
 class UniqueNames {
@@ -48,7 +47,7 @@ OpenMeshes openMeshes(GltfFile& file, const std::vector<GltfInstance>& instances
             found = meshes.emplace(instance.mesh, openGltfMesh(file, instance.mesh)).first;
         vertices += found->second.vertexCount;
         corners += 3 * found->second.triangleCount;
-        if (vertices > kMost || corners > kMost)
+        if (vertices > kMostElements || corners > kMostElements)
             failToRead(file.path(), "its scene has more than 2147483647 vertices or triangle "
                                     "corners.");
     }

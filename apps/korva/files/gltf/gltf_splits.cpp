@@ -5,12 +5,6 @@
 
 namespace korva {
 
-namespace {
-
-constexpr std::uint32_t kNoPoint = 0xFFFFFFFF;
-
-}  // namespace
-
 GltfSplits splitForGltf(korvalite::Mesh& mesh) {
     GltfSplits splits;
     if (mesh.triangleUVs.empty()) return splits;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "korva/files/off/off_reader.h"
 
+#include "korva/files/imported_mesh.h"
 #include "korva/files/off/off_colors.h"
 #include "korva/files/words.h"
 
@@ -16,8 +17,6 @@
 namespace korva {
 
 namespace {
-
-constexpr std::size_t kMost = 0x7FFFFFFF;  // vertices, and corners
 
 class OffReader {
 public:
@@ -78,7 +77,7 @@ void OffReader::readHeader() {
     vertexCount_ = readCount(word);
     faceCount_ = readCount(words_.nextOfLine());
     // The number of edges may follow; nobody needs it.
-    if (vertexCount_ > kMost || faceCount_ > kMost)
+    if (vertexCount_ > kMostElements || faceCount_ > kMostElements)
         words_.fail("there are more than 2147483647 vertices or faces.");
 }
 
@@ -172,7 +171,7 @@ void OffReader::readFace(std::string_view firstWord) {
     std::uint32_t previous = readCorner();
     for (std::size_t i = 2; i < corners; ++i) {
         const std::uint32_t corner = readCorner();
-        if (mesh_.triangles.size() + 3 > kMost)
+        if (mesh_.triangles.size() + 3 > kMostElements)
             words_.fail("the faces make more than 715827882 triangles.");
         mesh_.triangles.insert(mesh_.triangles.end(), {first, previous, corner});
         previous = corner;

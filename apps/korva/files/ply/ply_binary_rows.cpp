@@ -14,7 +14,7 @@ namespace korva {
 
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{1} << 18U;
+constexpr std::size_t kRowBlock = std::size_t{1} << 18U;
 constexpr std::int64_t kLongList = 1000;
 
 template <typename To, typename Value>
@@ -47,7 +47,7 @@ void loadList(PlyType type, const char* from, std::size_t count, std::vector<To>
 template <bool isSwapped>
 class BinaryRows final : public PlyRows {
 public:
-    explicit BinaryRows(InputFile& file) : PlyRows(file), buffer_(kBlock) {}
+    explicit BinaryRows(InputFile& file) : PlyRows(file), buffer_(kRowBlock) {}
 
     void start(const PlyElement& element, std::vector<int> goesTo) override {
         PlyRows::start(element, std::move(goesTo));

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/files/ply/ply_faces.h"
 
+#include "korva/files/words.h"
+
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -8,9 +10,6 @@
 namespace korva {
 
 namespace {
-
-constexpr std::uint32_t kNoPoint = 0xFFFFFFFF;
-constexpr std::size_t kMostCorners = 0x7FFFFFFF;
 
 bool isColor(std::string_view name) {
     return name == "red" || name == "green" || name == "blue" || name == "alpha" ||
@@ -166,7 +165,7 @@ void PlyFaces::addStrip(const PlyRows& rows, const std::vector<std::int64_t>& in
 std::uint32_t* PlyFaces::addTriangles(const PlyRows& rows, std::size_t count) {
     std::vector<std::uint32_t>& triangles = mesh_.triangles;
     const std::size_t before = triangles.size();
-    if (count > (kMostCorners - before) / 3) rows.fail("there are too many triangles.");
+    if (count > (kMostElements - before) / 3) rows.fail("there are too many triangles.");
     triangles.resize(before + 3 * count);
     return triangles.data() + before;
 }

@@ -5,6 +5,7 @@
 #include "korva/files/ply/ply_header.h"
 #include "korva/files/ply/ply_rows.h"
 #include "korva/files/ply/ply_vertices.h"
+#include "korva/files/words.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -19,7 +20,6 @@ namespace korva {
 
 namespace {
 
-constexpr std::uint64_t kMostVertices = 0x7FFFFFFF;
 constexpr std::size_t kMostNamesInNote = 12;
 
 /// Where the properties of each element go.
@@ -33,7 +33,7 @@ std::size_t vertexElementOf(const InputFile& file, const PlyHeader& header) {
     if (found == end) failToRead(file.path(), "it has no element \"vertex\".");
     if (std::find_if(found + 1, end, isVertices) != end)
         failToRead(file.path(), "it has two elements \"vertex\".");
-    if (found->count > kMostVertices) failToRead(file.path(), "it has too many vertices.");
+    if (found->count > kMostElements) failToRead(file.path(), "it has too many vertices.");
     return static_cast<std::size_t>(found - begin);
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "korva/files/stl/soup_welder.h"
 
+#include "korva/files/imported_mesh.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -8,7 +10,6 @@ namespace korva {
 
 namespace {
 
-constexpr std::size_t kMostCorners = 0x7FFFFFFF;
 static_assert(PointTable::kBatch % 3 == 0);
 
 }  // namespace
@@ -22,7 +23,7 @@ SoupWelder::SoupWelder(std::size_t triangles) {
 }
 
 bool SoupWelder::add(const float* corners) {
-    if (mesh_.triangles.size() + waitingFloats_ / 3 + 3 > kMostCorners) return false;
+    if (mesh_.triangles.size() + waitingFloats_ / 3 + 3 > kMostElements) return false;
     std::copy_n(corners, 9, &waiting_[waitingFloats_]);
     waitingFloats_ += 9;
     if (waitingFloats_ == waiting_.size()) flush();
