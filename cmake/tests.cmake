@@ -20,9 +20,6 @@ function(build_quickly target)
     if(sanitizers)
         # The checks that double the size of the code stay in the library.
         target_compile_options(${target} PRIVATE -O0 -fno-sanitize=vptr,null,alignment)
-        if(KORVALITE_FUZZ)
-            target_compile_options(${target} PRIVATE -fno-sanitize=fuzzer-no-link)
-        endif()
     elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
         target_compile_options(${target} PRIVATE -O1)
     endif()
@@ -59,7 +56,8 @@ if(KORVALITE_SANITIZE STREQUAL "thread")
     endforeach()
 endif()
 
-if(test_sources)
+# The fuzz build is for the fuzz targets alone.
+if(test_sources AND NOT KORVALITE_FUZZ)
     add_executable(korvalite_tests ${test_sources} ${test_support})
     target_include_directories(korvalite_tests PRIVATE "${CMAKE_SOURCE_DIR}/tests")
     target_link_libraries(korvalite_tests PRIVATE
