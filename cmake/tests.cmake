@@ -20,6 +20,11 @@ function(build_quickly target)
     if(sanitizers)
         # The checks that double the size of the code stay in the library.
         target_compile_options(${target} PRIVATE -O0 -fno-sanitize=vptr,null,alignment)
+        # Of an inline function's copies the linker keeps the first: link options come before the
+        # test's own objects, so that the library runs its optimised copies.
+        target_link_options(${target} PRIVATE
+            -Wl,--whole-archive $<TARGET_FILE:korvalite_core> -Wl,--no-whole-archive)
+        add_dependencies(${target} korvalite_core)
     elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
         target_compile_options(${target} PRIVATE -O1)
     endif()
