@@ -198,10 +198,11 @@ TEST(GltfReader, SaysWhatIsIgnored) {
     for (const char* name : {"NORMAL", "TANGENT", "TEXCOORD_1", "COLOR_1"})
         attributes[name] = 0;
     draft.primitive()["targets"] = {{{"POSITION", 0}}};
-    draft.root["materials"] = {Json::object(), Json::object()};
-    draft.root["textures"] = {Json::object()};
+    draft.root["materials"] = Json::array({Json::object(), Json::object()});
+    // Not a list in braces, which compilers take for the object itself or for an array of it.
+    draft.root["textures"] = Json::array({Json::object()});
     for (const char* key : {"animations", "skins", "cameras"})
-        draft.root[key] = {Json::object()};
+        draft.root[key] = Json::array({Json::object()});
     const Scene scene = read(draft);
     EXPECT_TRUE(scene.hadNormals);
     EXPECT_EQ(scene.notes, (std::vector<std::string>{

@@ -25,8 +25,10 @@ DMesh attributedHills() {
     DMesh mesh = test::grid(12, 10, test::hills);
     test::jitter(mesh, 0.1F, 8);
     test::addColors(mesh, [](const FloatVec3& p) {
-        return test::packColor(static_cast<std::uint32_t>(20 * p.x) & 0xFFU, 7,
-                               static_cast<std::uint32_t>(20 * p.y) & 0xFFU);
+        const auto channel = [](float x) {
+            return static_cast<std::uint32_t>(20 * x + 100) & 0xFFU;
+        };
+        return test::packColor(channel(p.x), 7, channel(p.y));
     });
     test::addMask(mesh, [](const FloatVec3& p) { return 200 + static_cast<int>(4 * p.x); });
     test::addCornerUVs(mesh, [](std::uint32_t triangle) { return triangle / 120; });
