@@ -160,8 +160,10 @@ TEST(PlyDamage, FaultsInTextNameTheirLine) {
               "ends before.");
     EXPECT_EQ(errorOfFace("9000000000 0 1 2\n"),
               "line 14: its list vertex_indices has 9000000000 numbers, but the line ends before.");
-    EXPECT_EQ(errorOfFace("2.5 0 1\n"), "line 14: the length of list vertex_indices is not a count.");
-    EXPECT_EQ(errorOfFace("-3 0 1\n"), "line 14: the length of list vertex_indices is not a count.");
+    EXPECT_EQ(errorOfFace("2.5 0 1\n"),
+              "line 14: the length of list vertex_indices is not a count.");
+    EXPECT_EQ(errorOfFace("-3 0 1\n"),
+              "line 14: the length of list vertex_indices is not a count.");
     EXPECT_EQ(plyErrorOf(plyWithVertex("property float w\n", "")),
               "line 9: a number is missing at its end.");
     EXPECT_EQ(plyErrorOf(plyWithVertex("property float quality\n", "1,5")),
