@@ -41,4 +41,9 @@ public:
     }
 };
 
+using IndexList = IndexedArray<std::int32_t>;
+
+/// The index of nothing.
+inline constexpr std::int32_t kNone = -1;
+
 }  // namespace korvalite::core

@@ -93,22 +93,37 @@ void setTriangleActive(DMesh& mesh, std::int32_t triangle, bool active, const Sh
     setActive(mesh.triangleActive, mesh.numActiveTriangles, triangle, active);
 }
 
-void pushCorner(DMesh& mesh, std::int32_t vertex, std::int32_t corner) {
-    storeRelaxed(mesh.cornerNext[corner], mesh.vertexTriangleHead[vertex]);
-    storeRelaxed(mesh.vertexTriangleHead[vertex], corner);
+template <SharingPolicy Sharing>
+void setCorners(DMesh& mesh, std::int32_t vertex, const IndexList& corners,
+                const Sharing& sharing) {
+    if (!mesh.vertexCorners.changesBlocks(vertex, corners.size()))
+        return mesh.vertexCorners.assign(vertex, corners);
+    const auto guard = sharing.cornerBlocks();
+    mesh.vertexCorners.assign(vertex, corners);
 }
 
-/// Hands the corners of the removed vertex over, before those of the kept one.
+template <SharingPolicy Sharing>
+void pushCorner(DMesh& mesh, std::int32_t vertex, std::int32_t corner, IndexList& corners,
+                const Sharing& sharing) {
+    GetVertexCorners(mesh, vertex, corners);
+    corners.insert(corners.begin(), corner);
+    setCorners(mesh, vertex, corners, sharing);
+}
+
+template <SharingPolicy Sharing>
+void unlinkCorner(DMesh& mesh, std::int32_t vertex, std::int32_t corner, IndexList& corners,
+                  const Sharing& sharing) {
+    GetVertexCorners(mesh, vertex, corners);
+    std::erase(corners, corner);
+    setCorners(mesh, vertex, corners, sharing);
+}
+
+/// The corners of the removed vertex, followed by those of the kept one.
 // COMPAT: that order of the list decides between equal costs.
-void handOverCorners(DMesh& mesh, const IndexList& cornersOfRemoved, std::int32_t removed,
-                     std::int32_t kept) {
-    for (const std::int32_t corner : cornersOfRemoved) {
-        storeRelaxed(mesh.triangles[corner], static_cast<std::uint32_t>(kept));
-    }
-    if (cornersOfRemoved.empty()) return;
-    storeRelaxed(mesh.cornerNext[cornersOfRemoved.back()], mesh.vertexTriangleHead[kept]);
-    storeRelaxed(mesh.vertexTriangleHead[kept], mesh.vertexTriangleHead[removed]);
-    storeRelaxed(mesh.vertexTriangleHead[removed], kNone);
+void gatherAllCorners(const DMesh& mesh, const IndexList& cornersOfRemoved, std::int32_t kept,
+                      IndexList& all) {
+    all = cornersOfRemoved;
+    forEachCorner(mesh, kept, [&](std::int32_t corner) { all.push_back(corner); });
 }
 
 template <SharingPolicy Sharing>
@@ -118,21 +133,35 @@ void removeOrphan(WorkingMesh& work, std::int32_t vertex, const Sharing& sharing
     setVertexActive(work.mesh, vertex, false, sharing);
 }
 
+/// The kept vertex while its triangles become degenerate. Its list is not in the mesh yet.
+struct KeptVertex {
+    std::int32_t index = kNone;
+    std::size_t cornersLeft = 0;
+};
+
 /// Deactivates a degenerate triangle; true if that makes one of its vertices an orphan.
 template <SharingPolicy Sharing>
-bool removeTriangle(WorkingMesh& work, std::int32_t triangle, const Sharing& sharing) {
+bool removeTriangle(WorkingMesh& work, std::int32_t triangle, KeptVertex& kept, IndexList& corners,
+                    const Sharing& sharing) {
     DMesh& mesh = work.mesh;
     const auto vertices = triangleVertices(mesh, triangle);
     setTriangleActive(mesh, triangle, false, sharing);
     for (std::size_t k = 0; k < 3; ++k) {
-        unlinkCorner(mesh.vertexTriangleHead[vertices[k]], mesh.cornerNext,
-                     3 * triangle + static_cast<std::int32_t>(k));
+        if (vertices[k] == kept.index) {
+            --kept.cornersLeft;
+        } else {
+            unlinkCorner(mesh, vertices[k], 3 * triangle + static_cast<std::int32_t>(k), corners,
+                         sharing);
+        }
     }
     bool orphan = false;
     for (std::size_t k = 0; k < 3; ++k) {
         const bool seen =
             (k > 0 && vertices[k] == vertices[0]) || (k > 1 && vertices[k] == vertices[1]);
-        if (seen || mesh.vertexTriangleHead[vertices[k]] != kNone) continue;
+        const bool hasCorners = vertices[k] == kept.index
+                                    ? kept.cornersLeft > 0
+                                    : !mesh.vertexCorners.isEmpty(vertices[k]);
+        if (seen || hasCorners) continue;
         orphan = true;
         // A thread does not hold the queue here, so an orphan stays active and queued.
         if constexpr (!Sharing::kIsShared) {
@@ -169,8 +198,10 @@ void setBorder(DMesh& mesh, std::int32_t vertex, bool isBorder, const Sharing& s
 
 template <SharingPolicy Sharing>
 void UndoCollapse(DMesh& mesh, std::int32_t removed, std::int32_t kept,
-                  const CollapseRecord& record, const Sharing& sharing) {
+                  const CollapseRecord& record, CollapseScratch& scratch, const Sharing& sharing) {
     const VSplit& split = record.split;
+    IndexList& keptCorners = scratch.keptCorners;
+    keptCorners.clear();
     setBorder(mesh, kept, record.flags.survivorWasBorder, sharing);
     mesh.vertices[kept].setPosition(split.position);
     for (const std::int32_t corner : split.corners) {
@@ -180,15 +211,23 @@ void UndoCollapse(DMesh& mesh, std::int32_t removed, std::int32_t kept,
         for (const std::int32_t c : cornersOf(triangle)) {
             const std::int32_t vertex = vertexAt(mesh, c);
             if (!mesh.vertexActive.Test(vertex)) setVertexActive(mesh, vertex, true, sharing);
-            pushCorner(mesh, vertex, c);
+            if (vertex == kept) {
+                keptCorners.push_back(c);
+            } else {
+                pushCorner(mesh, vertex, c, scratch.corners, sharing);
+            }
         }
     }
-    // COMPAT: the lists end up in another order, which decides between equal costs.
-    for (const std::int32_t corner : split.corners) {
+    // COMPAT: the lists end up in another order, which decides between equal costs: corners come
+    // back at the front, one by one.
+    for (const std::int32_t corner : split.corners)
         storeRelaxed(mesh.triangles[corner], static_cast<std::uint32_t>(removed));
-        unlinkCorner(mesh.vertexTriangleHead[kept], mesh.cornerNext, corner);
-        pushCorner(mesh, removed, corner);
-    }
+    std::ranges::reverse(keptCorners);
+    forEachCorner(mesh, kept, [&](std::int32_t corner) { keptCorners.push_back(corner); });
+    std::erase_if(keptCorners, [&](std::int32_t c) { return vertexAt(mesh, c) == removed; });
+    setCorners(mesh, kept, keptCorners, sharing);
+    scratch.corners.assign(split.corners.rbegin(), split.corners.rend());
+    setCorners(mesh, removed, scratch.corners, sharing);
     setVertexActive(mesh, removed, true, sharing);
 }
 
@@ -198,8 +237,7 @@ CollapseResult CollapseEdge(WorkingMesh& work, std::int32_t removed, std::int32_
                             CollapseScratch& scratch, const Sharing& sharing) {
     DMesh& mesh = work.mesh;
     // An orphan that is still queued has no edge left to collapse along.
-    if (Sharing::kIsShared && mesh.vertexTriangleHead[removed] == kNone)
-        return CollapseResult::Refused;
+    if (Sharing::kIsShared && mesh.vertexCorners.isEmpty(removed)) return CollapseResult::Refused;
     VSplit& split = record.split;
     GetVertexCorners(mesh, removed, split.corners);
     if (work.AvoidNormalReverse &&
@@ -212,18 +250,28 @@ CollapseResult CollapseEdge(WorkingMesh& work, std::int32_t removed, std::int32_
     if (mesh.vertexActive.Test(removed)) setVertexActive(mesh, removed, false, sharing);
     const bool removedWasBorder = mesh.borderVertices.Test(removed);
     const bool keptWasBorder = mesh.borderVertices.Test(kept);
-    handOverCorners(mesh, split.corners, removed, kept);
+    IndexList& keptCorners = scratch.keptCorners;
+    gatherAllCorners(mesh, split.corners, kept, keptCorners);
+    for (const std::int32_t corner : split.corners)
+        storeRelaxed(mesh.triangles[corner], static_cast<std::uint32_t>(kept));
 
     bool orphan = false;
+    KeptVertex keptVertex{kept, keptCorners.size()};
     for (const std::int32_t corner : split.corners) {
         const std::int32_t triangle = triangleOf(corner);
         // A triangle that had the removed vertex twice comes up twice, and is inactive the second
         // time.
         if (!mesh.triangleActive.Test(triangle)) continue;
         if (!isDegenerate(triangleVertices(mesh, triangle))) continue;
-        if (removeTriangle(work, triangle, sharing)) orphan = true;
+        if (removeTriangle(work, triangle, keptVertex, scratch.corners, sharing)) orphan = true;
         split.removedTriangles.push_back(triangle);
     }
+    std::erase_if(keptCorners, [&](std::int32_t corner) {
+        return !mesh.triangleActive.Test(triangleOf(corner));
+    });
+    setCorners(mesh, kept, keptCorners, sharing);
+    scratch.corners.clear();
+    setCorners(mesh, removed, scratch.corners, sharing);
     VertexRecord& survivor = mesh.vertices[kept];
     split.vertex = removed;
     split.position = survivor.position();
@@ -237,7 +285,7 @@ CollapseResult CollapseEdge(WorkingMesh& work, std::int32_t removed, std::int32_
     if (removedWasBorder) setBorder(mesh, kept, true, sharing);
     survivor.setPosition(position);
     if (result != CollapseResult::Done) {
-        UndoCollapse(mesh, removed, kept, record, sharing);
+        UndoCollapse(mesh, removed, kept, record, scratch, sharing);
         record.flags.collapsed = false;
     }
     return result;
@@ -245,10 +293,11 @@ CollapseResult CollapseEdge(WorkingMesh& work, std::int32_t removed, std::int32_
 
 template CollapseResult CollapseEdge(WorkingMesh&, std::int32_t, std::int32_t, const FloatVec3&,
                                      CollapseRecord&, CollapseScratch&, const Alone&);
-template void UndoCollapse(DMesh&, std::int32_t, std::int32_t, const CollapseRecord&, const Alone&);
+template void UndoCollapse(DMesh&, std::int32_t, std::int32_t, const CollapseRecord&,
+                           CollapseScratch&, const Alone&);
 template CollapseResult CollapseEdge(WorkingMesh&, std::int32_t, std::int32_t, const FloatVec3&,
                                      CollapseRecord&, CollapseScratch&, const Shared&);
 template void UndoCollapse(DMesh&, std::int32_t, std::int32_t, const CollapseRecord&,
-                           const Shared&);
+                           CollapseScratch&, const Shared&);
 
 }  // namespace korvalite::core

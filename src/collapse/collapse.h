@@ -44,10 +44,13 @@ private:
     std::size_t count_ = 0;
 };
 
-/// State that a driver or thread keeps between flip tests.
+/// What a driver or thread keeps from collapse to collapse.
 struct CollapseScratch {
     TurnedOverTriangles turnedOver;
     std::uint64_t trianglesTested = 0;  // around kept vertices, so far
+    // Scratch.
+    IndexList keptCorners;
+    IndexList corners;
 };
 
 /// Collapses `removed` onto `kept` at `position`. Fills `record`, which must be clear. A refusal
@@ -65,6 +68,6 @@ CollapseResult CollapseEdge(WorkingMesh& work, std::int32_t removed, std::int32_
 /// the collapse removed from the queue are not queued again.
 template <SharingPolicy Sharing>
 void UndoCollapse(DMesh& mesh, std::int32_t removed, std::int32_t kept,
-                  const CollapseRecord& record, const Sharing& sharing);
+                  const CollapseRecord& record, CollapseScratch& scratch, const Sharing& sharing);
 
 }  // namespace korvalite::core

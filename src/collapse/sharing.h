@@ -30,6 +30,7 @@ struct CriticalSections {
     CriticalSection csBorderVertices;   // borderVertices
     CriticalSection csSymmetrySlaves;   // symmetrySlaves
     CriticalSection csUvSeams;          // uvSeamVertices, uvSeamCorners
+    CriticalSection csCornerBlocks;     // the blocks of vertexCorners
     CriticalSection csQueue;            // the queue, the reservations, the split list, progress
 };
 
@@ -47,6 +48,7 @@ public:
     static Guard borderVertices() { return {}; }
     static Guard symmetrySlaves() { return {}; }
     static Guard uvSeams() { return {}; }
+    static Guard cornerBlocks() { return {}; }
 
     void unqueue(std::int32_t vertex) { work_.costQueue.Remove(vertex); }
     void penalize(std::int32_t vertex) { Penalize(work_.mesh, work_.costQueue, vertex); }
@@ -97,6 +99,7 @@ public:
     [[nodiscard]] Guard borderVertices() const { return Guard(sections_.csBorderVertices); }
     [[nodiscard]] Guard symmetrySlaves() const { return Guard(sections_.csSymmetrySlaves); }
     [[nodiscard]] Guard uvSeams() const { return Guard(sections_.csUvSeams); }
+    [[nodiscard]] Guard cornerBlocks() const { return Guard(sections_.csCornerBlocks); }
 
     void unqueue(std::int32_t vertex) { record_.removedVertices.push_back(vertex); }
     /// A vertex that is not queued belongs to this thread alone.
@@ -150,6 +153,7 @@ concept SharingPolicy = requires(Sharing& sharing, std::int32_t vertex, const Ra
     sharing.borderVertices();
     sharing.symmetrySlaves();
     sharing.uvSeams();
+    sharing.cornerBlocks();
 
     sharing.unqueue(vertex);            // takes it out of the queue
     sharing.penalize(vertex);           // raises its cost, queued or not

@@ -111,7 +111,7 @@ private:
         mesh_.vertices[mirrorRemoved].partner = mirror_.mirrorKept;
         if (!tryCollapse(mirrorRemoved, mirror_.mirrorKept, mirror_.evaluation.position, second_)) {
             sharing_.penalize(mirrorRemoved);
-            UndoCollapse(mesh_, removed, kept, first_, sharing_);
+            UndoCollapse(mesh_, removed, kept, first_, scratch_, sharing_);
             return false;
         }
         const auto gone =

@@ -64,9 +64,8 @@ void prepareAdjacency(ProgressiveMesh& pm) {
     DMesh& mesh = pm.mesh;
     progress.BeginSubTask("analysing mesh", -1);
     // A mesh without triangles has no corners, but each vertex still has a list.
-    const bool haveCorners = mesh.cornerNext.size() == mesh.triangles.size() &&
-                             mesh.vertexTriangleHead.size() == mesh.vertices.size();
-    if (!haveCorners) BuildVertexCorners(mesh);
+    if (!mesh.vertexCorners.areBuiltFor(mesh.vertices.size(), mesh.triangles.size()))
+        BuildVertexCorners(mesh);
     dropDeadVertexCorners(mesh);
     progress.EndSubTask();
     ClearDecimationState(pm);

@@ -73,7 +73,7 @@ private:
         const core::CollapseResult result =
             core::CollapseEdge(pm_, removed, kept, position, record_, scratch_, alone_);
         if (result != core::CollapseResult::Done) return false;
-        core::UndoCollapse(mesh_, removed, kept, record_, alone_);
+        core::UndoCollapse(mesh_, removed, kept, record_, scratch_, alone_);
         return true;
     }
 

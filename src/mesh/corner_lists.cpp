@@ -9,40 +9,10 @@ namespace korvalite::core {
 
 namespace {
 
-void buildLists(IndexedArray<std::int32_t>& head, IndexedArray<std::int32_t>& next,
-                std::size_t itemCount, const IndexedArray<std::uint32_t>& itemOfCorner) {
-    reserveLarge(head, itemCount);
-    head.assign(itemCount, kNone);
-    reserveLarge(next, itemOfCorner.size());
-    next.assign(itemOfCorner.size(), kNone);
-    for (std::size_t corner = 0; corner < itemOfCorner.size(); ++corner) {
-        // COMPAT: the highest corner comes first; its order decides between equal costs.
-        std::int32_t& first = head[itemOfCorner[corner]];
-        next[corner] = first;
-        first = static_cast<std::int32_t>(corner);
-    }
-}
-
-void dropDeadCorners(const DMesh& mesh, IndexedArray<std::int32_t>& head,
-                     IndexedArray<std::int32_t>& next) {
-    if (!hasDeadTriangles(mesh)) return;
-    for (std::int32_t& first : head) {
-        for (std::int32_t* link = &first; *link != kNone;) {
-            std::int32_t& rest = next[*link];
-            if (mesh.triangleActive.Test(*link / 3)) {
-                link = &rest;
-            } else {
-                *link = rest;
-            }
-        }
-    }
-}
-
 template <typename Visit>
-void walk(const IndexedArray<std::int32_t>& head, const IndexedArray<std::int32_t>& next,
-          std::int32_t item, Visit visit) {
-    for (std::int32_t corner = loadRelaxed(head[item]); corner != kNone;
-         corner = loadRelaxed(next[corner])) {
+void forEachUVCorner(const DMesh& mesh, std::int32_t uvIndex, Visit visit) {
+    for (std::int32_t corner = mesh.uvCornerHead[uvIndex]; corner != kNone;
+         corner = mesh.uvCornerNext[corner]) {
         visit(corner);
     }
 }
@@ -106,12 +76,13 @@ void appendNeighbour(IndexList& neighbours, const std::uint32_t& item) {
     }
 }
 
-/// Gathers the distinct items at the other corners of the triangles in a corner list.
-void gatherRing(const IndexedArray<std::int32_t>& head, const IndexedArray<std::int32_t>& next,
-                const IndexedArray<std::uint32_t>& itemOfCorner, std::int32_t item,
+/// Gathers the distinct items at the other corners of the triangles in a corner list. `forEach`
+/// calls what it is given with each corner of the list.
+template <typename ForEach>
+void gatherRing(ForEach forEach, const IndexedArray<std::uint32_t>& itemOfCorner,
                 IndexList& neighbours) {
     neighbours.clear();
-    walk(head, next, item, [&](std::int32_t corner) {
+    forEach([&](std::int32_t corner) {
         appendNeighbour(neighbours, itemOfCorner[nextCorner(corner)]);
         appendNeighbour(neighbours, itemOfCorner[previousCorner(corner)]);
     });
@@ -121,11 +92,22 @@ void gatherRing(const IndexedArray<std::int32_t>& head, const IndexedArray<std::
 }  // namespace
 
 void BuildVertexCorners(DMesh& mesh) {
-    buildLists(mesh.vertexTriangleHead, mesh.cornerNext, mesh.vertices.size(), mesh.triangles);
+    mesh.vertexCorners.build(mesh.triangles, mesh.vertexCount());
 }
 
 void BuildUVCorners(DMesh& mesh) {
-    buildLists(mesh.uvCornerHead, mesh.uvCornerNext, mesh.coordsUV.size(), mesh.indicesUV);
+    IndexList& head = mesh.uvCornerHead;
+    IndexList& next = mesh.uvCornerNext;
+    reserveLarge(head, mesh.coordsUV.size());
+    head.assign(mesh.coordsUV.size(), kNone);
+    reserveLarge(next, mesh.indicesUV.size());
+    next.assign(mesh.indicesUV.size(), kNone);
+    for (std::size_t corner = 0; corner < mesh.indicesUV.size(); ++corner) {
+        // COMPAT: the highest corner comes first; its order decides between equal costs.
+        std::int32_t& first = head[mesh.indicesUV[corner]];
+        next[corner] = first;
+        first = static_cast<std::int32_t>(corner);
+    }
 }
 
 bool hasDeadTriangles(const DMesh& mesh) {
@@ -133,20 +115,37 @@ bool hasDeadTriangles(const DMesh& mesh) {
 }
 
 void dropDeadVertexCorners(DMesh& mesh) {
-    dropDeadCorners(mesh, mesh.vertexTriangleHead, mesh.cornerNext);
+    if (!hasDeadTriangles(mesh)) return;
+    IndexList corners;
+    for (std::int32_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
+        GetVertexCorners(mesh, vertex, corners);
+        const std::size_t dead = std::erase_if(corners, [&](std::int32_t corner) {
+            return !mesh.triangleActive.Test(triangleOf(corner));
+        });
+        if (dead > 0) mesh.vertexCorners.assign(vertex, corners);
+    }
 }
 
 void dropDeadUVCorners(DMesh& mesh) {
-    dropDeadCorners(mesh, mesh.uvCornerHead, mesh.uvCornerNext);
+    if (!hasDeadTriangles(mesh)) return;
+    for (std::int32_t& first : mesh.uvCornerHead) {
+        for (std::int32_t* link = &first; *link != kNone;) {
+            std::int32_t& rest = mesh.uvCornerNext[*link];
+            if (mesh.triangleActive.Test(triangleOf(*link))) {
+                link = &rest;
+            } else {
+                *link = rest;
+            }
+        }
+    }
 }
 
 void ReleaseVertexCorners(DMesh& mesh) {
-    IndexedArray<std::int32_t>().swap(mesh.vertexTriangleHead);
-    IndexedArray<std::int32_t>().swap(mesh.cornerNext);
+    mesh.vertexCorners.release();
     seen = {};
 }
 
-void unlinkCorner(std::int32_t& head, IndexedArray<std::int32_t>& next, std::int32_t corner) {
+void unlinkCorner(std::int32_t& head, IndexList& next, std::int32_t corner) {
     std::int32_t* link = &head;
     while (*link != kNone && *link != corner)
         link = &next[*link];
@@ -155,12 +154,11 @@ void unlinkCorner(std::int32_t& head, IndexedArray<std::int32_t>& next, std::int
 
 void GetVertexCorners(const DMesh& mesh, std::int32_t vertex, IndexList& corners) {
     corners.clear();
-    walk(mesh.vertexTriangleHead, mesh.cornerNext, vertex,
-         [&](std::int32_t corner) { corners.push_back(corner); });
+    forEachCorner(mesh, vertex, [&](std::int32_t corner) { corners.push_back(corner); });
 }
 
 void GetVertexNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neighbours) {
-    gatherRing(mesh.vertexTriangleHead, mesh.cornerNext, mesh.triangles, vertex, neighbours);
+    gatherRing([&](auto visit) { forEachCorner(mesh, vertex, visit); }, mesh.triangles, neighbours);
 }
 
 void GetVertexCornersAndNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neighbours,
@@ -171,37 +169,32 @@ void GetVertexCornersAndNeighbours(const DMesh& mesh, std::int32_t vertex, Index
 
 void GetUVCorners(const DMesh& mesh, std::int32_t uvIndex, IndexList& corners) {
     corners.clear();
-    walk(mesh.uvCornerHead, mesh.uvCornerNext, uvIndex,
-         [&](std::int32_t corner) { corners.push_back(corner); });
+    forEachUVCorner(mesh, uvIndex, [&](std::int32_t corner) { corners.push_back(corner); });
 }
 
 void GetUVCornersAndNeighbours(const DMesh& mesh, std::int32_t uvIndex, IndexList& neighbours,
                                IndexList& corners) {
     GetUVCorners(mesh, uvIndex, corners);
-    gatherRing(mesh.uvCornerHead, mesh.uvCornerNext, mesh.indicesUV, uvIndex, neighbours);
+    gatherRing([&](auto visit) { forEachUVCorner(mesh, uvIndex, visit); }, mesh.indicesUV,
+               neighbours);
 }
 
 void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices,
-                       IndexList& cursors, const BitArray* triangleBits) {
+                       const BitArray* triangleBits) {
     for (const std::int32_t vertex : vertices) {
-        prefetch(&mesh.vertexTriangleHead[vertex]);
+        prefetch(&mesh.vertexCorners.run(vertex));
         prefetch(&mesh.vertices[vertex]);
-    }
-    cursors.clear();
-    for (const std::int32_t vertex : vertices) {
-        cursors.push_back(loadRelaxed(mesh.vertexTriangleHead[vertex]));
     }
     // Prefetching a hub's whole list would evict its first lines before they are used.
     constexpr int kLongestWarmed = 64;
-    for (int step = 0; step < kLongestWarmed && !cursors.empty(); ++step) {
-        std::size_t left = 0;
-        for (const std::int32_t corner : cursors) {
-            if (corner == kNone) continue;
+    for (const std::int32_t vertex : vertices) {
+        CornerCursor cursor(mesh.vertexCorners, vertex);
+        for (int i = 0; i < kLongestWarmed; ++i) {
+            const std::int32_t corner = cursor.next();
+            if (corner == kNone) break;
             prefetch(&mesh.triangles[corner]);
             if (triangleBits != nullptr) triangleBits->prefetchBit(triangleOf(corner));
-            cursors[left++] = loadRelaxed(mesh.cornerNext[corner]);
         }
-        cursors.resize(left);
     }
 }
 

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// The corners around each vertex and around each UV coordinate, as singly linked lists in two flat
-// arrays: head[v] is the first corner of v, and next[c] is the corner after c, kNone at the end.
-// Lists are built with the highest corner first. Every walk sees that order, and the resulting
-// order of neighbours decides ties between equal costs.
+// The corners around each vertex (VertexCorners) and around each UV coordinate. The latter are
+// singly linked lists in two flat arrays: uvCornerHead[i] is the first corner of record i, and
+// uvCornerNext[c] is the corner after c, kNone at the end. Lists are built with the highest corner
+// first. Every walk sees that order, and the resulting order of neighbours decides ties between
+// equal costs.
 //
 // Thread safety: only the thread that has reserved a vertex and its neighbours changes the vertex's
 // list. Other threads may walk it meanwhile, and may miss or see twice the corners that are being
-// moved: at any moment, every link leads to another corner of the same vertex.
+// moved.
 #pragma once
 
 #include "base/indexed_array.h"
@@ -20,8 +21,6 @@
 #include <vector>
 
 namespace korvalite::core {
-
-using IndexList = IndexedArray<std::int32_t>;
 
 inline std::int32_t triangleOf(std::int32_t corner) {
     return corner / 3;
@@ -65,7 +64,7 @@ void dropDeadVertexCorners(DMesh& mesh);
 void dropDeadUVCorners(DMesh& mesh);
 
 /// Removes a corner from the list that begins at `head`; no effect if it is not in the list.
-void unlinkCorner(std::int32_t& head, IndexedArray<std::int32_t>& next, std::int32_t corner);
+void unlinkCorner(std::int32_t& head, IndexList& next, std::int32_t corner);
 
 /// The functions below clear their result lists first. Neighbours are distinct and in order of
 /// first occurrence: for each corner, the vertex at the next corner of its triangle, then the
@@ -78,12 +77,11 @@ void GetUVCorners(const DMesh& mesh, std::int32_t uvIndex, IndexList& corners);
 void GetUVCornersAndNeighbours(const DMesh& mesh, std::int32_t uvIndex, IndexList& neighbours,
                                IndexList& corners);
 
-/// Prefetches the corner lists and triangles of several vertices. A list is a chain of dependent
-/// loads, nearly all of which miss the cache in a large mesh; walking the lists side by side makes
-/// their misses overlap. Only the start of a hub's list is touched. `cursors` is scratch;
-/// `triangleBits`, if not null, is prefetched for the same triangles.
+/// Prefetches the corner lists and triangles of several vertices, so that their misses overlap.
+/// Only the start of a hub's list is touched. `triangleBits`, if not null, is prefetched for the
+/// same triangles.
 void warmVertexCorners(const DMesh& mesh, std::span<const std::int32_t> vertices,
-                       IndexList& cursors, const BitArray* triangleBits = nullptr);
+                       const BitArray* triangleBits = nullptr);
 
 /// Whether a triangle at `a` also has `b`.
 bool AreVerticesAdjacent(const DMesh& mesh, std::int32_t a, std::int32_t b);
@@ -99,19 +97,19 @@ void forEachTriangle(const DMesh& mesh, Visit visit) {
 /// The first corner of a vertex, in list order, for which matches(corner) is true; else kNone.
 template <typename Matches>
 std::int32_t findCorner(const DMesh& mesh, std::int32_t vertex, Matches matches) {
-    std::int32_t corner = loadRelaxed(mesh.vertexTriangleHead[vertex]);
+    CornerCursor cursor(mesh.vertexCorners, vertex);
+    std::int32_t corner = cursor.next();
     while (corner != kNone && !matches(corner))
-        corner = loadRelaxed(mesh.cornerNext[corner]);
+        corner = cursor.next();
     return corner;
 }
 
 /// Calls visit(corner) for each corner of a vertex, in list order.
 template <typename Visit>
 void forEachCorner(const DMesh& mesh, std::int32_t vertex, Visit visit) {
-    for (std::int32_t corner = loadRelaxed(mesh.vertexTriangleHead[vertex]); corner != kNone;
-         corner = loadRelaxed(mesh.cornerNext[corner])) {
+    CornerCursor cursor(mesh.vertexCorners, vertex);
+    for (std::int32_t corner = cursor.next(); corner != kNone; corner = cursor.next())
         visit(corner);
-    }
 }
 
 }  // namespace korvalite::core

@@ -13,6 +13,7 @@
 #include "base/relaxed.h"
 #include "geometry/vec3.h"
 #include "mesh/symmetry_cache.h"
+#include "mesh/vertex_corners.h"
 #include "platform/large_memory.h"
 
 #include <array>
@@ -20,8 +21,6 @@
 #include <limits>
 
 namespace korvalite::core {
-
-inline constexpr std::int32_t kNone = -1;
 
 /// The `cost` of a vertex that cannot collapse and is never queued.
 inline constexpr float kNotCollapsible = std::numeric_limits<float>::max();
@@ -118,10 +117,9 @@ struct DMesh {
 
     // Corner lists (mesh/corner_lists.h). They and the bits derived from them exist while a driver
     // runs.
-    IndexedArray<std::int32_t> vertexTriangleHead;
-    IndexedArray<std::int32_t> cornerNext;
-    IndexedArray<std::int32_t> uvCornerHead;
-    IndexedArray<std::int32_t> uvCornerNext;
+    VertexCorners vertexCorners;
+    IndexList uvCornerHead;
+    IndexList uvCornerNext;
 
     BoundingBox boundingBox;
 

@@ -59,7 +59,7 @@ public:
 private:
     void gatherRing() {
         GetVertexNeighbours(mesh_, kept_, s_.ring);
-        warmVertexCorners(mesh_, s_.ring, s_.cursors);
+        warmVertexCorners(mesh_, s_.ring);
         for (const std::int32_t u : s_.ring) {
             s_.inRing.Set(u);
             prefetch(&state_.vertexQuadrics[u]);

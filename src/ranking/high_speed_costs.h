@@ -27,8 +27,7 @@ struct HighSpeedState {
         IndexList ring;
         IndexList outerRing;
         IndexList queued;
-        IndexList cursors;  // of warmVertexCorners
-        BitArray inRing;    // one bit per vertex, all clear between updates
+        BitArray inRing;  // one bit per vertex, all clear between updates
     } scratch;
 };
 

@@ -6,7 +6,7 @@ namespace korvalite::core {
 void RingPrefetch::ring(const WorkingMesh& work, const NeighbourhoodMarks& marks,
                         std::span<const std::int32_t> ring) {
     work.costQueue.prefetchOwnLinks(ring);
-    warmVertexCorners(work.mesh, ring.subspan(1), cursors_, &marks.triangleMark);
+    warmVertexCorners(work.mesh, ring.subspan(1), &marks.triangleMark);
     work.costQueue.prefetchLinks(ring);
 }
 
@@ -20,7 +20,7 @@ void RingPrefetch::outerRing(const DMesh& mesh, const NeighbourhoodMarks& marks,
     }
     warmed_.assign(outerRing.begin(), outerRing.end());
     warmed_.insert(warmed_.end(), nextPair_.begin(), nextPair_.end());
-    warmVertexCorners(mesh, warmed_, cursors_, &marks.triangleMark);
+    warmVertexCorners(mesh, warmed_, &marks.triangleMark);
 }
 
 void RingPrefetch::nextRing(const DMesh& mesh) {
@@ -33,7 +33,7 @@ void RingPrefetch::nextRing(const DMesh& mesh) {
             mesh.triangleActive.prefetchBit(triangleOf(corner));
             mesh.borderVertices.prefetchBit(x);
             nextRing_.push_back(x);
-            prefetch(&mesh.vertexTriangleHead[x]);
+            prefetch(&mesh.vertexCorners.run(x));
             prefetch(&mesh.vertices[x]);
         });
     }
@@ -41,10 +41,7 @@ void RingPrefetch::nextRing(const DMesh& mesh) {
 
 void RingPrefetch::nextOuterRing(const DMesh& mesh) const {
     for (const std::int32_t x : nextRing_) {
-        const std::int32_t corner = loadRelaxed(mesh.vertexTriangleHead[x]);
-        if (corner == kNone) continue;
-        prefetch(&mesh.cornerNext[corner]);
-        prefetch(&mesh.triangles[corner]);
+        forEachCorner(mesh, x, [&](std::int32_t corner) { prefetch(&mesh.triangles[corner]); });
     }
 }
 

@@ -28,7 +28,7 @@ public:
     static void outerVertex(const DMesh& mesh, const NeighbourhoodMarks& marks,
                             std::int32_t vertex) {
         prefetch(&marks.vertexSlot[vertex]);
-        prefetch(&mesh.vertexTriangleHead[vertex]);
+        prefetch(&mesh.vertexCorners.run(vertex));
         mesh.borderVertices.prefetchBit(vertex);
     }
     static void triangle(const DMesh& mesh, const NeighbourhoodMarks& marks,
@@ -52,7 +52,6 @@ private:
     IndexList warmed_;
     IndexList nextPair_;  // the vertex likely to collapse next, and its partner
     IndexList nextRing_;
-    IndexList cursors_;  // of warmVertexCorners
 };
 
 }  // namespace korvalite::core

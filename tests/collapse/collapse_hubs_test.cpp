@@ -77,7 +77,7 @@ protected:
             << v << " onto " << w << " at " << position.x << ' ' << position.y << ' ' << position.z;
         refused_ += refused ? 1 : 0;
         done_ += refused ? 0 : 1;
-        if (!refused) UndoCollapse(pm_.mesh, v, w, record, Alone(pm_));
+        if (!refused) UndoCollapse(pm_.mesh, v, w, record, scratch_, Alone(pm_));
     }
     // Tries collapses along random edges, to random places near them.
     void tryMany(DMesh mesh, std::uint32_t seed) {

@@ -4,6 +4,7 @@
 #include "support/mesh_validator.h"
 #include "support/prepared_mesh.h"
 #include "support/random.h"
+#include "support/vertex_corners.h"
 
 #include <gtest/gtest.h>
 
@@ -58,7 +59,9 @@ struct Collapse {
     CollapseResult run(std::int32_t v, std::int32_t w) {
         return run(v, w, pm.mesh.vertices[static_cast<std::size_t>(w)].position());
     }
-    void undo(std::int32_t v, std::int32_t w) { UndoCollapse(pm.mesh, v, w, record, Alone(pm)); }
+    void undo(std::int32_t v, std::int32_t w) {
+        UndoCollapse(pm.mesh, v, w, record, scratch, Alone(pm));
+    }
     [[nodiscard]] bool active(std::int32_t vertex) const {
         return pm.mesh.vertexActive.Test(vertex);
     }
@@ -134,12 +137,10 @@ TEST(CollapseEdge, TheLinkTestRecordsTheKeptRing) {
 TEST(CollapseEdge, AFlipIsRefusedBeforeAnythingChanges) {
     Collapse c(test::grid(3, 3));
     const State before(c.pm.mesh);
-    const auto heads = c.pm.mesh.vertexTriangleHead;
-    const auto next = c.pm.mesh.cornerNext;
+    const auto lists = test::vertexCornersOf(c.pm.mesh);
     EXPECT_EQ(c.run(5, 6, {10, 10, 0}), CollapseResult::Refused);
     EXPECT_TRUE(State(c.pm.mesh) == before);
-    EXPECT_EQ(c.pm.mesh.vertexTriangleHead, heads);
-    EXPECT_EQ(c.pm.mesh.cornerNext, next);
+    EXPECT_EQ(test::vertexCornersOf(c.pm.mesh), lists);
     EXPECT_TRUE(c.record.split.corners.empty());
     EXPECT_EQ(c.record.split.vertex, -1);
     EXPECT_FALSE(c.record.flags.collapsed);
@@ -341,8 +342,7 @@ TEST(UndoCollapse, PushesTheCornersToTheHeadOfTheLists) {
     ASSERT_EQ(c.run(1, 0), CollapseResult::Done);
     c.undo(1, 0);
     // The corners of triangle 0 are back at the heads of their lists.
-    EXPECT_EQ(c.pm.mesh.vertexTriangleHead, (IndexList{0, 1, 2, 5}));
-    EXPECT_EQ(c.pm.mesh.cornerNext, (IndexList{3, -1, 4, -1, -1, -1}));
+    EXPECT_EQ(test::vertexCornersOf(c.pm.mesh), (test::Lists{{0, 3}, {1}, {2, 4}, {5}}));
 }
 
 TEST(UndoCollapse, LeavesTheListOfTheRemovedVertexReversed) {

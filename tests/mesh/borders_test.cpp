@@ -87,7 +87,7 @@ TEST(Borders, AreRecomputedFromTheCurrentLists) {
     EXPECT_EQ(mesh.borderVertices.count(), 3);
     // An inactive vertex is treated like any other.
     mesh.vertexActive.Clear(1);
-    mesh.vertexTriangleHead[0] = kNone;
+    mesh.vertexCorners.assign(0, {});
     ComputeBorderVertices(mesh);
     EXPECT_FALSE(mesh.borderVertices.Test(0));
     EXPECT_TRUE(mesh.borderVertices.Test(1));

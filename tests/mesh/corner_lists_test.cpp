@@ -5,6 +5,7 @@
 #include "support/mesh_builder.h"
 #include "support/mesh_validator.h"
 #include "support/random.h"
+#include "support/vertex_corners.h"
 
 #include <gtest/gtest.h>
 
@@ -68,10 +69,10 @@ TEST(CornerLists, EachVertexOfASingleTriangleHasOneCornerAndTwoNeighbours) {
     EXPECT_EQ(neighboursOf(mesh, 2), (IndexList{0, 1}));
 }
 
-TEST(CornerLists, AVertexWithoutTrianglesHasHeadMinusOneAndEmptyLists) {
+TEST(CornerLists, AVertexWithoutTrianglesHasEmptyLists) {
     const DMesh mesh =
         listed(test::buildMesh({{0, 0, 0}, {9, 9, 9}, {1, 0, 0}, {0, 1, 0}}, {{0, 2, 3}}));
-    EXPECT_EQ(mesh.vertexTriangleHead[1], -1);
+    EXPECT_TRUE(mesh.vertexCorners.isEmpty(1));
     EXPECT_TRUE(cornersOf(mesh, 1).empty());
     EXPECT_TRUE(neighboursOf(mesh, 1).empty());
 }
@@ -83,8 +84,7 @@ TEST(CornerLists, RunFromTheHighestCornerToTheLowest) {
     const DMesh mesh = listed(test::twoTriangles());
     EXPECT_EQ(cornersOf(mesh, 0), (IndexList{3, 0}));
     EXPECT_EQ(cornersOf(mesh, 2), (IndexList{4, 2}));
-    EXPECT_EQ(mesh.vertexTriangleHead, (IndexList{3, 1, 4, 5}));
-    EXPECT_EQ(mesh.cornerNext, (IndexList{-1, -1, -1, 0, 2, -1}));
+    EXPECT_EQ(test::vertexCornersOf(mesh), (test::Lists{{3, 0}, {1}, {4, 2}, {5}}));
 }
 
 // Two triangles, the first already removed by an earlier run, with UVs in vertex order.
@@ -101,10 +101,9 @@ TEST(CornerLists, IncludeTheCornersOfDeadTriangles) {
     DMesh mesh = oneOfTwoTrianglesLeft();
     BuildVertexCorners(mesh);
     BuildUVCorners(mesh);
-    EXPECT_EQ(mesh.vertexTriangleHead, (IndexList{3, 1, 4, 5}));
-    EXPECT_EQ(mesh.cornerNext, (IndexList{-1, -1, -1, 0, 2, -1}));
-    EXPECT_EQ(mesh.uvCornerHead, mesh.vertexTriangleHead);
-    EXPECT_EQ(mesh.uvCornerNext, mesh.cornerNext);
+    EXPECT_EQ(test::vertexCornersOf(mesh), (test::Lists{{3, 0}, {1}, {4, 2}, {5}}));
+    EXPECT_EQ(mesh.uvCornerHead, (IndexList{3, 1, 4, 5}));
+    EXPECT_EQ(mesh.uvCornerNext, (IndexList{-1, -1, -1, 0, 2, -1}));
 }
 
 TEST(CornerLists, OmitTheCornersOfDeadTrianglesOnRequest) {
@@ -115,20 +114,16 @@ TEST(CornerLists, OmitTheCornersOfDeadTrianglesOnRequest) {
     dropDeadVertexCorners(mesh);
     dropDeadUVCorners(mesh);
     EXPECT_TRUE(test::cornerListsAreSound(mesh));
-    EXPECT_EQ(mesh.vertexTriangleHead, (IndexList{3, -1, 4, 5}));
-    EXPECT_EQ(mesh.uvCornerHead, mesh.vertexTriangleHead);
-    EXPECT_EQ(cornersOf(mesh, 0), (IndexList{3}));
-    EXPECT_EQ(cornersOf(mesh, 2), (IndexList{4}));
+    EXPECT_EQ(test::vertexCornersOf(mesh), (test::Lists{{3}, {}, {4}, {5}}));
+    EXPECT_EQ(mesh.uvCornerHead, (IndexList{3, -1, 4, 5}));
 }
 
 TEST(CornerLists, AreUnchangedOnRequestWithoutDeadTriangles) {
     DMesh mesh = listed(test::torus(5, 4));
     EXPECT_FALSE(hasDeadTriangles(mesh));
-    const IndexList heads = mesh.vertexTriangleHead;
-    const IndexList next = mesh.cornerNext;
+    const test::Lists lists = test::vertexCornersOf(mesh);
     dropDeadVertexCorners(mesh);
-    EXPECT_EQ(mesh.vertexTriangleHead, heads);
-    EXPECT_EQ(mesh.cornerNext, next);
+    EXPECT_EQ(test::vertexCornersOf(mesh), lists);
 }
 
 TEST(CornerLists, ListNeighboursInOrderOfFirstAppearance) {
@@ -215,11 +210,10 @@ TEST(CornerLists, AreBuiltFromScratchAndReleased) {
     mesh.vertices.resize(7);
     mesh.triangles = {0, 1, 2, 6, 5, 4};
     BuildVertexCorners(mesh);
-    EXPECT_EQ(mesh.vertexTriangleHead, (IndexList{0, 1, 2, -1, 5, 4, 3}));
-    EXPECT_EQ(mesh.cornerNext, IndexList(6, -1));
+    EXPECT_EQ(test::vertexCornersOf(mesh), (test::Lists{{0}, {1}, {2}, {}, {5}, {4}, {3}}));
+    EXPECT_TRUE(mesh.vertexCorners.areBuiltFor(7, 6));
     ReleaseVertexCorners(mesh);
-    EXPECT_EQ(mesh.vertexTriangleHead.capacity(), 0U);
-    EXPECT_EQ(mesh.cornerNext.capacity(), 0U);
+    EXPECT_TRUE(mesh.vertexCorners.areBuiltFor(0, 0));
 }
 
 // UV records 0..4 on the two triangles: the lower end of the diagonal has one record on each side.
@@ -276,24 +270,10 @@ TEST(CornerLists, WarmingThemChangesNothing) {
     DMesh mesh = listed(test::grid(3, 3));
     mesh.vertices.emplace_back();
     BuildVertexCorners(mesh);
-    const IndexList heads = mesh.vertexTriangleHead;
-    const IndexList all{0, 5, 16, 5, 15};
-    IndexList cursors;
-    warmVertexCorners(mesh, all, cursors);
-    warmVertexCorners(mesh, {}, cursors);
-    EXPECT_EQ(mesh.vertexTriangleHead, heads);
-    EXPECT_TRUE(test::cornerListsAreSound(listed(test::grid(3, 3))));
-}
-
-TEST(CornerLists, WarmingAHubStopsBeforeTheEndOfItsList) {
-    DMesh mesh = test::oneTriangle();
-    for (int i = 0; i < 1000; ++i)
-        mesh.triangles.insert(mesh.triangles.end(), {0, 1, 2});
-    test::completeMesh(mesh);
-    BuildVertexCorners(mesh);
-    IndexList cursors;
-    warmVertexCorners(mesh, IndexList{0}, cursors);
-    EXPECT_EQ(cursors.size(), 1U) << "the next corner to visit";
+    const test::Lists lists = test::vertexCornersOf(mesh);
+    warmVertexCorners(mesh, IndexList{0, 5, 16, 5, 15});
+    warmVertexCorners(mesh, {});
+    EXPECT_EQ(test::vertexCornersOf(mesh), lists);
 }
 
 }  // namespace

@@ -290,8 +290,7 @@ TEST_F(LevelUpdate, WithoutReorderingTheWorkingDataIsStillReleased) {
     });
     EXPECT_FALSE(unordered->IsReordered);
     EXPECT_TRUE(unordered->IsCleaned);
-    EXPECT_TRUE(unordered->mesh.vertexTriangleHead.empty());
-    EXPECT_TRUE(unordered->mesh.cornerNext.empty());
+    EXPECT_TRUE(unordered->mesh.vertexCorners.areBuiltFor(0, 0)) << "released";
     EXPECT_EQ(unordered->mesh.borderVertices.count(), 0);
     EXPECT_GT(unordered->vsplitList.NumVtxSplit(), 0U) << "the splits are not working data";
 }

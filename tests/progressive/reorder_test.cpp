@@ -103,7 +103,7 @@ TEST_F(Reorder, OffLeavesTheFlagUnsetButReleasesTheWorkingData) {
             });
             EXPECT_EQ(pm->IsReordered, reorder);
             EXPECT_TRUE(pm->IsCleaned);
-            EXPECT_TRUE(pm->mesh.vertexTriangleHead.empty() && pm->mesh.cornerNext.empty());
+            EXPECT_TRUE(pm->mesh.vertexCorners.areBuiltFor(0, 0)) << "released";
             EXPECT_TRUE(pm->mesh.uvCornerHead.empty() && pm->mesh.uvCornerNext.empty());
             EXPECT_TRUE(pm->mesh.symmetryCache.pairing.empty());
             EXPECT_EQ(pm->mesh.borderVertices.count() + pm->mesh.uvSeamVertices.count(), 0);

@@ -4,7 +4,7 @@
 // says what is wrong and where.
 #pragma once
 
-#include "mesh/dmesh.h"
+#include "mesh/corner_lists.h"
 
 #include <gtest/gtest.h>
 
@@ -76,13 +76,13 @@ inline testing::AssertionResult isSound(const DMesh& mesh,
 // Every corner of an active triangle is on the list of its vertex exactly once; nothing else is on
 // any list; every list ends.
 inline testing::AssertionResult cornerListsAreSound(const DMesh& mesh) {
-    if (mesh.vertexTriangleHead.size() != mesh.vertices.size() ||
-        mesh.cornerNext.size() != mesh.triangles.size()) {
+    if (!mesh.vertexCorners.areBuiltFor(mesh.vertices.size(), mesh.triangles.size())) {
         return testing::AssertionFailure() << "the lists do not have the size of the mesh";
     }
     std::vector<bool> listed(mesh.triangles.size());
     for (std::size_t v = 0; v < mesh.vertices.size(); ++v) {
-        for (std::int32_t c = mesh.vertexTriangleHead[v]; c != kNone;) {
+        CornerCursor cursor(mesh.vertexCorners, static_cast<std::int32_t>(v));
+        for (std::int32_t c = cursor.next(); c != kNone; c = cursor.next()) {
             const auto corner = static_cast<std::size_t>(c);
             if (c < 0 || corner >= listed.size()) {
                 return testing::AssertionFailure() << "vertex " << v << " lists corner " << c;
@@ -100,7 +100,6 @@ inline testing::AssertionResult cornerListsAreSound(const DMesh& mesh) {
                        << "vertex " << v << " lists a corner of dead triangle " << c / 3;
             }
             listed[corner] = true;
-            c = mesh.cornerNext[corner];
         }
     }
     for (std::size_t corner = 0; corner < listed.size(); ++corner) {

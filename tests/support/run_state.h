@@ -4,6 +4,7 @@
 #include "progressive/progressive_mesh.h"
 #include "support/level_walk.h"
 #include "support/threads_of.h"
+#include "support/vertex_corners.h"
 
 #include <cstdint>
 #include <vector>
@@ -30,8 +31,9 @@ inline Words stateOf(const ProgressiveMesh& pm) {
         appendFloat(words, vertex.cost);
         words.push_back(static_cast<std::uint32_t>(vertex.partner));
     }
-    for (const auto* list : {&mesh.vertexTriangleHead, &mesh.cornerNext, &mesh.uvCornerHead,
-                             &mesh.uvCornerNext, &mesh.symmetryCache.pairing})
+    for (const IndexList& corners : vertexCornersOf(mesh))
+        append(words, corners);
+    for (const auto* list : {&mesh.uvCornerHead, &mesh.uvCornerNext, &mesh.symmetryCache.pairing})
         append(words, *list);
     for (const BitArray* bits : {&mesh.borderVertices, &mesh.uvSeamVertices, &mesh.uvSeamCorners,
                                  &pm.symmetrySlaves, &threadsOf(pm).lockedVertices})

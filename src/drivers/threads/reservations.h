@@ -43,7 +43,7 @@ public:
 
     void holdGathered() {
         for (const Hub& hub : gatheredHubs_) {
-            forEachNeighbourFrom(hub.corner, [this](std::int32_t vertex) {
+            forEachNeighbourFrom(hub.next, [this](std::int32_t vertex) {
                 reservedVertices_.push_back(vertex);
                 return true;
             });
@@ -76,10 +76,16 @@ private:
     static constexpr int kLongestRing = 64;  // in triangles; a vertex with more is a hub
     static constexpr int kWholeRing = std::numeric_limits<int>::max();
 
-    /// A vertex with many triangles, and the corner where its list continues after the first ones.
+    /// A place in a corner list.
+    struct Place {
+        std::int32_t corner;  // kNone at the end
+        CornerCursor rest;    // after that corner
+    };
+
+    /// A vertex with many triangles, and where its list continues after the first ones.
     struct Hub {
         std::int32_t centre;
-        std::int32_t corner;
+        Place next;
     };
 
     void forgetGathered() {
@@ -92,7 +98,7 @@ private:
         if (std::any_of(centres.begin(), centres.end(),
                         [this](auto v) { return isHeld(v) || blockedHubs_.contains(v); }))
             return false;
-        warmVertexCorners(mesh_, {centres.begin(), centres.end()}, cursors_);
+        warmVertexCorners(mesh_, {centres.begin(), centres.end()});
         const std::size_t hubsBefore = gatheredHubs_.size();
         return std::all_of(centres.begin(), centres.end(),
                            [this](auto v) { return gatherRing(v); }) &&
@@ -103,10 +109,11 @@ private:
     /// Gathers a whole ring, or the start of a hub's ring. False if a vertex of it is held.
     bool gatherRing(std::int32_t centre) {
         reservedVertices_.push_back(centre);
-        const std::int32_t first = loadRelaxed(mesh_.vertexTriangleHead[centre]);
+        CornerCursor corners(mesh_.vertexCorners, centre);
+        const std::int32_t first = corners.next();
         bool isFree = true;
-        const std::int32_t rest = forEachNeighbourFrom(
-            first,
+        const Place next = forEachNeighbourFrom(
+            {first, corners},
             [&](std::int32_t vertex) {
                 ++lookCount_;
                 isFree = !isHeld(vertex);
@@ -114,14 +121,14 @@ private:
                 return isFree;
             },
             kLongestRing);
-        if (rest != kNone) gatheredHubs_.push_back({centre, rest});
+        if (next.corner != kNone) gatheredHubs_.push_back({centre, next});
         return isFree;
     }
 
     bool isFree(const Hub& hub) {
         if (freeHubs_.contains(hub.centre)) return true;
         bool isFree = true;
-        forEachNeighbourFrom(hub.corner, [&](std::int32_t vertex) {
+        forEachNeighbourFrom(hub.next, [&](std::int32_t vertex) {
             ++lookCount_;
             isFree = !isHeld(vertex);
             return isFree;
@@ -131,24 +138,22 @@ private:
     }
 
     /// Visits the other vertices of up to `most` triangles in a corner list, as long as visit()
-    /// returns true. Returns the corner after the last triangle visited.
+    /// returns true. Returns the place after the last triangle visited.
     template <typename Visit>
-    std::int32_t forEachNeighbourFrom(std::int32_t corner, Visit visit,
-                                      int most = kWholeRing) const {
-        for (; corner != kNone && most > 0; --most) {
-            if (!visit(vertexAt(mesh_, nextCorner(corner))) ||
-                !visit(vertexAt(mesh_, previousCorner(corner))))
+    Place forEachNeighbourFrom(Place place, Visit visit, int most = kWholeRing) const {
+        for (; place.corner != kNone && most > 0; --most) {
+            if (!visit(vertexAt(mesh_, nextCorner(place.corner))) ||
+                !visit(vertexAt(mesh_, previousCorner(place.corner))))
                 break;
-            corner = loadRelaxed(mesh_.cornerNext[corner]);
+            place.corner = place.rest.next();
         }
-        return corner;
+        return place;
     }
 
     const DMesh& mesh_;
     BitArray& locked_;
     IndexList reservedVertices_;  // may contain duplicates
     bool isHolding_ = false;      // whether reservedVertices_ are held, not just gathered
-    IndexList cursors_;           // of warmVertexCorners
     std::vector<Hub> gatheredHubs_;
     // The hubs checked in this pick, by whether another thread holds a neighbour.
     std::unordered_set<std::int32_t> freeHubs_;
