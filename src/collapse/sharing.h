@@ -64,12 +64,8 @@ public:
             forgetCost(work_.mesh.vertices[vertex]);
         }
     }
-    [[nodiscard]] float best(std::uint16_t /*slot*/, std::int32_t vertex) const {
-        return work_.mesh.vertices[vertex].cost;
-    }
-    void rank(std::uint16_t /*slot*/, std::int32_t vertex, std::int32_t partner, float cost) {
-        VertexRecord& record = work_.mesh.vertices[vertex];
-        takeIfLower(record.cost, record.partner, cost, partner);
+    void rank(std::uint16_t /*slot*/, std::int32_t vertex, const RankedVertex& ranked) {
+        storeRanking(work_.mesh.vertices[vertex], ranked);
     }
     void endRing(std::span<const std::int32_t> ring) {
         queued_.clear();
@@ -121,12 +117,9 @@ public:
         for (const std::int32_t vertex : ring)
             record_.appendUpdate(vertex, kNotCollapsible, kNone);
     }
-    [[nodiscard]] float best(std::uint16_t slot, std::int32_t /*vertex*/) const {
-        return record_.updateCosts[first_ + slot];
-    }
-    void rank(std::uint16_t slot, std::int32_t /*vertex*/, std::int32_t partner, float cost) {
-        const std::size_t entry = first_ + slot;
-        takeIfLower(record_.updateCosts[entry], record_.updatePartners[entry], cost, partner);
+    void rank(std::uint16_t slot, std::int32_t /*vertex*/, const RankedVertex& ranked) {
+        record_.updateCosts[first_ + slot] = ranked.cost;
+        record_.updatePartners[first_ + slot] = ranked.partner;
     }
     static void endRing(std::span<const std::int32_t> /*ring*/) {}
 
@@ -145,8 +138,7 @@ private:
 /// vertex in the ring.
 template <typename Sharing>
 concept SharingPolicy = requires(Sharing& sharing, std::int32_t vertex, const RankedVertex& ranked,
-                                 std::span<const std::int32_t> ring, std::uint16_t slot,
-                                 float cost) {
+                                 std::span<const std::int32_t> ring, std::uint16_t slot) {
     { Sharing::kIsShared } -> std::convertible_to<bool>;
     sharing.activeVertices();
     sharing.activeTriangles();
@@ -160,9 +152,8 @@ concept SharingPolicy = requires(Sharing& sharing, std::int32_t vertex, const Ra
     sharing.rankAgain(vertex, ranked);  // stores a new cost and queues it by that
 
     sharing.beginRing(ring);  // forgets the costs
-    { sharing.best(slot, vertex) } -> std::same_as<float>;
-    sharing.rank(slot, vertex, vertex, cost);  // takes the cost and the partner if it is lower
-    sharing.endRing(ring);                     // queues all but the slaves
+    sharing.rank(slot, vertex, ranked);
+    sharing.endRing(ring);  // queues all but the slaves
 
     /// The vertex that will probably collapse next, or kNone.
     { sharing.guessNext() } -> std::same_as<std::int32_t>;

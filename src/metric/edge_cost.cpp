@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace korvalite::core {
 
@@ -105,21 +106,6 @@ bool solve(const MetricRules& rules, EdgeEvaluation& result, const Quadric3D& qu
     return !(rules.useDegeneracySearch && std::abs(degeneracy(quadric)) < 0.001);
 }
 
-/// The mask slows the decimation down where its values are low; 0 forbids a collapse.
-// COMPAT: the factors jump below 10 and below 5, computed as written; costs depend on them.
-void applyMask(float& cost, std::uint8_t lower) {
-    const float lack = 255.0F - static_cast<float>(lower);
-    if (lower == 0) {
-        cost = kNotCollapsible;
-    } else if (lower <= 4) {
-        cost *= (lack * 100.0F + 1.0F + 250.0F - 232.75F) - 25000.0F;
-    } else if (lower <= 9) {
-        cost *= (lack + 1.0F) - 232.75F;
-    } else if (lower < 255) {
-        cost *= lack / 20.0F + 1.0F;
-    }
-}
-
 DoubleVec3 rowProduct(const Matrix3& m, const std::array<double, 3>& v) {
     return {m[0] * v[0] + m[1] * v[1] + m[2] * v[2], m[3] * v[0] + m[4] * v[1] + m[5] * v[2],
             m[6] * v[0] + m[7] * v[1] + m[8] * v[2]};
@@ -193,6 +179,30 @@ void evaluateEdge(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd&
         break;
     }
     applyMask(result.cost, std::min(first.mask, second.mask));
+}
+
+// COMPAT: the factors jump below 10 and below 5, computed as written; costs depend on them.
+void applyMask(float& cost, std::uint8_t lower) {
+    const float lack = 255.0F - static_cast<float>(lower);
+    if (lower == 0) {
+        cost = kNotCollapsible;
+    } else if (lower <= 4) {
+        cost *= (lack * 100.0F + 1.0F + 250.0F - 232.75F) - 25000.0F;
+    } else if (lower <= 9) {
+        cost *= (lack + 1.0F) - 232.75F;
+    } else if (lower < 255) {
+        cost *= lack / 20.0F + 1.0F;
+    }
+}
+
+lanes::Positions positionsOf(const DMesh& mesh) {
+    static_assert(offsetof(VertexRecord, x) == 0 && offsetof(VertexRecord, z) == 8);
+    return {mesh.vertices.data(), sizeof(VertexRecord)};
+}
+
+lanes::EdgeSettings edgeSettings(const MetricRules& rules) {
+    static_assert(offsetof(EdgeEnd, position) == 0 && sizeof(EdgeEnd) == 16);
+    return {rules.useDegeneracySearch, rules.numPositionSamples, kNotCollapsible};
 }
 
 bool mayCostBeNegative(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second) {

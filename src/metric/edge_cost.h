@@ -8,6 +8,7 @@
 #pragma once
 
 #include "geometry/vec3.h"
+#include "lanes/kernels.h"
 #include "metric/color_quadric.h"
 #include "metric/quadric3d.h"
 
@@ -50,6 +51,14 @@ void evaluateEdge(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd&
                   const Quadric3D& quadric, EdgeEvaluation& result);
 void evaluateColorEdge(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second,
                        const ColorQuadric& quadric, EdgeEvaluation& result);
+
+/// What evaluateEdge does to the cost at last, with the lower mask of the two ends. The mask slows
+/// the decimation down where its values are low; 0 forbids a collapse.
+void applyMask(float& cost, std::uint8_t lower);
+
+/// What the kernels read of these.
+[[nodiscard]] lanes::Positions positionsOf(const DMesh& mesh);
+[[nodiscard]] lanes::EdgeSettings edgeSettings(const MetricRules& rules);
 
 /// Whether evaluateEdge can find a negative cost: costs are clamped to zero except where the edge
 /// keeps an end.

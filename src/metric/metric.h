@@ -20,6 +20,7 @@ namespace korvalite::core {
 struct PlainMetric {
     using Quadric = Quadric3D;
     static constexpr bool kHasColor = false;
+    static constexpr bool kHasLanes = true;
     static constexpr const char* kId = "PM_QUADRIC3D_ID";
 
     static Quadric triangleQuadric(const DMesh& mesh, const MetricRules& rules,
@@ -47,6 +48,7 @@ struct PlainMetric {
 struct ColorMetric {
     using Quadric = ColorQuadric;
     static constexpr bool kHasColor = true;
+    static constexpr bool kHasLanes = false;
     static constexpr const char* kId = "PM_COLOR_QUADRIC_ID";
 
     static Quadric triangleQuadric(const DMesh& mesh, const MetricRules& rules,
@@ -77,6 +79,7 @@ concept CollapseMetric = requires(const DMesh& mesh, const MetricRules& rules, s
                                   const EdgeEnd& end, typename Metric::Quadric& sum,
                                   const typename Metric::Quadric& quadric, EdgeEvaluation& result) {
     { Metric::kHasColor } -> std::convertible_to<bool>;
+    { Metric::kHasLanes } -> std::convertible_to<bool>;  // whether there are kernels for it
     { Metric::kId } -> std::convertible_to<const char*>;
     { Metric::triangleQuadric(mesh, rules, index) } -> std::same_as<typename Metric::Quadric>;
     Metric::addVertexQuadric(mesh, rules, sum, index);  // of the current triangles around it

@@ -6,8 +6,8 @@
 #include "ranking/vertex_cost.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
-#include <span>
 
 namespace korvalite::core {
 
@@ -21,107 +21,23 @@ public:
         : work_(work), mesh_(work.mesh), sharing_(sharing), marks_(marks), s_(scratch) {}
 
     void run(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
-        gatherRing(kept, ringCorners, neighbours);
-        gatherOuterRing();
+        area_.gatherVertices(work_, marks_, kept, ringCorners, neighbours);
         const bool onDemand = isMostlyFree();
-        sharing_.beginRing(ring());
-        gatherTriangles();
+        sharing_.beginRing(area_.ring());
+        s_.prefetch.lists(mesh_, sharing_.guessNext());
+        area_.gatherTriangles(work_, marks_);
+        s_.prefetch.triangles(mesh_);
         gatherEdges();
-        s_.prefetch.nextRing(mesh_);
-        if (onDemand) {
-            evaluateOnDemand();
-        } else {
-            sumQuadrics();
-            evaluateEdges();
-            applyCosts();
-        }
-        s_.prefetch.nextOuterRing(mesh_);
-        sharing_.endRing(ring());
-        resetMarks();
+        s_.prefetch.ring(mesh_);
+        rankNone();
+        onDemand ? evaluateOnDemand() : evaluateAll();
+        s_.prefetch.outerRing(mesh_);
+        applyRanking();
+        sharing_.endRing(area_.ring());
+        area_.clear(marks_);
     }
 
 private:
-    /// The kept vertex and its ring.
-    [[nodiscard]] std::span<const std::int32_t> ring() const {
-        return std::span(s_.localVertices).first(ringEnd_);
-    }
-
-    /// False if no slot is left.
-    bool giveSlot(std::int32_t vertex) {
-        if (s_.localVertices.size() >= NeighbourhoodMarks::kNoSlot) return false;
-        marks_.vertexSlot[vertex] = static_cast<std::uint16_t>(s_.localVertices.size());
-        s_.localVertices.push_back(vertex);
-        return true;
-    }
-
-    void listTriangle(std::int32_t triangle) {
-        s_.localTriangles.push_back(triangle);
-        marks_.triangleMark.Set(triangle);
-        RingPrefetch::triangle(mesh_, marks_, triangle);
-    }
-
-    void gatherRing(std::int32_t kept, const IndexList& ringCorners, const IndexList& neighbours) {
-        s_.localVertices.clear();
-        s_.localTriangles.clear();
-        const IndexList* corners = &ringCorners;
-        if (ringCorners.empty()) {
-            GetVertexCorners(mesh_, kept, s_.corners);
-            corners = &s_.corners;
-        }
-        const IndexList* ring = &neighbours;
-        if (neighbours.empty()) {
-            GetVertexNeighbours(mesh_, kept, s_.ring);
-            ring = &s_.ring;
-        }
-        for (const std::int32_t corner : *corners)
-            listTriangle(triangleOf(corner));
-        giveSlot(kept);
-        for (const std::int32_t vertex : *ring)
-            giveSlot(vertex);
-        ringEnd_ = s_.localVertices.size();
-        s_.prefetch.ring(work_, marks_, this->ring());
-    }
-
-    void gatherOuterRing() {
-        s_.ringNeighbours.clear();
-        s_.ringNeighboursEnd.clear();
-        for (std::size_t slot = 1; slot < ringEnd_; ++slot) {
-            GetVertexNeighbours(mesh_, s_.localVertices[slot], s_.neighbours);
-            s_.ringNeighbours.insert(s_.ringNeighbours.end(), s_.neighbours.begin(),
-                                     s_.neighbours.end());
-            s_.ringNeighboursEnd.push_back(s_.ringNeighbours.size());
-            for (const std::int32_t x : s_.neighbours)
-                RingPrefetch::outerVertex(mesh_, marks_, x);
-        }
-        for (const std::int32_t x : s_.ringNeighbours) {
-            if (marks_.vertexSlot[x] == NeighbourhoodMarks::kNoSlot) giveSlot(x);
-        }
-    }
-
-    void gatherTriangles() {
-        const auto outerRing = std::span(s_.localVertices).subspan(ringEnd_);
-        s_.prefetch.outerRing(mesh_, marks_, outerRing, sharing_.guessNext());
-        for (const std::int32_t x : outerRing) {
-            forEachCorner(mesh_, x, [&](std::int32_t corner) {
-                if (!marks_.triangleMark.Test(triangleOf(corner))) listTriangle(triangleOf(corner));
-            });
-        }
-    }
-
-    // COMPAT: triangles that touch neither the kept vertex nor the outer ring are never listed, so
-    // they are missing from the quadrics of ring vertices; costs depend on it.
-    void sumQuadrics() {
-        s_.slotQuadrics.assign(s_.localVertices.size(), {});
-        for (const std::int32_t triangle : s_.localTriangles) {
-            const typename Metric::Quadric quadric =
-                Metric::triangleQuadric(work_.mesh, work_, triangle);
-            for (const std::int32_t corner : cornersOf(triangle)) {
-                const std::uint16_t slot = marks_.vertexSlot[vertexAt(mesh_, corner)];
-                if (slot != NeighbourhoodMarks::kNoSlot) s_.slotQuadrics[slot] += quadric;
-            }
-        }
-    }
-
     void gatherEdges() {
         if (!work_.m_handleUVs_internal) return gatherEdgesNow();
         // One critical section for all edges, since other threads may be moving seam marks.
@@ -131,41 +47,142 @@ private:
 
     void gatherEdgesNow() {
         s_.slotEnds.clear();
-        for (const std::int32_t vertex : s_.localVertices)
+        for (const std::int32_t vertex : area_.vertices())
             s_.slotEnds.push_back(gatherEnd(mesh_, work_, vertex));
-        listEdges();
+        const bool hasRules = work_.m_handleUVs_internal || work_.m_handleSymmetry_internal;
+        hasRules ? listEdges<true>() : listEdges<false>();
     }
 
+    /// Writes each edge behind the others and counts it if it is one to evaluate.
+    template <bool kHasRules>
     void listEdges() {
-        s_.edges.clear();
+        const auto vertices = area_.vertices();
+        const auto neighbours = area_.neighbours();
+        const auto neighbourSlots = area_.neighbourSlots();
+        const auto ringEnd = static_cast<std::uint32_t>(area_.ring().size());
+        makeRoomForEdges(neighbours.size());
+        edgeCount_ = 0;
         std::size_t next = 0;
-        for (std::size_t slot = 1; slot < ringEnd_; ++slot) {
-            const std::int32_t w = s_.localVertices[slot];
-            const std::uint16_t slotW = marks_.vertexSlot[w];
-            const bool mayRankW = !work_.isSymmetrySlave(w);
-            for (; next < s_.ringNeighboursEnd[slot - 1]; ++next) {
-                const std::int32_t x = s_.ringNeighbours[next];
-                const std::uint16_t slotX = marks_.vertexSlot[x];
+        for (std::uint32_t slotW = 1; slotW < ringEnd; ++slotW) {
+            const std::int32_t w = vertices[slotW];
+            const bool mayRankW = !kHasRules || !work_.isSymmetrySlave(w);
+            for (; next < area_.neighboursEnd(slotW); ++next) {
+                const std::int32_t x = neighbours[next];
+                const std::uint32_t slotX = neighbourSlots[next];
+                const bool isInRing = slotX - 1 < ringEnd - 1;
                 // An edge inside the ring is taken from its lower end.
-                const bool takenFromX = slotX >= 1 && slotX < ringEnd_ && x < w;
-                const bool mayRankX = !work_.isSymmetrySlave(x);
-                if (x == w || slotX == NeighbourhoodMarks::kNoSlot || takenFromX) continue;
-                if ((!mayRankW && !mayRankX) || isHeldBySeam(work_, w, x)) continue;
+                bool isTaken =
+                    allOf(x != w, slotX != NeighbourhoodMarks::kNoSlot, !allOf(isInRing, x < w));
                 // The outer ring keeps its costs.
-                s_.edges.push_back({w, x, slotW, slotX, mayRankW, mayRankX && slotX < ringEnd_});
+                bool mayRankX = slotX < ringEnd;
+                if constexpr (kHasRules) {
+                    const bool isSlave = work_.isSymmetrySlave(x);
+                    isTaken = isTaken && (mayRankW || !isSlave) && !isHeldBySeam(work_, w, x);
+                    mayRankX = mayRankX && !isSlave;
+                }
+                s_.edgeSlots[2 * edgeCount_] = slotW;
+                s_.edgeSlots[2 * edgeCount_ + 1] = slotX;
+                s_.rankSlots[2 * edgeCount_] = mayRankW ? slotW : ringEnd;
+                s_.rankSlots[2 * edgeCount_ + 1] = mayRankX ? slotX : ringEnd;
+                edgeCount_ += isTaken ? 1 : 0;
             }
         }
     }
 
-    void evaluateEdges() {
-        s_.edgeCosts.resize(s_.edges.size());
-        for (std::size_t i = 0; i < s_.edges.size(); ++i) {
-            const RingEdge& edge = s_.edges[i];
-            EdgeEvaluation result;
-            Metric::evaluate(work_, s_.slotEnds[edge.slotW], s_.slotEnds[edge.slotX],
-                             s_.slotQuadrics[edge.slotW] + s_.slotQuadrics[edge.slotX], result);
-            s_.edgeCosts[i] = result.cost;
+    /// Without a branch, since none of these can be foreseen.
+    static bool allOf(bool a, bool b, bool c = true) {
+        return (static_cast<int>(a) & static_cast<int>(b) & static_cast<int>(c)) != 0;
+    }
+
+    void makeRoomForEdges(std::size_t most) {
+        const std::size_t room = lanes::padded(most + 1);
+        if (s_.edgeCosts.size() >= room) return;
+        s_.edgeSlots.resize(2 * room);
+        s_.rankSlots.resize(2 * room);
+        s_.edgeCosts.resize(room);
+    }
+
+    [[nodiscard]] const EdgeEnd& endOf(std::size_t edge, std::size_t which) const {
+        return s_.slotEnds[s_.edgeSlots[2 * edge + which]];
+    }
+
+    // All edges, with all quadrics.
+
+    void evaluateAll() {
+        const lanes::Kernels* const kernels = lanes::kernels();
+        if (Metric::kHasLanes && kernels != nullptr) {
+            evaluateInLanes(*kernels);
+        } else {
+            evaluateOneByOne();
         }
+        for (std::size_t edge = 0; edge < edgeCount_; ++edge)
+            rank(edge, s_.edgeCosts[edge]);
+    }
+
+    // COMPAT: triangles that touch neither the kept vertex nor the outer ring are never listed, so
+    // they are missing from the quadrics of ring vertices; costs depend on it.
+    void evaluateOneByOne() {
+        const std::size_t slots = area_.vertices().size();
+        s_.slotQuadrics.assign(slots, {});
+        const auto slotOfCorner = area_.triangleSlots();
+        std::size_t corner = 0;
+        for (const std::int32_t triangle : area_.triangles()) {
+            const typename Metric::Quadric quadric =
+                Metric::triangleQuadric(mesh_, work_, triangle);
+            for (const std::size_t end = corner + 3; corner < end; ++corner) {
+                if (slotOfCorner[corner] < slots) s_.slotQuadrics[slotOfCorner[corner]] += quadric;
+            }
+        }
+        for (std::size_t edge = 0; edge < edgeCount_; ++edge) {
+            s_.edgeCosts[edge] = costOf(edge, s_.slotQuadrics[s_.edgeSlots[2 * edge]] +
+                                                  s_.slotQuadrics[s_.edgeSlots[2 * edge + 1]]);
+        }
+    }
+
+    [[nodiscard]] float costOf(std::size_t edge, const typename Metric::Quadric& quadric) const {
+        EdgeEvaluation result;
+        Metric::evaluate(work_, endOf(edge, 0), endOf(edge, 1), quadric, result);
+        return result.cost;
+    }
+
+    void evaluateInLanes(const lanes::Kernels& kernels) {
+        if constexpr (Metric::kHasLanes) {
+            s_.laneSums.assign(area_.vertices().size() + Neighbourhood::kSpareSlots, {});
+            kernels.sumTriangleQuadrics(positionsOf(mesh_),
+                                        {area_.triangleVertices().data(),
+                                         area_.triangleSlots().data(),
+                                         lanes::padded(area_.triangles().size())},
+                                        work_.UseAreaWeighting, s_.laneSums.data());
+            for (std::size_t i = 2 * edgeCount_; i < 2 * lanes::padded(edgeCount_); ++i)
+                s_.edgeSlots[i] = 0;
+            kernels.evaluateEdges({s_.slotEnds.data(), sizeof(EdgeEnd)}, s_.laneSums.data(),
+                                  {s_.edgeSlots.data(), lanes::padded(edgeCount_)},
+                                  edgeSettings(work_), s_.edgeCosts.data());
+            finishCosts();
+        }
+    }
+
+    /// Evaluates what the lanes cannot, and applies the mask.
+    void finishCosts() {
+        for (std::size_t edge = 0; edge < edgeCount_; ++edge) {
+            const EdgeEnd& first = endOf(edge, 0);
+            const EdgeEnd& second = endOf(edge, 1);
+            float& cost = s_.edgeCosts[edge];
+            if (isSpecial(first) || isSpecial(second) || std::isnan(cost)) {
+                cost = costOf(edge, laneQuadric(s_.edgeSlots[2 * edge]) +
+                                        laneQuadric(s_.edgeSlots[2 * edge + 1]));
+            } else {
+                applyMask(cost, std::min(first.mask, second.mask));
+            }
+        }
+    }
+    static bool isSpecial(const EdgeEnd& end) { return end.onBorder || end.onSeam; }
+
+    [[nodiscard]] Quadric3D laneQuadric(std::uint32_t slot) const {
+        Quadric3D quadric;
+        for (std::size_t i = 0; i < quadric.q.size(); ++i)
+            quadric.q[i] = s_.laneSums[slot].q[lanes::kPlaceInLane[i]];
+        return quadric;
     }
 
     // On flat ground collapses cost nothing and create hubs with hundreds of edges. Once a vertex
@@ -179,46 +196,49 @@ private:
             const float cost = mesh_.vertices[vertex].cost;
             return cost <= 0.0F || cost == penalizedCost(0.0F);
         };
-        const auto free = static_cast<std::size_t>(std::ranges::count_if(ring(), isFree));
-        return 2 * free > ringEnd_ || (free > 0 && s_.localVertices.size() > kLargeNeighbourhood);
+        const auto ring = area_.ring();
+        const auto free = static_cast<std::size_t>(std::ranges::count_if(ring, isFree));
+        return 2 * free > ring.size() ||
+               (free > 0 && area_.vertices().size() > kLargeNeighbourhood);
     }
 
     void evaluateOnDemand() {
-        s_.quadrics.prepare(mesh_, s_.localTriangles, marks_, s_.localVertices.size());
-        for (const RingEdge& edge : s_.edges) {
-            const EdgeEnd& w = s_.slotEnds[edge.slotW];
-            const EdgeEnd& x = s_.slotEnds[edge.slotX];
-            if (!mayLowerACost(edge) && !Metric::mayCostBeNegative(work_, w, x)) continue;
-            EdgeEvaluation result;
-            Metric::evaluate(work_, w, x,
-                             s_.quadrics.of(work_, edge.slotW) + s_.quadrics.of(work_, edge.slotX),
-                             result);
-            rank(edge, result.cost);
+        s_.quadrics.prepare(area_.triangles(), area_.triangleSlots(), area_.vertices().size());
+        for (std::size_t edge = 0; edge < edgeCount_; ++edge) {
+            if (!mayLowerACost(edge) &&
+                !Metric::mayCostBeNegative(work_, endOf(edge, 0), endOf(edge, 1)))
+                continue;
+            rank(edge, costOf(edge, s_.quadrics.of(mesh_, work_, s_.edgeSlots[2 * edge]) +
+                                        s_.quadrics.of(mesh_, work_, s_.edgeSlots[2 * edge + 1])));
         }
     }
 
-    [[nodiscard]] bool mayLowerACost(const RingEdge& edge) const {
-        return (edge.mayRankW && sharing_.best(edge.slotW, edge.w) > 0.0F) ||
-               (edge.mayRankX && sharing_.best(edge.slotX, edge.x) > 0.0F);
+    [[nodiscard]] bool mayLowerACost(std::size_t edge) const {
+        return s_.ranking[s_.rankSlots[2 * edge]].cost > 0.0F ||
+               s_.ranking[s_.rankSlots[2 * edge + 1]].cost > 0.0F;
     }
 
-    void rank(const RingEdge& edge, float cost) {
-        if (edge.mayRankW) sharing_.rank(edge.slotW, edge.w, edge.x, cost);
-        if (edge.mayRankX) sharing_.rank(edge.slotX, edge.x, edge.w, cost);
+    // The ranking. Its last entry begins at cost 0, so that no edge seems to lower it.
+
+    void rankNone() {
+        s_.ranking.assign(area_.ring().size(), {kNotCollapsible, kNone});
+        s_.ranking.push_back({0.0F, kNone});
     }
 
-    void applyCosts() {
-        for (std::size_t i = 0; i < s_.edges.size(); ++i) {
-            rank(s_.edges[i], s_.edgeCosts[i]);
-        }
+    void rank(std::size_t edge, float cost) {
+        const auto vertices = area_.vertices();
+        take(s_.rankSlots[2 * edge], cost, vertices[s_.edgeSlots[2 * edge + 1]]);
+        take(s_.rankSlots[2 * edge + 1], cost, vertices[s_.edgeSlots[2 * edge]]);
+    }
+    void take(std::uint32_t slot, float cost, std::int32_t partner) {
+        RankedVertex& best = s_.ranking[slot];
+        takeIfLower(best.cost, best.partner, cost, partner);
     }
 
-    void resetMarks() {
-        for (const std::int32_t vertex : s_.localVertices) {
-            marks_.vertexSlot[vertex] = NeighbourhoodMarks::kNoSlot;
-        }
-        for (const std::int32_t triangle : s_.localTriangles)
-            marks_.triangleMark.Clear(triangle);
+    void applyRanking() {
+        const auto ring = area_.ring();
+        for (std::size_t slot = 0; slot < ring.size(); ++slot)
+            sharing_.rank(static_cast<std::uint16_t>(slot), ring[slot], s_.ranking[slot]);
     }
 
     WorkingMesh& work_;
@@ -226,7 +246,8 @@ private:
     Sharing& sharing_;
     NeighbourhoodMarks& marks_;
     NeighbourhoodScratch<Metric>& s_;
-    std::size_t ringEnd_ = 0;  // lower slots are the kept vertex and its ring
+    Neighbourhood& area_ = s_.area;
+    std::size_t edgeCount_ = 0;
 };
 
 }  // namespace

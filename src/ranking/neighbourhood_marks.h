@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "base/bit_array.h"
 #include "base/indexed_array.h"
 #include "mesh/dmesh.h"
 
@@ -9,22 +8,19 @@
 
 namespace korvalite::core {
 
-/// A thread's marks on vertices and triangles while it updates a neighbourhood: 2 bytes per vertex
-/// and 1 bit per triangle, for each thread.
+/// A thread's marks on vertices while it updates a neighbourhood: 2 bytes per vertex, for each
+/// thread.
 struct NeighbourhoodMarks {
     // Slots are only 16 bits wide because this array has an entry per vertex of the mesh.
     // COMPAT: vertices past the last slot keep their old costs; outputs depend on it.
     static constexpr std::uint16_t kNoSlot = 65535;
 
     IndexedArray<std::uint16_t> vertexSlot;  // all kNoSlot between updates
-    BitArray triangleMark;                   // all clear between updates
 
-    /// Resizes both for a mesh.
+    /// Resizes it for a mesh.
     void prepare(const DMesh& mesh) {
         reserveLarge(vertexSlot, mesh.vertices.size());
         vertexSlot.assign(mesh.vertices.size(), kNoSlot);
-        triangleMark.Free();
-        triangleMark.Resize(mesh.triangleCount(), false);
     }
 };
 

@@ -51,8 +51,7 @@ struct Queued {
     [[nodiscard]] bool marksAreClear() const {
         const auto none = NeighbourhoodMarks::kNoSlot;
         return std::all_of(marks.vertexSlot.begin(), marks.vertexSlot.end(),
-                           [&](std::uint16_t slot) { return slot == none; }) &&
-               marks.triangleMark.CountSet() == 0;
+                           [&](std::uint16_t slot) { return slot == none; });
     }
 };
 
@@ -316,7 +315,6 @@ TEST(UpdateNeighbourCosts, RanksOnlyTheVerticesThatFitTheSlots) {
         ranked += vertex.cost != kNotCollapsible ? 1 : 0;
     EXPECT_LE(ranked, 65535U);
     EXPECT_GT(ranked, 65000U);
-    EXPECT_EQ(marks.triangleMark.CountSet(), 0);
     for (const std::uint16_t slot : marks.vertexSlot)
         ASSERT_EQ(slot, 65535);
 }

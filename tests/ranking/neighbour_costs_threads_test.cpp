@@ -62,8 +62,7 @@ struct Thread {
     [[nodiscard]] bool marksAreClear() const {
         const auto& slots = context.marks.vertexSlot;
         return std::all_of(slots.begin(), slots.end(),
-                           [](std::uint16_t slot) { return slot == 65535; }) &&
-               context.marks.triangleMark.CountSet() == 0;
+                           [](std::uint16_t slot) { return slot == 65535; });
     }
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ranking/quadrics_on_demand.h"
 
+#include "mesh/corner_lists.h"
 #include "metric/metric.h"
 #include "support/prepared_mesh.h"
 
@@ -25,27 +26,32 @@ struct CountingMetric : PlainMetric {
 
 struct QuadricsOnDemandTest : ::testing::Test {
     ProgressiveMesh pm;
-    NeighbourhoodMarks marks;
     QuadricsOnDemand<CountingMetric> quadrics;
-    // The order is arbitrary; the vertices from 20 on have no slot.
+    // The order is arbitrary.
     const IndexList listed{9, 2, 31, 4, 18, 17, 3, 11, 24, 10, 0, 12};
-    static constexpr std::uint16_t kSlots = 20;
+    static constexpr std::uint32_t kSlots = 20;
+    std::vector<std::uint32_t> slots;  // of the corners of these
 
     QuadricsOnDemandTest() {
         test::prepare(pm, test::grid(4, 4, test::hills));
-        marks.prepare(pm.mesh);
-        for (std::uint16_t slot = 0; slot < kSlots; ++slot)
-            marks.vertexSlot[kSlots - 1U - slot] = slot;
+        for (const std::int32_t triangle : listed) {
+            for (const std::int32_t corner : cornersOf(triangle))
+                slots.push_back(slotOf(vertexAt(pm.mesh, corner)));
+        }
         CountingMetric::triangles = 0;
     }
-    void prepare() { quadrics.prepare(pm.mesh, listed, marks, kSlots); }
+    // The vertices from 20 on have none.
+    static std::uint32_t slotOf(std::int32_t vertex) {
+        const auto index = static_cast<std::uint32_t>(vertex);
+        return index < kSlots ? kSlots - 1 - index : index;
+    }
+    void prepare() { quadrics.prepare(listed, slots, kSlots); }
 
     [[nodiscard]] std::vector<Quadric3D> summedAtOnce() const {
         std::vector<Quadric3D> sums(kSlots);
         for (const std::int32_t triangle : listed) {
-            for (std::int32_t corner = 3 * triangle; corner < 3 * triangle + 3; ++corner) {
-                const auto vertex = static_cast<std::size_t>(vertexAt(pm.mesh, corner));
-                const std::uint16_t slot = marks.vertexSlot[vertex];
+            for (const std::int32_t corner : cornersOf(triangle)) {
+                const std::uint32_t slot = slotOf(vertexAt(pm.mesh, corner));
                 if (slot < kSlots) sums[slot] += ComputeTriangleQuadric(pm.mesh, pm, triangle);
             }
         }
@@ -56,34 +62,34 @@ struct QuadricsOnDemandTest : ::testing::Test {
 TEST_F(QuadricsOnDemandTest, MatchSummingAllAtOnceBitForBit) {
     const auto sums = summedAtOnce();
     prepare();
-    constexpr std::array<std::uint16_t, 8> kOrder{19, 0, 7, 7, 3, 12, 1, 18};
-    for (const std::uint16_t slot : kOrder)
-        EXPECT_EQ(quadrics.of(pm, slot).q, sums[slot].q) << slot;
+    constexpr std::array<std::uint32_t, 8> kOrder{19, 0, 7, 7, 3, 12, 1, 18};
+    for (const std::uint32_t slot : kOrder)
+        EXPECT_EQ(quadrics.of(pm.mesh, pm, slot).q, sums[slot].q) << slot;
 }
 
 TEST_F(QuadricsOnDemandTest, ComputeOnlyRequestedTrianglesAndOnlyOnce) {
     prepare();
     EXPECT_EQ(CountingMetric::triangles, 0);
-    const std::uint16_t slotOfVertex0 = kSlots - 1;
-    quadrics.of(pm, slotOfVertex0);
+    const std::uint32_t slotOfVertex0 = kSlots - 1;
+    quadrics.of(pm.mesh, pm, slotOfVertex0);
     EXPECT_EQ(CountingMetric::triangles, 1);  // triangle 1, its other one, is not listed
     for (int round = 0; round < 3; ++round) {
-        for (std::uint16_t slot = 0; slot < kSlots; ++slot)
-            quadrics.of(pm, slot);
+        for (std::uint32_t slot = 0; slot < kSlots; ++slot)
+            quadrics.of(pm.mesh, pm, slot);
     }
     EXPECT_LE(CountingMetric::triangles, static_cast<int>(listed.size()));
 }
 
 TEST_F(QuadricsOnDemandTest, AreSummedAgainForTheNextNeighbourhood) {
     prepare();
-    for (std::uint16_t slot = 0; slot < kSlots; ++slot)
-        quadrics.of(pm, slot);
+    for (std::uint32_t slot = 0; slot < kSlots; ++slot)
+        quadrics.of(pm.mesh, pm, slot);
     for (VertexRecord& vertex : pm.mesh.vertices)
         vertex.z *= 3;
     const auto sums = summedAtOnce();
     prepare();
-    for (std::uint16_t slot = 0; slot < kSlots; ++slot)
-        EXPECT_EQ(quadrics.of(pm, slot).q, sums[slot].q) << slot;
+    for (std::uint32_t slot = 0; slot < kSlots; ++slot)
+        EXPECT_EQ(quadrics.of(pm.mesh, pm, slot).q, sums[slot].q) << slot;
 }
 
 }  // namespace

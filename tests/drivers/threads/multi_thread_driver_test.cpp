@@ -278,11 +278,8 @@ TEST_F(MultiThread, ReusesContextsButRebuildsTheirTables) {
     const MeshPtr pm = runTo(100, 2, bumpyBall(2));
     const ThreadContext* const first = &test::threadsOf(*pm).threadContexts[0];
     const ThreadContext* const second = &test::threadsOf(*pm).threadContexts[1];
-    for (ThreadContext& context : test::threadsOf(*pm).threadContexts) {
+    for (ThreadContext& context : test::threadsOf(*pm).threadContexts)
         std::fill(context.marks.vertexSlot.begin(), context.marks.vertexSlot.end(), 3);
-        for (std::int32_t t = 0; t < context.marks.triangleMark.count(); ++t)
-            context.marks.triangleMark.Set(t);
-    }
     test::threadsOf(*pm).lockedVertices.Resize(pm->mesh.vertexCount(), true);
     pm->mesh = bumpyBall();
     ASSERT_EQ(RunDecimation(*pm), 0);

@@ -114,7 +114,6 @@ protected:
     }
     static void run(ProgressiveMesh& pm) {
         const std::int32_t vertices = pm.mesh.vertexCount();
-        const std::int32_t triangles = pm.mesh.triangleCount();
         pm.TargetNumItem = pm.mesh.numActiveVertices / 2;
         ASSERT_EQ(RunDecimation(pm), 0);
         ASSERT_EQ(test::threadsOf(pm).threadContexts.size(),
@@ -126,8 +125,6 @@ protected:
             ASSERT_EQ(marks.vertexSlot.size(), static_cast<std::size_t>(vertices));
             EXPECT_TRUE(std::all_of(marks.vertexSlot.begin(), marks.vertexSlot.end(),
                                     [](std::uint16_t slot) { return slot == 65535; }));
-            EXPECT_EQ(marks.triangleMark.count(), triangles);
-            EXPECT_EQ(marks.triangleMark.CountSet(), 0);
         }
         EXPECT_LE(pm.mesh.numActiveVertices, pm.TargetNumItem);
     }
@@ -168,8 +165,6 @@ TEST_F(ThreadContexts, CarryNothingOverToTheNextRun) {
         context.threadIndex = 77;
         std::fill(context.marks.vertexSlot.begin(), context.marks.vertexSlot.end(),
                   std::uint16_t{3});
-        for (std::int32_t t = 0; t < context.marks.triangleMark.count(); ++t)
-            context.marks.triangleMark.Set(t);
         context.workRecord.pickedVertex = 3;
         context.workRecord.removedVertices = {0, 1, 2, 3};
         context.workRecord.appendUpdate(100, 1, 1'000'000);
