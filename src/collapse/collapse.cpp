@@ -113,6 +113,7 @@ void pushCorner(DMesh& mesh, std::int32_t vertex, std::int32_t corner, IndexList
 template <SharingPolicy Sharing>
 void unlinkCorner(DMesh& mesh, std::int32_t vertex, std::int32_t corner, IndexList& corners,
                   const Sharing& sharing) {
+    if (mesh.vertexCorners.eraseFromRun(vertex, corner)) return;
     GetVertexCorners(mesh, vertex, corners);
     std::erase(corners, corner);
     setCorners(mesh, vertex, corners, sharing);

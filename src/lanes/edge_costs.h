@@ -139,9 +139,10 @@ typename Lanes::Mask areFinite(typename Lanes::Doubles values) {
     return Lanes::greater(Lanes::splat(__builtin_inf()), Lanes::absolute(values));
 }
 
-/// As in searchAlongEdge, for the lanes of `search`; `best` are their costs so far.
+/// As in searchAlongEdge, for the lanes of `search`; `best` are their costs so far. Returns whether
+/// the plain routine has to decide one of them.
 template <typename Lanes>
-[[gnu::noinline]] void searchAlongEdges(const EdgeQuadrics<Lanes>& quadrics,
+[[gnu::noinline]] bool searchAlongEdges(const EdgeQuadrics<Lanes>& quadrics,
                                         typename Lanes::Mask search, const Positions& positions,
                                         const std::uint32_t* ends, const EdgeSettings& settings,
                                         typename Lanes::Doubles best, float* costs) {
@@ -159,15 +160,18 @@ template <typename Lanes>
                              Lanes::toDoubles(Lanes::toFloats(error)), best);
     }
     // Below all floats: the plain routine makes such an edge not collapsible.
-    best = Lanes::select(areFinite<Lanes>(best), best, Lanes::splat(__builtin_nan("")));
+    const typename Lanes::Mask isFinite = areFinite<Lanes>(best);
+    best = Lanes::select(isFinite, best, Lanes::splat(__builtin_nan("")));
     Lanes::store(costs, Lanes::atLeastZero(Lanes::toFloats(best)));
+    return Lanes::any(Lanes::negated(isFinite));
 }
 
 template <typename Lanes>
-void evaluateEdges(const Positions& ends, const LaneQuadric* quadrics, const EdgeList& edges,
+bool evaluateEdges(const Positions& ends, const LaneQuadric* quadrics, const EdgeList& edges,
                    const EdgeSettings& settings, float* costs) {
     using Doubles = typename Lanes::Doubles;
     using Mask = typename Lanes::Mask;
+    bool isUndecided = false;
     for (std::size_t i = 0; i < edges.count; i += Lanes::kWidth) {
         const std::uint32_t* const pair = edges.ends + 2 * i;
         EdgeQuadrics<Lanes> sum;
@@ -188,9 +192,10 @@ void evaluateEdges(const Positions& ends, const LaneQuadric* quadrics, const Edg
         Lanes::store(costs + i, atMinimum);
         if (!Lanes::any(search)) continue;
         const Doubles none = Lanes::splat(static_cast<double>(settings.notCollapsible));
-        searchAlongEdges<Lanes>(sum, search, ends, pair, settings,
-                                Lanes::select(hasNone, none, cost), costs + i);
+        isUndecided |= searchAlongEdges<Lanes>(sum, search, ends, pair, settings,
+                                               Lanes::select(hasNone, none, cost), costs + i);
     }
+    return isUndecided;
 }
 
 }  // namespace korvalite::core::lanes

@@ -61,13 +61,13 @@ struct Kernels {
     /// Adds each triangle's quadric to the sums of its corners, in the order listed.
     void (*sumTriangleQuadrics)(const Positions& vertices, const TriangleList& triangles,
                                 bool areaWeighted, LaneQuadric* sums);
-    /// The quadrics of the triangles around one vertex, added to `sum` in the order listed.
-    /// `triangles.sums` is not used, and `triangles.count` may be any.
+    /// Adds all triangles' quadrics to one sum, in the order listed. `triangles.sums` is not used.
+    /// `triangles.count` may be any, but its vertices are padded.
     void (*sumVertexQuadric)(const Positions& vertices, const TriangleList& triangles,
                              bool areaWeighted, LaneQuadric* sum);
     /// Costs of edges off borders and seams, with the sum of both ends' quadrics and no mask. NaN
-    /// where the plain routine has to decide.
-    void (*evaluateEdges)(const Positions& ends, const LaneQuadric* quadrics, const EdgeList& edges,
+    /// where the plain routine has to decide; returns whether there is such an edge.
+    bool (*evaluateEdges)(const Positions& ends, const LaneQuadric* quadrics, const EdgeList& edges,
                           const EdgeSettings& settings, float* costs);
     /// The distinct ones of up to 16 items, in the order of their first occurrence. All 16 places
     /// of `items` are read and of `distinct` may be written. Returns how many there are.

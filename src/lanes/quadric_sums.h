@@ -24,7 +24,8 @@ struct Planes {
 
 /// The planes of as many triangles as there are lanes, as in ComputeTriangleQuadric.
 template <typename Lanes>
-Planes<Lanes> planesOf(const Positions& vertices, const std::uint32_t* corners) {
+[[gnu::always_inline]] inline Planes<Lanes> planesOf(const Positions& vertices,
+                                                     const std::uint32_t* corners) {
     using Doubles = typename Lanes::Doubles;
     const Points<Lanes> p = Lanes::template gather<3>(vertices, corners);
     const Points<Lanes> q = Lanes::template gather<3>(vertices, corners + 1);

@@ -2,6 +2,7 @@
 #include "mesh/corner_lists.h"
 
 #include "base/cache.h"
+#include "lanes/kernels.h"
 
 #include <bit>
 
@@ -157,6 +158,25 @@ void GetVertexCorners(const DMesh& mesh, std::int32_t vertex, IndexList& corners
     forEachCorner(mesh, vertex, [&](std::int32_t corner) { corners.push_back(corner); });
 }
 
+std::size_t gatherFewNeighbours(const DMesh& mesh, std::span<const std::int32_t> corners,
+                                std::int32_t* neighbours) {
+    constexpr std::size_t kMost = 2 * VertexCorners::kPlaces;
+    std::array<std::int32_t, kMost> seen{};
+    std::int32_t* next = seen.data();
+    for (const std::int32_t corner : corners) {
+        *next++ = vertexAt(mesh, nextCorner(corner));
+        *next++ = vertexAt(mesh, previousCorner(corner));
+    }
+    static const lanes::Kernels* const kernels = lanes::kernels();
+    const std::size_t count = 2 * corners.size();
+    if (kernels != nullptr) return kernels->keepDistinct(seen.data(), count, neighbours);
+    std::int32_t* end = neighbours;
+    for (const std::int32_t item : std::span(seen).first(count)) {
+        if (std::find(neighbours, end, item) == end) *end++ = item;
+    }
+    return static_cast<std::size_t>(end - neighbours);
+}
+
 void GetVertexNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neighbours) {
     gatherRing([&](auto visit) { forEachCorner(mesh, vertex, visit); }, mesh.triangles, neighbours);
 }
@@ -164,7 +184,10 @@ void GetVertexNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neig
 void GetVertexCornersAndNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neighbours,
                                    IndexList& corners) {
     GetVertexCorners(mesh, vertex, corners);
-    GetVertexNeighbours(mesh, vertex, neighbours);
+    if (corners.size() > VertexCorners::kPlaces)
+        return GetVertexNeighbours(mesh, vertex, neighbours);
+    neighbours.resize(2 * VertexCorners::kPlaces);
+    neighbours.resize(gatherFewNeighbours(mesh, corners, neighbours.data()));
 }
 
 void GetUVCorners(const DMesh& mesh, std::int32_t uvIndex, IndexList& corners) {

@@ -73,6 +73,10 @@ void GetVertexCorners(const DMesh& mesh, std::int32_t vertex, IndexList& corners
 void GetVertexNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neighbours);
 void GetVertexCornersAndNeighbours(const DMesh& mesh, std::int32_t vertex, IndexList& neighbours,
                                    IndexList& corners);
+/// The neighbours at the other ends of up to VertexCorners::kPlaces corners. Returns how many there
+/// are; `neighbours` has room for twice kPlaces, and all of it may be written.
+std::size_t gatherFewNeighbours(const DMesh& mesh, std::span<const std::int32_t> corners,
+                                std::int32_t* neighbours);
 void GetUVCorners(const DMesh& mesh, std::int32_t uvIndex, IndexList& corners);
 void GetUVCornersAndNeighbours(const DMesh& mesh, std::int32_t uvIndex, IndexList& neighbours,
                                IndexList& corners);

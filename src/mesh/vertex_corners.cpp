@@ -118,6 +118,18 @@ void VertexCorners::release() {
     *this = {};
 }
 
+bool VertexCorners::eraseFromRun(std::int32_t vertex, std::int32_t corner) {
+    auto& places = runs_[vertex].places;
+    if (isLink(places.back())) return false;
+    bool isFound = false;
+    for (std::size_t i = 0; i < kPlaces; ++i) {
+        isFound = isFound || places[i] == corner;
+        const std::int32_t next = i + 1 < kPlaces ? places[i + 1] : kNone;
+        storeRelaxed(places[i], isFound ? next : places[i]);
+    }
+    return true;
+}
+
 void VertexCorners::assign(std::int32_t vertex, std::span<const std::int32_t> corners) {
     auto& places = runs_[vertex].places;
     const std::int32_t oldLast = places.back();

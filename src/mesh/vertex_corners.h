@@ -85,6 +85,9 @@ public:
     }
     [[nodiscard]] const Run& run(std::int32_t vertex) const { return runs_[vertex]; }
 
+    /// Removes a corner if the vertex has no block; else does nothing and returns false.
+    bool eraseFromRun(std::int32_t vertex, std::int32_t corner);
+
     /// Replaces the corners of a vertex. Throws std::bad_alloc, and then nothing has changed.
     void assign(std::int32_t vertex, std::span<const std::int32_t> corners);
     /// Whether replacing them by `count` corners takes or releases a block.

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 
 namespace korvalite::core {
 
@@ -151,13 +150,6 @@ void solveColor(const MetricRules& rules, EdgeEvaluation& result, const ColorQua
 
 }  // namespace
 
-EdgeEnd gatherEnd(const DMesh& mesh, const MetricRules& rules, std::int32_t vertex) {
-    return {mesh.vertices[vertex].position(),
-            mesh.hasMask() ? mesh.maskValues[vertex] : std::uint8_t{255},
-            mesh.borderVertices.Test(vertex),
-            rules.m_handleUVs_internal && mesh.uvSeamVertices.Test(vertex)};
-}
-
 void evaluateEdge(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second,
                   const Quadric3D& quadric, EdgeEvaluation& result) {
     switch (placementOf(rules, first, second)) {
@@ -193,16 +185,6 @@ void applyMask(float& cost, std::uint8_t lower) {
     } else if (lower < 255) {
         cost *= lack / 20.0F + 1.0F;
     }
-}
-
-lanes::Positions positionsOf(const DMesh& mesh) {
-    static_assert(offsetof(VertexRecord, x) == 0 && offsetof(VertexRecord, z) == 8);
-    return {mesh.vertices.data(), sizeof(VertexRecord)};
-}
-
-lanes::EdgeSettings edgeSettings(const MetricRules& rules) {
-    static_assert(offsetof(EdgeEnd, position) == 0 && sizeof(EdgeEnd) == 16);
-    return {rules.useDegeneracySearch, rules.numPositionSamples, kNotCollapsible};
 }
 
 bool mayCostBeNegative(const MetricRules& rules, const EdgeEnd& first, const EdgeEnd& second) {

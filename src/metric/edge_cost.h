@@ -8,17 +8,15 @@
 #pragma once
 
 #include "geometry/vec3.h"
-#include "lanes/kernels.h"
+#include "mesh/dmesh.h"
 #include "metric/color_quadric.h"
+#include "metric/metric_rules.h"
 #include "metric/quadric3d.h"
 
 #include <array>
 #include <cstdint>
 
 namespace korvalite::core {
-
-struct DMesh;
-struct MetricRules;
 
 /// What the evaluation of an edge reads of one end, besides the quadric.
 struct EdgeEnd {
@@ -35,7 +33,13 @@ struct EdgeEvaluation {
     std::array<std::uint8_t, 3> color{};  // red, green, blue; ColorMetric only
 };
 
-[[nodiscard]] EdgeEnd gatherEnd(const DMesh& mesh, const MetricRules& rules, std::int32_t vertex);
+[[nodiscard]] inline EdgeEnd gatherEnd(const DMesh& mesh, const MetricRules& rules,
+                                       std::int32_t vertex) {
+    return {mesh.vertices[vertex].position(),
+            mesh.hasMask() ? mesh.maskValues[vertex] : std::uint8_t{255},
+            mesh.borderVertices.Test(vertex),
+            rules.m_handleUVs_internal && mesh.uvSeamVertices.Test(vertex)};
+}
 
 /// Evaluate an edge. Off borders and seams, the position is the quadric's minimum; between two ends
 /// on a border or two on a seam, a point on the edge. An edge with one end on a border or seam
@@ -55,10 +59,6 @@ void evaluateColorEdge(const MetricRules& rules, const EdgeEnd& first, const Edg
 /// What evaluateEdge does to the cost at last, with the lower mask of the two ends. The mask slows
 /// the decimation down where its values are low; 0 forbids a collapse.
 void applyMask(float& cost, std::uint8_t lower);
-
-/// What the kernels read of these.
-[[nodiscard]] lanes::Positions positionsOf(const DMesh& mesh);
-[[nodiscard]] lanes::EdgeSettings edgeSettings(const MetricRules& rules);
 
 /// Whether evaluateEdge can find a negative cost: costs are clamped to zero except where the edge
 /// keeps an end.

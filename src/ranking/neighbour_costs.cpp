@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ranking/neighbour_costs.h"
 
+#include "metric/lane_forms.h"
 #include "metric/metric.h"
 #include "ranking/initial_edges.h"
 #include "ranking/vertex_cost.h"
@@ -155,10 +156,11 @@ private:
                                         work_.UseAreaWeighting, s_.laneSums.data());
             for (std::size_t i = 2 * edgeCount_; i < 2 * lanes::padded(edgeCount_); ++i)
                 s_.edgeSlots[i] = 0;
-            kernels.evaluateEdges({s_.slotEnds.data(), sizeof(EdgeEnd)}, s_.laneSums.data(),
-                                  {s_.edgeSlots.data(), lanes::padded(edgeCount_)},
-                                  edgeSettings(work_), s_.edgeCosts.data());
-            finishCosts();
+            const bool isUndecided =
+                kernels.evaluateEdges(positionsOf(s_.slotEnds), s_.laneSums.data(),
+                                      {s_.edgeSlots.data(), lanes::padded(edgeCount_)},
+                                      edgeSettings(work_), s_.edgeCosts.data());
+            if (isUndecided || std::ranges::any_of(s_.slotEnds, needsMore)) finishCosts();
         }
     }
 
@@ -169,21 +171,15 @@ private:
             const EdgeEnd& second = endOf(edge, 1);
             float& cost = s_.edgeCosts[edge];
             if (isSpecial(first) || isSpecial(second) || std::isnan(cost)) {
-                cost = costOf(edge, laneQuadric(s_.edgeSlots[2 * edge]) +
-                                        laneQuadric(s_.edgeSlots[2 * edge + 1]));
+                cost = costOf(edge, fromLanes(s_.laneSums[s_.edgeSlots[2 * edge]]) +
+                                        fromLanes(s_.laneSums[s_.edgeSlots[2 * edge + 1]]));
             } else {
                 applyMask(cost, std::min(first.mask, second.mask));
             }
         }
     }
     static bool isSpecial(const EdgeEnd& end) { return end.onBorder || end.onSeam; }
-
-    [[nodiscard]] Quadric3D laneQuadric(std::uint32_t slot) const {
-        Quadric3D quadric;
-        for (std::size_t i = 0; i < quadric.q.size(); ++i)
-            quadric.q[i] = s_.laneSums[slot].q[lanes::kPlaceInLane[i]];
-        return quadric;
-    }
+    static bool needsMore(const EdgeEnd& end) { return isSpecial(end) || end.mask != 255; }
 
     // On flat ground collapses cost nothing and create hubs with hundreds of edges. Once a vertex
     // has cost 0, its other edges and the quadrics at their far ends need no evaluation, unless an
@@ -230,9 +226,13 @@ private:
         take(s_.rankSlots[2 * edge], cost, vertices[s_.edgeSlots[2 * edge + 1]]);
         take(s_.rankSlots[2 * edge + 1], cost, vertices[s_.edgeSlots[2 * edge]]);
     }
+    /// takeIfLower without a branch, which could not be foreseen.
     void take(std::uint32_t slot, float cost, std::int32_t partner) {
         RankedVertex& best = s_.ranking[slot];
-        takeIfLower(best.cost, best.partner, cost, partner);
+        const bool isLower = best.cost > cost;
+        best.cost = isLower ? cost : best.cost;
+        const std::int32_t mask = -static_cast<std::int32_t>(isLower);
+        best.partner = (partner & mask) | (best.partner & ~mask);
     }
 
     void applyRanking() {

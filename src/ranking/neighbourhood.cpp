@@ -21,15 +21,9 @@ void prefetchTriangle(const DMesh& mesh, std::int32_t corner) {
     prefetch(mesh.triangles.data() + std::max(corner, 0));
 }
 
-// A vertex with more corners than its run has places gathers its neighbours in the usual way.
-constexpr std::size_t kMostSightings = 2 * VertexCorners::kPlaces;
-
-std::size_t keepDistinct(const std::int32_t* items, std::size_t count, std::int32_t* distinct) {
-    std::int32_t* end = distinct;
-    for (const std::int32_t item : std::span(items, count)) {
-        if (std::find(distinct, end, item) == end) *end++ = item;
-    }
-    return static_cast<std::size_t>(end - distinct);
+/// Without a branch, since none of these can be foreseen.
+bool anyOf(bool a, bool b, bool c) {
+    return (static_cast<int>(a) | static_cast<int>(b) | static_cast<int>(c)) != 0;
 }
 
 }  // namespace
@@ -41,9 +35,10 @@ void CornerRows::read(const DMesh& mesh, std::span<const std::int32_t> vertices)
     }
     makeRoom(end_, vertices.size());
     count_ = 0;
-    for (std::size_t i = 0; i < vertices.size(); ++i) {
-        makeRoom(corners_, count_ + VertexCorners::kPlaces);
+    for (std::uint32_t i = 0; i < vertices.size(); ++i) {
+        makeRoomForCorners(count_ + VertexCorners::kPlaces);
         std::int32_t* const row = corners_.data() + count_;
+        std::fill_n(rowOfCorner_.data() + count_, VertexCorners::kPlaces, i);
         const auto& places = mesh.vertexCorners.run(vertices[i]).places;
         unsigned notCorners = 1U << VertexCorners::kPlaces;
         for (std::size_t k = 0; k < VertexCorners::kPlaces; ++k) {
@@ -54,7 +49,7 @@ void CornerRows::read(const DMesh& mesh, std::span<const std::int32_t> vertices)
         }
         const auto corners = static_cast<std::size_t>(std::countr_zero(notCorners));
         if (corners + 1 == VertexCorners::kPlaces && row[corners] != kNone) {
-            readLong(mesh, vertices[i]);
+            readLong(mesh, vertices[i], i);
         } else {
             count_ += corners;
         }
@@ -62,12 +57,18 @@ void CornerRows::read(const DMesh& mesh, std::span<const std::int32_t> vertices)
     }
 }
 
-void CornerRows::readLong(const DMesh& mesh, std::int32_t vertex) {
+void CornerRows::makeRoomForCorners(std::size_t count) {
+    makeRoom(corners_, count);
+    makeRoom(rowOfCorner_, count);
+}
+
+void CornerRows::readLong(const DMesh& mesh, std::int32_t vertex, std::uint32_t row) {
     // Prefetching a hub's whole list would evict its first lines before they are used.
     constexpr std::size_t kLongestPrefetched = 64;
     const std::size_t begin = count_;
     forEachCorner(mesh, vertex, [&](std::int32_t corner) {
-        makeRoom(corners_, count_ + 1);
+        makeRoomForCorners(count_ + 1);
+        rowOfCorner_[count_] = row;
         corners_[count_++] = corner;
         if (count_ - begin < kLongestPrefetched) prefetchTriangle(mesh, corner);
     });
@@ -124,17 +125,8 @@ void Neighbourhood::gatherNeighboursOf(const DMesh& mesh, std::int32_t vertex,
         neighbourCount_ += longRing_.size();
         return;
     }
-    std::array<std::int32_t, kMostSightings> sightings{};
-    std::int32_t* sighting = sightings.data();
-    for (const std::int32_t corner : corners) {
-        *sighting++ = vertexAt(mesh, nextCorner(corner));
-        *sighting++ = vertexAt(mesh, previousCorner(corner));
-    }
-    makeRoom(neighbours_, neighbourCount_ + kMostSightings);
-    std::int32_t* const distinct = neighbours_.data() + neighbourCount_;
-    neighbourCount_ += kernels_ != nullptr
-                           ? kernels_->keepDistinct(sightings.data(), 2 * corners.size(), distinct)
-                           : keepDistinct(sightings.data(), 2 * corners.size(), distinct);
+    makeRoom(neighbours_, neighbourCount_ + 2 * VertexCorners::kPlaces);
+    neighbourCount_ += gatherFewNeighbours(mesh, corners, neighbours_.data() + neighbourCount_);
 }
 
 void Neighbourhood::giveOuterSlots(NeighbourhoodMarks& marks) {
@@ -162,68 +154,96 @@ void Neighbourhood::gatherTriangles(const WorkingMesh& work, const Neighbourhood
     makeRoom(triangles_, most);
     makeRoom(triangleVertices_, 3 * most);
     makeRoom(triangleSlots_, 3 * most);
-    triangleCount_ = 0;
-    for (const std::int32_t corner : keptCorners_) {
-        write(mesh, marks, triangleOf(corner), 0);
-        ++triangleCount_;
-    }
     // A collapse of the mirror image since may have changed the corners of the kept vertex.
-    work.m_handleSymmetry_internal ? listOuterTriangles<true>(mesh, marks)
-                                   : listOuterTriangles<false>(mesh, marks);
+    work.m_handleSymmetry_internal ? listTriangles<true>(mesh, marks)
+                                   : listTriangles<false>(mesh, marks);
     padTriangles();
 }
 
-std::array<std::uint32_t, 3> Neighbourhood::write(const DMesh& mesh,
-                                                  const NeighbourhoodMarks& marks,
-                                                  std::int32_t triangle, std::size_t turn) {
-    const auto spare = static_cast<std::uint32_t>(vertexCount_ + turn % kSpareSlots);
-    std::array<std::uint32_t, 3> slots;
-    triangles_[triangleCount_] = triangle;
-    for (std::size_t k = 0; k < 3; ++k) {
-        const std::uint32_t vertex =
-            loadRelaxed(mesh.triangles[3 * static_cast<std::size_t>(triangle) + k]);
-        prefetch(&mesh.vertices[vertex]);
-        slots[k] = marks.vertexSlot[vertex];
-        triangleVertices_[3 * triangleCount_ + k] = vertex;
-        triangleSlots_[3 * triangleCount_ + k] = std::min(slots[k], spare);
-    }
-    return slots;
-}
+/// Writes triangles one after the other, in any case; the caller counts those that are to stay.
+/// Holds plain pointers, which stay in registers.
+class Neighbourhood::TriangleWriter {
+public:
+    TriangleWriter(Neighbourhood& area, const DMesh& mesh, const NeighbourhoodMarks& marks)
+        : corners_(mesh.triangles.data()), records_(mesh.vertices.data()),
+          slotOf_(marks.vertexSlot.data()), spare_(static_cast<std::uint32_t>(area.vertexCount_)),
+          triangle_(area.triangles_.data()), vertices_(area.triangleVertices_.data()),
+          slots_(area.triangleSlots_.data()) {}
 
-/// Walks the outer ring in slot order. A triangle is in the list already if it has the kept vertex
-/// or a vertex that was walked before. One with a repeated vertex can also be in a row twice.
+    [[gnu::always_inline]] void write(std::int32_t triangle, std::size_t turn) {
+        const auto spare = static_cast<std::uint32_t>(spare_ + turn % kSpareSlots);
+        const std::uint32_t* const corner = corners_ + 3 * static_cast<std::size_t>(triangle);
+        *triangle_ = triangle;
+        writeVertex(0, loadRelaxed(corner[0]), spare);
+        writeVertex(1, loadRelaxed(corner[1]), spare);
+        writeVertex(2, loadRelaxed(corner[2]), spare);
+    }
+    [[gnu::always_inline]] void keepIf(bool isWanted) {
+        const std::ptrdiff_t step = isWanted ? 1 : 0;
+        triangle_ += step;
+        vertices_ += 3 * step;
+        slots_ += 3 * step;
+    }
+
+    /// Of the triangle written last.
+    [[nodiscard]] bool isDegenerate() const {
+        return anyOf(vertices_[0] == vertices_[1], vertices_[1] == vertices_[2],
+                     vertices_[2] == vertices_[0]);
+    }
+    [[nodiscard]] std::size_t countFrom(const std::int32_t* first) const {
+        return static_cast<std::size_t>(triangle_ - first);
+    }
+    std::array<std::uint32_t, 3> slot{};  // of its vertices; kNoSlot for one without
+
+private:
+    [[gnu::always_inline]] void writeVertex(std::size_t k, std::uint32_t vertex,
+                                            std::uint32_t spare) {
+        prefetch(&records_[vertex]);
+        vertices_[k] = vertex;
+        slot[k] = slotOf_[vertex];
+        slots_[k] = std::min(slot[k], spare);
+    }
+
+    const std::uint32_t* corners_;
+    const VertexRecord* records_;
+    const std::uint16_t* slotOf_;
+    std::size_t spare_;
+    std::int32_t* triangle_;
+    std::uint32_t* vertices_;
+    std::uint32_t* slots_;
+};
+
+/// First the triangles of the kept vertex, then those of the outer ring in slot order. Of the
+/// latter, one is in the list already if it has the kept vertex or a vertex that was walked before.
+/// One with a repeated vertex can also be in a row twice.
 template <bool kKeptListMayBeOld>
-void Neighbourhood::listOuterTriangles(const DMesh& mesh, const NeighbourhoodMarks& marks) {
-    const std::span keptTriangles = triangles();
-    const auto ringEnd = static_cast<std::uint32_t>(ringEnd_);
-    const auto outerCount = static_cast<std::uint32_t>(vertexCount_ - ringEnd_);
-    degenerate_.clear();
-    for (std::uint32_t outer = 0; outer < outerCount; ++outer) {
-        std::size_t turn = 0;
-        for (const std::int32_t corner : rows_[outer]) {
-            const std::int32_t triangle = triangleOf(corner);
-            const auto slots = write(mesh, marks, triangle, turn++);
-            const auto has = [&](auto isOne) {
-                return static_cast<bool>(static_cast<int>(isOne(slots[0])) |
-                                         static_cast<int>(isOne(slots[1])) |
-                                         static_cast<int>(isOne(slots[2])));
-            };
-            bool hasKept = has([](std::uint32_t slot) { return slot == 0; });
-            if (kKeptListMayBeOld && hasKept)
-                hasKept = std::ranges::find(keptTriangles, triangle) != keptTriangles.end();
-            bool isListed =
-                hasKept || has([=](std::uint32_t slot) { return slot - ringEnd < outer; });
-            if (isDegenerate(triangleCount_)) [[unlikely]]
-                isListed = isListed || !degenerate_.insert(triangle).second;
-            triangleCount_ += isListed ? 0 : 1;
-        }
+void Neighbourhood::listTriangles(const DMesh& mesh, const NeighbourhoodMarks& marks) {
+    TriangleWriter writer(*this, mesh, marks);
+    for (const std::int32_t corner : keptCorners_) {
+        writer.write(triangleOf(corner), 0);
+        writer.keepIf(true);
     }
-}
-
-bool Neighbourhood::isDegenerate(std::size_t place) const {
-    const std::uint32_t* const v = &triangleVertices_[3 * place];
-    return (static_cast<int>(v[0] == v[1]) | static_cast<int>(v[1] == v[2]) |
-            static_cast<int>(v[2] == v[0])) != 0;
+    const auto keptTriangles = std::span(triangles_).first(keptCorners_.size());
+    const auto ringEnd = static_cast<std::uint32_t>(ringEnd_);
+    const std::int32_t* const corners = rows_.corners();
+    const std::uint32_t* const outerOf = rows_.rowOfCorner();
+    degenerate_.clear();
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+        const std::int32_t triangle = triangleOf(corners[i]);
+        const std::uint32_t outer = outerOf[i];
+        writer.write(triangle, i);
+        const auto& slot = writer.slot;
+        bool hasKept = anyOf(slot[0] == 0, slot[1] == 0, slot[2] == 0);
+        if (kKeptListMayBeOld && hasKept)
+            hasKept = std::ranges::find(keptTriangles, triangle) != keptTriangles.end();
+        bool isListed =
+            anyOf(slot[0] - ringEnd < outer, slot[1] - ringEnd < outer, slot[2] - ringEnd < outer);
+        isListed = anyOf(isListed, hasKept, false);
+        if (writer.isDegenerate()) [[unlikely]]
+            isListed = isListed || !degenerate_.insert(triangle).second;
+        writer.keepIf(!isListed);
+    }
+    triangleCount_ = writer.countFrom(triangles_.data());
 }
 
 void Neighbourhood::padTriangles() {

@@ -21,7 +21,6 @@
 #include "mesh/corner_lists.h"
 #include "ranking/neighbourhood_marks.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -42,11 +41,16 @@ public:
         return std::span(corners_).subspan(begin, end_[row] - begin);
     }
     [[nodiscard]] std::size_t size() const { return count_; }
+    /// All rows, one after the other, and the row of each corner.
+    [[nodiscard]] const std::int32_t* corners() const { return corners_.data(); }
+    [[nodiscard]] const std::uint32_t* rowOfCorner() const { return rowOfCorner_.data(); }
 
 private:
-    void readLong(const DMesh& mesh, std::int32_t vertex);
+    void makeRoomForCorners(std::size_t count);
+    void readLong(const DMesh& mesh, std::int32_t vertex, std::uint32_t row);
 
     std::vector<std::int32_t> corners_;
+    std::vector<std::uint32_t> rowOfCorner_;
     std::vector<std::size_t> end_;
     std::size_t count_ = 0;
 };
@@ -106,15 +110,10 @@ private:
                             std::span<const std::int32_t> corners);
     void giveOuterSlots(NeighbourhoodMarks& marks);
 
-    /// Writes a triangle behind the others, not counted yet. Returns the slots of its vertices.
-    std::array<std::uint32_t, 3> write(const DMesh& mesh, const NeighbourhoodMarks& marks,
-                                       std::int32_t triangle, std::size_t turn);
+    class TriangleWriter;
     template <bool kKeptListMayBeOld>
-    void listOuterTriangles(const DMesh& mesh, const NeighbourhoodMarks& marks);
-    [[nodiscard]] bool isDegenerate(std::size_t place) const;
+    void listTriangles(const DMesh& mesh, const NeighbourhoodMarks& marks);
     void padTriangles();
-
-    const lanes::Kernels* kernels_ = lanes::kernels();
 
     // These arrays have room for more than is in them; the counts say how much is.
     std::vector<std::int32_t> vertices_;
