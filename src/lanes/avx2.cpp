@@ -15,6 +15,7 @@ struct Avx2 {
     static constexpr std::size_t kWidth = 4;
     using Doubles = __m256d;
     using Floats = __m128;
+    using Ints = __m128i;
     using Mask = __m256d;
     struct FloatPoints {
         Floats x, y, z;
@@ -35,6 +36,9 @@ struct Avx2 {
     /// Keeps NaN and -0.
     static Floats atLeastZero(Floats x) { return _mm_max_ps(_mm_setzero_ps(), x); }
     static void store(float* to, Floats x) { _mm_storeu_ps(to, x); }
+
+    static Doubles loadDoubles(const double* from) { return _mm256_load_pd(from); }
+    static void storeDoubles(double* to, Doubles x) { _mm256_store_pd(to, x); }
 
     static Mask greater(Doubles a, Doubles b) { return _mm256_cmp_pd(a, b, _CMP_GT_OQ); }
     static Mask equal(Doubles a, Doubles b) { return _mm256_cmp_pd(a, b, _CMP_EQ_OQ); }
@@ -71,22 +75,35 @@ struct Avx2 {
         return {toDoubles(p.x), toDoubles(p.y), toDoubles(p.z)};
     }
 
-    static void transpose(__m256d& a, __m256d& b, __m256d& c, __m256d& d) {
-        const __m256d ab0 = _mm256_unpacklo_pd(a, b);
-        const __m256d ab1 = _mm256_unpackhi_pd(a, b);
-        const __m256d cd0 = _mm256_unpacklo_pd(c, d);
-        const __m256d cd1 = _mm256_unpackhi_pd(c, d);
-        a = _mm256_permute2f128_pd(ab0, cd0, 0x20);
-        b = _mm256_permute2f128_pd(ab1, cd1, 0x20);
-        c = _mm256_permute2f128_pd(ab0, cd0, 0x31);
-        d = _mm256_permute2f128_pd(ab1, cd1, 0x31);
+    template <std::size_t kStep>
+    static Ints gatherInts(const std::uint32_t* items, const std::uint32_t* indices) {
+        const auto item = [&](std::size_t lane) {
+            return static_cast<std::int32_t>(items[indices[kStep * lane]]);
+        };
+        return _mm_setr_epi32(item(0), item(1), item(2), item(3));
+    }
+    static Doubles byteOf(Ints items, int byte) {
+        return _mm256_cvtepi32_pd(
+            _mm_and_si128(_mm_srli_epi32(items, 8 * byte), _mm_set1_epi32(0xFF)));
+    }
+
+    /// Of four rows.
+    static void transpose(Doubles* rows) {
+        const __m256d ab0 = _mm256_unpacklo_pd(rows[0], rows[1]);
+        const __m256d ab1 = _mm256_unpackhi_pd(rows[0], rows[1]);
+        const __m256d cd0 = _mm256_unpacklo_pd(rows[2], rows[3]);
+        const __m256d cd1 = _mm256_unpackhi_pd(rows[2], rows[3]);
+        rows[0] = _mm256_permute2f128_pd(ab0, cd0, 0x20);
+        rows[1] = _mm256_permute2f128_pd(ab1, cd1, 0x20);
+        rows[2] = _mm256_permute2f128_pd(ab0, cd0, 0x31);
+        rows[3] = _mm256_permute2f128_pd(ab1, cd1, 0x31);
     }
 
     /// Calls add(lane, quadric) for the quadric of each plane.
     template <bool kAreaWeighted, typename Add>
     static void forEachQuadric(const Planes<Avx2>& planes, Add add) {
         __m256d plane[4] = {planes.a, planes.b, planes.c, planes.d};
-        transpose(plane[0], plane[1], plane[2], plane[3]);
+        transpose(plane);
         alignas(32) double weights[4];
         _mm256_store_pd(weights, planes.weight);
         for (std::size_t lane = 0; lane < 4; ++lane) {
@@ -122,8 +139,8 @@ struct Avx2 {
             neighbours[lane] = _mm256_load_pd(a + 4) + _mm256_load_pd(b + 4);
             rest[lane] = _mm_load_pd(a + 8) + _mm_load_pd(b + 8);
         }
-        transpose(squares[0], squares[1], squares[2], squares[3]);
-        transpose(neighbours[0], neighbours[1], neighbours[2], neighbours[3]);
+        transpose(squares);
+        transpose(neighbours);
         const __m256d rest02 = _mm256_set_m128d(rest[2], rest[0]);
         const __m256d rest13 = _mm256_set_m128d(rest[3], rest[1]);
         sums[0] = squares[0];

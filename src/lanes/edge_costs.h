@@ -4,6 +4,7 @@
 // the plain routine decides by branches is computed for all lanes, and each takes its own.
 #pragma once
 
+#include "lanes/inverses.h"
 #include "lanes/kernels.h"
 
 #include <cstddef>
@@ -36,92 +37,36 @@ struct Minima {
 };
 
 template <typename Lanes>
-void swapWhere(typename Lanes::Mask swaps, typename Lanes::Doubles& a, typename Lanes::Doubles& b) {
-    const typename Lanes::Doubles kept = a;
-    a = Lanes::select(swaps, b, a);
-    b = Lanes::select(swaps, kept, b);
-}
-
-template <typename Lanes>
 Minima<Lanes> minimaOf(const EdgeQuadrics<Lanes>& quadrics) {
     using Doubles = typename Lanes::Doubles;
     using Mask = typename Lanes::Mask;
     const Doubles* const q = quadrics.q;
+    const Doubles matrix[9] = {q[0], q[1], q[2], q[1], q[3], q[4], q[2], q[4], q[5]};
+    EliminationRow<Lanes, 3> rows[3];
+    const Mask isSingular = eliminateAll<Lanes, 3>(matrix, rows);
+    Doubles columns[3][3];
+    solveColumns<Lanes, 3>(rows, columns);
+
+    // Each column belongs to the row of its pivot. A product with the linear part is summed in the
+    // order of the rows; of the first two terms either may come first, but the third is the last.
     const Doubles zero = Lanes::splat(0.0);
-    const Doubles one = Lanes::splat(1.0);
-    const auto isLarger = [](Doubles a, Doubles b) {
-        return Lanes::greater(Lanes::absolute(a), Lanes::absolute(b));
-    };
-
-    // Rows r0, r1, r2 of the symmetric matrix, the largest first element on top.
-    Doubles r00 = q[0];
-    Doubles r01 = q[1];
-    Doubles r02 = q[2];
-    Doubles r10 = q[1];
-    Doubles r11 = q[3];
-    Doubles r12 = q[4];
-    Doubles r20 = q[2];
-    Doubles r21 = q[4];
-    Doubles r22 = q[5];
-    const Mask swaps12 = isLarger(r20, r10);
-    swapWhere<Lanes>(swaps12, r10, r20);
-    swapWhere<Lanes>(swaps12, r11, r21);
-    swapWhere<Lanes>(swaps12, r12, r22);
-    const Mask swaps01 = isLarger(r10, r00);
-    swapWhere<Lanes>(swaps01, r00, r10);
-    swapWhere<Lanes>(swaps01, r01, r11);
-    swapWhere<Lanes>(swaps01, r02, r12);
-
-    // Rows s1 and s2 without their first element; b is the right half below the diagonal.
-    const Doubles factor1 = r10 / r00;
-    const Doubles factor2 = r20 / r00;
-    Doubles s11 = r11 - factor1 * r01;
-    Doubles s12 = r12 - factor1 * r02;
-    Doubles s1b = zero - factor1;
-    Doubles s21 = r21 - factor2 * r01;
-    Doubles s22 = r22 - factor2 * r02;
-    Doubles s2b = zero - factor2;
-    const Mask swapsS = isLarger(s21, s11);
-    swapWhere<Lanes>(swapsS, s11, s21);
-    swapWhere<Lanes>(swapsS, s12, s22);
-    swapWhere<Lanes>(swapsS, s1b, s2b);
-
-    const Doubles factor = s21 / s11;
-    const Doubles pivot2 = s22 - factor * s12;
-    const Mask isSingular =
-        Lanes::either(Lanes::either(Lanes::equal(r00, zero), Lanes::equal(s11, zero)),
-                      Lanes::equal(pivot2, zero));
-
-    const Doubles reciprocal2 = one / pivot2;
-    const Doubles reduced = Lanes::select(Lanes::equal(s1b, zero), s2b, s2b - factor * s1b);
-    const Doubles z0 = reduced * reciprocal2;
-    const Doubles z1 = (zero - factor) * reciprocal2;
-    const Doubles z2 = reciprocal2;
-    const Doubles reciprocal1 = one / s11;
-    const Doubles y0 = (s1b - s12 * z0) * reciprocal1;
-    const Doubles y1 = (one - s12 * z1) * reciprocal1;
-    const Doubles y2 = (zero - s12 * z2) * reciprocal1;
-    const Doubles reciprocal0 = one / r00;
-    const Doubles x0 = (one - r02 * z0 - r01 * y0) * reciprocal0;
-    const Doubles x1 = (zero - r02 * z1 - r01 * y1) * reciprocal0;
-    const Doubles x2 = (zero - r02 * z2 - r01 * y2) * reciprocal0;
-
-    // Column j of the inverse belongs to the matrix row that became pivot j, and a row of it times
-    // the linear part is summed in matrix order: sort the columns back.
-    const Mask thirdIsFirst = Lanes::both(swaps12, swaps01);  // row 2 became the first pivot
-    const Mask thirdIsLast = Lanes::either(Lanes::both(Lanes::butNot(swaps12, swaps01), swapsS),
-                                           Lanes::butNot(Lanes::negated(swaps12), swapsS));
-    // Of the other two columns, whether row 0's comes before row 1's.
-    const Mask inOrder = Lanes::either(Lanes::negated(swaps01), Lanes::butNot(swaps12, swapsS));
+    const Doubles two = Lanes::splat(2.0);
+    const Mask thirdIsFirst = Lanes::equal(rows[0].source, two);
+    const Mask thirdIsLast = Lanes::equal(rows[2].source, two);
+    const Mask inOrder =
+        Lanes::equal(Lanes::select(thirdIsFirst, rows[1].source, rows[0].source), zero);
     const Doubles linearA = Lanes::select(inOrder, q[6], q[7]);
     const Doubles linearB = Lanes::select(inOrder, q[7], q[6]);
-    const auto coordinate = [&](Doubles v0, Doubles v1, Doubles v2) {
+    const auto coordinate = [&](std::size_t i) {
+        const Doubles v0 = columns[0][i];
+        const Doubles v1 = columns[1][i];
+        const Doubles v2 = columns[2][i];
         const Doubles a = Lanes::select(thirdIsFirst, v1, v0);
         const Doubles b = Lanes::select(thirdIsLast, v1, v2);
         const Doubles c = Lanes::select(thirdIsLast, v2, Lanes::select(thirdIsFirst, v0, v1));
         return -(a * linearA + b * linearB + c * q[8]);
     };
-    return {coordinate(x0, x1, x2), coordinate(y0, y1, y2), coordinate(z0, z1, z2), isSingular};
+    return {coordinate(0), coordinate(1), coordinate(2), isSingular};
 }
 
 /// In the order of degeneracy().

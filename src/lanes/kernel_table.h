@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "lanes/color_kernels.h"
 #include "lanes/edge_costs.h"
 #include "lanes/kernels.h"
 #include "lanes/quadric_sums.h"
@@ -23,7 +24,13 @@ std::size_t keepDistinct(const std::int32_t* items, std::size_t count, std::int3
 
 template <typename Lanes>
 constexpr Kernels kernelsOf(const char* name) {
-    return {name, sumTriangleQuadrics<Lanes>, sumVertexQuadric<Lanes>, evaluateEdges<Lanes>,
+    return {name,
+            sumTriangleQuadrics<Lanes>,
+            sumVertexQuadric<Lanes>,
+            evaluateEdges<Lanes>,
+            sumTriangleColorQuadrics<Lanes>,
+            sumVertexColorQuadric<Lanes>,
+            evaluateColorEdges<Lanes>,
             keepDistinct<Lanes>};
 }
 

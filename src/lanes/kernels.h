@@ -29,11 +29,22 @@ struct alignas(64) LaneQuadric {
 /// The place of each coefficient of a PlaneQuadric in that order.
 inline constexpr std::size_t kPlaceInLane[10] = {0, 4, 8, 1, 5, 2, 7, 9, 6, 3};
 
+/// The 23 coefficients of a ColorQuadric in its order; the last place is not used.
+struct alignas(64) LaneColorQuadric {
+    double q[24];
+};
+
 /// The positions of vertices: three floats at the start of each record. REQUIRES: 16 bytes of each
 /// record can be read.
 struct Positions {
     const void* first;
     std::size_t stride;  // in bytes
+};
+
+/// The colours of the same vertices, lowest byte first: red, green, blue.
+struct Colors {
+    const std::uint32_t* first;
+    double scale;  // a byte times this is a length
 };
 
 /// Triangles whose quadrics are to be summed at their corners.
@@ -69,6 +80,14 @@ struct Kernels {
     /// where the plain routine has to decide; returns whether there is such an edge.
     bool (*evaluateEdges)(const Positions& ends, const LaneQuadric* quadrics, const EdgeList& edges,
                           const EdgeSettings& settings, float* costs);
+    // The same with colours. Every cost is decided, since this form does not search.
+    void (*sumTriangleColorQuadrics)(const Positions& vertices, const Colors& colors,
+                                     const TriangleList& triangles, LaneColorQuadric* sums);
+    void (*sumVertexColorQuadric)(const Positions& vertices, const Colors& colors,
+                                  const TriangleList& triangles, LaneColorQuadric* sum);
+    void (*evaluateColorEdges)(const LaneColorQuadric* quadrics, const EdgeList& edges,
+                               float notCollapsible, float* costs);
+
     /// The distinct ones of up to 16 items, in the order of their first occurrence. All 16 places
     /// of `items` are read and of `distinct` may be written. Returns how many there are.
     std::size_t (*keepDistinct)(const std::int32_t* items, std::size_t count,

@@ -15,6 +15,7 @@ struct Sse2 {
     static constexpr std::size_t kWidth = 2;
     using Doubles = __m128d;
     using Floats = __m128;  // the lower half
+    using Ints = __m128i;   // the lower half
     using Mask = __m128d;
     struct FloatPoints {
         Floats x, y, z;
@@ -33,6 +34,9 @@ struct Sse2 {
     /// Keeps NaN and -0.
     static Floats atLeastZero(Floats x) { return _mm_max_ps(_mm_setzero_ps(), x); }
     static void store(float* to, Floats x) { _mm_storel_pi(reinterpret_cast<__m64*>(to), x); }
+
+    static Doubles loadDoubles(const double* from) { return _mm_load_pd(from); }
+    static void storeDoubles(double* to, Doubles x) { _mm_store_pd(to, x); }
 
     static Mask greater(Doubles a, Doubles b) { return _mm_cmpgt_pd(a, b); }
     static Mask equal(Doubles a, Doubles b) { return _mm_cmpeq_pd(a, b); }
@@ -61,6 +65,23 @@ struct Sse2 {
     static Points<Sse2> gather(const Positions& positions, const std::uint32_t* indices) {
         const FloatPoints p = gatherFloats<kStep>(positions, indices);
         return {toDoubles(p.x), toDoubles(p.y), toDoubles(p.z)};
+    }
+
+    template <std::size_t kStep>
+    static Ints gatherInts(const std::uint32_t* items, const std::uint32_t* indices) {
+        return _mm_setr_epi32(static_cast<std::int32_t>(items[indices[0]]),
+                              static_cast<std::int32_t>(items[indices[kStep]]), 0, 0);
+    }
+    static Doubles byteOf(Ints items, int byte) {
+        return _mm_cvtepi32_pd(
+            _mm_and_si128(_mm_srli_epi32(items, 8 * byte), _mm_set1_epi32(0xFF)));
+    }
+
+    /// Of two rows.
+    static void transpose(Doubles* rows) {
+        const __m128d first = _mm_unpacklo_pd(rows[0], rows[1]);
+        rows[1] = _mm_unpackhi_pd(rows[0], rows[1]);
+        rows[0] = first;
     }
 
     /// Calls add(lane, quadric) for the quadric of each plane.

@@ -59,29 +59,6 @@ void addColorChannel(ColorQuadric& quadric, std::size_t channel, const std::arra
     quadric.c += d * d;
 }
 
-void addInLanes(const lanes::Kernels& kernels, const DMesh& mesh, const MetricRules& rules,
-                Quadric3D& inOut, std::int32_t vertex) {
-    constexpr std::size_t kMost = 4 * lanes::kGroup;
-    std::array<std::uint32_t, 3 * kMost> vertices;
-    std::size_t count = 0;
-    lanes::LaneQuadric sum = toLanes(inOut);
-    const auto add = [&] {
-        for (std::size_t i = 3 * count; i < 3 * lanes::padded(count); ++i)
-            vertices[i] = vertices[i - 3];
-        kernels.sumVertexQuadric(positionsOf(mesh), {vertices.data(), nullptr, count},
-                                 rules.UseAreaWeighting, &sum);
-        count = 0;
-    };
-    forEachCorner(mesh, vertex, [&](std::int32_t corner) {
-        std::uint32_t* const triangle = &vertices[3 * count];
-        for (const std::int32_t c : cornersOf(triangleOf(corner)))
-            triangle[c % 3] = static_cast<std::uint32_t>(vertexAt(mesh, c));
-        if (++count == kMost) add();
-    });
-    if (count > 0) add();
-    inOut = fromLanes(sum);
-}
-
 const Quadric3D& planeTerm(const SymmetryPlaneQuadric& plane, const Quadric3D& /*form*/) {
     return plane.asDouble;
 }
@@ -183,9 +160,15 @@ void AccumulateVertexQuadric(const DMesh& mesh, const MetricRules& rules,
 
 void ComputeVertexQuadricFromTriangles(const DMesh& mesh, const MetricRules& rules,
                                        Quadric3D& inOut, std::int32_t vertex) {
-    if (const lanes::Kernels* const kernels = lanes::kernels())
-        return addInLanes(*kernels, mesh, rules, inOut, vertex);
     // COMPAT: no border factor or plane quadric, unlike in the first ranking; outputs depend on it.
+    if (const lanes::Kernels* const kernels = lanes::kernels()) {
+        lanes::LaneQuadric sum = toLanes(inOut);
+        forEachTriangleGroup(mesh, vertex, [&](const lanes::TriangleList& triangles) {
+            kernels->sumVertexQuadric(positionsOf(mesh), triangles, rules.UseAreaWeighting, &sum);
+        });
+        inOut = fromLanes(sum);
+        return;
+    }
     forEachCorner(mesh, vertex, [&](std::int32_t corner) {
         inOut += ComputeTriangleQuadric(mesh, rules, triangleOf(corner));
     });
@@ -193,6 +176,15 @@ void ComputeVertexQuadricFromTriangles(const DMesh& mesh, const MetricRules& rul
 
 void ComputeVertexColorQuadric(const DMesh& mesh, const MetricRules& rules, ColorQuadric& inOut,
                                std::int32_t vertex) {
+    if (const lanes::Kernels* const kernels = lanes::kernels()) {
+        lanes::LaneColorQuadric sum = toLanes(inOut);
+        forEachTriangleGroup(mesh, vertex, [&](const lanes::TriangleList& triangles) {
+            kernels->sumVertexColorQuadric(positionsOf(mesh), colorsOf(mesh, rules), triangles,
+                                           &sum);
+        });
+        inOut = fromLanes(sum);
+        return;
+    }
     forEachCorner(mesh, vertex, [&](std::int32_t corner) {
         inOut += ComputeTriangleColorQuadric(mesh, rules, triangleOf(corner));
     });

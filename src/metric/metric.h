@@ -6,6 +6,7 @@
 
 #include "mesh/dmesh.h"
 #include "metric/edge_cost.h"
+#include "metric/lane_forms.h"
 #include "metric/mesh_quadrics.h"
 #include "metric/metric_rules.h"
 
@@ -14,13 +15,14 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace korvalite::core {
 
 struct PlainMetric {
     using Quadric = Quadric3D;
+    using LaneForm = lanes::LaneQuadric;
     static constexpr bool kHasColor = false;
-    static constexpr bool kHasLanes = true;
     static constexpr const char* kId = "PM_QUADRIC3D_ID";
 
     static Quadric triangleQuadric(const DMesh& mesh, const MetricRules& rules,
@@ -43,12 +45,22 @@ struct PlainMetric {
                                   const EdgeEnd& second) {
         return core::mayCostBeNegative(rules, first, second);
     }
+    static void sumTriangles(const lanes::Kernels& kernels, const DMesh& mesh,
+                             const MetricRules& rules, const lanes::TriangleList& triangles,
+                             LaneForm* sums) {
+        kernels.sumTriangleQuadrics(positionsOf(mesh), triangles, rules.UseAreaWeighting, sums);
+    }
+    static bool evaluateEdges(const lanes::Kernels& kernels, const MetricRules& rules,
+                              std::span<const EdgeEnd> ends, const LaneForm* sums,
+                              const lanes::EdgeList& edges, float* costs) {
+        return kernels.evaluateEdges(positionsOf(ends), sums, edges, edgeSettings(rules), costs);
+    }
 };
 
 struct ColorMetric {
     using Quadric = ColorQuadric;
+    using LaneForm = lanes::LaneColorQuadric;
     static constexpr bool kHasColor = true;
-    static constexpr bool kHasLanes = false;
     static constexpr const char* kId = "PM_COLOR_QUADRIC_ID";
 
     static Quadric triangleQuadric(const DMesh& mesh, const MetricRules& rules,
@@ -71,21 +83,39 @@ struct ColorMetric {
                                   const EdgeEnd& /*second*/) {
         return false;
     }
+    static void sumTriangles(const lanes::Kernels& kernels, const DMesh& mesh,
+                             const MetricRules& rules, const lanes::TriangleList& triangles,
+                             LaneForm* sums) {
+        kernels.sumTriangleColorQuadrics(positionsOf(mesh), colorsOf(mesh, rules), triangles, sums);
+    }
+    static bool evaluateEdges(const lanes::Kernels& kernels, const MetricRules& /*rules*/,
+                              std::span<const EdgeEnd> /*ends*/, const LaneForm* sums,
+                              const lanes::EdgeList& edges, float* costs) {
+        kernels.evaluateColorEdges(sums, edges, kNotCollapsible, costs);
+        return false;
+    }
 };
 
 /// What a metric must offer.
 template <typename Metric>
 concept CollapseMetric = requires(const DMesh& mesh, const MetricRules& rules, std::int32_t index,
                                   const EdgeEnd& end, typename Metric::Quadric& sum,
-                                  const typename Metric::Quadric& quadric, EdgeEvaluation& result) {
+                                  const typename Metric::Quadric& quadric, EdgeEvaluation& result,
+                                  const lanes::Kernels& kernels, typename Metric::LaneForm* sums,
+                                  const lanes::TriangleList& triangles,
+                                  std::span<const EdgeEnd> ends, const lanes::EdgeList& edges,
+                                  float* costs) {
     { Metric::kHasColor } -> std::convertible_to<bool>;
-    { Metric::kHasLanes } -> std::convertible_to<bool>;  // whether there are kernels for it
     { Metric::kId } -> std::convertible_to<const char*>;
     { Metric::triangleQuadric(mesh, rules, index) } -> std::same_as<typename Metric::Quadric>;
     Metric::addVertexQuadric(mesh, rules, sum, index);  // of the current triangles around it
     Metric::evaluate(rules, end, end, quadric, result);
     { Metric::mayCostBeNegative(rules, end, end) } -> std::same_as<bool>;
     Metric::evaluateEdge(mesh, rules, result, index, index, quadric);  // gathers both ends first
+    // In lanes: triangleQuadric of many, and evaluate, except that borders, seams and masks are
+    // ignored. Returns whether a cost is NaN and must be evaluated again.
+    Metric::sumTriangles(kernels, mesh, rules, triangles, sums);
+    { Metric::evaluateEdges(kernels, rules, ends, sums, edges, costs) } -> std::same_as<bool>;
 };
 static_assert(CollapseMetric<PlainMetric> && CollapseMetric<ColorMetric>);
 

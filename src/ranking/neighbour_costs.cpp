@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ranking/neighbour_costs.h"
 
-#include "metric/lane_forms.h"
 #include "metric/metric.h"
 #include "ranking/initial_edges.h"
 #include "ranking/vertex_cost.h"
@@ -111,7 +110,7 @@ private:
 
     void evaluateAll() {
         const lanes::Kernels* const kernels = lanes::kernels();
-        if (Metric::kHasLanes && kernels != nullptr) {
+        if (kernels != nullptr) {
             evaluateInLanes(*kernels);
         } else {
             evaluateOneByOne();
@@ -147,21 +146,17 @@ private:
     }
 
     void evaluateInLanes(const lanes::Kernels& kernels) {
-        if constexpr (Metric::kHasLanes) {
-            s_.laneSums.assign(area_.vertices().size() + Neighbourhood::kSpareSlots, {});
-            kernels.sumTriangleQuadrics(positionsOf(mesh_),
-                                        {area_.triangleVertices().data(),
-                                         area_.triangleSlots().data(),
-                                         lanes::padded(area_.triangles().size())},
-                                        work_.UseAreaWeighting, s_.laneSums.data());
-            for (std::size_t i = 2 * edgeCount_; i < 2 * lanes::padded(edgeCount_); ++i)
-                s_.edgeSlots[i] = 0;
-            const bool isUndecided =
-                kernels.evaluateEdges(positionsOf(s_.slotEnds), s_.laneSums.data(),
-                                      {s_.edgeSlots.data(), lanes::padded(edgeCount_)},
-                                      edgeSettings(work_), s_.edgeCosts.data());
-            if (isUndecided || std::ranges::any_of(s_.slotEnds, needsMore)) finishCosts();
-        }
+        s_.laneSums.assign(area_.vertices().size() + Neighbourhood::kSpareSlots, {});
+        Metric::sumTriangles(kernels, mesh_, work_,
+                             {area_.triangleVertices().data(), area_.triangleSlots().data(),
+                              lanes::padded(area_.triangles().size())},
+                             s_.laneSums.data());
+        const std::size_t padded = lanes::padded(edgeCount_);
+        std::fill_n(&s_.edgeSlots[2 * edgeCount_], 2 * (padded - edgeCount_), 0U);
+        const bool isUndecided =
+            Metric::evaluateEdges(kernels, work_, s_.slotEnds, s_.laneSums.data(),
+                                  {s_.edgeSlots.data(), padded}, s_.edgeCosts.data());
+        if (isUndecided || std::ranges::any_of(s_.slotEnds, needsMore)) finishCosts();
     }
 
     /// Evaluates what the lanes cannot, and applies the mask.

@@ -31,8 +31,8 @@ struct NeighbourhoodScratch {
 
     std::vector<EdgeEnd> slotEnds;
     std::vector<typename Metric::Quadric> slotQuadrics;
-    std::vector<lanes::LaneQuadric> laneSums;  // instead, in lanes
-    QuadricsOnDemand<Metric> quadrics;         // instead, on flat ground
+    std::vector<typename Metric::LaneForm> laneSums;  // instead, in lanes
+    QuadricsOnDemand<Metric> quadrics;                // instead, on flat ground
 
     // Parallel lists, with room for more than the edges.
     std::vector<std::uint32_t> edgeSlots;  // two per edge, the first in the ring
