@@ -128,7 +128,7 @@ struct Avx2 {
     }
 
     /// The sums of the quadrics of both ends of each edge, in the order of PlaneQuadric.
-    static void sumOfEnds(const LaneQuadric* quadrics, const std::uint32_t* ends, Doubles* sums) {
+    static EdgeQuadrics<Avx2> sumOfEnds(const LaneQuadric* quadrics, const std::uint32_t* ends) {
         __m256d squares[4];
         __m256d neighbours[4];
         __m128d rest[4];
@@ -143,16 +143,9 @@ struct Avx2 {
         transpose(neighbours);
         const __m256d rest02 = _mm256_set_m128d(rest[2], rest[0]);
         const __m256d rest13 = _mm256_set_m128d(rest[3], rest[1]);
-        sums[0] = squares[0];
-        sums[1] = neighbours[0];
-        sums[2] = _mm256_unpacklo_pd(rest02, rest13);
-        sums[3] = squares[1];
-        sums[4] = neighbours[1];
-        sums[5] = squares[2];
-        sums[6] = neighbours[3];
-        sums[7] = _mm256_unpackhi_pd(rest02, rest13);
-        sums[8] = neighbours[2];
-        sums[9] = squares[3];
+        return {{squares[0], neighbours[0], _mm256_unpacklo_pd(rest02, rest13), squares[1],
+                 neighbours[1], squares[2], neighbours[3], _mm256_unpackhi_pd(rest02, rest13),
+                 neighbours[2], squares[3]}};
     }
 
     /// A bit for each of 16 items that is the first of its kind.

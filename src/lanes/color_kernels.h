@@ -156,17 +156,13 @@ void copyOut(const ColorQuadrics<Lanes>& quadrics, typename Lanes::Doubles* valu
 }
 
 template <typename Lanes>
-void copyIn(const typename Lanes::Doubles* values, ColorQuadrics<Lanes>& quadrics) {
-    for (std::size_t i = 0; i < 6; ++i)
-        quadrics.A[i] = values[i];
-    for (std::size_t i = 0; i < 9; ++i)
-        quadrics.G[i] = values[6 + i];
-    quadrics.C = values[15];
-    for (std::size_t i = 0; i < 3; ++i) {
-        quadrics.b1[i] = values[16 + i];
-        quadrics.b2[i] = values[19 + i];
-    }
-    quadrics.c = values[22];
+ColorQuadrics<Lanes> copyIn(const typename Lanes::Doubles* v) {
+    return {{v[0], v[1], v[2], v[3], v[4], v[5]},
+            {v[6], v[7], v[8], v[9], v[10], v[11], v[12], v[13], v[14]},
+            v[15],
+            {v[16], v[17], v[18]},
+            {v[19], v[20], v[21]},
+            v[22]};
 }
 
 /// Calls add(lane, parts) for each lane, with its quadric in registers of consecutive coefficients.
@@ -230,9 +226,7 @@ ColorQuadrics<Lanes> colorSumsOfEnds(const LaneColorQuadric* quadrics, const std
     }
     for (std::size_t i = 0; i < kColorPlaces; i += Lanes::kWidth)
         Lanes::transpose(values + i);
-    ColorQuadrics<Lanes> sums;
-    copyIn<Lanes>(values, sums);
-    return sums;
+    return copyIn<Lanes>(values);
 }
 
 /// a . b of 3x3 matrices, row-major; each element is summed from left to right.

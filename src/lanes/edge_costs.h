@@ -119,8 +119,7 @@ bool evaluateEdges(const Positions& ends, const LaneQuadric* quadrics, const Edg
     bool isUndecided = false;
     for (std::size_t i = 0; i < edges.count; i += Lanes::kWidth) {
         const std::uint32_t* const pair = edges.ends + 2 * i;
-        EdgeQuadrics<Lanes> sum;
-        Lanes::sumOfEnds(quadrics, pair, sum.q);
+        const EdgeQuadrics<Lanes> sum = Lanes::sumOfEnds(quadrics, pair);
         const Minima<Lanes> minima = minimaOf<Lanes>(sum);
         const Doubles x = Lanes::toDoubles(Lanes::toFloats(minima.x));
         const Doubles y = Lanes::toDoubles(Lanes::toFloats(minima.y));

@@ -31,6 +31,7 @@ const Kernels* kernelsNamed([[maybe_unused]] std::string_view name) {
 
 const Kernels* kernels() {
     static const Kernels* const chosen = [] {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the program changes the environment
         const char* const name = std::getenv("KORVALITE_LANES");
         return name == nullptr || *name == '\0' ? widest() : kernelsNamed(name);
     }();

@@ -114,7 +114,7 @@ struct Sse2 {
     }
 
     /// The sums of the quadrics of both ends of each edge, in the order of PlaneQuadric.
-    static void sumOfEnds(const LaneQuadric* quadrics, const std::uint32_t* ends, Doubles* sums) {
+    static EdgeQuadrics<Sse2> sumOfEnds(const LaneQuadric* quadrics, const std::uint32_t* ends) {
         __m128d first[5];
         __m128d second[5];
         for (std::size_t i = 0; i < 5; ++i) {
@@ -126,16 +126,8 @@ struct Sse2 {
             first[i] = _mm_unpacklo_pd(edge0, edge1);
             second[i] = _mm_unpackhi_pd(edge0, edge1);
         }
-        sums[0] = first[0];
-        sums[1] = first[2];
-        sums[2] = first[4];
-        sums[3] = second[0];
-        sums[4] = second[2];
-        sums[5] = first[1];
-        sums[6] = second[3];
-        sums[7] = second[4];
-        sums[8] = first[3];
-        sums[9] = second[1];
+        return {{first[0], first[2], first[4], second[0], second[2], first[1], second[3], second[4],
+                 first[3], second[1]}};
     }
 
     /// A bit for each of 16 items that is the first of its kind.

@@ -161,17 +161,17 @@ void GetVertexCorners(const DMesh& mesh, std::int32_t vertex, IndexList& corners
 std::size_t gatherFewNeighbours(const DMesh& mesh, std::span<const std::int32_t> corners,
                                 std::int32_t* neighbours) {
     constexpr std::size_t kMost = 2 * VertexCorners::kPlaces;
-    std::array<std::int32_t, kMost> seen{};
-    std::int32_t* next = seen.data();
+    std::array<std::int32_t, kMost> sightings{};
+    std::int32_t* next = sightings.data();
     for (const std::int32_t corner : corners) {
         *next++ = vertexAt(mesh, nextCorner(corner));
         *next++ = vertexAt(mesh, previousCorner(corner));
     }
     static const lanes::Kernels* const kernels = lanes::kernels();
     const std::size_t count = 2 * corners.size();
-    if (kernels != nullptr) return kernels->keepDistinct(seen.data(), count, neighbours);
+    if (kernels != nullptr) return kernels->keepDistinct(sightings.data(), count, neighbours);
     std::int32_t* end = neighbours;
-    for (const std::int32_t item : std::span(seen).first(count)) {
+    for (const std::int32_t item : std::span(sightings).first(count)) {
         if (std::find(neighbours, end, item) == end) *end++ = item;
     }
     return static_cast<std::size_t>(end - neighbours);

@@ -75,7 +75,7 @@ void CornerBlocks::release(std::int32_t block, std::size_t count) {
 void VertexCorners::build(const IndexedArray<std::uint32_t>& vertexOfCorner,
                           std::int32_t vertexCount) {
     release();
-    Run empty;
+    Run empty{};
     empty.places.fill(kNone);
     reserveLarge(runs_, static_cast<std::size_t>(vertexCount));
     runs_.assign(static_cast<std::size_t>(vertexCount), empty);

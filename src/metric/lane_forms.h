@@ -68,7 +68,7 @@ inline ColorQuadric fromLanes(const lanes::LaneColorQuadric& form) {
 template <typename Add>
 void forEachTriangleGroup(const DMesh& mesh, std::int32_t vertex, Add add) {
     constexpr std::size_t kMost = 4 * lanes::kGroup;
-    std::array<std::uint32_t, 3 * kMost> vertices;
+    std::array<std::uint32_t, 3 * kMost> vertices{};
     std::size_t count = 0;
     const auto addGroup = [&] {
         for (std::size_t i = 3 * count; i < 3 * lanes::padded(count); ++i)

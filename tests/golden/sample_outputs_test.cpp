@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: MIT
 //
 // Jobs on the sample meshes, run by the executable, give the same bytes as ever, in debug, release
-// and sanitizer builds alike. README.md in this folder explains how to renew the hashes.
+// and sanitizer builds alike, and with every width of lanes. README.md in this folder explains how
+// to renew the hashes.
 #include "jobs/job_run.h"
 #include "support/fnv_hash.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <ostream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace korvalite::core::test {
@@ -57,13 +60,25 @@ std::map<std::string, std::string> committedHashes() {
     return hashes;
 }
 
-class SampleOutputs : public JobTest, public testing::WithParamInterface<SampleJob> {};
+// A job, and the lanes to do it in. Those that the processor lacks are replaced by the plain
+// routines.
+class SampleOutputs : public JobTest,
+                      public testing::WithParamInterface<std::tuple<SampleJob, const char*>> {
+protected:
+    SampleOutputs() { ::setenv("KORVALITE_LANES", std::get<1>(GetParam()), 1); }
+    ~SampleOutputs() override { ::unsetenv("KORVALITE_LANES"); }
+};
 
-INSTANTIATE_TEST_SUITE_P(Job, SampleOutputs, testing::ValuesIn(kJobs),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Job, SampleOutputs,
+                         testing::Combine(testing::ValuesIn(kJobs),
+                                          testing::Values("none", "sse2", "avx2")),
+                         [](const auto& row) {
+                             return std::get<0>(row.param).name + std::string("_") +
+                                    std::get<1>(row.param);
+                         });
 
 TEST_P(SampleOutputs, AreTheSameBytesAsEver) {
-    const SampleJob& row = GetParam();
+    const SampleJob& row = std::get<0>(GetParam());
     const std::string output = std::string("out") + row.outputSuffix;
     std::filesystem::copy_file(pathOfUtf8(std::string(KORVALITE_SOURCE_DIR "/samples/") + row.mesh),
                                pathOfUtf8(in("mesh.Vok")));
