@@ -31,6 +31,11 @@ def run_bench(bench, *arguments, folder=None, environment=None):
     return [values_of(line) for line in said.splitlines()]
 
 
+def absolute(path):
+    """A job resolves paths against its own folder."""
+    return pathlib.Path(path).resolve()
+
+
 def medians(runs):
     """The medians of the same row over several rounds."""
     return {name: value if isinstance(value, str) else statistics.median(run[name] for run in runs)

@@ -45,12 +45,7 @@ std::int32_t CornerBlocks::take(std::size_t count) {
         released.pop_back();
         return block;
     }
-    // So that a release never needs memory.
-    if (released.capacity() <= made_[size])
-        released.reserve(std::max<std::size_t>(16, 2 * made_[size]));
-    const std::uint32_t unit = makeRoom(std::uint32_t{1} << size);
-    ++made_[size];
-    return static_cast<std::int32_t>(unit);
+    return static_cast<std::int32_t>(makeRoom(std::uint32_t{1} << size));
 }
 
 std::uint32_t CornerBlocks::makeRoom(std::uint32_t units) {
@@ -66,6 +61,12 @@ std::uint32_t CornerBlocks::makeRoom(std::uint32_t units) {
     }
     nextUnit_ = unit + units;
     return unit;
+}
+
+void CornerBlocks::prepareRelease(std::size_t count) {
+    IndexList& released = released_[sizeClass(count)];
+    if (released.size() == released.capacity())
+        released.reserve(std::max<std::size_t>(16, 2 * released.size()));
 }
 
 void CornerBlocks::release(std::int32_t block, std::size_t count) {
@@ -135,10 +136,12 @@ void VertexCorners::assign(std::int32_t vertex, std::span<const std::int32_t> co
     const std::int32_t oldLast = places.back();
     const std::size_t oldRest =
         isLink(oldLast) ? static_cast<std::size_t>(*blocks_.at(across(oldLast))) : 0;
+    const auto rest = corners.subspan(std::min(corners.size(), kPlaces - 1));
+    const bool needsBlock = corners.size() > kPlaces;
+    const bool fits = needsBlock && oldRest > 0 && CornerBlocks::areSameSize(oldRest, rest.size());
+    if (oldRest > 0 && !fits) blocks_.prepareRelease(oldRest);
     std::int32_t last = corners.size() == kPlaces ? corners.back() : kNone;
-    if (corners.size() > kPlaces) {
-        const auto rest = corners.subspan(kPlaces - 1);
-        const bool fits = oldRest > 0 && CornerBlocks::areSameSize(oldRest, rest.size());
+    if (needsBlock) {
         last = fits ? oldLast : across(blocks_.take(rest.size()));
         std::int32_t* const words = blocks_.at(across(last));
         storeAll(words + 1, rest);
@@ -147,7 +150,7 @@ void VertexCorners::assign(std::int32_t vertex, std::span<const std::int32_t> co
     for (std::size_t i = 0; i + 1 < kPlaces; ++i)
         storeRelaxed(places[i], i < corners.size() ? corners[i] : kNone);
     storeRelease(places.back(), last);
-    if (oldRest > 0 && last != oldLast) blocks_.release(across(oldLast), oldRest);
+    if (oldRest > 0 && !fits) blocks_.release(across(oldLast), oldRest);
 }
 
 std::int32_t CornerCursor::enterBlock() {

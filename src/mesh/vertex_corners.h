@@ -35,6 +35,8 @@ public:
 
     /// A block for `count` corners. Throws std::bad_alloc, and then nothing has changed.
     std::int32_t take(std::size_t count);
+    /// Makes sure that a block of that size can be released. Throws std::bad_alloc.
+    void prepareRelease(std::size_t count);
     void release(std::int32_t block, std::size_t count);
 
     /// Whether two numbers of corners take blocks of the same size.
@@ -61,7 +63,6 @@ private:
 
     std::array<IndexedArray<std::int32_t, ZeroPagesAllocator<std::int32_t>>, kSegments> segments_;
     std::array<IndexList, kSizeClasses> released_;
-    std::array<std::size_t, kSizeClasses> made_{};
     std::uint32_t nextUnit_ = 0;
 };
 

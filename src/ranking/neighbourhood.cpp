@@ -190,6 +190,9 @@ public:
         return anyOf(vertices_[0] == vertices_[1], vertices_[1] == vertices_[2],
                      vertices_[2] == vertices_[0]);
     }
+    [[nodiscard]] bool has(std::uint32_t vertex) const {
+        return anyOf(vertices_[0] == vertex, vertices_[1] == vertex, vertices_[2] == vertex);
+    }
     [[nodiscard]] std::size_t countFrom(const std::int32_t* first) const {
         return static_cast<std::size_t>(triangle_ - first);
     }
@@ -214,8 +217,9 @@ private:
 };
 
 /// First the triangles of the kept vertex, then those of the outer ring in slot order. Of the
-/// latter, one is in the list already if it has the kept vertex or a vertex that was walked before.
-/// One with a repeated vertex can also be in a row twice.
+/// latter, one is in the list already if it has a vertex that was walked before; only if the list
+/// of the kept vertex is out of date can it also have that vertex. One with a repeated vertex can
+/// be in a row twice.
 template <bool kKeptListMayBeOld>
 void Neighbourhood::listTriangles(const DMesh& mesh, const NeighbourhoodMarks& marks) {
     TriangleWriter writer(*this, mesh, marks);
@@ -233,12 +237,13 @@ void Neighbourhood::listTriangles(const DMesh& mesh, const NeighbourhoodMarks& m
         const std::uint32_t outer = outerOf[i];
         writer.write(triangle, i);
         const auto& slot = writer.slot;
-        bool hasKept = anyOf(slot[0] == 0, slot[1] == 0, slot[2] == 0);
-        if (kKeptListMayBeOld && hasKept)
-            hasKept = std::ranges::find(keptTriangles, triangle) != keptTriangles.end();
         bool isListed =
             anyOf(slot[0] - ringEnd < outer, slot[1] - ringEnd < outer, slot[2] - ringEnd < outer);
-        isListed = anyOf(isListed, hasKept, false);
+        if constexpr (kKeptListMayBeOld) {
+            isListed =
+                isListed || (writer.has(static_cast<std::uint32_t>(vertices_[0])) &&
+                             std::ranges::find(keptTriangles, triangle) != keptTriangles.end());
+        }
         if (writer.isDegenerate()) [[unlikely]]
             isListed = isListed || !degenerate_.insert(triangle).second;
         writer.keepIf(!isListed);
