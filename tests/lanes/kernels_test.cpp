@@ -5,6 +5,7 @@
 
 #include "mesh/corner_lists.h"
 #include "metric/edge_cost.h"
+#include "metric/lane_forms.h"
 #include "metric/mesh_quadrics.h"
 #include "metric/metric_rules.h"
 #include "support/mesh_builder.h"
@@ -310,8 +311,10 @@ void expectCosts(const lanes::Kernels& kernels, const MetricRules& rules, const 
             quadrics[end].q[lanes::kPlaceInLane[i]] = edges.quadrics[end].q[i];
     }
     std::vector<float> costs(edges.count(), -1.0F);
-    kernels.evaluateEdges({edges.ends.data(), sizeof(EdgeEnd)}, quadrics.data(),
-                          {edges.pairs.data(), edges.count()}, edgeSettings(rules), costs.data());
+    const bool isUndecided = kernels.evaluateEdges(positionsOf(edges.ends), quadrics.data(),
+                                                   {edges.pairs.data(), edges.count()},
+                                                   edgeSettings(rules), costs.data());
+    EXPECT_EQ(isUndecided, std::ranges::any_of(costs, [](float cost) { return std::isnan(cost); }));
     MetricRules withoutSearch = rules;
     withoutSearch.useDegeneracySearch = false;
     for (std::size_t edge = 0; edge < edges.count(); ++edge) {
