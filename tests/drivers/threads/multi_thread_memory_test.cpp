@@ -263,10 +263,9 @@ std::uint64_t bytesOfTables(std::int32_t driver, std::int32_t threads) {
     return tables.bytes;
 }
 
-TEST_F(MultiThreadMemory, EachThreadAddsTwoBytesPerVertexAndABitPerTriangle) {
+TEST_F(MultiThreadMemory, EachThreadAddsTwoBytesPerVertex) {
     const std::uint64_t vertices = 16386;
-    const std::uint64_t triangles = 2 * vertices - 4;
-    const std::uint64_t tablesOfAThread = 2 * vertices + (triangles + 7) / 8;
+    const std::uint64_t tablesOfAThread = 2 * vertices;
     const std::uint64_t reservations = (vertices + 7) / 8;
     // Its lists and messages do not grow with the mesh.
     constexpr std::uint64_t kOfAnySize = 2000;
